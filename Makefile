@@ -1,0 +1,64 @@
+# The doors of the house. CMake does the work; every door first installs what it lacks, where it may.
+#
+#   make run      builds and starts the prompt, or runs what is piped in (ARGS="-q" passes options on)
+#   make test     every test; test-debug, test-asan, test-tsan, test-checking: the same in those builds
+#   make bless    rewrites expectations of transcripts (NAMES="room room/name.morvik" chooses); read the difference
+#   make lint     format, clang-tidy and the lints
+#   make format   formats
+#   make fuzz     fuzzes for SECONDS, and proves that a planted bug is found
+#   make bench    measures
+
+ARGS ?=
+NAMES ?=
+SECONDS ?= 60
+JOBS ?= $(shell nproc)
+export JOBS
+
+.DEFAULT_GOAL := build
+.PHONY: build run test bless lint format fuzz bench clean
+
+build:
+	@tools/need build
+	@tools/build release
+
+# Standard output is Morvik's alone, and so is what is piped in. A person sees the build.
+run:
+	@tools/need build
+	@if [ -t 0 ]; then tools/build release morvik; else tools/build -q release morvik; fi
+	@exec build/morvik $(ARGS)
+
+test:
+	@tools/need build test
+	@tools/build release
+	@ctest --test-dir build --output-on-failure -j $(JOBS)
+
+test-%:
+	@tools/need build test
+	@tools/build $*
+	@ctest --test-dir build-$* --output-on-failure -j $(JOBS)
+
+bless:
+	@tools/need build test
+	@tools/build release morvik
+	@python3 -B tests/transcripts/run.py --bless build/morvik $(NAMES)
+
+lint:
+	@tools/need build test lint
+	@tools/build -q debug
+	@tools/lint build-debug
+
+format:
+	@tools/need lint
+	@git ls-files -co --exclude-standard '*.cpp' '*.h' | xargs clang-format -i
+
+fuzz:
+	@tools/need build fuzz
+	@tests/fuzz/run $(SECONDS)
+
+bench:
+	@tools/need build bench
+	@tools/build release
+	@tools/bench build
+
+clean:
+	@rm -rf build build-*

@@ -1,0 +1,2 @@
+// The least that a C++ programme does.
+int main() {}

@@ -1,0 +1,28 @@
+// ADD: the sum, component by component.
+#include "arithmetic/dyadic.h"
+
+namespace {
+
+struct Add : Counted {
+  static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
+
+  Number operator()(Integer a, Integer b) { return whole(static_cast<double>(a.value) + static_cast<double>(b.value)); }
+
+  template <Parted A, Parted B>
+  Wider<A, B> operator()(const A &a, const B &b) {
+    constexpr int common = PARTS<A> < PARTS<B> ? PARTS<A> : PARTS<B>;
+    flops += common;
+    return assemble<Wider<A, B>>([&](auto i) {
+      if constexpr (i < common)
+        return part(a, i) + part(b, i);
+      else if constexpr (i < PARTS<A>)
+        return part(a, i);
+      else
+        return part(b, i);
+    });
+  }
+};
+
+}  // namespace
+
+DYADIC_SCALAR(add, Add)

@@ -1,0 +1,147 @@
+// The frame of the dyadic scalar instructions: what an instruction needs beside its cores, and how it gets its two
+// functions, the plain one for the stack and the `vec_` twin for a slice. A further instruction is one source that
+// holds its struct of cores (loops.h tells what is in one) and
+//
+//   DYADIC_SCALAR(add, Add)
+//
+// The frame is in dyadic.cpp and knows an instruction by its table alone.
+#pragma once
+
+#include <array>
+
+#include "arithmetic/loops.h"
+#include "arithmetic/scalars.h"
+#include "coprocessor/coprocessor.h"
+#include "spaces/counters.h"
+
+// One instruction as data: its loops by the tags of the pair, null where there is none.
+inline constexpr std::size_t LOOPTAGS = tags::OCTONION - tags::ASCII + 1;
+
+struct Dyadic {
+  std::uint32_t refused;  // flags of operands that make them not conformable
+  bool tolerant;          // compares under #CT
+  bool failslate;         // a core may fail half-way, so results never overwrite an operand
+  std::int32_t (*refusal)(std::int32_t left, std::int32_t right);  // the message for a pair without a loop
+  Kernel kernels[LOOPTAGS][LOOPTAGS];
+  Check checks[LOOPTAGS][LOOPTAGS];
+};
+
+// Null for a pair that has no loop, or needs no check.
+inline Kernel kernelof(const Dyadic &d, std::int32_t left, std::int32_t right) {
+  const auto l = static_cast<std::uint32_t>(left - tags::ASCII), r = static_cast<std::uint32_t>(right - tags::ASCII);
+  return l < LOOPTAGS && r < LOOPTAGS ? d.kernels[l][r] : nullptr;
+}
+inline Check checkof(const Dyadic &d, std::int32_t left, std::int32_t right) {
+  const auto l = static_cast<std::uint32_t>(left - tags::ASCII), r = static_cast<std::uint32_t>(right - tags::ASCII);
+  return l < LOOPTAGS && r < LOOPTAGS ? d.checks[l][r] : nullptr;
+}
+
+// What the macro's functions call: the frame on the stack, and one slice of what to_coprocessors holds. The slice's
+// flags, flops and failure go into its reply; its message number is returned.
+void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const Point *context, bool nested);
+std::int32_t dyadicslice(const Dyadic &d, std::uint32_t index) noexcept;
+// What #CT holds, as comparisons read it; 0 where it holds nothing.
+double tolerancein(const Point *context);
+// The short way: pops two plain scalars and pushes one whose element, in a block that nobody else sees, is to be
+// written. Message 27, nothing popped.
+Element *scalarhome(Point **stack);
+// Notes what an instruction of the main thread did.
+inline void countwork(double operated, double done) {
+  operations += operated;
+  flopos = done;
+  from_coprocessor[0].flops = done;
+  from_coprocessor[0].total_flops += done;
+}
+
+// ---- The table of a struct of cores.
+
+template <class Core, std::int32_t L, std::int32_t R>
+constexpr Kernel kernelfor() {
+  if constexpr (Supported<Core, Kind<L>, Kind<R>>)
+    return &loop<Core, L, R>;
+  else
+    return nullptr;
+}
+
+template <class Core, std::int32_t L, std::int32_t R>
+constexpr Check checkfor() {
+  if constexpr (Checked<Core, Kind<L>, Kind<R>>)
+    return &check<Core, L, R>;
+  else
+    return nullptr;
+}
+
+template <class Core>
+constexpr Dyadic dyadic() {
+  Dyadic d{};
+  d.refused = Core::refused;
+  d.tolerant = requires(Core core) {
+    core.tolerance;
+  };
+  d.failslate = requires(Core core) {
+    core.failure;
+  };
+  if constexpr (requires { Core::refusal(0, 0); })
+    d.refusal = &Core::refusal;
+  else
+    d.refusal = [](std::int32_t, std::int32_t) { return INCOMPATIBLE; };
+  [&]<std::size_t... cell>(std::index_sequence<cell...>) {
+    constexpr auto tag = [](std::size_t i) { return tags::ASCII + static_cast<std::int32_t>(i); };
+    ((d.kernels[cell / LOOPTAGS][cell % LOOPTAGS] = kernelfor<Core, tag(cell / LOOPTAGS), tag(cell % LOOPTAGS)>(),
+      d.checks[cell / LOOPTAGS][cell % LOOPTAGS] = checkfor<Core, tag(cell / LOOPTAGS), tag(cell % LOOPTAGS)>()),
+     ...);
+  }
+  (std::make_index_sequence<LOOPTAGS * LOOPTAGS>{});
+  return d;
+}
+
+// ---- The short way for two plain scalars: nothing conforms, extends or nests.
+
+inline bool isplainscalar(const Point &p) {
+  return p.rank == 0 && p.elements == 1 && (p.type & ~(HASINTEGER | HASREAL)) == ISSCALAR;
+}
+
+// False where the frame has to look closer.
+template <class Core, std::int32_t L, std::int32_t R>
+inline bool scalarpair(Point **stack, const Element &left, const Element &right, const Tally &tally) {
+  if constexpr (Supported<Core, Kind<L>, Kind<R>> && !Checked<Core, Kind<L>, Kind<R>>) {
+    Core core = startcore<Core>(tally);
+    const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
+    const auto value = apply(core, valueof<L>(left), valueof<R>(right));
+    if constexpr (requires { core.failure; })
+      if (core.failure != 0) return false;
+    const std::uint32_t kind = place<L, R>(*scalarhome(stack), lefthead, righthead, value, true);
+    (*stack)->type = ISSCALAR | kind;
+    countwork(1, 1 + static_cast<double>(core.flops));
+    return true;
+  } else {
+    return false;
+  }
+}
+
+template <class Core>
+inline bool scalars(Point **stack, const Point *context) {
+  const Point &left = (*stack)[-1], &right = **stack;
+  if (!isplainscalar(left) || !isplainscalar(right)) return false;
+  Tally tally;
+  if constexpr (requires(Core core) { core.tolerance; }) tally.tolerance = tolerancein(context);
+  const Element &a = *left.data_pointer, &b = *right.data_pointer;
+  constexpr std::uint64_t integer = heading(tags::INTEGER, 0), real = heading(tags::REAL, 0);
+  const std::uint64_t l = headingof(a) & RELIEDON, r = headingof(b) & RELIEDON;
+  if (l == integer && r == integer) return scalarpair<Core, tags::INTEGER, tags::INTEGER>(stack, a, b, tally);
+  if (l == real && r == real) return scalarpair<Core, tags::REAL, tags::REAL>(stack, a, b, tally);
+  if (l == integer && r == real) return scalarpair<Core, tags::INTEGER, tags::REAL>(stack, a, b, tally);
+  if (l == real && r == integer) return scalarpair<Core, tags::REAL, tags::INTEGER>(stack, a, b, tally);
+  return false;
+}
+
+#define DYADIC_SCALAR(name, Core)                                                           \
+  extern const Dyadic name##cores;                                                          \
+  constinit const Dyadic name##cores = dyadic<Core>();                                      \
+  void name(Point **stack, const Point *instruction, Point *context, char nested) {         \
+    if (nested == 0 && scalars<Core>(stack, context)) return;                               \
+    dyadicframe(name##cores, stack, instruction, context, nested != 0);                     \
+  }                                                                                         \
+  std::int32_t vec_##name(Point **, const Point *, Point *, std::uint32_t index) noexcept { \
+    return dyadicslice(name##cores, index);                                                 \
+  }

@@ -1,0 +1,263 @@
+// The element loop of the dyadic scalar instructions, written once. An instruction is a struct of cores:
+//
+//   struct Core : Counted {
+//     static constexpr std::uint32_t refused = ...;  flags that make operands not conformable
+//     R operator()(A, B);                            one for each pair of kinds that has a formula of its own
+//     std::int32_t check(A, B) const;                optional, for a pair that fails for some values: a message number,
+//     0 static std::int32_t refusal(l, r);             optional: the message for tags without a core, otherwise 162
+//     double tolerance;                              optional: is set to what #CT held when the instruction began
+//     bool bothpolar;                                optional: is set for each pair of complex numbers
+//     std::int32_t failure;                          optional: a core that finds out late sets a message number here
+//   };
+//
+// A pair without an operator() is promoted: integers to reals, then the lower number to the kind of the higher. A core
+// adds to `flops` what it did. R is any kind of values.h; a loop turns it into a record.
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+
+#include "arithmetic/values.h"
+#include "spaces/blocks.h"
+
+inline constexpr std::int32_t NOTCONFORMABLE = 17, OUTOFSTORAGE = 27, NOTBOOLEAN = 149, INCOMPATIBLE = 162;
+
+// What every struct of cores begins with.
+struct Counted {
+  std::uint64_t flops = 0;
+
+  // The rule of integer arithmetic: done in doubles, an integer where it fits.
+  Number whole(double x) {
+    if (std::fabs(x) < INTEGERBOUND) [[likely]]
+      return {x, true};
+    const bool fits = std::fabs(x) == INTEGERBOUND;
+    flops += fits ? 0 : 1;
+    return {x, fits};
+  }
+};
+
+// What an instruction counts and finds on one thread, through all the spaces that it meets.
+struct Tally {
+  double tolerance = 0;
+  double flops = 0;
+  double operations = 0;       // of nested spaces
+  std::int32_t failure = 0;    // a message number
+  bool interruptible = false;  // the main thread: an interrupt ends the work
+};
+
+// One stretch of work over records. The steps are in records; a scalar operand has step 0.
+struct Run {
+  const Element *left, *right;
+  Element *result;
+  std::size_t leftstep, rightstep, resultstep;
+  std::size_t count;
+  bool fresh;               // the result's records hold nothing yet; otherwise they are those of an operand
+  std::uint32_t kinds = 0;  // HAS bits and STRUCTURED of what was written
+  std::size_t done = 0;     // how far the work came
+};
+
+// Works elements from `from` up to `to` as long as both records are what it is for; returns where it ended.
+using Kernel = std::size_t (*)(Run &run, std::size_t from, std::size_t to, Tally &tally);
+// The message for a pair of records whose values fail, 0 for none.
+using Check = std::int32_t (*)(const Element &left, const Element &right);
+
+// Works all of a run, whatever its records are, nested spaces included. `run.done` tells how far it came. Returns a
+// message number, 0 for none, or INTERRUPTED; never jumps. For slices, and for folds: steps may be any number of
+// records, and steps of 0 for left and result make each result the next left.
+struct Dyadic;
+inline constexpr std::int32_t INTERRUPTED = -1;
+inline constexpr std::size_t STRETCH = 65536;  // elements between two looks at an interrupt
+std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept;
+
+// ---- Which formula serves a pair.
+
+struct Unsupported {};
+
+template <class Core, class A, class B>
+concept Direct = requires(Core core, const A &a, const B &b) {
+  core(a, b);
+};
+
+template <class Core, class A, class B>
+inline auto apply(Core &core, const A &a, const B &b) {
+  constexpr bool leftinteger = std::same_as<A, Integer>, rightinteger = std::same_as<B, Integer>;
+  if constexpr (Direct<Core, A, B>)
+    return core(a, b);
+  else if constexpr (leftinteger && rightinteger)
+    return apply(core, static_cast<double>(a.value), static_cast<double>(b.value));
+  else if constexpr (leftinteger && Parted<B>)
+    return apply(core, static_cast<double>(a.value), b);
+  else if constexpr (rightinteger && Parted<A>)
+    return apply(core, a, static_cast<double>(b.value));
+  else if constexpr (Parted<A> && Parted<B> && PARTS<A> < PARTS<B>)
+    return apply(core, promote<B>(a), b);
+  else if constexpr (Parted<A> && Parted<B> && PARTS<B> < PARTS<A>)
+    return apply(core, a, promote<A>(b));
+  else
+    return Unsupported{};
+}
+
+template <class Core, class A, class B>
+using Applied = decltype(apply(std::declval<Core &>(), std::declval<const A &>(), std::declval<const B &>()));
+template <class Core, class A, class B>
+concept Supported = !std::same_as<Applied<Core, A, B>, Unsupported>;
+template <class Core, class A, class B>
+concept Checked = requires(const Core core, const A &a, const B &b) {
+  core.check(a, b);
+};
+
+// ---- From a result to a record. Each returns the HAS bit of what it wrote.
+
+// Form and marks of a hypercomplex result: a complex number takes them from the complex operand, the left one of two;
+// so does a higher number where both operands are of its kind. A mixed pair gives the ordinary form.
+template <std::int32_t tag, std::int32_t L, std::int32_t R>
+inline std::uint64_t inherited(std::uint64_t left, std::uint64_t right) {
+  constexpr bool takesleft = L == tag && (R == tag || tag == tags::COMPLEX);
+  constexpr bool takesright = R == tag && tag == tags::COMPLEX;
+  if constexpr (takesleft)
+    return left & INHERITED;
+  else if constexpr (takesright)
+    return right & INHERITED;
+  else
+    return heading(tag, L == tag || R == tag ? forms::NUMBER : forms::CARTESIAN);
+}
+
+inline std::uint32_t write(Element &to, std::int64_t value, std::uint16_t form) {
+  setheading(to, heading(tags::INTEGER, form));
+  to.name = nullptr;
+  to.integer = value;
+  return HASINTEGER;
+}
+inline std::uint32_t write(Element &to, double value) {
+  setheading(to, heading(tags::REAL, forms::COMPUTED));
+  to.name = nullptr;
+  to.real = value;
+  return HASREAL;
+}
+inline std::uint32_t write(Element &to, Integer value) {
+  return write(to, value.value, forms::NUMBER);
+}
+inline std::uint32_t write(Element &to, Truth truth) {
+  return write(to, truth.value, forms::BOOLEAN);
+}
+inline std::uint32_t write(Element &to, Number number) {
+  if (!number.whole) [[unlikely]]
+    return write(to, number.value);
+  return write(to, saturate(number.value), forms::NUMBER);
+}
+template <class Value>
+inline std::uint32_t writecomplex(Element &to, std::uint64_t head, const Value &value) {
+  setheading(to, head);
+  to.name = nullptr;
+  std::memcpy(&to.complex, &value, sizeof to.complex);
+  return HASCOMPLEX;
+}
+template <class Value>
+inline std::uint32_t writequaternion(Element &to, std::uint64_t head, const Value &value) {
+  static_assert(sizeof value == sizeof(Quaternion));
+  setheading(to, head);
+  std::memcpy(reinterpret_cast<char *>(&to) + offsetof(Element, firstpart), &value, sizeof value);
+  return HASQUATERNION;
+}
+
+// A record that is about to hold something else gives up its octonion.
+inline void giveup(const Element &e) {
+  if (e.tag == tags::OCTONION) release(e.octonion);
+}
+
+// Where the octonion of a result goes: the block that the record owns alone, otherwise a new one. Null: no storage.
+inline Octonion *octonionhome(const Element &to, bool fresh) {
+  const bool reused = !fresh && to.tag == tags::OCTONION && refr(to.octonion) == 1;
+  return reused ? to.octonion : static_cast<Octonion *>(tryblock(sizeof(Octonion)));
+}
+template <class Value>
+inline std::uint32_t writeoctonion(Element &to, std::uint64_t head, const Value &value, Octonion *home, bool fresh) {
+  std::memcpy(home, &value, sizeof *home);
+  if (!fresh && (to.tag != tags::OCTONION || to.octonion != home)) giveup(to);
+  setheading(to, head);
+  to.name = nullptr;
+  to.octonion = home;
+  return HASOCTONION;
+}
+
+template <std::int32_t L, std::int32_t R, class Value>
+inline std::uint32_t place(Element &to, std::uint64_t left, std::uint64_t right, const Value &value, bool fresh,
+                           Octonion *home = nullptr) {
+  using Result = typename NumberOf<Value>::Type;
+  if constexpr (std::same_as<Result, Octonion>) {
+    return writeoctonion(to, inherited<tags::OCTONION, L, R>(left, right), value, home, fresh);
+  } else {
+    if constexpr (L == tags::OCTONION || R == tags::OCTONION)
+      if (!fresh) giveup(to);
+    if constexpr (std::same_as<Result, Complex>) {
+      return writecomplex(to, inherited<tags::COMPLEX, L, R>(left, right), value);
+    } else if constexpr (std::same_as<Result, Quaternion>) {
+      return writequaternion(to, inherited<tags::QUATERNION, L, R>(left, right), value);
+    } else if constexpr (std::same_as<Result, Ascii> || std::same_as<Result, Unicode>) {
+      // A character comes from the operand that is one, and looks like it.
+      constexpr std::int32_t tag = std::same_as<Result, Ascii> ? tags::ASCII : tags::UNICODE;
+      setheading(to, (L == tag ? left : right) & INHERITED);
+      to.name = nullptr;
+      to.integer = value.value;
+      return kindbit(tag);
+    } else {
+      return write(to, value);
+    }
+  }
+}
+
+// ---- The loop.
+
+template <class Core>
+inline Core startcore(const Tally &tally) {
+  Core core{};
+  if constexpr (requires { core.tolerance; }) core.tolerance = tally.tolerance;
+  return core;
+}
+
+// Reads a pair of records before it writes the result, which may be one of them. A space that grew out of others under
+// a flag word that is not exact may hold any record: each is looked at, and the first that is not expected ends the
+// loop.
+template <class Core, std::int32_t L, std::int32_t R>
+std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
+  constexpr bool givesoctonion = std::same_as<typename NumberOf<Applied<Core, Kind<L>, Kind<R>>>::Type, Octonion>;
+  Core core = startcore<Core>(tally);
+  const Element *left = run.left + from * run.leftstep;
+  const Element *right = run.right + from * run.rightstep;
+  Element *result = run.result + from * run.resultstep;
+  const std::size_t leftstep = run.leftstep, rightstep = run.rightstep, resultstep = run.resultstep;
+  const bool fresh = run.fresh;
+  std::uint32_t kinds = 0;
+  std::size_t i = from;
+  for (; i < to; ++i, left += leftstep, right += rightstep, result += resultstep) {
+    const std::uint64_t lefthead = headingof(*left), righthead = headingof(*right);
+    if ((((lefthead ^ heading(L, 0)) | (righthead ^ heading(R, 0))) & RELIEDON) != 0) [[unlikely]]
+      break;
+    if constexpr (requires { core.bothpolar; }) core.bothpolar = ispolar(lefthead & righthead);
+    Octonion *home = nullptr;
+    if constexpr (givesoctonion) {
+      home = octonionhome(*result, fresh);
+      if (!home) [[unlikely]] {
+        tally.failure = OUTOFSTORAGE;
+        break;
+      }
+    }
+    const auto value = apply(core, valueof<L>(*left), valueof<R>(*right));
+    if constexpr (requires { core.failure; }) {
+      if (core.failure != 0) [[unlikely]] {
+        tally.failure = core.failure;
+        if (fresh) release(home);
+        break;
+      }
+    }
+    kinds |= place<L, R>(*result, lefthead, righthead, value, fresh, home);
+  }
+  run.kinds |= kinds;
+  tally.flops += static_cast<double>(core.flops);
+  return i;
+}
+
+template <class Core, std::int32_t L, std::int32_t R>
+std::int32_t check(const Element &left, const Element &right) {
+  return Core{}.check(valueof<L>(left), valueof<R>(right));
+}

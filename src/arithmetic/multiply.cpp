@@ -1,0 +1,76 @@
+// MULTIPLY: the product. A character times a boolean integer is that character or a blank.
+#include <limits>
+
+#include "arithmetic/dyadic.h"
+#include "arithmetic/products.h"
+
+namespace {
+
+constexpr std::uint8_t BLANK = ' ';
+
+// A component of a complex product that is no number shows infinity.
+double shown(double x) {
+  return std::isnan(x) ? std::numeric_limits<double>::infinity() : x;
+}
+
+struct Multiply : Counted {
+  static constexpr std::uint32_t refused = ISADDRESS | HASUNICODE;
+  bool bothpolar = false;
+
+  Number operator()(Integer a, Integer b) { return whole(static_cast<double>(a.value) * static_cast<double>(b.value)); }
+
+  // 0 times an infinity is 0.
+  double operator()(double a, double b) {
+    flops += 1;
+    return a == 0 || b == 0 ? 0 : a * b;
+  }
+
+  // In polar form the moduli multiply and the angles add. The cross terms are no matter where an imaginary part is 0,
+  // but for infinities.
+  Paired<Complex> operator()(const Complex &a, const Complex &b) {
+    flops += bothpolar ? 2 : 6;
+    const Paired<Complex> c = fullproduct<false>(a, b);
+    if (mayhavenan(c)) [[unlikely]] {
+      const double re = part(a, 0), im = part(a, 1), rightre = part(b, 0), rightim = part(b, 1);
+      return {{Pair{realpart(re, im, rightre, rightim), imaginarypart(re, im, rightre, rightim)}}};
+    }
+    return c;
+  }
+
+  template <Hyper B>
+  B operator()(double a, const B &b) {
+    flops += PARTS<B>;
+    return assemble<B>([&](auto i) {
+      const double x = a * part(b, i);
+      return PARTS<B> == PARTS<Complex> ? shown(x) : x;
+    });
+  }
+  template <Hyper A>
+  A operator()(const A &a, double b) {
+    return (*this)(b, a);
+  }
+
+  template <Hyper A, Hyper B>
+  Paired<Wider<A, B>> operator()(const A &a, const B &b) {
+    return product(a, b, flops);
+  }
+
+  std::int32_t check(Ascii, Integer times) const { return times.value == 0 || times.value == 1 ? 0 : NOTBOOLEAN; }
+  std::int32_t check(Integer times, Ascii character) const { return check(character, times); }
+  Ascii operator()(Ascii character, Integer times) { return times.value == 0 ? Ascii{BLANK} : character; }
+  Ascii operator()(Integer times, Ascii character) { return (*this)(character, times); }
+
+ private:
+  // Of (a, b) times (c, d). Doubles by value, so that the loop keeps its own in registers.
+  [[gnu::cold, gnu::noinline]] static double realpart(double a, double b, double c, double d) {
+    return shown(b == 0 || d == 0 ? a * c : a * c - b * d);
+  }
+  [[gnu::cold, gnu::noinline]] static double imaginarypart(double a, double b, double c, double d) {
+    if (b == 0 && d == 0) return 0;
+    return shown(d == 0 ? b * c : b == 0 ? a * d : a * d + b * c);
+  }
+};
+
+}  // namespace
+
+DYADIC_SCALAR(multiply, Multiply)

@@ -1,0 +1,29 @@
+// SUBTRACT: left less right, component by component.
+#include "arithmetic/dyadic.h"
+
+namespace {
+
+struct Subtract : Counted {
+  static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
+
+  Number operator()(Integer a, Integer b) { return whole(static_cast<double>(a.value) - static_cast<double>(b.value)); }
+
+  // What only the right number has is taken from 0, so that no component becomes a negative zero.
+  template <Parted A, Parted B>
+  Wider<A, B> operator()(const A &a, const B &b) {
+    constexpr int lefts = PARTS<A>, rights = PARTS<B>;
+    flops += rights;
+    return assemble<Wider<A, B>>([&](auto i) {
+      if constexpr (i < lefts && i < rights)
+        return part(a, i) - part(b, i);
+      else if constexpr (i < lefts)
+        return part(a, i);
+      else
+        return 0.0 - part(b, i);
+    });
+  }
+};
+
+}  // namespace
+
+DYADIC_SCALAR(subtract, Subtract)

@@ -1,0 +1,163 @@
+// The walk of a dyadic scalar instruction over records of any kinds: stretches of one pair of kinds go to their loop,
+// named records and nested spaces are worked one by one. It runs on any thread, so it returns its failures.
+#include <algorithm>
+
+#include "arithmetic/joint.h"
+#include "diagnostics/exception.h"
+#include "spaces/refderef.h"
+
+namespace {
+
+std::int32_t combine(const Dyadic &d, const Point &left, const Point &right, Point &result, Tally &tally);
+
+// ---- Nested spaces.
+
+// A simple element as a scalar, which lives as long as the record does and is only read.
+Point scalarof(const Element &e) {
+  Point p{};
+  p.type = ISSCALAR | kindbit(e.tag) | (e.tag == tags::HANDLE ? HASFILE : 0);
+  p.elements = 1;
+  p.data_pointer = const_cast<Element *>(&e);
+  return p;
+}
+
+// A member beside an empty one stays as it is.
+std::int32_t keep(const Element &e, Point &result) {
+  if (e.tag == tags::SUBARRAY) {
+    result = *e.subarray;
+    referencepoint(&result);
+    return 0;
+  }
+  auto *record = static_cast<Element *>(tryblock(sizeof(Element)));
+  if (!record) return OUTOFSTORAGE;
+  *record = e;
+  result = scalarof(*record);
+  referencedataelems(record, 1);
+  return 0;
+}
+
+std::int32_t combinemembers(const Dyadic &d, const Element &left, const Element &right, Point &result, Tally &tally) {
+  const Point l = left.tag == tags::SUBARRAY ? *left.subarray : scalarof(left);
+  const Point r = right.tag == tags::SUBARRAY ? *right.subarray : scalarof(right);
+  if (isvoid(r)) return keep(left, result);
+  if (isvoid(l)) return keep(right, result);
+  return combine(d, l, r, result, tally);
+}
+
+// The enclosed result of a pair of which one is a subarray, in a block of its own.
+std::int32_t enclosed(const Dyadic &d, const Element &left, const Element &right, Element &result, Tally &tally) {
+  auto *box = static_cast<Point *>(tryblock(sizeof(Point)));
+  if (!box) return OUTOFSTORAGE;
+  const std::int32_t message = combinemembers(d, left, right, *box, tally);
+  if (message != 0) {
+    freeblock(box);
+    return message;
+  }
+  result = {};
+  setheading(result, heading(tags::SUBARRAY, 0));
+  result.subarray = box;
+  return 0;
+}
+
+// All that one space is combined to, in new blocks.
+std::int32_t combine(const Dyadic &d, const Point &left, const Point &right, Point &result, Tally &tally) {
+  Joint joint;
+  if (const std::int32_t message = conform(d, left, right, joint); message != 0) return message;
+  Run run = runover(left, right, joint);
+  if (!newrecords(run)) return OUTOFSTORAGE;
+  if (const std::int32_t message = work(d, run, tally); message != 0) {
+    abandon(run);
+    return message;
+  }
+  tally.operations += joint.count;
+  result = resultof(left, right, joint, run);
+  return 0;
+}
+
+// ---- One record.
+
+bool isnamed(const Element &e) {
+  return (e.attributes & attributes::NAMED) != 0;
+}
+Element unnamed(const Element &e) {
+  Element copy = e;
+  copy.attributes = static_cast<std::uint16_t>(copy.attributes & ~attributes::NAMED);
+  return copy;
+}
+
+// What a record of the result owns, where the result is written over it.
+void giveupall(const Run &run, Element &result) {
+  if (run.fresh) return;
+  if (isnamed(result)) release(result.name);
+  if (result.tag == tags::SUBARRAY) {
+    dereferencepoint(result.subarray);
+    release(result.subarray);
+  } else {
+    giveup(result);
+  }
+}
+
+// The one element at i, which no loop takes as it is. Returns a message number.
+std::int32_t single(const Dyadic &d, Run &run, std::size_t i, Tally &tally) {
+  const Element left = run.left[i * run.leftstep], right = run.right[i * run.rightstep];
+  Element &result = run.result[i * run.resultstep];
+  if (left.tag == tags::SUBARRAY || right.tag == tags::SUBARRAY) {
+    Element member;
+    if (const std::int32_t message = enclosed(d, left, right, member, tally); message != 0) return message;
+    giveupall(run, result);
+    result = member;
+    run.kinds |= STRUCTURED;
+    return 0;
+  }
+  const Kernel kernel = kernelof(d, left.tag, right.tag);
+  if (!kernel) return d.refusal(left.tag, right.tag);
+  const Check check = checkof(d, left.tag, right.tag);
+  if (const std::int32_t message = check ? check(left, right) : 0; message != 0) return message;
+  const Element plainleft = unnamed(left), plainright = unnamed(right);
+  Element made;
+  Run one{&plainleft, &plainright, &made, 0, 0, 0, 1, true};
+  kernel(one, 0, 1, tally);
+  run.kinds |= one.kinds;
+  if (tally.failure != 0) return tally.failure;
+  giveupall(run, result);
+  result = made;
+  return 0;
+}
+
+// Has each pair of the stretch values that the pair's core takes? Up to the first that no loop takes.
+std::int32_t checked(const Dyadic &d, const Run &run, std::size_t from, std::size_t to) {
+  const Element *left = run.left + from * run.leftstep, *right = run.right + from * run.rightstep;
+  const std::int32_t lefttag = left->tag, righttag = right->tag;
+  const Check check = checkof(d, lefttag, righttag);
+  if (!check) return 0;
+  for (std::size_t i = from; i < to && left->tag == lefttag && right->tag == righttag; ++i) {
+    if (const std::int32_t message = check(*left, *right); message != 0) return message;
+    left += run.leftstep;
+    right += run.rightstep;
+  }
+  return 0;
+}
+
+}  // namespace
+
+std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept {
+  while (run.done < run.count) {
+    if (tally.interruptible && interrupted != 0) [[unlikely]]
+      return INTERRUPTED;
+    const std::size_t from = run.done, to = std::min(run.count, from + STRETCH);
+    const Element &left = run.left[from * run.leftstep], &right = run.right[from * run.rightstep];
+    const Kernel kernel = isnamed(left) || isnamed(right) ? nullptr : kernelof(d, left.tag, right.tag);
+    std::int32_t message;
+    if (kernel) {
+      message = checked(d, run, from, to);
+      if (message != 0) return message;
+      run.done = kernel(run, from, to, tally);
+      message = tally.failure;
+    } else {
+      message = single(d, run, from, tally);
+      if (message == 0) ++run.done;
+    }
+    if (message != 0) return message;
+  }
+  return 0;
+}

@@ -1,0 +1,161 @@
+// Signals: the user's interrupt, which is only noted and taken at a safe point, and the faults, which jump at once from
+// a stack of their own.
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+#include "diagnostics/exception.h"
+#include "spaces/blocks.h"
+#include "spaces/memory.h"
+
+volatile std::sig_atomic_t interrupted;
+
+namespace {
+
+constexpr int SIGNAL_NUMBERS = -1000;  // signal n is message SIGNAL_NUMBERS - n
+constexpr int ENDURED_VIOLATIONS = 2;
+constexpr int NEVER_STORED = 2;  // kept: A_Problem is asked for a value that nothing stores
+
+// Sanitizers report a fault themselves, and better.
+#ifdef MORVIK_SYSTEM_HEAP
+constexpr bool FAULTS_ARE_OURS = false;
+#else
+constexpr bool FAULTS_ARE_OURS = true;
+#endif
+
+// Room for the deepest release that a jump may have to do there.
+constexpr std::size_t FAULT_STACK = 256 * 1024;
+alignas(64) char faultstack[FAULT_STACK];
+
+// Where the limit of the process stack is lifted, a recursion without end would take all of the memory before it is
+// found. The wall is higher than any frame, so that none steps over it.
+constexpr std::uintptr_t DEEPEST_STACK = std::uintptr_t{256} << 20, WALL = std::uintptr_t{4} << 20;
+
+// The text of a fault goes around the streams: one of them may be what was at work.
+void say(const char *text) {
+  std::size_t left = std::strlen(text);
+  while (left > 0) {
+    const ssize_t written = write(STDERR_FILENO, text, left);
+    if (written <= 0) return;
+    text += written;
+    left -= static_cast<std::size_t>(written);
+  }
+}
+
+[[noreturn]] void interrupt(int signal) {
+  interrupted = 0;
+  if (PrintOut) std::fputc('\n', stdout);
+  std::fputs("\n** User interrupt. **\n", stdout);
+  std::fflush(stdout);
+  A_Problem = 1;
+  jump(SIGNAL_NUMBERS - signal);
+}
+
+void violation(int signal) {
+  say("\nSEGMENTATION VIOLATION\n");
+  if (++violations <= ENDURED_VIOLATIONS) return;
+  say("\n--- SERIOUS INTERNAL ERROR ---\n--- PROCESSING STOPPED --- \n");
+  endatonce((SIGNAL_NUMBERS - signal) & 0xFF);
+}
+
+// A lock of the faulting thread stays usable for whoever comes after the jump.
+void giveup(pthread_mutex_t &mutex) {
+#ifdef __GLIBC__
+  if (mutex.__data.__owner == gettid()) pthread_mutex_unlock(&mutex);
+#else
+  static_cast<void>(mutex);
+#endif
+}
+
+[[noreturn]] void fault(int signal) {
+  giveup(mp);
+  giveup(mp1);
+  if (A_Problem == NEVER_STORED) say("\nA Problem Occured ... \n");
+  switch (signal) {
+    case SIGFPE:
+      say("\nFloating point exception.\n");
+      break;
+    case SIGBUS:
+    case SIGSEGV:
+      violation(signal);
+      break;
+    default:
+      say("\nUNKNOWN SIGNAL CAUGHT\n");
+      break;
+  }
+  jump(SIGNAL_NUMBERS - signal);
+}
+
+bool isinterrupt(int signal) {
+  return signal == SIGINT || signal == SIGQUIT;
+}
+
+// A write to a closed pipe fails like any other. A handler, since what is set to be ignored stays so in an editor that
+// EDIT starts.
+void ignoresignal(int) {}
+
+void handle(int signal, void (*handler)(int), int flags) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  action.sa_flags = flags;
+  sigaction(signal, &action, nullptr);
+}
+
+// The jump leaves the handler for good and restores no mask, so none may be set.
+void handlefault(int signal) {
+  handle(signal, signalexception, SA_ONSTACK | SA_NODEFER);
+}
+
+void raisewall() {
+  const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+  const std::uintptr_t top = (here - DEEPEST_STACK) & ~(WALL - 1);
+  // Where something stands already, that is the wall.
+  mmap(reinterpret_cast<void *>(top - WALL), WALL, PROT_NONE,
+       MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE, -1, 0);
+}
+
+}  // namespace
+
+void raised(int signal) {
+  if (isinterrupt(signal)) interrupt(signal);
+  fault(signal);
+}
+
+void signalexception(int signal) {
+  if (!isinterrupt(signal)) fault(signal);
+  interrupted = signal;
+}
+
+void takeinterrupt() {
+  interrupt(interrupted);
+}
+
+void initsignals() {
+  handle(SIGPIPE, ignoresignal, SA_RESTART);
+  handle(SIGXFSZ, ignoresignal, SA_RESTART);
+  if (!FAULTS_ARE_OURS) return;
+  stack_t stack{};
+  stack.ss_sp = faultstack;
+  stack.ss_size = sizeof faultstack;
+  sigaltstack(&stack, nullptr);
+  handlefault(SIGSEGV);
+  raisewall();
+}
+
+void readingsignals() {
+  handle(SIGINT, SIG_IGN, 0);
+  handle(SIGQUIT, SIG_IGN, 0);
+  if (FAULTS_ARE_OURS) handle(SIGBUS, SIG_DFL, 0);
+  interrupted = 0;
+}
+
+// No restart: a sleep or a read that an interrupt breaks comes back to a safe point.
+void runningsignals() {
+  handle(SIGINT, signalexception, 0);
+  handle(SIGQUIT, signalexception, 0);
+  if (FAULTS_ARE_OURS) handlefault(SIGBUS);
+  handlefault(SIGFPE);
+}

@@ -1,0 +1,258 @@
+// Spaces as text: literals that the scanner reads back, and rows for people.
+#include <cmath>
+#include <cstring>
+
+#include "diagnostics/exception.h"
+#include "diagnostics/printer.h"
+#include "diagnostics/text.h"
+
+bool recordsinuse;
+
+namespace printer {
+
+namespace {
+
+constexpr std::uint16_t UNSPELLED = attributes::NAMED | attributes::SILENT;
+constexpr int CHARACTER_BITS = 8;
+constexpr double INTEGER_LIMIT = 9.223372036854775808e18;  // whole doubles below it in magnitude are integers
+
+// What the records of a space are, whatever its flags say.
+struct Census {
+  bool text;   // characters alone
+  bool mixed;  // more than one tag
+  bool structured;
+};
+
+Census census(const Point &space) {
+  const Element *records = space.data_pointer;
+  Census found = {true, false, false};
+  for (std::uint32_t i = 0; i < space.elements; ++i) {
+    const std::int32_t tag = records[i].tag;
+    found.text &= tag == tags::ASCII;
+    found.mixed |= tag != records[0].tag;
+    found.structured |= tag == tags::SUBARRAY;
+    countelement();
+  }
+  return found;
+}
+
+// Counts the elements out in rows: after each, one line feed for every running product of the extents that divides
+// the count.
+struct Rows {
+  const Element *outer;  // the extents from the second on
+  std::int32_t outers;
+  std::uint64_t extent, left, complete;
+};
+
+Rows makerows(const Point &space) {
+  const Element *shape = space.shape_pointer;
+  const bool shaped = space.rank > 0 && shape && shape[0].integer > 0;
+  const std::uint64_t extent = shaped ? static_cast<std::uint64_t>(shape[0].integer) : space.elements;
+  return {shaped ? shape + 1 : nullptr, shaped ? space.rank - 1 : 0, extent, extent, 0};
+}
+
+void endelement(Rows &rows) {
+  if (--rows.left > 0) return;
+  rows.left = rows.extent;
+  put('\n');
+  std::uint64_t complete = ++rows.complete;
+  for (std::int32_t axis = 0; axis < rows.outers; ++axis) {
+    const auto extent = static_cast<std::uint64_t>(rows.outer[axis].integer);
+    if (extent == 0 || complete % extent != 0) return;
+    put('\n');
+    complete /= extent;
+  }
+}
+
+void shapebracket(const Point &space) {
+  put('[');
+  for (std::int32_t axis = 0; axis < space.rank && space.shape_pointer; ++axis) {
+    if (axis > 0) put(' ');
+    char *at = room(ELEMENT_BYTES);
+    filled(spell(at, space.shape_pointer[axis].integer));
+  }
+  put(']');
+}
+
+void binarycharacter(std::uint8_t byte) {
+  char *at = room(ELEMENT_BYTES);
+  *at++ = '`';
+  *at++ = '0';
+  *at++ = '#';
+  at = bits(at, byte, CHARACTER_BITS);
+  *at++ = '`';
+  filled(at);
+}
+
+// Would the reader lose this byte of a string? A double quote is dropped there, a NUL ends the input, and a backquote
+// may open what looks like a character in bits.
+bool unreadable(const Element *records, std::uint32_t i, std::uint32_t count) {
+  const std::uint8_t byte = records[i].ascii;
+  if (byte == '`') return i + 2 < count && records[i + 1].ascii == '0' && records[i + 2].ascii == '#';
+  return byte == '"' || byte == 0;
+}
+
+void sourcetext(const Point &space) {
+  const Element *records = space.data_pointer;
+  put(" '", 2);
+  for (std::uint32_t i = 0; i < space.elements; ++i) {
+    if ((records[i].attributes & attributes::SILENT) != 0) continue;
+    if (records[i].form == forms::BINARY || unreadable(records, i, space.elements))
+      binarycharacter(records[i].ascii);
+    else
+      put(static_cast<char>(records[i].ascii));  // kept: a quote is not doubled
+    countelement();
+  }
+  put('\'');
+  if (space.rank > 1 || (space.rank == 1 && space.elements == 1)) shapebracket(space);
+}
+
+void displaytext(const Point &space) {
+  const Element *records = space.data_pointer;
+  Rows rows = makerows(space);
+  for (std::uint32_t i = 0; i < space.elements; ++i) {
+    if ((records[i].attributes & attributes::SILENT) == 0) put(static_cast<char>(records[i].ascii));
+    if (space.rank > 0) endelement(rows);
+    countelement();
+  }
+}
+
+// A whole real becomes an integer, and a complex number without an imaginary part what its real part is.
+bool lower(Element &e, bool complexes) {
+  if ((e.attributes & UNSPELLED) != 0) return false;
+  const bool complex = complexes && e.tag == tags::COMPLEX && e.form != forms::POLAR && e.complex.im == 0;
+  if (complex) {
+    const double re = e.complex.re;
+    e.tag = tags::REAL;
+    e.form = forms::NUMBER;
+    e.attributes &= static_cast<std::uint16_t>(~attributes::PREFIX_R);
+    e.real = re;
+  }
+  if (e.tag != tags::REAL || !(std::fabs(e.real) < INTEGER_LIMIT) || e.real != std::trunc(e.real)) return complex;
+  const auto whole = static_cast<std::int64_t>(e.real);
+  e.tag = tags::INTEGER;
+  e.integer = whole;
+  return true;
+}
+
+// A symbolic Point that stands whole in a record.
+[[gnu::noinline]] void pointrecord(const Element &e, bool source) {
+  Point copy;
+  std::memcpy(&copy, &e, sizeof copy);
+  point(copy, 0, source, true);
+}
+
+[[gnu::noinline]] void unicode(std::uint16_t character) {
+  char text[8];
+  put(text, static_cast<std::size_t>(std::snprintf(text, sizeof text, "%X", static_cast<unsigned>(character))));
+}
+
+// Does a name stand for the value, or nothing at all? Written here, if so.
+bool byname(const Element &e) {
+  if ((e.attributes & attributes::SILENT) != 0) return true;
+  if ((e.attributes & attributes::NAMED) == 0 || e.tag == tags::QUATERNION || !e.name) return false;
+  put(' ');
+  put(e.name);
+  return true;
+}
+
+void element(const Element &e, bool source) {
+  if (e.tag >= tags::ASCII && (e.attributes & UNSPELLED) != 0 && e.tag != tags::HANDLE && byname(e)) return;
+  switch (e.tag) {
+    case tags::SUBARRAY:
+      return point(*e.subarray, 0, source, true);
+    case tags::ASCII:
+      if (!source) return put(static_cast<char>(e.ascii));
+      put(' ');
+      return binarycharacter(e.ascii);  // in quotes it would be a space of its own
+    case tags::UNICODE:
+      return unicode(e.unicode);
+    case tags::INTEGER:
+    case tags::REAL:
+    case tags::COMPLEX:
+    case tags::QUATERNION:
+    case tags::OCTONION:
+      return number(e, source);
+    case tags::FILLER:
+      return;
+    case tags::HANDLE:  // an open file has no text that could be read back
+      if (!source) byname(e);
+      return;
+    default:
+      if (e.tag < 0 && e.tag >= ranks::LOCALVARIABLE) return pointrecord(e, source);
+      return put(" ???");
+  }
+}
+
+// Prints a record as what it is rewritten to. Returns the kind that is new to its space, 0 for none.
+[[gnu::noinline]] std::uint32_t lowered(Element &e, bool source, bool complexes) {
+  Element copy = e;
+  const bool changed = lower(copy, complexes);
+  element(copy, source);
+  if (!changed || recordsinuse) return 0;
+  e = copy;
+  return kindbit(e.tag);
+}
+
+void scalar(Point &space, bool source) {
+  Element &e = *space.data_pointer;
+  if (e.tag != tags::REAL) return element(e, source);
+  if (const std::uint32_t kind = lowered(e, source, false)) space.type = (space.type & ~HASREAL) | kind;
+}
+
+// The flags are counted anew: what they claim beyond the records stays, and a word without any kind stays without.
+void recount(Point &space, std::uint32_t kinds, std::uint32_t gained) {
+  if (recordsinuse) return;
+  if ((space.type & ELEMENTBITS) != 0) space.type |= gained;
+  if (space.elements > 1) space.type |= complexed(kinds);
+}
+
+void members(Point &space, const Census &found, bool source) {
+  const bool lowering = found.mixed || found.structured || (space.type & (COMPLEXED | STRUCTURED)) != 0;
+  Rows rows = makerows(space);
+  std::uint32_t kinds = 0, gained = 0;
+  for (std::uint32_t i = 0; i < space.elements; ++i) {
+    Element &e = space.data_pointer[i];
+    if (lowering && (e.tag == tags::REAL || e.tag == tags::COMPLEX))
+      gained |= lowered(e, source, true);
+    else
+      element(e, source);
+    kinds |= kindbit(e.tag);
+    if (!source && space.rank > 0) endelement(rows);
+    countelement();
+  }
+  recount(space, kinds, gained);
+}
+
+// In a literal #NIL is no word, and its brackets or quotes stand for it.
+void empty(const Point &space, bool source, bool inner, const char *close) {
+  if (!source)
+    put(" .");
+  else if (close)
+    put(" (");
+  else if (inner)
+    put((space.type & HASASCII) != 0 ? " ''" : " ()");
+  else
+    put(" #NIL");
+  if (source && close) put(close);
+  PrintOut = 0;
+}
+
+}  // namespace
+
+void space(Point &space, bool source, bool inner, const char *close) {
+  if (isempty(space) || !space.data_pointer || space.elements == 0) return empty(space, source, inner, close);
+  const Census found = census(space);
+  const bool nests = found.structured || (space.type & STRUCTURED) != 0;
+  const bool scalarstructure = (space.type & ISSCALAR) != 0 && (nests || space.rank > 0);
+  if (found.text && !close && !scalarstructure) return source ? sourcetext(space) : displaytext(space);
+  if (space.rank == 0 && !scalarstructure) return scalar(space, source);
+  if (source) put(scalarstructure ? " `(" : " (");
+  members(space, found, source);
+  if (!source) return;
+  put(' ');
+  put(close ? close : scalarstructure ? ")`" : ")");
+  if (space.rank > 1) shapebracket(space);
+}
+
+}  // namespace printer

@@ -1,0 +1,67 @@
+// The prompt loop: prompt, one text compiled, one run, and the Programme given back.
+#include "driver/prompt.h"
+
+#include <unistd.h>
+
+#include "coprocessor/coprocessor.h"
+#include "diagnostics/exception.h"
+#include "driver/options.h"
+#include "driver/system.h"
+#include "frontend/assembly.h"
+#include "machine/timing.h"
+#include "spaces/counters.h"
+#include "spaces/refderef.h"
+
+namespace {
+
+Point programme[PROGRAMME_POINTS];
+
+void prompt() {
+  if (quiet) return;
+  std::printf("\n\nMorvik [%ld]> ", sp - stack[0]);
+  std::fflush(stdout);
+}
+
+// At a terminal, is the next line empty, before the text has begun? The scanner takes line feeds for nothing, so that
+// a person who only presses ENTER would be left without a prompt. Blanks before a text mean nothing either; those that
+// the last text left on its own line make no empty line.
+bool emptyline() {
+  if (!isatty(STDIN_FILENO)) return false;
+  for (bool linestart = true;;) {
+    const int byte = std::getc(stdin);
+    if (byte == '\n') {
+      if (linestart) return true;
+      linestart = true;
+    } else if (byte == ' ' || byte == '\t') {
+      linestart = false;
+    } else {
+      std::ungetc(byte, stdin);
+      return false;
+    }
+  }
+}
+
+}  // namespace
+
+void onetext(std::FILE *stream) {
+  readingsignals();
+  fill(programme, variables[0], sp, stream, nullptr, SKIPPED);
+  runningsignals();
+  operations = 0;
+  operators = 0;
+  stacktop = stacktops[0];
+  Point *const floor = &stack[0][1];
+  sp = machine(programme, variables[0], floor, floor, sp, &memory[0], 0, 0);
+  cleanup(programme);
+  std::fflush(stdout);
+  verbs += operators;
+}
+
+void promptloop() {
+  while (!endprocess) {
+    prompt();
+    readingsignals();
+    if (emptyline()) continue;
+    onetext(stdin);
+  }
+}

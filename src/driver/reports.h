@@ -1,0 +1,5 @@
+// What the process says about its own work when it ends.
+#pragma once
+
+// The report of instruction timings, on standard output, as the switches of the command line ask for it.
+void exitreport();

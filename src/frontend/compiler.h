@@ -1,0 +1,131 @@
+// What the actions of the scanner share while a text is compiled: the place where Points are written, the functions and
+// literals that are open, and what is in hand.
+//
+// Ownership: a Point is made in `hand` and moved to `position` when it is whole. What is in hand, in the literals, in
+// the bodies and in the Programme belongs to the compiler until fill returns; abandon gives all of it back, so that an
+// action may jump wherever these are well-formed.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "frontend/assembly.h"
+#include "frontend/keywords.h"
+#include "frontend/scanner.h"
+#include "spaces/instructions.h"
+#include "spaces/point.h"
+
+// One open function, or a literal in which another is open. Frame 0 is the text itself.
+struct Frame {
+  Point *point;          // the FUNCTION Point being opened, in the enclosing block; the outer literal
+  Point *pctop;          // that of the enclosing block
+  std::int64_t counted;  // funcvars of the enclosing function; records that the outer literal has room for
+  Context *chain;        // at the opening
+  Point *start;          // of the body; its header stands before it. Null for a literal
+};
+
+// Bytes that are being collected, zero-terminated once they are whole.
+struct Collected {
+  char *bytes;  // null, or a counted block
+  std::size_t length, capacity;
+};
+
+inline constexpr std::size_t VARSTACK = 512, TOKEN_BYTES = 256;
+
+struct Compiler {
+  Condition condition;  // survives from text to text, as does morvik_op
+  bool morvik_op;       // set by :: : the next keyword is the instruction, whatever its spelling means
+  Point *position;      // where the next Point goes; there is always room for it
+  Point *pctop;         // the end of the present block's room
+  Context *chain;
+  Point *stackposition;
+  int flag;
+  std::uint16_t pcsp;  // the next free frame
+  std::uint16_t varsp;
+  std::int64_t funcvars;    // locals of the function that is open
+  std::uint32_t subvector;  // how deep literals are open
+  std::uint32_t depth;      // the deepest in the present one
+  Point hand;
+  Point *literal;    // the innermost that is open: `hand`, or a counted block; null for none
+  std::size_t room;  // records that it has room for
+  Point extents;     // of the shape bracket that is open
+  Collected operat;  // a name or a comment
+  bool bracketed;    // a name between its brackets is being read
+  bool breaking;     // BREAK: the jump drops a line only
+  bool dropping;     // the rest of an abandoned text is being read
+  std::uint8_t varstack[VARSTACK];
+  char q[TOKEN_BYTES];
+  Frame returnstack[FRAMES];
+};
+extern Compiler compiler;
+
+// ---- The Programme (compiler.cpp).
+
+// Moves the Point in hand to the position. Messages 27, 807.
+void append();
+// Makes ready the Point in hand, which was moved or released.
+inline Point &newhand(std::int32_t rank, std::uint32_t type) {
+  compiler.hand = {};
+  compiler.hand.rank = rank;
+  compiler.hand.type = type;
+  return compiler.hand;
+}
+// The Point before the position, null at the start of a body.
+Point *lastpoint();
+// Sets a fact in the header of the open function, if one is open.
+void mark(std::uint32_t bit);
+// Gives up all that is open or in hand: what is left is the text's own Points.
+void dropopen();
+// The same, and the Programme.
+void abandon();
+// Adds bytes to what is collected. Message 27.
+void collect(const char *bytes, std::size_t length);
+// The zero-terminated text that was collected; good until the next collect.
+char *collected();
+
+// ---- Words (words.cpp).
+
+// Does the spelling stand for a variable here?
+bool hasmeaning(const char *text);
+// Writes the Point of a keyword: a VARIABLE if the text has a meaning (returns 0), else an OPERATOR (returns 1).
+int oper(const char *text, std::uint16_t instruction);
+// Writes an OPERATOR Point, whatever the text means.
+void appendoperator(const char *text, std::uint16_t instruction, std::uint16_t modifier);
+// All that one row of keywords.def asks for. BREAK jumps.
+void keyword(const Keyword &row, const char *text);
+// MASK after WRAP or REFLECT, however it is spelled.
+void mask();
+
+// ---- Functions (functions.cpp).
+
+void openfunction(char *text);
+void closefunction(const char *text);
+// The end of a text at a token that says so.
+void endtext(const char *text);
+// Ends the innermost function where it stands, without a FUNCTIONEND Point.
+void endfunction();
+
+// ---- Names (names.cpp). `address`: after @.
+
+// Gives the Point in hand the name, the value and the present context.
+void bindhand(const Entry &entry);
+void plainname(const char *name, bool address);
+void sigilname(char sigil, const char *name, bool address);
+void bracketname(const char *text, bool address);
+void label(const char *name, bool address);
+void local(char *text, bool address);
+
+// ---- Literals in Points (vectors.cpp); their elements: literals.h.
+
+// A number, a named constant or a byte given by its bits: a scalar Point, or one element more of the open literal.
+void elementliteral(const Token &token);
+// The empty vector or a named scalar.
+void openliteral(std::uint32_t type);
+void characters(const char *bytes, std::size_t length);
+void closestring();
+void closevector(std::uint32_t more);
+// From here on the text gives the shape of the innermost literal.
+void openshape(bool string);
+void extent(char *text, std::size_t length);
+void closeshape();
+void dropliterals();

@@ -1,0 +1,74 @@
+// The system variables #IO and #CT: names that stand in no table and mean the same in every context. The meaning of
+// each is the Point of quads that the scalar instructions are given, so that a new value is in force at once.
+#include "frontend/tables.h"
+#include "spaces/refderef.h"
+
+namespace {
+
+// The Point is no block of its own: however many Points are bound to it, its count never comes near 0. The checks of
+// blocks take nothing but a permanent count for one that stands outside the heap.
+#ifdef MORVIK_CHECKING
+constexpr std::int64_t PINNED = -999999999;
+#else
+constexpr std::int64_t PINNED = 999999999;
+#endif
+
+// A counted string that is permanent and needs no storage.
+struct FixedName {
+  std::int64_t count;
+  std::int64_t unused;
+  char text[8];
+};
+static_assert(offsetof(FixedName, text) == BLOCKPREFIX);
+
+struct Fixed {
+  FixedName name;
+  bool tolerance;
+  Entry entry;
+};
+Fixed fixedsyms[] = {{{-1, 0, "#IO"}, false, {}}, {{-1, 0, "#CT"}, true, {}}};
+
+Fixed *find(const char *name) {
+  if (name[0] != '#') return nullptr;
+  for (Fixed &fixed : fixedsyms)
+    if (stringcmp(fixed.name.text, name)) return &fixed;
+  return nullptr;
+}
+
+bool isnumeric(const Element *value) {
+  return value && value->tag != tags::ASCII && value->tag != tags::UNICODE && value->tag != tags::OCTONION;
+}
+
+// Kept: the tolerance is looked at when its name is looked up, not when it is set.
+void checktolerance(Point &value) {
+  if (!isnumeric(value.data_pointer)) {
+    std::fflush(stdout);
+    std::fputs(
+        "WARNING/ERROR: The #CT value is not numerically specified, unspecified results can be expected from verbs "
+        "depending on the Comparison Tolerance",
+        stderr);
+  } else if (value.data_pointer->tag == tags::INTEGER && !isscalarlike(value)) {
+    value.type |= COMPLEXED;
+  }
+}
+
+}  // namespace
+
+Entry *fixedsym(const char *name) {
+  Fixed *fixed = find(name);
+  if (!fixed || !isnamed(fixed->entry)) return nullptr;
+  *refer(fixed->entry.meaning) = PINNED;
+  if (fixed->tolerance) checktolerance(*fixed->entry.meaning);
+  return &fixed->entry;
+}
+
+bool isfixed(const Entry *entry) {
+  return entry == &fixedsyms[0].entry || entry == &fixedsyms[1].entry;
+}
+
+void bindfixedsym(const char *name, Point *value) {
+  Fixed *fixed = find(name);
+  fixed->entry.name = value ? fixed->name.text : nullptr;
+  fixed->entry.meaning = value;
+  if (value) *refer(value) = PINNED;
+}

@@ -1,0 +1,25 @@
+// The rows of keywords.def as a table.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+enum class KeywordKind : std::uint8_t { PLAIN, REWRITE, MASKFORM, MASK, DECISION, ROOT, YIELDTO, RUN, BREAK };
+
+struct Hidden {
+  enum : std::uint8_t { NOTHING, INTEGER, REAL } kind;
+  double value;
+};
+
+struct Keyword {
+  KeywordKind kind;
+  bool bounded;  // a boundary byte must follow
+  std::uint16_t instruction;
+  std::uint16_t modifier;
+  std::uint32_t mark;  // goes to the header of the function that the keyword stands in
+  Hidden hidden;
+  std::span<const char *const> spellings;
+};
+
+extern const std::span<const Keyword> Keywords;

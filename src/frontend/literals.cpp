@@ -1,0 +1,299 @@
+// Numbers, named constants and bit patterns. What the text of each may be is the scanner's affair; here it is known to
+// be well-formed, but for what the bounded buffer cuts off a long one.
+#include "frontend/literals.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "diagnostics/exception.h"
+#include "frontend/compiler.h"
+#include "frontend/constants.h"
+#include "spaces/blocks.h"
+#include "spaces/hypercomplex.h"
+
+namespace {
+
+constexpr char HIGH_MINUS = '\xAF';
+constexpr std::int32_t LONG_BINARY = 809, LONG_BINARY_CHARACTER = 810;
+constexpr std::size_t EXACT_DIGITS = 15;  // so many decimal digits pass through a double unchanged
+constexpr std::size_t NUMBER_BITS = 64, CHARACTER_BITS = 8;
+constexpr std::size_t BINARY_PREFIX = 2;  // 0#
+constexpr double HALF_TURN = 180.0, PI = 3.141592653589793;
+constexpr int MOST_PARTS = 8;
+
+Element makeelement(std::int32_t tag, std::uint16_t form) {
+  Element element{};
+  element.tag = tag;
+  element.form = form;
+  return element;
+}
+
+Element integerelement(std::int64_t value) {
+  Element element = makeelement(tags::INTEGER, forms::NUMBER);
+  element.integer = value;
+  return element;
+}
+
+Element realelement(double value) {
+  Element element = makeelement(tags::REAL, forms::NUMBER);
+  element.real = value;
+  return element;
+}
+
+// Integers of few digits need no double on their way.
+bool readsmall(const char *text, std::size_t length, std::int64_t &value) {
+  const bool minus = *text == '-' || *text == HIGH_MINUS;
+  const char *const end = text + length;
+  if (minus) ++text;
+  if (static_cast<std::size_t>(end - text) > EXACT_DIGITS) return false;
+  std::int64_t sum = 0;
+  for (; text < end; ++text) {
+    if (*text < '0' || *text > '9') return false;
+    sum = 10 * sum + (*text - '0');
+  }
+  value = minus ? -sum : sum;
+  return true;
+}
+
+Element readinteger(char *text, std::size_t length) {
+  std::int64_t value;
+  if (readsmall(text, length, value)) return integerelement(value);
+  fixsign(text, length);
+  const char *after;
+  const double real = readdouble(text, &after);
+  return std::fabs(real) <= INTEGER_LIMIT ? integerelement(saturate(real)) : realelement(real);
+}
+
+Element readreal(char *text, std::size_t length) {
+  fixsign(text, length);
+  const char *after;
+  return realelement(readdouble(text, &after));
+}
+
+// The token as far as the buffer holds it.
+char *bounded(const char *text, std::size_t length) {
+  const std::size_t kept = std::min(length, TOKEN_BYTES - 1);
+  std::memcpy(compiler.q, text, kept);
+  compiler.q[kept] = 0;
+  return compiler.q;
+}
+
+// A number of several parts, each but the first behind its letter; those that are missing are 0.
+struct Parts {
+  double part[MOST_PARTS];
+  unsigned found;  // bit i: part i
+};
+
+Parts readparts(const char *text, const char *letters) {
+  Parts parts = {};
+  for (std::size_t i = 0;;) {
+    parts.part[i] = readdouble(text, &text);
+    parts.found |= 1U << i;
+    const char *letter = *text != 0 ? std::strchr(letters, *text) : nullptr;
+    if (!letter) return parts;
+    i = static_cast<std::size_t>(letter - letters) + 1;
+    ++text;
+  }
+}
+
+void setcomplex(Element &element, const double *part) {
+  element.tag = tags::COMPLEX;
+  element.complex = {part[0], part[1]};
+}
+
+void setoctonion(Element &element, const double *part) {
+  element.octonion = static_cast<Octonion *>(newblock(sizeof(Octonion)));
+  std::copy(part, part + MOST_PARTS, element.octonion->part);
+  element.tag = tags::OCTONION;
+}
+
+void setquaternionparts(Element &element, const double *part) {
+  element.tag = tags::QUATERNION;
+  setquaternion(element, {{part[0], part[1], part[2], part[3]}});
+}
+
+// Only what the buffer cut off can be missing.
+bool isquaternion(const Parts &parts, const char *text) {
+  constexpr unsigned I = 1U << 1, J = 1U << 2, K = 1U << 3;
+  if ((parts.found & (J | K)) != 0) return true;
+  std::fprintf(
+      stderr,
+      (parts.found & I) == 0 ? "[Trelk] error in QUATERNION text: [%s]\n" : "[lexnum] error in QUATERNION: [%s]\n",
+      text);
+  return false;
+}
+
+Element readcartesian(Rule rule, char *token, std::size_t length) {
+  fixsign(token, length);
+  const char *text = bounded(token, length);
+  Element element = makeelement(tags::FILLER, forms::CARTESIAN);
+  if (*text == '#') {
+    element.form = forms::NUMBER;
+    ++text;
+  }
+  if (*text == 'r') {
+    element.attributes = attributes::PREFIX_R;
+    ++text;
+  }
+  Parts parts = readparts(text, "ijklmno");
+  if (rule == Rule::QUATERNION && !isquaternion(parts, text)) parts = {};
+  switch (rule) {
+    case Rule::COMPLEX:
+      setcomplex(element, parts.part);
+      break;
+    case Rule::QUATERNION:
+      setquaternionparts(element, parts.part);
+      break;
+    default:
+      setoctonion(element, parts.part);
+      break;
+  }
+  return element;
+}
+
+void toradians(Parts &parts) {
+  for (int i = 1; i < MOST_PARTS; ++i) parts.part[i] = parts.part[i] / HALF_TURN * PI;
+}
+
+Element readpolar(Rule rule, char *token, std::size_t length) {
+  constexpr unsigned R_ANGLE = 1U << 3;
+  fixsign(token, length);
+  const char *text = bounded(token, length);
+  Element element = makeelement(tags::FILLER, forms::POLAR);
+  const bool degrees = *text == 'd';
+  if (degrees) {
+    element.attributes = attributes::DEGREES;
+    ++text;
+  }
+  const bool prefixed = *text == 'r';
+  if (prefixed) {
+    element.attributes |= attributes::PREFIX_R;
+    ++text;
+  }
+  Parts parts = readparts(text, "pqrstuv");
+  // Kept: the prefix is taken for the letter of the last angle of a quaternion that has none.
+  if (rule == Rule::POLARQUATERNION && prefixed && (parts.found & R_ANGLE) == 0) parts.part[3] = parts.part[0];
+  if (degrees) toradians(parts);
+  switch (rule) {
+    case Rule::POLARCOMPLEX:
+      cartesiancomplex(parts.part, parts.part);
+      setcomplex(element, parts.part);
+      break;
+    case Rule::POLARQUATERNION:
+      cartesianquat(parts.part, parts.part);
+      setquaternionparts(element, parts.part);
+      break;
+    default:
+      cartesianocto(parts.part, parts.part);
+      setoctonion(element, parts.part);
+      break;
+  }
+  return element;
+}
+
+// The first digits of a bit pattern, so many at most.
+std::uint64_t readbits(const char *digits, std::size_t length, std::size_t most) {
+  std::uint64_t bits = 0;
+  for (std::size_t i = 0; i < std::min(length, most); ++i) bits = bits << 1 | (digits[i] == '1' ? 1 : 0);
+  return bits;
+}
+
+// The value goes on; the message shows what is left of it.
+void warn(std::int32_t number, Element element) {
+  Point shown{};
+  shown.type = ISSCALAR | kindbit(element.tag);
+  shown.elements = 1;
+  shown.data_pointer = &element;
+  exception(number, &compiler.stackposition, &shown);
+}
+
+Element characterelement(std::uint64_t bits) {
+  Element element = makeelement(tags::ASCII, forms::BINARY);
+  element.ascii = static_cast<std::uint8_t>(bits);
+  return element;
+}
+
+// Kept: in a vector literal the length is printed, and the element is a number however short it is.
+Element readbinary(const char *token, std::size_t length, bool member) {
+  const std::size_t written = length - BINARY_PREFIX;
+  const char *text = bounded(token, length) + BINARY_PREFIX;
+  const char *digits = text + std::strspn(text, "0");
+  const std::size_t count = std::strlen(digits);
+  const std::uint64_t bits = readbits(digits, count, NUMBER_BITS);
+  Element element = characterelement(bits);
+  if (member || written > CHARACTER_BITS) {
+    element = makeelement(tags::INTEGER, forms::BINARY);
+    element.integer = static_cast<std::int64_t>(bits);
+  }
+  if (count > NUMBER_BITS) warn(LONG_BINARY, element);
+  if (member) std::printf("%d\n", static_cast<int>(written));
+  return element;
+}
+
+Element readbinarycharacter(const char *token, std::size_t length) {
+  constexpr std::size_t BACKQUOTES = 2;
+  const std::size_t count = length - BINARY_PREFIX - BACKQUOTES;
+  const Element element = characterelement(readbits(token + 1 + BINARY_PREFIX, count, CHARACTER_BITS));
+  if (count > CHARACTER_BITS) warn(LONG_BINARY_CHARACTER, element);
+  return element;
+}
+
+Element readconstant(const Constant &constant, const char *text) {
+  Element element = makeelement(constant.tag, constant.form);
+  element.attributes = attributes::NAMED;
+  element.name = elementname(text);
+  element.integer = constant.bits;
+  if (constant.tag == tags::REAL) {
+    std::memcpy(&element.real, &constant.bits, sizeof element.real);
+    if (*text == '-') element.real = -element.real;
+  }
+  return element;
+}
+
+}  // namespace
+
+void fixsign(char *text, std::size_t length) {
+  std::replace(text, text + length, HIGH_MINUS, '-');
+}
+
+double readdouble(const char *text, const char **after) {
+  double value = 0;
+  const std::from_chars_result result = std::from_chars(text, text + std::strlen(text), value);
+  *after = result.ptr;
+  if (result.ec == std::errc::result_out_of_range) value = std::strtod(text, nullptr);
+  return value;
+}
+
+std::int64_t saturate(double value) {
+  constexpr double LIMIT = 9223372036854775808.0;
+  if (value >= LIMIT) return INT64_MAX;
+  if (value < -LIMIT) return INT64_MIN;
+  return std::isnan(value) ? 0 : static_cast<std::int64_t>(value);
+}
+
+Element readelement(const Token &token, bool member) {
+  switch (token.rule) {
+    case Rule::INTEGER:
+      return readinteger(token.text, token.length);
+    case Rule::REAL:
+      return readreal(token.text, token.length);
+    case Rule::COMPLEX:
+    case Rule::QUATERNION:
+    case Rule::OCTONION:
+      return readcartesian(token.rule, token.text, token.length);
+    case Rule::POLARCOMPLEX:
+    case Rule::POLARQUATERNION:
+    case Rule::POLAROCTONION:
+      return readpolar(token.rule, token.text, token.length);
+    case Rule::BINARYNUMBER:
+      return readbinary(token.text, token.length, member);
+    case Rule::BINARYCHARACTER:
+      return readbinarycharacter(token.text, token.length);
+    default:
+      return readconstant(Constants[token.row], token.text);
+  }
+}

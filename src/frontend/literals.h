@@ -1,0 +1,23 @@
+// The text of a literal to the element that it spells.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "frontend/scanner.h"
+#include "spaces/point.h"
+
+// Turns every high minus into a minus, in place.
+void fixsign(char *text, std::size_t length);
+// The number at the beginning of a zero-terminated text, as strtod reads it, and the place after it.
+double readdouble(const char *text, const char **after);
+// Truncation that saturates; NaN is 0.
+std::int64_t saturate(double value);
+
+// The largest magnitude that a literal may have as an integer or an extent.
+inline constexpr double INTEGER_LIMIT = 9.223372036854776e18;
+
+// The element of a number (INTEGER to POLAROCTONION), of a named constant, or of a byte or number given by its bits
+// (BINARYNUMBER, BINARYCHARACTER). `member`: it stands in a vector literal. The block of an octonion belongs to the
+// caller. The text may be changed. Messages 27, 809, 810.
+Element readelement(const Token &token, bool member);

@@ -1,0 +1,207 @@
+// Symbol tables: entering, finding and removing names.
+#include "frontend/symtab.h"
+
+#include <bit>
+
+#include "frontend/tables.h"
+#include "spaces/refderef.h"
+
+namespace {
+
+std::uint64_t tables;  // that were ever made
+
+void begin(Entry *group, std::uint16_t kind) {
+  std::memset(static_cast<void *>(group), 0, GROUP * sizeof(Entry));
+  if (kind == LARGE_TABLE) return;
+  for (std::size_t i = 0; i < GROUP; ++i) group[i].kind = kind;
+}
+
+Entry *maketable(std::uint16_t kind) {
+  const std::size_t words = groupwords(kind);
+  auto *table = static_cast<Entry *>(
+      newblock(buckets(kind) * sizeof(Entry) + offsetof(Tail, groups) + words * sizeof(std::uint64_t)));
+  begin(table, kind);
+  Tail &t = tail(table);
+  t.serial = ++tables;
+  std::memset(t.groups, 0, words * sizeof(std::uint64_t));
+  t.groups[0] = 1;
+  return table;
+}
+
+std::size_t hash(std::uint16_t kind, const char *name) {
+  return kind == SMALL_TABLE ? smallhash(name) : largehash(name);
+}
+
+bool begun(Entry *table, std::size_t bucket) {
+  const std::size_t group = bucket / GROUP;
+  return (tail(table).groups[group / BITS] >> (group % BITS) & 1) != 0;
+}
+
+// A bucket head to be written to.
+Entry *head(Entry *table, std::size_t bucket) {
+  if (!begun(table, bucket)) {
+    const std::size_t group = bucket / GROUP;
+    begin(table + group * GROUP, table->kind);
+    tail(table).groups[group / BITS] |= std::uint64_t{1} << (group % BITS);
+  }
+  return table + bucket;
+}
+
+// The entry of the name, or the empty tail of the bucket.
+Entry *search(Entry *entry, const char *name) {
+  while (isnamed(*entry) && !stringcmp(entry->name, name)) entry = entry->next;
+  return entry;
+}
+
+// What an entry holds as long as its name has no value.
+void unbind(Point &meaning) {
+  meaning = {};
+  meaning.rank = ranks::ADDRESS;
+}
+
+// Names the tail of a bucket, which gets a new tail.
+void grow(Entry &entry, char *name, char sigil) {
+  auto *meaning = static_cast<Point *>(tryblock(sizeof(Point)));
+  auto *last = static_cast<Entry *>(tryblock(sizeof(Entry)));
+  if (!meaning || !last) {
+    if (meaning) freeblock(meaning);
+    if (last) freeblock(last);
+    release(name);
+    outofstorage();
+  }
+  unbind(*meaning);
+  *last = {};
+  last->kind = entry.kind;
+  entry.name = name;
+  entry.meaning = meaning;
+  entry.next = last;
+  entry.sigil = sigil;
+}
+
+Entry *enter(Entry *table, char *name, char sigil) {
+  Entry *entry = fixedsym(name);
+  if (!entry) entry = search(head(table, hash(table->kind, name)), name);
+  if (isnamed(*entry))
+    release(name);
+  else
+    grow(*entry, name, sigil);
+  return entry;
+}
+
+Entry *check(Entry *table, std::size_t bucket, const char *name) {
+  if (!begun(table, bucket)) return nullptr;
+  Entry *entry = search(table + bucket, name);
+  return isnamed(*entry) ? entry : nullptr;
+}
+
+// The first name leaves a bucket, or what is left of one from this entry on. A Point that was bound to it keeps the
+// block of the meaning, and finds no value there. The bucket is whole before anything is released, since a release may
+// come back to this table.
+void remove(Entry &entry) {
+  char *const name = entry.name;
+  Point *const meaning = entry.meaning;
+  Entry *const link = entry.next;
+  Point value = *meaning;
+  unbind(*meaning);
+  entry = *link;
+  freeblock(link);
+  dereferencepoint(&value);
+  release(meaning);
+  release(name);
+}
+
+}  // namespace
+
+Entry *makehashtab() {
+  return maketable(LARGE_TABLE);
+}
+Entry *makesmallhashtab() {
+  return maketable(SMALL_TABLE);
+}
+
+void releasetable(Entry *table) {
+  if (table && refr(table) == 1) hashwipe(table);
+  release(table);
+}
+
+Entry *hashtab(Entry *table, char *name, char sigil) {
+  if (*name != 0) return enter(table, name, sigil);
+  release(name);
+  return nullptr;
+}
+
+Entry *smallhashtab(Entry *table, char *name, char sigil) {
+  return enter(table, name, sigil);
+}
+
+Entry *entername(Entry *table, char *name, char sigil) {
+  return table->kind == SMALL_TABLE ? smallhashtab(table, name, sigil) : hashtab(table, name, sigil);
+}
+
+Entry *checkhash(Entry *table, const char *name) {
+  if (*name == 0) return nullptr;
+  if (Entry *fixed = fixedsym(name)) return fixed;
+  return check(table, largehash(name), name);
+}
+
+Entry *checksmallhash(Entry *table, const char *name) {
+  if (*name == 0) return nullptr;
+  if (Entry *fixed = fixedsym(name)) return fixed;
+  return check(table, smallhash(name), name);
+}
+
+Entry *getsymandtab(const Context *chain, const char *name, Entry **table, const Entry *stop) {
+  constexpr std::size_t UNHASHED = LARGE_BUCKETS;
+  std::size_t small = UNHASHED, large = UNHASHED;
+  Entry *const fixed = fixedsym(name);
+  if (table) *table = nullptr;
+  for (; chain; chain = chain->previous) {
+    if (!chain->table) continue;
+    if (table) *table = chain->table;
+    if (fixed) return fixed;
+    std::size_t &bucket = chain->table->kind == SMALL_TABLE ? small : large;
+    if (bucket == UNHASHED) bucket = hash(chain->table->kind, name);
+    Entry *entry = *name != 0 ? check(chain->table, bucket, name) : nullptr;
+    if (entry || chain->table == stop) return entry;
+  }
+  return nullptr;
+}
+
+void subwipe(Entry *entry) {
+  while (isnamed(*entry)) remove(*entry);
+}
+
+void hashwipe(Entry *table) {
+  Walk walk{table};
+  while (Entry *entry = next(walk)) subwipe(entry);
+}
+
+void forgethash(Entry *entry) {
+  if (isnamed(*entry) && !isfixed(entry)) remove(*entry);
+}
+
+Entry *next(Walk &walk) {
+  Tail &t = tail(walk.table);
+  if (walk.link) {
+    walk.link = walk.link->next;
+    if (walk.link && isnamed(*walk.link)) return walk.link;
+    ++walk.bucket;
+  }
+  const std::size_t end = buckets(walk.table->kind);
+  while (walk.bucket < end) {
+    const std::size_t group = walk.bucket / GROUP;
+    const std::uint64_t begungroups = t.groups[group / BITS] >> (group % BITS);
+    if (begungroups == 0) {
+      walk.bucket = (group / BITS + 1) * BITS * GROUP;
+      continue;
+    }
+    if ((begungroups & 1) == 0) {
+      walk.bucket = (group + static_cast<std::size_t>(std::countr_zero(begungroups))) * GROUP;
+      continue;
+    }
+    Entry *const headentry = walk.table + walk.bucket;
+    if (isnamed(*headentry)) return walk.link = headentry;
+    ++walk.bucket;
+  }
+  return nullptr;
+}

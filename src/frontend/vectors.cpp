@@ -1,0 +1,222 @@
+// Literals as Points: scalars, strings, vectors and structures in each other, and the shapes that brackets give them.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "diagnostics/exception.h"
+#include "frontend/compiler.h"
+#include "frontend/constants.h"
+#include "frontend/literals.h"
+#include "operators/reshape.h"
+#include "spaces/blocks.h"
+#include "spaces/refderef.h"
+
+namespace {
+
+constexpr std::int32_t FULL = 807, NO_PARENT = 808, LARGE_EXTENT = 1100;
+constexpr std::size_t MOST_ELEMENTS = UINT32_MAX;
+
+#ifdef MORVIK_CHECKING
+constexpr std::size_t FIRST_ROOM = 1;
+#else
+constexpr std::size_t FIRST_ROOM = 8;
+#endif
+
+// Room for so many records more. The block is cut to size when the literal is closed.
+void reserve(Point &space, std::size_t &room, std::size_t more) {
+  const std::size_t needed = space.elements + more;
+  if (needed <= room) return;
+  if (needed > MOST_ELEMENTS) outofstorage();
+  const std::size_t larger = std::min(std::max({FIRST_ROOM, 2 * room, needed}), MOST_ELEMENTS);
+  space.data_pointer = Reallocate(space.data_pointer, larger);
+  room = larger;
+}
+
+// There is room for it.
+void add(Point &space, const Element &element) {
+  space.type |= kindbit(element.tag);
+  space.data_pointer[space.elements++] = element;
+}
+
+// Cuts the block to size and says how many elements there are.
+void settle(Point &space, std::size_t room) {
+  if (space.elements > 0 && space.elements < room) space.data_pointer = Reallocate(space.data_pointer, space.elements);
+  if (!space.shape_pointer) space.shape_pointer = newshape(0);
+  space.shape_pointer->integer = space.elements;
+}
+
+// The literal in work gives way to one inside it.
+void nest() {
+  Compiler &c = compiler;
+  Point &parent = *c.literal;
+  if ((parent.type & ISVECTOR) == 0 && parent.type != ISSCALAR) exceptionjump(NO_PARENT, &c.stackposition, nullptr);
+  if (c.pcsp >= FRAMES) exceptionjump(FULL);
+  Point *block = newpoint();
+  *block = {};
+  parent.type |= STRUCTURED | ISSTRUCTURE;
+  c.returnstack[c.pcsp++] = {c.literal, c.pctop, static_cast<std::int64_t>(c.room), c.chain, nullptr};
+  c.literal = block;
+}
+
+void unnest() {
+  Compiler &c = compiler;
+  const Frame &frame = c.returnstack[--c.pcsp];
+  c.literal = frame.point;
+  c.room = static_cast<std::size_t>(frame.counted);
+}
+
+// The literal in work is whole: it becomes a member of the one around it, or a Point of the Programme.
+void endliteral() {
+  Compiler &c = compiler;
+  if (c.literal == &c.hand) {
+    c.literal = nullptr;
+    append();
+    return;
+  }
+  Frame &frame = c.returnstack[c.pcsp - 1];
+  auto room = static_cast<std::size_t>(frame.counted);
+  reserve(*frame.point, room, 1);
+  frame.counted = static_cast<std::int64_t>(room);
+  Element member{};
+  member.tag = tags::SUBARRAY;
+  member.subarray = c.literal;
+  unnest();
+  add(*c.literal, member);
+}
+
+// How deep a vector literal of this level nests. Kept: the deepest place of the whole literal counts for each.
+std::int16_t nesting(std::uint32_t level) {
+  return static_cast<std::int16_t>(std::min<std::uint32_t>(compiler.depth - level + 1, INT16_MAX));
+}
+
+void settlevector(Point &space, std::uint32_t level) {
+  settle(space, compiler.room);
+  const bool structure = (space.type & ISVECTOR) == 0;
+  if (space.elements == 0)
+    space.type = (space.type & ~ISSCALAR) | ISVECTOR | ISEMPTY | HASINTEGER;
+  else if (space.elements == 1 && !structure)
+    space.type |= ISONEELEMENT;
+  space.type |= complexed(space.type);
+  space.depth = structure ? std::int16_t{0} : nesting(level);
+}
+
+void settlestring(Point &space) {
+  settle(space, compiler.room);
+  space.type |= HASASCII;
+  if (space.elements == 0) space.type |= ISEMPTY;
+  if (space.elements == 1) space.type |= ISONEELEMENT;
+}
+
+}  // namespace
+
+void elementliteral(const Token &token) {
+  Compiler &c = compiler;
+  if (c.literal) {
+    reserve(*c.literal, c.room, 1);
+    add(*c.literal, readelement(token, c.condition == Condition::VECTOR));
+    return;
+  }
+  if (token.rule == Rule::CONSTANT && Constants[token.row].tag == 0) {
+    makeempty(c.hand);
+  } else {
+    Point &scalar = newhand(ranks::SCALAR, ISSCALAR);
+    scalar.data_pointer = newelement(tags::FILLER, forms::NUMBER);
+    *scalar.data_pointer = readelement(token, false);
+    scalar.elements = 1;
+    scalar.type |= kindbit(scalar.data_pointer->tag);
+  }
+  append();
+}
+
+void openliteral(std::uint32_t type) {
+  Compiler &c = compiler;
+  if (c.literal)
+    nest();
+  else
+    c.literal = &c.hand;
+  c.room = 0;
+  *c.literal = {};
+  c.literal->rank = ranks::VECTOR;
+  c.literal->type = type;
+  c.literal->depth = 1;
+}
+
+void characters(const char *bytes, std::size_t length) {
+  Compiler &c = compiler;
+  reserve(*c.literal, c.room, length);
+  Element *record = c.literal->data_pointer + c.literal->elements;
+  for (const char *const end = bytes + length; bytes < end; ++bytes, ++record) {
+    *record = {};
+    record->tag = tags::ASCII;
+    record->ascii = static_cast<std::uint8_t>(*bytes);
+  }
+  c.literal->elements += static_cast<std::uint32_t>(length);
+}
+
+void closestring() {
+  Point &space = *compiler.literal;
+  settlestring(space);
+  if (space.elements == 1) {
+    dereference(space.shape_pointer);
+    space.rank = ranks::SCALAR;
+    space.depth = 0;
+    space.type = ISSCALAR | HASASCII;
+  }
+  endliteral();
+}
+
+void closevector(std::uint32_t more) {
+  settlevector(*compiler.literal, compiler.subvector + 1);
+  compiler.literal->type |= more;
+  endliteral();
+}
+
+void openshape(bool string) {
+  Compiler &c = compiler;
+  if (string)
+    settlestring(*c.literal);
+  else
+    settlevector(*c.literal, c.subvector);
+  c.extents = {};
+  c.extents.rank = ranks::VECTOR;
+  c.extents.type = ISVECTOR;
+  c.extents.depth = 1;
+  c.room = 0;
+}
+
+void extent(char *text, std::size_t length) {
+  Compiler &c = compiler;
+  fixsign(text, length);
+  const char *after;
+  const double value = readdouble(text, &after);
+  if (!(std::fabs(value) <= INTEGER_LIMIT)) exceptionjump(LARGE_EXTENT, &c.stackposition, nullptr);
+  reserve(c.extents, c.room, 1);
+  Element record{};
+  record.tag = tags::INTEGER;
+  record.form = forms::NUMBER;
+  record.integer = saturate(value);
+  add(c.extents, record);
+}
+
+void closeshape() {
+  Compiler &c = compiler;
+  settle(c.extents, c.room);
+  if (c.extents.elements == 0) c.extents.type |= ISEMPTY;
+  if (c.extents.elements == 1) c.extents.type |= ISONEELEMENT;
+  if (reshape(c.literal, &c.extents, nullptr) != 0) jump(-1);
+  c.extents = {};
+  endliteral();
+}
+
+void dropliterals() {
+  Compiler &c = compiler;
+  dereferencepoint(&c.extents);
+  c.extents = {};
+  while (c.literal && c.literal != &c.hand) {
+    Point *block = c.literal;
+    unnest();
+    dereferencepoint(block);
+    freeblock(block);
+  }
+  c.literal = nullptr;
+}

@@ -1,0 +1,122 @@
+// The scanner's window on its input: the bytes of the token at work, those looked at beyond it, and where more come
+// from. A byte is taken from the source only when it is asked for, so that a terminal never waits for one too many.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+namespace window {
+
+// No run of bytes that the scanner returns is longer.
+inline constexpr std::size_t LONGEST_RUN = 16384;
+
+// Classes of bytes. NUL and the end of input belong to none.
+enum Class : std::uint16_t {
+  DIGIT = 1,
+  BINARYDIGIT = 2,      // 0 1 |
+  NAMEBEGIN = 4,        // A-Z a-z _
+  NAMEBYTE = 8,         // 0-9 A-Z a-z _; all others but NUL are boundaries
+  SKIPPED = 16,         // tab, carriage return, blank
+  WHITE = 32,           // these and line feed
+  INNAME = 64,          // goes on with a plain name
+  INADDRESSNAME = 128,  // the same after @
+  INSTRING = 256,       // stands for itself in a string wherever it is
+  INCOMMENT = 512,
+  DROPPEDINNAME = 1024,  // " ( ) |
+  BLANK = 2048,          // blank alone
+  BLANKORTAB = 4096,
+  FEEDORBLANK = 8192,   // line feed, blank
+  MINUS = 16384,        // - and the high minus
+  OPENSMEMBER = 32768,  // ' ( `
+};
+
+constexpr bool oneof(int byte, const char *set) {
+  for (; *set; ++set)
+    if (byte == static_cast<unsigned char>(*set)) return true;
+  return false;
+}
+
+constexpr std::uint16_t classesof(int byte) {
+  const bool digit = byte >= '0' && byte <= '9';
+  const bool letter = (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z');
+  unsigned classes = 0;
+  if (byte == 0) return 0;
+  if (digit) classes |= DIGIT;
+  if (oneof(byte, "01|")) classes |= BINARYDIGIT;
+  if (letter || byte == '_') classes |= NAMEBEGIN;
+  if (letter || digit || byte == '_') classes |= NAMEBYTE;
+  if (oneof(byte, "\t\r ")) classes |= SKIPPED;
+  if (oneof(byte, "\t\n\r ")) classes |= WHITE;
+  if (!oneof(byte, "\t\n\r !.;\"()|")) classes |= INNAME;
+  if (!oneof(byte, "\t\n\r .;\"()|")) classes |= INADDRESSNAME;
+  if (!oneof(byte, "'\"`")) classes |= INSTRING;
+  if (!oneof(byte, "\"\xBC")) classes |= INCOMMENT;
+  if (oneof(byte, "\"()|")) classes |= DROPPEDINNAME;
+  if (byte == ' ') classes |= BLANK;
+  if (oneof(byte, " \t")) classes |= BLANKORTAB;
+  if (oneof(byte, "\n ")) classes |= FEEDORBLANK;
+  if (oneof(byte, "-\xAF")) classes |= MINUS;
+  if (oneof(byte, "'(`")) classes |= OPENSMEMBER;
+  return static_cast<std::uint16_t>(classes);
+}
+
+struct ClassTable {
+  std::uint16_t row[256];
+};
+constexpr ClassTable makeclasses() {
+  ClassTable table = {};
+  for (int byte = 0; byte < 256; ++byte) table.row[byte] = classesof(byte);
+  return table;
+}
+inline constexpr ClassTable Classes = makeclasses();
+
+// False for EOF.
+inline bool is(int byte, std::uint16_t classes) {
+  return byte >= 0 && (Classes.row[byte] & classes) != 0;
+}
+
+// What stands in the source after the last byte taken.
+enum class Ended : std::uint8_t { NOT, BY_NUL, BY_END };
+
+struct State {
+  char *bytes;  // the window; one byte more than `capacity`, for the zero after a token
+  std::size_t capacity;
+  std::size_t token;      // where the token at work begins
+  std::size_t filled;     // the bytes from `token` to here are taken from the source and not used
+  std::FILE *stream;      // the source, while `string` is null
+  const char *string;     // the byte to be taken next
+  const char *beginning;  // of the string
+  Ended ended;
+  bool namenext;  // the last token was a minus that makes a name of what follows
+  bool holding;   // a zero stands at `zero` in place of `held`
+  char held;
+  std::size_t zero;
+};
+extern State state;
+
+// Takes one more byte. EOF at the end of input. Reports 27 and jumps, with nothing lost.
+int fetch();
+
+// The byte so many places after the beginning of the token; all before it have been looked at.
+inline int peek(std::size_t at) {
+  const std::size_t place = state.token + at;
+  return place < state.filled ? static_cast<unsigned char>(state.bytes[place]) : fetch();
+}
+
+// Passes the bytes of these classes from a place on, but none from `limit` on. Returns the place after them, which has
+// been looked at if it is below the limit.
+std::size_t pass(std::size_t at, std::uint16_t classes, std::size_t limit = SIZE_MAX);
+
+// Comes before any peek for a new token: the last one is done with.
+void begin();
+// Drops the first byte, which has been looked at.
+inline void dropbyte() {
+  if (++state.token == state.filled) state.token = state.filled = 0;
+}
+// Drops the bytes of these classes, as many as come.
+void skip(std::uint16_t classes);
+// Ends the token: its first `length` bytes as a zero-terminated text, good until the next begin() or yyunput().
+char *take(std::size_t length);
+
+}  // namespace window

@@ -1,0 +1,142 @@
+// Calls: frames on the one value stack, and the execution forms around them.
+#include <cstring>
+
+#include "diagnostics/text.h"
+#include "machine/level.h"
+#include "machine/texts.h"
+
+namespace {
+
+// Moves the arguments up and makes fresh locals below them. Returns the first local.
+Point *makelocals(Level &level, int arguments, int locals) {
+  Point *frame = level.sp - arguments + 1;
+  std::memmove(frame + locals, frame, static_cast<std::size_t>(arguments) * sizeof(Point));
+  for (int i = 0; i < locals; ++i) {
+    frame[i] = {};
+    frame[i].rank = ranks::VARIABLE;
+  }
+  level.sp += locals;
+  return frame;
+}
+
+}  // namespace
+
+void runbody(Level &level, const Point &function, Point *frame, Point *floor) {
+  Point *header = function.programme;
+  Entry *table = localnames(header[header->elements]);
+  if (!table) {
+    runnested(level, header + 1, level.meaning, frame, floor, header);
+    return;
+  }
+  // The level's own record of the chain keeps what is pushed until it is popped, so that a jump pops it too.
+  level.meaning = pushtable(level.meaning, table);
+  runnested(level, header + 1, level.meaning, frame, floor, header);
+  level.meaning = popsymtabs(level.meaning);
+}
+
+Next call(Level &level) {
+  const int arguments = level.sp->arguments;
+  const int locals = level.sp->locals;
+  if (arguments >= 0 && level.sp - 1 < level.floor + arguments - 1) {
+    droptop(level);
+    return fail(level, 800);
+  }
+  if (arguments >= 0 && level.sp - 1 + locals > stacktop) return fail(level, 806);
+  Point function = *level.sp--;
+  Custody kept;
+  takecustody(kept, releasepoint, &function);
+  if (arguments < 0) {
+    runbody(level, function, level.frame, level.floor);
+  } else {
+    Point *frame = locals > 0 ? makelocals(level, arguments, locals) : level.sp - arguments + 1;
+    runbody(level, function, frame, frame + locals);
+  }
+  endcustody(kept);
+  dereferencepoint(&function);
+  return Next::FETCH;
+}
+
+Next executetop(Level &level) {
+  if (isfunction(*level.sp)) return call(level);
+  if (istext(*level.sp) && level.sp->rank < 2) return executetext(level);
+  return fail(level, 995);
+}
+
+Next doexecute(Level &level) { return executetop(level); }
+
+Next doyieldto(Level &level) {
+  if (!isfunction(*level.sp)) return fail(level, 950);
+  return call(level);
+}
+
+// A function that runs when it is pushed. A body that others hold too is copied, so that only this one changes.
+Next dooperator(Level &level) {
+  Point &function = *level.sp;
+  if (!isfunction(function)) return Next::FETCH;
+  if (refr(function.programme) != 1) {
+    Point *copy = copyfun(&function);
+    Point old = function;
+    reference(function.name);
+    if (function.context) reference(function.context);
+    function.programme = copy;
+    dereferencepoint(&old);
+  }
+  function.programme->type |= ISOPERATOR;
+  function.type = function.programme->type;
+  return Next::FETCH;
+}
+
+namespace {
+
+// What YIELD hangs on a function: where its run stood. Nothing reads it back; the Points are copies that own nothing.
+struct Continuation {
+  std::int64_t instruction;
+  Point *frame;
+  Point *current;
+  std::int32_t index;  // of the current Point in its Programme
+  std::int32_t slots;  // from the frame to the top
+  std::int32_t floors[2];  // slots from the frame to the floor, twice
+};
+static_assert(sizeof(Continuation) == sizeof(Point));
+
+Point *makecontinuation(const Level &level) {
+  const std::ptrdiff_t slots = level.sp - level.frame + 1;
+  auto *block = static_cast<Point *>(newblock((static_cast<std::size_t>(slots) + 2) * sizeof(Point)));
+  const auto locals = static_cast<std::int32_t>(level.floor - level.frame);
+  const Continuation c = {instructions::YIELD,
+                          level.frame,
+                          level.current,
+                          static_cast<std::int32_t>(level.current - level.start),
+                          static_cast<std::int32_t>(slots),
+                          {locals, locals}};
+  std::memcpy(block, &c, sizeof c);
+  std::memcpy(block + 1, level.frame, static_cast<std::size_t>(slots) * sizeof(Point));
+  block[slots + 1] = {};
+  return block;
+}
+
+}  // namespace
+
+Next doyield(Level &level) {
+  if (!hasvalues(level, 1) || !isfunction(*level.sp)) return endlevel(level);
+  Point &function = *level.sp;
+  Custody made;
+  Point *continuation = makecontinuation(level);
+  takecustody(made, releaseblock, continuation);
+  Point *copy = copyfun(&function);
+  endcustody(made);
+  Point old = function;
+  reference(function.name);
+  if (function.context) reference(function.context);
+  function.programme = copy;
+  dereferencepoint(&old);
+  dereference(copy->link);
+  copy->link = continuation;
+  return endlevel(level);
+}
+
+Next doendprocess(Level &level) {
+  if (level.level > 0) return reachend(level);
+  exception(999, &level.sp, level.instruction);
+  return Next::LEAVE;
+}

@@ -1,0 +1,67 @@
+// From instruction number to handler.
+#include "arithmetic/scalars.h"
+#include "machine/level.h"
+#include "arithmetic/random.h"
+
+namespace {
+
+// The rows of unbuilt.def by number.
+constexpr bool isunbuilt(int number) {
+#define UNBUILT(name) \
+  if (number == instructions::name) return true;
+#include "machine/unbuilt.def"
+#undef UNBUILT
+  return false;
+}
+
+template <MonadicFunction f>
+Next monadic(Level &level) {
+  f(level.sp, level.instruction, quads, 0);
+  return Next::FETCH;
+}
+
+template <DrawingFunction f>
+Next drawing(Level &level) {
+  f(level.sp, level.instruction, quads, 0, &prngs_seed);
+  return Next::FETCH;
+}
+
+template <DyadicFunction f>
+Next dyadic(Level &level) {
+  f(&level.sp, level.instruction, quads, 0);
+  return Next::FETCH;
+}
+
+template <void (*f)(Point **, const Point *, Point *)>
+Next space(Level &level) {
+  f(&level.sp, level.instruction, quads);
+  return Next::FETCH;
+}
+
+Next notimplemented(Level &level) { return fail(level, 993); }
+Next restricted(Level &level) { return fail(level, 994); }
+Next nothing(Level &) { return Next::FETCH; }
+
+// A row that is not built yet needs no function behind its handler: the branch that names it is discarded.
+#define MONADIC(f) &monadic<f>
+#define DRAWING(f) &drawing<f>
+#define DYADIC(f) &dyadic<f>
+#define SPACE(f) &space<f>
+#define HANDLER(f) &f
+#define NOTIMPLEMENTED &notimplemented
+#define RESTRICTED &restricted
+#define NOTHING &nothing
+#define INSTRUCTION(number, name, argumentclass, key, handler) \
+  []<int row>() -> Handler * {                                 \
+    if constexpr (isunbuilt(row))                              \
+      return &notimplemented;                                  \
+    else                                                       \
+      return handler;                                          \
+  }.template operator()<number>(),
+
+}  // namespace
+
+Handler *const Handlers[instructions::COUNT] = {
+#include "machine/instructions.def"
+    &notimplemented,
+};

@@ -1,0 +1,232 @@
+// The instructions that work on files by name, and those of FILE elements. What is saved is text of the language, so
+// that loading is compiling and running.
+#include "machine/filing.h"
+
+#include "diagnostics/text.h"
+#include "files/files.h"
+#include "files/persist.h"
+#include "frontend/assembly.h"
+#include "machine/texts.h"
+
+namespace {
+
+// The messages about a name and about a file that can't be opened, and the way to open it.
+struct Access {
+  int data, structure, opening;
+  const char *mode;
+};
+constexpr Access READING = {701, 702, 710, "r"}, WRITING = {703, 704, 711, "w"}, SAVING = {708, 709, 713, "w"},
+                 LOADING = {715, 716, 710, "r"}, DUMPING = {721, 722, 723, "w"}, REMEMBERING = {724, 725, 726, "w"};
+constexpr int REFUSED = 720, CANNOT_OPEN = 712, PATTERN_DATA = 205, PATTERN_STRUCTURE = 206;
+
+// Does the top name a file? If not, that is reported and the level left.
+bool named(Level &level, const Access &access) {
+  const int fault = namefault(*level.sp, access.data, access.structure);
+  if (fault != 0) fail(level, fault);
+  return fault == 0;
+}
+
+// An open stream that a jump closes.
+struct Held {
+  Custody custody;
+  std::FILE *stream;
+};
+void hold(Held &held, std::FILE *stream) {
+  held.stream = stream;
+  takecustody(held.custody, releasestream, stream);
+}
+void closeheld(Held &held) {
+  endcustody(held.custody);
+  std::fclose(held.stream);
+}
+
+// Opens the file that the top names. If that can't be, it is reported and the level left, with the name in its place.
+bool opennamed(Level &level, const Access &access, Held &held) {
+  if (!named(level, access)) return false;
+  char *name = filename(*level.sp);
+  Custody kept;
+  takecustody(kept, releaseblock, name);
+  const bool refused = isrefused(name);
+  std::FILE *stream = refused ? nullptr : openstream(name, access.mode);
+  endcustody(kept);
+  freeblock(name);
+  if (stream)
+    hold(held, stream);
+  else
+    fail(level, refused ? REFUSED : access.opening);
+  return stream != nullptr;
+}
+
+// Writes the value under the name, which goes; the value stays.
+void writetop(Level &level, std::FILE *stream, Form form) {
+  droptop(level);
+  operations += level.sp->elements;
+  writevalue(stream, level.sp, form);
+}
+
+// APPEND and its like.
+Next writetofile(Level &level, const char *mode, Form form) {
+  Held file;
+  hold(file, openfile(level.instruction, &level.sp, mode, nullptr));
+  writetop(level, file.stream, form);
+  closeheld(file);
+  return Next::FETCH;
+}
+
+Next opennew(Level &level) {
+  Point descriptor = *level.sp--;
+  Custody described, called;
+  takecustody(described, releasepoint, &descriptor);
+  char *name;
+  Held file;
+  std::FILE *stream = openfile(level.instruction, &level.sp, "r+b", &name);
+  takecustody(called, releaseblock, name);
+  hold(file, stream);
+  Point made;
+  makefile(made, stream, name, descriptor, level.instruction->modifier == instructions::SMALL);
+  endcustody(file.custody);
+  endcustody(called);
+  endcustody(described);
+  dereferencepoint(level.sp);
+  *level.sp = made;
+  return Next::FETCH;
+}
+
+Next openagain(Level &level) {
+  droptop(level);
+  const Point &top = *level.sp;
+  const bool isfile = isspace(top) && top.elements > 0 && top.data_pointer && top.data_pointer[0].tag == tags::HANDLE;
+  return isfile && reopenfile(top.data_pointer[0]) ? Next::FETCH : fail(level, CANNOT_OPEN);
+}
+
+}  // namespace
+
+void runstream(Level &level, std::FILE *stream) {
+  Text text;
+  opentext(text);
+  for (;;) {
+    safepoint();
+    const std::int32_t problem = A_Problem;
+    A_Problem = 0;
+    const std::int64_t points = compiletext(level, text, stream, nullptr, SKIPPED);
+    // No storage even to read on: the same text would fail for ever.
+    if (points == 0 && A_Problem != 0) jump(-1);
+    A_Problem = problem;
+    if (isoperator(*text.programme) && text.programme->instruction == instructions::ENDPROCESS) break;
+    runtext(level, text, level.frame, level.floor);
+  }
+  closetext(text);
+}
+
+Next doread(Level &level) {
+  Held file;
+  if (!opennamed(level, READING, file)) return Next::LEAVE;
+  droptop(level);
+  runstream(level, file.stream);
+  closeheld(file);
+  return Next::FETCH;
+}
+
+Next doload(Level &level) {
+  Held file;
+  if (!opennamed(level, LOADING, file)) return Next::LEAVE;
+  while (hasvalues(level, 1)) droptop(level);
+  if (level.meaning->table) hashwipe(level.meaning->table);
+  runstream(level, file.stream);
+  closeheld(file);
+  return Next::FETCH;
+}
+
+Next dosave(Level &level) {
+  Held file;
+  if (!opennamed(level, SAVING, file)) return Next::LEAVE;
+  droptop(level);
+  remember(file.stream, level.meaning);
+  dumpstack(file.stream, level.floor, level.sp);
+  closeheld(file);
+  return Next::FETCH;
+}
+
+// Kept: an empty name stays, and is listed as the top.
+Next dodumpstack(Level &level) {
+  if (!named(level, DUMPING)) return Next::LEAVE;
+  if (isempty(*level.sp)) {
+    dumpstack(stdout, level.floor, level.sp);
+    return Next::FETCH;
+  }
+  Held file;
+  if (!opennamed(level, DUMPING, file)) return Next::LEAVE;
+  droptop(level);
+  dumpstack(file.stream, level.floor, level.sp);
+  closeheld(file);
+  return Next::FETCH;
+}
+
+Next doremember(Level &level) {
+  Held file;
+  if (!opennamed(level, REMEMBERING, file)) return Next::LEAVE;
+  droptop(level);
+  remember(file.stream, level.meaning);
+  closeheld(file);
+  return Next::FETCH;
+}
+
+Next dowrite(Level &level) {
+  if (!named(level, WRITING)) return Next::LEAVE;
+  if (isempty(*level.sp)) {
+    writetop(level, stdout, Form::SOURCE);
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+    return Next::FETCH;
+  }
+  Held file;
+  if (!opennamed(level, WRITING, file)) return Next::LEAVE;
+  writetop(level, file.stream, Form::SOURCE);
+  std::fputc('\n', file.stream);
+  closeheld(file);
+  return Next::FETCH;
+}
+
+Next doappend(Level &level) {
+  return writetofile(level, "a", Form::SOURCE);
+}
+Next dotextwrite(Level &level) {
+  return writetofile(level, "w", Form::PLAIN);
+}
+Next dotextappend(Level &level) {
+  return writetofile(level, "a", Form::PLAIN);
+}
+
+Next dotextread(Level &level) {
+  Held file;
+  if (!opennamed(level, READING, file)) return Next::LEAVE;
+  const Point text = readcharacters(file.stream);
+  closeheld(file);
+  dereferencepoint(level.sp);
+  *level.sp = text;
+  return Next::FETCH;
+}
+
+// What can be no name opens again, whatever it is: a name has two characters or more.
+Next doopen(Level &level) {
+  return (level.sp[-1].type & (SCALARLIKE | HASFILE | SAMERANK)) == 0 ? opennew(level) : openagain(level);
+}
+
+Next doclose(Level &level) {
+  closefile(&level.sp, level.instruction);
+  droptop(level);
+  return Next::FETCH;
+}
+
+Next dorewind(Level &level) {
+  rewindfile(&level.sp, level.instruction);
+  droptop(level);
+  return Next::FETCH;
+}
+
+// Kept: the expression is looked at and nothing is edited.
+Next dostreamedit(Level &level) {
+  if (isempty(*level.sp)) return Next::FETCH;
+  const int fault = namefault(*level.sp, PATTERN_DATA, PATTERN_STRUCTURE);
+  return fault == 0 ? Next::FETCH : fail(level, fault);
+}

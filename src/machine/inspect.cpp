@@ -1,0 +1,85 @@
+// Trace, step and the Inspect prompt.
+#include "machine/inspect.h"
+
+#include "diagnostics/text.h"
+#include "frontend/assembly.h"
+#include "machine/texts.h"
+
+char Trace, Step;
+
+namespace {
+
+constexpr std::uint16_t EVERYWHERE = instructions::REST;  // the modifier of the ALL spellings
+
+long height(const Level &level) { return level.sp - (stacktop - (STACK_POINTS - 1)); }
+
+void traceline(const Level &level) {
+  std::printf("\nTrace (%2d:%3ld)", level.level, static_cast<long>(level.current - level.start) + 1);
+  if (!level.step) std::printf(" [%2ld]", height(level));
+  Point copy = *level.current;
+  disass(stdout, "", &copy, 0, 0);
+}
+
+// The Point that a line feed, or the end of the input, leaves at the end of a line.
+bool islineend(const Point &point) {
+  return isoperator(point) && point.instruction == instructions::ENDPROCESS && (!point.name || point.name[0] == 0);
+}
+
+// Runs a line on the stack of the run inspected, with a landing place of its own: an error comes back to the prompt.
+void runline(Level &level, Text &line, std::int64_t points) {
+  Point *last = line.programme + points - 2;
+  if (points >= 2 && islineend(*last)) {
+    dereferencepoint(last);
+    *last = {};
+  }
+  level.sp = machine(line.programme, level.meaning, level.floor, level.floor, level.sp, level.memory, 0, level.slot);
+  cleanup(line.programme);
+  if (endprocess) jump(-1);
+}
+
+// One line at the prompt. Does the inspection go on with the next line?
+bool inspectline(Level &level, Text &line) {
+  std::printf("\nInspect [%ld]: ", height(level) + 1);
+  std::fflush(stdout);
+  const std::int64_t points = compiletext(level, line, stdin, nullptr, ENDS_STEP);
+  if (!stepping || points == 0 || islineend(line.programme[0])) {
+    cleanup(line.programme);
+    return stepping && points == 0;
+  }
+  runline(level, line, points);
+  stepping = 1;
+  return true;
+}
+
+}  // namespace
+
+void watch(Level &level) {
+  if (Trace || level.trace) traceline(level);
+  if (!Step && !level.step) return;
+  Text line;
+  opentext(line);
+  while (inspectline(level, line)) {
+  }
+  closetext(line);
+}
+
+Next dotrace(Level &level) {
+  if (level.instruction->modifier == EVERYWHERE) Trace = 1;
+  stepping = 1;
+  level.trace = true;
+  return Next::FETCH;
+}
+
+Next dostep(Level &level) {
+  if (level.instruction->modifier == EVERYWHERE) Trace = Step = 1;
+  stepping = 1;
+  level.trace = level.step = true;
+  return Next::FETCH;
+}
+
+Next dorun(Level &level) {
+  if (level.instruction->modifier == EVERYWHERE) Trace = Step = 0;
+  stepping = 0;
+  level.trace = level.step = false;
+  return Next::FETCH;
+}

@@ -1,0 +1,36 @@
+// The tables that are made from instructions.def.
+#include "spaces/instructions.h"
+
+const char Instructions[instructions::COUNT][32] = {
+#define INSTRUCTION(number, name, argumentclass, key, handler) #name,
+#include "machine/instructions.def"
+#undef INSTRUCTION
+};
+
+const std::uint16_t Types[instructions::COUNT] = {
+#define INSTRUCTION(number, name, argumentclass, key, handler) argumentclass,
+#include "machine/instructions.def"
+#undef INSTRUCTION
+};
+
+const char Addressnames[instructions::COUNT][2] = {
+#define INSTRUCTION(number, name, argumentclass, key, handler) {key[0], key[1]},
+#include "machine/instructions.def"
+#undef INSTRUCTION
+};
+
+namespace {
+// The rows stand in the order of their numbers, none missing: what is indexed by number can be made row by row.
+constexpr std::uint16_t numbers[] = {
+#define INSTRUCTION(number, name, argumentclass, key, handler) number,
+#include "machine/instructions.def"
+#undef INSTRUCTION
+};
+constexpr bool inorder() {
+  for (std::uint16_t i = 0; i < sizeof numbers / sizeof *numbers; ++i)
+    if (numbers[i] != i) return false;
+  return true;
+}
+static_assert(inorder());
+static_assert(sizeof numbers / sizeof *numbers == instructions::COUNT - 1, "row 269 has no name");
+}  // namespace

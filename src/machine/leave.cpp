@@ -1,0 +1,84 @@
+// How a level is left: by a failure, by RETURN and its like, or at the end of a run.
+#include <cstring>
+
+#include "diagnostics/text.h"
+#include "machine/level.h"
+
+Next fail(Level &level, int number) {
+  exception(number, &level.sp, level.instruction);
+  return levelreturn(level);
+}
+
+Next levelreturn(Level &level) {
+  popcontexts(level);
+  if (PrintOut) {
+    PrintOut = 0;
+    return Next::LEAVE;
+  }
+  if (endprocess || level.level != 0 || A_Problem != 1 || !hasvalues(level, 1)) return Next::LEAVE;
+  std::fputs("\n-- - Discarding the bad TOS value...\n", stdout);
+  const std::uint32_t kept = level.sp->type & HASASCII;
+  A_Problem = 0;
+  droptop(level);
+  // The slot counts again only when it is whole: a failed allocation lands here once more, one value lower.
+  makeempty(level.sp[1]);
+  ++level.sp;
+  level.sp->type |= kept;
+  return Next::LEAVE;
+}
+
+bool isouter(const Context *link, const Context *inner) {
+  while (inner && inner != link) inner = inner->previous;
+  return inner != nullptr;
+}
+
+void popcontexts(Level &level) {
+  // PREVIOUSCONTEXT may have stepped out of the link that the level entered with; that one is the caller's.
+  while (!isouter(level.meaning, level.entry)) level.meaning = popsymtabs(level.meaning);
+  level.meaning = level.entry;
+  while (level.entryuses >= 0 && level.entry->uses > level.entryuses) popsymtabs(level.entry);
+}
+
+namespace {
+
+void reportrun() {
+  if (timing || performance || processor_performance) duration = clocktime() - prevtime;
+  if (performance || processor_performance) std::fputc('\n', stdout);
+  if (performance && operators > 0)
+    std::printf(
+        "\n-->\tExecuted %.0lf operators, %.0lf operations.\n-->\tPerformance:\t%.2lf Morvik operators/sec,\n"
+        "\t\t\t%.2lf scalar operations/sec.\n",
+        operators, operations, operators / duration, operations / duration);
+  if (processor_performance)
+    std::printf("\n-->\tProcessor performance: %lg Morvik operations per Mhz\n",
+                (operators + operations) / duration / static_cast<double>(MHz));
+  if (timing) writetime(duration);
+}
+
+// The end of a run at level 0: the join, the run reports and the echo.
+void endofrun(Level &level) {
+  if (processors > 1) wait_for_coprocessors(level.sp, 0);
+  reportrun();
+  if (hasvalues(level, 1))
+    dump(stdout, "\n\n", level.sp);
+  else
+    std::fputs("\n-", stdout);
+}
+
+}  // namespace
+
+Next reachend(Level &level) {
+  popcontexts(level);
+  if (level.level == 0) endofrun(level);
+  return Next::LEAVE;
+}
+
+Next endlevel(Level &level) {
+  if (level.ownsframe && level.frame < level.floor) {
+    for (Point *local = level.frame; local < level.floor; ++local) dereferencepoint(local);
+    const std::ptrdiff_t results = level.sp - level.floor + 1;
+    std::memmove(level.frame, level.floor, static_cast<std::size_t>(results) * sizeof(Point));
+    level.sp = level.frame + results - 1;
+  }
+  return reachend(level);
+}

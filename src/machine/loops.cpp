@@ -1,0 +1,80 @@
+// LOOP and REPEAT.
+#include "machine/level.h"
+
+namespace {
+
+constexpr std::uint16_t REPEATED = instructions::DISCARD;  // the modifier of REPEAT
+
+// What a loop holds while it runs.
+struct Loop {
+  Point function;
+  Element *counter;  // the block of the index that is handed out, null until there is one
+  Custody function_kept, counter_kept;
+};
+
+void releasecounter(Custody &c) { dereference(*static_cast<Element **>(c.held)); }
+
+// The index scalar of this round. Its block is written over as long as nobody else holds it.
+void pushindex(Level &level, Loop &loop, std::int64_t index) {
+  if (!loop.counter || refr(loop.counter) != 1) {
+    Element *fresh = newelement(tags::INTEGER, forms::NUMBER);
+    release(loop.counter);
+    loop.counter = fresh;
+  }
+  loop.counter->integer = index;
+  Point point{};
+  point.type = ISSCALAR | HASINTEGER;
+  point.elements = 1;
+  point.data_pointer = loop.counter;
+  pushcopy(level, point);
+}
+
+// One round of a function that takes the index. Returns the message that ends the loop, 0 for none.
+int round(Level &level, Loop &loop, std::int64_t index) {
+  const int arguments = loop.function.arguments;
+  if (!hasvalues(level, arguments - 1)) return 800;
+  if (arguments > 0) {
+    if (stackfull(level)) return 806;
+    pushindex(level, loop, index);
+  }
+  Point *floor = level.sp - arguments + 1;
+  runbody(level, loop.function, floor, floor);
+  const Point *expected = floor + (arguments > 0 ? arguments - 2 : -1);
+  if (level.sp == expected) return 0;
+  while (level.sp > expected) droptop(level);
+  return 978;
+}
+
+int repeat(Level &level, Loop &loop, std::int64_t count, bool indexed) {
+  if (count > 0 && loop.function.locals > 0) return 988;
+  if (count > 0 && loop.function.arguments < 0 && indexed) return 979;
+  for (std::int64_t i = 1; i <= count; ++i) {
+    if (!indexed)
+      runbody(level, loop.function, level.frame, level.floor);
+    else if (const int failure = round(level, loop, i); failure != 0)
+      return failure;
+  }
+  return 0;
+}
+
+}  // namespace
+
+Next doloop(Level &level) {
+  if (!isfunction(level.sp[0])) return fail(level, 976);
+  const Point &top = level.sp[-1];
+  if (top.rank != ranks::SCALAR || top.data_pointer[0].tag != tags::INTEGER || top.data_pointer[0].integer < 0)
+    return fail(level, 977);
+  const std::int64_t count = top.data_pointer[0].integer;
+  Loop loop;
+  loop.function = *level.sp--;
+  loop.counter = nullptr;
+  takecustody(loop.function_kept, releasepoint, &loop.function);
+  takecustody(loop.counter_kept, releasecounter, &loop.counter);
+  droptop(level);
+  const int failure = repeat(level, loop, count, level.instruction->modifier != REPEATED);
+  endcustody(loop.counter_kept);
+  endcustody(loop.function_kept);
+  dereference(loop.counter);
+  dereferencepoint(&loop.function);
+  return failure == 0 ? Next::FETCH : fail(level, failure);
+}

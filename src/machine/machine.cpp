@@ -1,0 +1,217 @@
+// The loop. Its rules:
+//  1. `sp` is stored in the Level before anything that may jump, so that the landing finds every live value: all slots
+//     from the bottom to the innermost level's `sp` hold Points that own what they refer to.
+//  2. Only handlers move `sp`. A handler that fails itself reports and leaves its own level; a scalar or array
+//     instruction that fails reports and jumps, which drops every level down to level 0.
+//  3. What a handler holds in hand across a call goes into custody; no frame here keeps an object with a destructor.
+//  4. The Programme is never changed but for the bindings of its names: recursion meets it whole.
+//  5. The classes say who waits for the pool, and the end of a run does; nothing else here touches a result in flight.
+//  6. An interrupt is taken between Points, never inside one, unless its handler offers a safe point of its own.
+#include "machine/machine.h"
+
+#include <csetjmp>
+
+#include "diagnostics/text.h"
+#include "machine/inspect.h"
+#include "machine/level.h"
+
+Level *running;
+Point *stacktop;
+
+namespace {
+
+// Reads the instruction number of what runs and gives the work to its handler, again as long as it asks for it.
+Next perform(Level &level) {
+  from_coprocessor[0].flops = 0;
+  if (opstime) beginstamp(level);
+  for (;;) {
+    const Admission admission = admit(level);
+    if (admission != Admission::RUN) return admission == Admission::PASS ? Next::FETCH : Next::LEAVE;
+    const std::uint16_t number = level.instruction->instruction;
+    const Next next = number < instructions::COUNT ? Handlers[number](level) : fail(level, 993);
+    if (next == Next::AGAIN) continue;
+    if (opstime && next == Next::FETCH) charge(level);
+    return next;
+  }
+}
+
+// Under a decision: is this Point passed over? Fails when there was no decision yet.
+enum class Verdict { RUN, PASS, NONE };
+Verdict verdict(const Level &level, const Point &point) {
+  if ((point.type & CONDITIONAL) == 0) return Verdict::RUN;
+  if (level.decision < 0) return Verdict::NONE;
+  const int wanted = (point.type & YES) != 0 ? 1 : 0;
+  return level.decision == wanted ? Verdict::RUN : Verdict::PASS;
+}
+
+// A value that is bound to a name; a function that is flagged so runs at once.
+Next pushvalue(Level &level, const Point &value) {
+  pushcopy(level, value);
+  if (!isfunction(value)) return Next::FETCH;
+  level.sp->type = value.programme->type;
+  return (level.sp->type & ISOPERATOR) != 0 ? call(level) : Next::FETCH;
+}
+
+Next pushnamed(Level &level, Point &name) {
+  const Point *value = resolve(level, name);
+  if (!value || isend(*value)) return fail(level, 23);
+  return pushvalue(level, *value);
+}
+
+Next pushlocal(Level &level, const Point &name) {
+  const Point *local = level.frame + name.data_pointer->integer;
+  if (local >= level.floor || local->rank == ranks::VARIABLE) return fail(level, 23);
+  pushcopy(level, *local);
+  return Next::FETCH;
+}
+
+// The address of a frame slot. It owns nothing, so that it may outlive the frame.
+Next pushlocaladdress(Level &level, const Point &name) {
+  Point address{};
+  address.rank = ranks::ADDRESS;
+  address.type = ISLOCAL | ISADDRESS;
+  address.elements = 1;
+  address.target = level.frame + name.data_pointer->integer;
+  pushowned(level, address);
+  return Next::FETCH;
+}
+
+Next pushaddress(Level &level, Point &name) {
+  resolve(level, name);
+  pushcopy(level, name);
+  return Next::FETCH;
+}
+
+Next unusable(Level &level, const char *text) {
+  std::fputs(text, stderr);
+  return levelreturn(level);
+}
+
+Next pushpoint(Level &level) {
+  Point &point = *level.current;
+  if (const Verdict v = verdict(level, point); v != Verdict::RUN) {
+    if (v == Verdict::PASS) return Next::FETCH;
+    return fail(level, (point.type & YES) != 0 ? 147 : 148);
+  }
+  if (point.rank == ranks::UNUSED) return unusable(level, " Unused type:");
+  if (point.rank == ranks::INVALID) return unusable(level, " Unusable symbol:");
+  if (stackfull(level)) return fail(level, 806);
+  switch (point.rank) {
+    case ranks::VARIABLE:
+      return pushnamed(level, point);
+    case ranks::ADDRESS:
+      return pushaddress(level, point);
+    case ranks::LABEL:
+      if (isend(*point.target)) return fail(level, 23);
+      pushcopy(level, *point.target);
+      return Next::FETCH;
+    case ranks::LOCALVARIABLE:
+      return pushlocal(level, point);
+    case ranks::LOCALADDRESS:
+      return pushlocaladdress(level, point);
+    default:
+      pushcopy(level, point);
+      return Next::FETCH;
+  }
+}
+
+Next execute(Level &level) {
+  level.instruction = level.current;
+  switch (level.current->rank) {
+    case ranks::OPERATOR:
+      return perform(level);
+    case ranks::FUNCTION:
+      if (stackfull(level)) return fail(level, 806);
+      pushcopy(level, *level.current);
+      return (level.current->type & ISOPERATOR) != 0 ? call(level) : Next::FETCH;
+    default:
+      return pushpoint(level);
+  }
+}
+
+void run(Level &level) {
+  while (!isend(*level.current)) {
+    safepoint();
+    flopos = 0;
+    if (stepping && watched(level)) watch(level);
+    operators += 1;
+    const Next next = execute(level);
+    if (next == Next::LEAVE) return;
+    if (next != Next::JUMPED) ++level.current;
+  }
+  reachend(level);
+}
+
+// A jump drops every level down to level 0, while their frames still stand. Values that they pushed are released; what
+// they consumed is gone, so that the stack may end lower than it stood when level 0 made the call.
+void droplevels() {
+  Point *top = running->sp;
+  for (; running->level != 0; running = running->caller) popcontexts(*running);
+  if (top < running->sp) running->sp = top;
+  while (top > running->sp) dereferencepoint(top--);
+}
+
+// Where the jump ends.
+void land(Level &level) {
+  running = &level;
+  if (endprocess || PrintOut) {
+    PrintOut = 0;
+    popcontexts(level);
+    return;
+  }
+  std::fputs("\nException processing:...", stdout);
+  levelreturn(level);
+}
+
+// A run at level 0 inside another (the Inspect prompt) puts the outer landing back.
+void runlanded(Level &level) {
+  Landing outer;
+  armlanding(outer, droplevels);
+  if (setjmp(error_jump) == 0)
+    run(level);
+  else
+    land(level);
+  disarmlanding(outer);
+}
+
+}  // namespace
+
+Point *machine(Point *start, Context *meaning, Point *frame, Point *floor, Point *sp, Entry **memory, int level,
+               int slot, Point *header) {
+  Level self;
+  self.start = start;
+  self.header = header;
+  self.current = start;
+  self.instruction = start;
+  self.meaning = self.entry = meaning;
+  self.entryuses = meaning->uses;
+  self.frame = frame;
+  self.floor = floor;
+  self.sp = sp;
+  self.memory = memory;
+  self.caller = running;
+  self.level = level;
+  self.slot = slot;
+  self.decision = -1;
+  self.trace = self.step = false;
+  self.ownsframe = !running || frame != running->frame || floor != running->floor;
+  if (opstime || timing || performance) tval = clocktime();
+  const double entered = tval;
+  running = &self;
+  if (level == 0) {
+    if (timing || performance || processor_performance) prevtime = tval;
+    runlanded(self);
+  } else {
+    run(self);
+    if (opstime) duration = clocktime() - entered;
+  }
+  running = self.caller;
+  return self.sp;
+}
+
+void runnested(Level &level, Point *start, Context *meaning, Point *frame, Point *floor, Point *header) {
+  level.sp = machine(start, meaning, frame, floor, level.sp, level.memory, level.level + 1, level.slot, header);
+  if (!opstime) return;
+  level.stamp += duration;
+  level.operated = operations;
+}

@@ -1,0 +1,83 @@
+// RESULT and REEVALUATE: what a function gave for these arguments, kept in the global table under the text of both.
+#include "diagnostics/text.h"
+#include "machine/level.h"
+
+namespace {
+
+// Functions that draw, read, write or change globals are never kept.
+constexpr std::uint32_t UNKEPT = ISPROBABLE | INOUT;
+
+// The END of a body: where the text of the function itself is kept, in the name word, once it was made.
+Point &endpoint(const Point &function) { return function.programme[function.elements]; }
+
+// The key: the arguments from the deepest up, then the function. A counted string that the caller owns.
+char *makekey(Level &level, int arguments) {
+  const Point &function = *level.sp;
+  Point &end = endpoint(function);
+  if (!end.name) end.name = TOAddr1(stringdup(""), &function);
+  char *key = stringdup("");
+  for (Point *argument = level.sp - arguments; argument < level.sp; ++argument) {
+    argument->type &= ~ISPROBABLE;
+    key = TOAddr1(key, argument);
+  }
+  return stringcat(key, end.name);
+}
+
+// Keeps the top as the value of the key, which it takes over; or forgets the key, if the run left nothing to keep.
+void keep(Level &level, char *key, Point &header, const Point *floor) {
+  if (level.sp > floor) header.type |= GLOBALCHANGE;
+  const bool single = level.sp == floor;
+  const bool drawn = single && (level.sp->type & ISPROBABLE) != 0;
+  if (drawn) header.type |= ISPROBABLE;
+  if (single && !drawn) {
+    Entry *entry = entername(*level.memory, key);
+    referencepoint(level.sp);
+    dereferencepoint(entry->meaning);
+    *entry->meaning = *level.sp;
+    return;
+  }
+  if (Entry *entry = checkhash(*level.memory, key)) forgethash(entry);
+  release(key);
+}
+
+// Puts the kept value in the place of the function and its arguments.
+void recall(Level &level, const Point &value, int arguments) {
+  Point copy = value;
+  referencepoint(&copy);
+  for (int i = 0; i <= arguments; ++i) droptop(level);
+  pushowned(level, copy);
+}
+
+Next memo(Level &level, bool anew) {
+  if (!isfunction(*level.sp)) return fail(level, 975);
+  const int arguments = level.sp->arguments;
+  if (arguments < 0 || (level.sp->programme->type & UNKEPT) != 0) return call(level);
+  if (level.sp - 1 < level.floor + arguments - 1) return call(level);  // which reports it
+  char *key = makekey(level, arguments);
+  const Entry *entry = checkhash(*level.memory, key);
+  if (!anew && entry && !isend(*entry->meaning)) {
+    recall(level, *entry->meaning, arguments);
+    release(key);
+    return Next::FETCH;
+  }
+  Point *floor = level.sp - arguments;
+  Point function = *level.sp;  // the header must outlive the call
+  referencepoint(&function);
+  Custody kept, keykept;
+  takecustody(kept, releasepoint, &function);
+  takecustody(keykept, releaseblock, key);
+  const Next next = call(level);
+  endcustody(keykept);
+  if (next == Next::FETCH)
+    keep(level, key, *function.programme, floor);
+  else
+    release(key);
+  endcustody(kept);
+  dereferencepoint(&function);
+  return next;
+}
+
+}  // namespace
+
+Next doresult(Level &level) { return memo(level, false); }
+Next doreevaluate(Level &level) { return memo(level, true); }

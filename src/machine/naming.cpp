@@ -1,0 +1,225 @@
+// Names at run time: looking them up, binding them, and the contexts that they live in.
+#include <cstring>
+
+#include "diagnostics/text.h"
+#include "machine/level.h"
+
+namespace {
+
+bool isaddress(const Point &point) { return point.rank == ranks::ADDRESS; }
+bool islocaladdress(const Point &point) { return isaddress(point) && (point.type & ISLOCAL) != 0; }
+
+void mark(Level &level, std::uint32_t bit) {
+  if (level.header) level.header->type |= bit;
+}
+
+// Binds a name Point to an entry, and notes in which context.
+void bind(Level &level, Point &name, const Entry &entry) {
+  reference(entry.meaning);
+  dereference(name.target);
+  name.target = entry.meaning;
+  reference(level.meaning);
+  dereference(name.context);
+  name.context = level.meaning;
+}
+
+// The rule of access of a name that is given as text.
+std::uint16_t scope(char sigil) {
+  switch (sigil) {
+    case '_':
+      return instructions::SAIG;
+    case '$':
+      return instructions::SAIL;
+    case '.':
+      return instructions::SLIL;
+    default:
+      return instructions::SGIG;
+  }
+}
+
+// A missing name is made where its rule says: in the current table or in the global one.
+void make(Level &level, Point &name, std::uint32_t bit) {
+  const bool global = name.modifier == instructions::SAIG;
+  if (!global && name.modifier != instructions::SAIL) return;
+  reference(name.name);
+  bind(level, name, *entername(global ? *level.memory : level.meaning->table, name.name, global ? '_' : '$'));
+  if (global) mark(level, bit);
+}
+
+// The text of the name on top, without "@": a counted string that the caller owns; null if there is none.
+char *nametext(const Level &level) {
+  char *text = TOAddr(level.sp);
+  if (!text) return nullptr;
+  if (isaddress(*level.sp) && text[0] == '@') std::memmove(text, text + 1, std::strlen(text));
+  if (text[0] != 0) return text;
+  release(text);
+  return nullptr;
+}
+
+// The entry that the text on top names, along the chain; null if there is none.
+Entry *namedentry(const Level &level) {
+  char *text = nametext(level);
+  if (!text) return nullptr;
+  const char *name = text;
+  splitsigil(name);
+  Entry *entry = checkmeaning(level.meaning, name);
+  release(text);
+  return entry;
+}
+
+// Replaces the top by a value, or by the empty vector where there is none.
+void replacetop(Level &level, const Point *value) {
+  Point copy;
+  if (value && !isend(*value)) {
+    copy = *value;
+    referencepoint(&copy);
+  } else {
+    makeempty(copy);
+  }
+  dereferencepoint(level.sp);
+  *level.sp = copy;
+}
+
+}  // namespace
+
+Point *resolve(Level &level, Point &name) {
+  if (name.modifier == instructions::SGIG) return name.target;
+  if (name.target && name.context && sametable(name.context, level.meaning)) return name.target;
+  if (const Entry *entry = checkmeaning(level.meaning, name.name))
+    bind(level, name, *entry);
+  else
+    dereference(name.target);
+  if (!name.target && isaddress(name)) make(level, name, GLOBALCHANGE);
+  return name.target;
+}
+
+Next doat(Level &level) {
+  char *text = nametext(level);
+  if (!text) return fail(level, 23);
+  const char *bare = text;
+  const char sigil = splitsigil(bare);
+  if (*bare == 0) {
+    release(text);
+    return fail(level, 23);
+  }
+  char *name = stringdup(bare);
+  release(text);
+  Entry *table;
+  const Entry *entry =
+      sigil != 0 ? meaning(level.meaning, name, &table, sigil) : entername(*level.memory, name, sigil);
+  Point address{};
+  address.rank = ranks::ADDRESS;
+  address.type = ISADDRESS;
+  address.depth = 1;
+  address.modifier = scope(sigil);
+  address.name = entry->name;
+  address.elements = static_cast<std::uint32_t>(std::strlen(entry->name));
+  address.context = level.meaning;
+  address.target = entry->meaning;
+  reference(address.name);
+  reference(address.context);
+  reference(address.target);
+  dereferencepoint(level.sp);
+  *level.sp = address;
+  return Next::FETCH;
+}
+
+Next doget(Level &level) {
+  Point &top = *level.sp;
+  if (!isaddress(top)) {
+    const Entry *entry = namedentry(level);
+    replacetop(level, entry ? entry->meaning : nullptr);
+    return Next::FETCH;
+  }
+  const Point *value = nullptr;
+  if (!islocaladdress(top)) {
+    value = resolve(level, top);
+    if (top.modifier == instructions::SAIG) mark(level, GLOBAL);
+  }
+  replacetop(level, value);
+  return Next::FETCH;
+}
+
+Next dodo(Level &level) {
+  const Entry *entry = namedentry(level);
+  const Point *value = entry ? entry->meaning : nullptr;
+  replacetop(level, value);
+  return value && !isend(*value) ? executetop(level) : Next::FETCH;
+}
+
+Next doassign(Level &level) {
+  if (!isaddress(*level.sp)) return fail(level, 55);
+  if (!islocaladdress(*level.sp) && level.sp->target) {
+    Point value = level.sp[-1];
+    referencepoint(&value);
+    dereferencepoint(level.sp->target);
+    *level.sp->target = value;
+  }
+  droptop(level);
+  return Next::FETCH;
+}
+
+Next doset(Level &level) {
+  if (!isaddress(*level.sp)) return fail(level, 55);
+  Point address = *level.sp--;
+  if (!islocaladdress(address) && address.target) {
+    dereferencepoint(address.target);
+    *address.target = *level.sp--;
+  } else {
+    droptop(level);
+  }
+  dereferencepoint(&address);
+  return Next::FETCH;
+}
+
+Next doforget(Level &level) {
+  if (Entry *entry = namedentry(level)) forgethash(entry);
+  droptop(level);
+  return Next::FETCH;
+}
+
+namespace {
+
+Next list(Level &level, char sigil) {
+  if (stackfull(level)) return fail(level, 806);
+  Point names;
+  makeempty(names);
+  pushowned(level, names);
+  list_symbols(level.sp, level.meaning->table, sigil);
+  return Next::FETCH;
+}
+
+Next enter(Level &level, Context *inner) {
+  level.meaning = inner;
+  return Next::FETCH;
+}
+
+// One table back. What the level entered with belongs to its caller: it is stepped over, not popped.
+Next previous(Level &level) {
+  if (level.meaning->table == *level.memory || !level.meaning->previous) return Next::FETCH;
+  if (isouter(level.meaning, level.entry))
+    level.meaning = level.meaning->previous;
+  else
+    level.meaning = popsymtabs(level.meaning);
+  return Next::FETCH;
+}
+
+}  // namespace
+
+Next dovariables(Level &level) { return list(level, '_'); }
+Next dofunctions(Level &level) { return list(level, '.'); }
+
+Next docontext(Level &level) {
+  switch (level.instruction->modifier) {
+    case instructions::SMALL:
+      return enter(level, opentable(level.meaning, SMALL_TABLE));
+    case instructions::LARGE:
+      return enter(level, opentable(level.meaning, LARGE_TABLE));
+    case instructions::BASIC:
+      return enter(level, pushtable(level.meaning, *level.memory));
+    case instructions::PREVIOUS:
+      return previous(level);
+    default:
+      return hasvalues(level, 1) ? Next::FETCH : fail(level, 800);
+  }
+}

@@ -1,0 +1,35 @@
+// The instructions that set up the pool.
+#include <algorithm>
+
+#include "machine/level.h"
+
+namespace {
+
+const Element *oneinteger(const Point &point) {
+  const Element *element = oneelement(point);
+  return element && element->tag == tags::INTEGER ? element : nullptr;
+}
+
+}  // namespace
+
+Next doparallel(Level &level) {
+  const Element *wanted = oneinteger(*level.sp);
+  if (!wanted) return fail(level, 202);
+  std::int64_t slots = std::max<std::int64_t>(wanted->integer, 1);
+  if (slots > cpus) {
+    std::fprintf(stderr, "WARNING: 204 - requested more than started processors (%ld):", static_cast<long>(cpus));
+    exception(204, &level.sp, level.instruction);
+    slots = cpus;
+  }
+  processors = static_cast<std::uint32_t>(slots);
+  droptop(level);
+  return Next::FETCH;
+}
+
+Next doserial(Level &level) {
+  const Element *least = oneinteger(*level.sp);
+  if (!least) return fail(level, 203);
+  MIN_PARALLEL = std::max<std::int64_t>(least->integer, processors);
+  droptop(level);
+  return Next::FETCH;
+}

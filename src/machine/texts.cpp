@@ -1,0 +1,51 @@
+// Texts that the machine compiles and runs itself.
+#include "machine/texts.h"
+
+#include "frontend/assembly.h"
+
+void opentext(Text &text) {
+  text.programme = static_cast<Point *>(newblock(PROGRAMME_POINTS * sizeof(Point)));
+  text.programme[0] = {};
+  takecustody(text.block, releaseblock, text.programme);
+  takecustody(text.points, releaseprogramme, text.programme);
+}
+
+void closetext(Text &text) {
+  cleanup(text.programme);
+  endcustody(text.points);
+  endcustody(text.block);
+  freeblock(text.programme);
+}
+
+std::int64_t compiletext(Level &level, Text &text, std::FILE *stream, const char **string, int flag) {
+  readingsignals();
+  const std::int64_t points = fill(text.programme, level.meaning, level.sp, stream, string, flag);
+  runningsignals();
+  return points;
+}
+
+void runtext(Level &level, Text &text, Point *frame, Point *floor) {
+  runnested(level, text.programme, level.meaning, frame, floor, nullptr);
+  cleanup(text.programme);
+}
+
+Next executetext(Level &level) {
+  static constexpr char ENDMARK[] = " .";
+  const std::size_t length = level.sp->elements;
+  auto *bytes = static_cast<char *>(newblock(length + sizeof ENDMARK));
+  for (std::size_t i = 0; i < length; ++i) bytes[i] = static_cast<char>(level.sp->data_pointer[i].ascii);
+  for (std::size_t i = 0; i < sizeof ENDMARK; ++i) bytes[length + i] = ENDMARK[i];
+  Custody buffer;
+  takecustody(buffer, releaseblock, bytes);
+  Text text;
+  opentext(text);
+  droptop(level);
+  for (const char *position = bytes; *position != 0;) {
+    compiletext(level, text, nullptr, &position, SKIPPED);
+    runtext(level, text, level.frame, level.floor);
+  }
+  closetext(text);
+  endcustody(buffer);
+  freeblock(bytes);
+  return Next::FETCH;
+}

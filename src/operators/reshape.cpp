@@ -1,0 +1,302 @@
+// RESHAPE. All that can fail comes first: the extents are judged, memory is taken, the records are made; only then do
+// the operands change.
+#include "operators/reshape.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include "diagnostics/exception.h"
+#include "spaces/refderef.h"
+
+namespace {
+
+constexpr int NOTONEAXIS = 10, FROMNOTHING = 11, NOTINTEGERS = 113, IMPOSSIBLE = 991, NOBRANCH = 994, TOOLARGE = 1100,
+              NESTEDSHAPE = 1101, TEXTSHAPE = 1102;
+
+// What a new shape replaces in the flag word. Kept: ISPROBABLE stays, for what was drawn by chance stays so.
+constexpr std::uint32_t RESHAPED = KINDBITS | HASFILE | RANKBITS | ISSTRUCTURE | ISEMPTY;
+static_assert(RESHAPED == 0x7F7F00);
+
+constexpr std::uint64_t MOSTELEMENTS = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint32_t MOSTAXES = std::numeric_limits<std::int32_t>::max();
+constexpr std::size_t CHUNK = 65536;  // records between two safe points
+
+// ---- The extents.
+
+// The part of a number that must be whole, and the sum of the others, which must be 0.
+struct Parts {
+  double first, others;
+};
+
+Parts parts(const Element &e) {
+  switch (e.tag) {
+    case tags::REAL:
+      return {e.real, 0};
+    case tags::COMPLEX:
+      return {e.complex.re, e.complex.im};
+    case tags::QUATERNION:
+      return {e.firstpart, e.otherparts[0] + e.otherparts[1] + e.otherparts[2]};
+    default: {
+      double others = 0;
+      for (int i = 1; i < 8; ++i) others += e.octonion->part[i];
+      return {e.octonion->part[0], others};
+    }
+  }
+}
+
+// Is this element a whole number? Kept: the other components of a quaternion need only sum to 0.
+bool wholenumber(const Element &e, std::int64_t &value) {
+  if (e.tag == tags::INTEGER) {
+    value = e.integer;
+    return true;
+  }
+  if (e.tag < tags::REAL || e.tag > tags::OCTONION) return false;
+  const Parts p = parts(e);
+  constexpr double LIMIT = 9223372036854775808.0;
+  if (!(p.others == 0) || !(p.first >= -LIMIT && p.first < LIMIT) || std::trunc(p.first) != p.first) return false;
+  value = static_cast<std::int64_t>(p.first);
+  return true;
+}
+
+// What speaks against these records as a shape: a message number, 0 for nothing. The product is that of the extents.
+int judge(const Point &shape, std::uint64_t &product) {
+  int fault = 0;
+  product = 1;
+  bool fits = true;
+  for (std::uint32_t i = 0; i < shape.elements; ++i) {
+    const Element &e = shape.data_pointer[i];
+    if (e.tag == tags::ASCII) return TEXTSHAPE;
+    if (e.tag == tags::SUBARRAY) return NESTEDSHAPE;
+    std::int64_t extent = 0;
+    if (!wholenumber(e, extent) || extent < 0) {
+      fault = NOTINTEGERS;
+    } else if (extent == 0) {
+      product = 0;
+    } else if (product != 0 && fits) {
+      fits = static_cast<std::uint64_t>(extent) <= MOSTELEMENTS / product;
+      if (fits) product *= static_cast<std::uint64_t>(extent);
+    }
+    if (i % CHUNK == CHUNK - 1) safepoint();
+  }
+  if (fault != 0) return fault;
+  return (product != 0 && !fits) || shape.elements > MOSTAXES ? TOOLARGE : 0;
+}
+
+// A counted name belongs to a scalar: it can't go along where the record becomes part of something else.
+bool hascountedname(const Element &e) {
+  return (e.attributes & attributes::NAMED) != 0 && e.tag != tags::QUATERNION && e.tag != tags::HANDLE &&
+         refr(e.name) >= 0;
+}
+
+// Can the records serve as a shape as they stand?
+bool areextents(const Element *records, std::uint32_t count) {
+  return std::all_of(records, records + count,
+                     [](const Element &e) { return e.tag == tags::INTEGER && !hascountedname(e); });
+}
+
+// The records of the shape as integers, in a block of their own.
+Element *makeextents(const Point &shape) {
+  Element *extents = newelements(shape.elements);
+  for (std::uint32_t i = 0; i < shape.elements; ++i) {
+    std::int64_t value = 0;
+    wholenumber(shape.data_pointer[i], value);
+    extents[i] = {};
+    extents[i].tag = tags::INTEGER;
+    extents[i].form = forms::NUMBER;
+    extents[i].integer = value;
+  }
+  return extents;
+}
+
+// ---- The elements.
+
+bool isplain(std::int32_t tag) {
+  return tag >= tags::ASCII && tag <= tags::QUATERNION;
+}
+
+bool iscopied(std::int32_t tag) {
+  return tag == tags::SUBARRAY || isplain(tag) || tag == tags::OCTONION || tag == tags::FILLER || tag == tags::HANDLE ||
+         (tag >= ranks::LOCALVARIABLE && tag <= ranks::LABEL && tag != ranks::OPERATOR);
+}
+
+enum class Copying { WHOLE, ONEBYONE };
+
+// How the records of a stretch are copied. The message that says why they can't be, or 0.
+int copying(const Point &data, std::size_t from, std::size_t to, Copying &how) {
+  const Element *e = data.data_pointer;
+  const bool uniform = (data.type & (COMPLEXED | STRUCTURED)) == 0 && isplain(e->tag);
+  how = mayown(data) || hascountedname(*e) ? Copying::ONEBYONE : Copying::WHOLE;
+  for (std::size_t i = from; i < to; ++i) {
+    if (i % CHUNK == 0) safepoint();
+    if (isplain(e[i].tag)) continue;
+    if (!iscopied(e[i].tag)) return uniform ? IMPOSSIBLE : NOBRANCH;
+    how = Copying::ONEBYONE;
+  }
+  return 0;
+}
+
+void copywhole(Element *to, const Element *from, std::size_t count) {
+  for (std::size_t done = 0; done < count; done += CHUNK) {
+    std::memcpy(to + done, from + done, std::min(CHUNK, count - done) * sizeof(Element));
+    safepoint();
+  }
+}
+
+// Repeats the first `have` records until there are `count`. What is there already is copied in ever larger pieces.
+void repeatwhole(Element *records, std::size_t have, std::size_t count) {
+  while (have < count) {
+    const std::size_t piece = std::min(have, count - have);
+    copywhole(records + have, records, piece);
+    have += piece;
+  }
+}
+
+// `count` records of its own, by going through those of `data` again and again.
+Element *repeatelements(const Point &data, std::size_t count, Copying how) {
+  Point made{};
+  made.rank = ranks::VECTOR;
+  made.type = ISVECTOR;  // no kinds: whatever is in there by then gets released
+  made.data_pointer = newelements(count);
+  Custody making;
+  takecustody(making, releasepoint, &made);
+  const std::size_t have = std::min<std::size_t>(data.elements, count);
+  if (how == Copying::WHOLE) {
+    copywhole(made.data_pointer, data.data_pointer, have);
+    repeatwhole(made.data_pointer, have, count);
+  } else {
+    for (std::size_t i = 0; i < count; ++i, ++made.elements) {
+      copyelement(made.data_pointer[i], data.data_pointer[i % data.elements]);
+      if (i % CHUNK == CHUNK - 1) safepoint();
+    }
+  }
+  endcustody(making);
+  return made.data_pointer;
+}
+
+// Gives up the records of `data`, but for what else it holds.
+void releaseelements(Point &data) {
+  Point old = data;
+  old.shape_pointer = nullptr;
+  data.data_pointer = nullptr;
+  dereferencepoint(&old);
+}
+
+// Makes `data` hold `count` records, more, fewer or as many as now. `elements` stays with the caller. A message number
+// or 0.
+int resize(Point &data, std::uint32_t count) {
+  const std::uint32_t have = data.elements;
+  const bool ours = refr(data.data_pointer) == 1 && !hascountedname(*data.data_pointer);
+  const bool cuts = ours && count < have;
+  Copying how;
+  if (const int fault = cuts ? copying(data, count, have, how) : copying(data, 0, std::min(count, have), how))
+    return fault;
+  if (cuts) {
+    if (how == Copying::ONEBYONE) dereferencedataelems(data.data_pointer + count, have - count);
+    // A block that can't be cut serves as well.
+    if (Element *cut = tryreallocate(data.data_pointer, count)) data.data_pointer = cut;
+  } else if (ours && how == Copying::WHOLE) {
+    data.data_pointer = Reallocate(data.data_pointer, count);
+    repeatwhole(data.data_pointer, have, count);
+  } else {
+    Element *records = repeatelements(data, count, how);
+    releaseelements(data);
+    data.data_pointer = records;
+  }
+  return 0;
+}
+
+// ---- The whole.
+
+// A scalar's record speaks for itself; that of a vector needs the flag word to say what it owns.
+std::uint32_t owningbit(const Element &e) {
+  switch (e.tag) {
+    case tags::OCTONION:
+      return HASOCTONION;
+    case tags::HANDLE:
+      return HASFILE;
+    default:
+      return isplain(e.tag) ? 0 : STRUCTURED;
+  }
+}
+
+void becomeempty(Point &data, std::int32_t rank) {
+  data.rank = rank;
+  data.type = ISEMPTY | (rank > 1 ? ISARRAY : ISVECTOR);
+  data.depth = 1;
+  data.modifier = 0;
+  data.elements = 0;
+  data.link = nullptr;
+}
+
+void becomeshaped(Point &data, std::int32_t rank, std::uint32_t product) {
+  if (data.rank == ranks::SCALAR) data.type |= owningbit(*data.data_pointer);
+  if (data.depth == 0) data.depth = 1;
+  data.rank = rank;
+  data.type = (data.type & ~RESHAPED) | (data.type & (KINDBITS | HASFILE)) | (rank > 1 ? ISARRAY : ISVECTOR) |
+              (product == 1 ? ISONEELEMENT : 0);
+  data.elements = product;
+  data.word = {0, static_cast<std::int32_t>(product - 1)};
+}
+
+// An empty shape changes nothing: the value becomes one that nobody else sees, and is marked so.
+void keepshape(Point &data, Point &shape) {
+  if (isspace(data) && data.data_pointer) {
+    makeprivate(data);
+    data.type |= INOUT;
+  }
+  dereferencepoint(&shape);
+}
+
+// Gives `data` the extents, in which a null stands for the records of the shape as they are.
+void takeshape(Point &data, Point &shape, Element *extents, std::uint32_t product) {
+  const auto rank = static_cast<std::int32_t>(shape.elements);
+  if (!extents) std::swap(extents, shape.data_pointer);
+  if (product == 0) {
+    dereferencepoint(&data);
+    becomeempty(data, rank);
+  } else {
+    dereference(data.shape_pointer);
+    becomeshaped(data, rank, product);
+  }
+  data.shape_pointer = extents;
+  dereferencepoint(&shape);
+}
+
+// The instruction but for the report: a message number, with both operands left whole, or 0.
+int tryreshape(Point &data, Point &shape) {
+  if (shape.rank > ranks::VECTOR) return NOTONEAXIS;
+  if (isempty(shape)) {
+    keepshape(data, shape);
+    return 0;
+  }
+  if (!isspace(shape) || !shape.data_pointer) return NOTINTEGERS;
+  if ((shape.type & STRUCTURED) != 0) return NESTEDSHAPE;
+  std::uint64_t product;
+  if (const int fault = judge(shape, product)) return fault;
+  if (product != 0 && data.elements == 0) return FROMNOTHING;
+  if (product != 0 && !isspace(data)) return NOBRANCH;
+  if (product != 0 && !data.data_pointer) return FROMNOTHING;
+  const auto count = static_cast<std::uint32_t>(product);
+  Element *extents = areextents(shape.data_pointer, shape.elements) ? nullptr : makeextents(shape);
+  Custody making;
+  takecustody(making, releaseblock, extents);
+  const bool stays = count == 0 || (count == data.elements && !(data.rank == 0 && hascountedname(*data.data_pointer)));
+  const int fault = stays ? 0 : resize(data, count);
+  endcustody(making);
+  if (fault != 0)
+    release(extents);
+  else
+    takeshape(data, shape, extents, count);
+  return fault;
+}
+
+}  // namespace
+
+int reshape(Point *data, Point *shape, const Point *instruction) {
+  const int fault = tryreshape(*data, *shape);
+  if (fault != 0) exception(fault, &shape, instruction);
+  return fault != 0 ? 1 : 0;
+}

@@ -1,0 +1,300 @@
+// Counted blocks: the prefix with the reference word, and the small blocks that everybody asks for. The checking build
+// puts guards around each block, poisons what is fresh or freed, and keeps freed blocks back for a while to see whether
+// somebody still writes to them.
+#include "spaces/blocks.h"
+
+#include <atomic>
+#include <cassert>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+pthread_mutex_t mp1 = PTHREAD_MUTEX_INITIALIZER;
+bool coprocessors_running = false;
+
+namespace {
+
+std::atomic<std::int64_t> live{0};
+
+// A locked instruction costs more than the rest of an allocation: without coprocessors there is nobody to lock out.
+void countlive(std::int64_t change) {
+  if (coprocessors_running)
+    live.fetch_add(change, std::memory_order_relaxed);
+  else
+    live.store(live.load(std::memory_order_relaxed) + change, std::memory_order_relaxed);
+}
+
+constexpr std::int64_t PERMANENT = -1;
+constexpr std::size_t LARGEST = static_cast<std::size_t>(std::numeric_limits<std::int64_t>::max());
+
+#ifdef MORVIK_CHECKING
+// Ahead of the prefix stands one guard, behind the payload the other; the prefix's second word holds the payload's
+// size.
+constexpr std::size_t GUARD = 16, HEAD = GUARD + BLOCKPREFIX, OVERHEAD = HEAD + GUARD;
+constexpr int GUARDED = 0xA5, FRESH = 0xCB, FREED = 0xDD;
+constexpr std::uint64_t DEAD = 0xDDDDDDDDDDDDDDDD;
+#else
+constexpr std::size_t OVERHEAD = BLOCKPREFIX;
+#endif
+
+constexpr bool fits(std::size_t bytes) {
+  return bytes <= LARGEST - OVERHEAD;
+}
+
+}  // namespace
+
+std::int64_t liveblocks() {
+  return live.load(std::memory_order_relaxed);
+}
+
+#ifdef MORVIK_CHECKING
+
+namespace {
+
+constexpr std::int64_t NEVER = -1, UNREAD = -2;
+std::int64_t countdown = UNREAD;
+
+bool mustfail() {
+  if (countdown == UNREAD) {
+    const char *set = std::getenv("MORVIK_FAIL_ALLOCATION");
+    countdown = set ? std::strtoll(set, nullptr, 10) : NEVER;
+  }
+  return countdown >= 0 && countdown-- == 0;
+}
+
+[[noreturn]] void blockfault(const char *what, const void *block) {
+  std::fprintf(stderr, "\nCounted block %p: %s.\n", block, what);
+  std::abort();
+}
+
+std::uint64_t sizeword(const void *block) {
+  std::uint64_t size;
+  std::memcpy(&size, static_cast<const char *>(block) - sizeof size, sizeof size);
+  return size;
+}
+
+bool isfilled(const char *from, int byte, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i)
+    if (static_cast<unsigned char>(from[i]) != byte) return false;
+  return true;
+}
+
+// The last blocks freed, oldest first to go.
+constexpr std::size_t KEPT = 256, KEPTSIZE = 65536;
+struct Kept {
+  char *start;
+  std::size_t size;
+};
+Kept keep[KEPT];
+std::size_t nextkept = 0;
+pthread_mutex_t keeping = PTHREAD_MUTEX_INITIALIZER;
+
+void keepback(char *start, std::size_t size) {
+  pthread_mutex_lock(&keeping);
+  const Kept oldest = keep[nextkept];
+  keep[nextkept] = {start, size};
+  nextkept = (nextkept + 1) % KEPT;
+  pthread_mutex_unlock(&keeping);
+  if (!oldest.start) return;
+  if (!isfilled(oldest.start, FREED, oldest.size + OVERHEAD))
+    blockfault("written to after it was freed", oldest.start + HEAD);
+  std::free(oldest.start);
+}
+
+}  // namespace
+
+void failallocation(std::int64_t successes) {
+  countdown = successes < 0 ? NEVER : successes;
+}
+
+std::size_t blocksize(const void *block) {
+  return sizeword(block);
+}
+
+// A permanent block may be any memory with a prefix.
+void checkblock(const void *block) {
+  if (!block) return;
+  const std::int64_t count = refr(block);
+  if (static_cast<std::uint64_t>(count) == DEAD) blockfault("used or freed after it was freed", block);
+  if (count < 0) return;
+  const char *payload = static_cast<const char *>(block);
+  if (!isfilled(payload - HEAD, GUARDED, GUARD)) blockfault("guard ahead of it overwritten, or no block at all", block);
+  if (!isfilled(payload + sizeword(block), GUARDED, GUARD)) blockfault("written to past its end", block);
+}
+
+void *tryblock(std::size_t bytes) {
+  if (bytes == 0) bytes = 1;
+  if (!fits(bytes) || mustfail()) return nullptr;
+  char *start = static_cast<char *>(std::malloc(bytes + OVERHEAD));
+  if (!start) return nullptr;
+  char *payload = start + HEAD;
+  const std::uint64_t size = bytes;
+  std::memset(start, GUARDED, GUARD);
+  std::memcpy(payload - sizeof size, &size, sizeof size);
+  std::memset(payload, FRESH, bytes);
+  std::memset(payload + bytes, GUARDED, GUARD);
+  *refer(payload) = 1;
+  countlive(1);
+  return payload;
+}
+
+void freeblock(void *block) {
+  if (!block) return;
+  checkblock(block);
+  const std::size_t size = blocksize(block);
+  char *start = static_cast<char *>(block) - HEAD;
+  std::memset(start, FREED, size + OVERHEAD);
+  countlive(-1);
+  if (size <= KEPTSIZE)
+    keepback(start, size);
+  else
+    std::free(start);
+}
+
+namespace {
+
+// Always moves, so that whoever keeps the old address is found out.
+void *resize(void *block, std::size_t bytes) {
+  void *moved = tryblock(bytes);
+  if (!moved) return nullptr;
+  const std::size_t old = blocksize(block);
+  std::memcpy(moved, block, old < bytes ? old : bytes);
+  freeblock(block);
+  return moved;
+}
+
+}  // namespace
+
+#else
+
+void *tryblock(std::size_t bytes) {
+  if (bytes == 0) bytes = 1;
+  if (!fits(bytes)) return nullptr;
+  char *start = static_cast<char *>(std::malloc(bytes + OVERHEAD));
+  if (!start) return nullptr;
+  void *block = start + BLOCKPREFIX;
+  *refer(block) = 1;
+  countlive(1);
+  return block;
+}
+
+void freeblock(void *block) {
+  if (!block) return;
+  countlive(-1);
+  std::free(refer(block));
+}
+
+namespace {
+
+// The heap's powers of two make growth by small steps cheap: most calls return at once.
+void *resize(void *block, std::size_t bytes) {
+  if (!fits(bytes)) return nullptr;
+  char *start = static_cast<char *>(std::realloc(static_cast<void *>(refer(block)), bytes + OVERHEAD));
+  return start ? start + BLOCKPREFIX : nullptr;
+}
+
+}  // namespace
+
+#endif
+
+void *newblock(std::size_t bytes) {
+  void *block = tryblock(bytes);
+  if (!block) [[unlikely]]
+    outofstorage();
+  return block;
+}
+
+Element *newelements(std::size_t count) {
+  if (count == 0) return nullptr;
+  if (count > LARGEST / sizeof(Element)) outofstorage();
+  return static_cast<Element *>(newblock(count * sizeof(Element)));
+}
+
+Point *newpoint() {
+  return static_cast<Point *>(newblock(sizeof(Point)));
+}
+
+Element *newelement(std::int32_t tag, std::uint16_t form) {
+  Element *element = newelements(1);
+  *element = Element{};
+  element->tag = tag;
+  element->form = form;
+  return element;
+}
+
+Element *newshape(std::int64_t extent) {
+  Element *shape = newelement(tags::INTEGER, forms::NUMBER);
+  shape->integer = extent;
+  return shape;
+}
+
+Element *tryreallocate(Element *block, std::size_t count) {
+  assert(refr(block) == 1);
+  return count > LARGEST / sizeof(Element) ? nullptr : static_cast<Element *>(resize(block, count * sizeof(Element)));
+}
+
+Element *Reallocate(Element *block, std::size_t count) {
+  if (!block) return newelements(count);
+  if (count == 0) {
+    assert(refr(block) == 1);
+    freeblock(block);
+    return nullptr;
+  }
+  Element *resized = tryreallocate(block, count);
+  if (!resized) outofstorage();
+  return resized;
+}
+
+char *stringdup(const char *text, std::size_t length) {
+  char *copy = static_cast<char *>(newblock(length + 1));
+  std::memcpy(copy, text, length);
+  copy[length] = '\0';
+  return copy;
+}
+
+char *stringdup(const char *text) {
+  return stringdup(text, std::strlen(text));
+}
+
+char *stringcat(char *a, const char *b) {
+  assert(refr(a) == 1);
+  const std::size_t before = std::strlen(a), more = std::strlen(b);
+  char *joined = static_cast<char *>(resize(a, before + more + 1));
+  if (!joined) outofstorage();
+  std::memcpy(joined + before, b, more + 1);
+  return joined;
+}
+
+namespace {
+
+struct Interned {
+  Interned *next;
+  char *name;
+};
+Interned *interned = nullptr;
+
+}  // namespace
+
+// There are as many as the language has named constants, so that a list will do. The latest one stands first.
+char *elementname(const char *text) {
+  for (Interned **link = &interned; *link; link = &(*link)->next) {
+    Interned *found = *link;
+    if (std::strcmp(found->name, text) != 0) continue;
+    *link = found->next;
+    found->next = interned;
+    interned = found;
+    return found->name;
+  }
+  char *name = stringdup(text);
+  auto *made = static_cast<Interned *>(std::malloc(sizeof(Interned)));
+  if (!made) {
+    freeblock(name);
+    outofstorage();
+  }
+  *refer(name) = PERMANENT;
+  countlive(-1);
+  *made = {interned, name};
+  interned = made;
+  return name;
+}

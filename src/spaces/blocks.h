@@ -1,0 +1,110 @@
+// Counted blocks: everything that a Point or an Element points to. The reference word stands two words ahead of the
+// pointer; a negative count marks a permanent block. The heap below is memory.h; who walks whole values is refderef.h.
+#pragma once
+
+#include <pthread.h>
+
+#include <cstddef>
+#include <cstdint>
+
+#include "spaces/point.h"
+
+inline constexpr std::size_t BLOCKPREFIX = 16;
+
+// Guards every reference word while coprocessors run; taken before `mp`, never after it.
+extern pthread_mutex_t mp1;
+// Set before the first coprocessor starts and cleared after the last has ended: without it no lock is taken.
+extern bool coprocessors_running;
+
+struct ReferenceLock {
+  ReferenceLock() {
+    if (coprocessors_running) pthread_mutex_lock(&mp1);
+  }
+  ~ReferenceLock() {
+    if (coprocessors_running) pthread_mutex_unlock(&mp1);
+  }
+  ReferenceLock(const ReferenceLock &) = delete;
+  ReferenceLock &operator=(const ReferenceLock &) = delete;
+};
+
+// Reports message 27 and jumps. Defined in diagnostics, which builds on this room.
+[[noreturn]] void outofstorage();
+
+// The address of a block's reference word, null for null.
+inline std::int64_t *refer(void *block) {
+  return block ? reinterpret_cast<std::int64_t *>(static_cast<char *>(block) - BLOCKPREFIX) : nullptr;
+}
+// The count of a block, -777 for null.
+inline std::int64_t refr(const void *block) {
+  return block ? *refer(const_cast<void *>(block)) : -777;
+}
+
+// A counted block of so many bytes with count 1, owned by the caller, contents undefined. 0 bytes are asked for as 1.
+// tryblock gives null where there is no storage; newblock reports message 27 and jumps.
+void *tryblock(std::size_t bytes);
+void *newblock(std::size_t bytes);
+// Gives a block back, whatever its count.
+void freeblock(void *block);
+// How many counted blocks are alive, names of constants aside.
+std::int64_t liveblocks();
+
+#ifdef MORVIK_CHECKING
+// Lets so many allocations succeed from now on and fails the one after them, once; below 0 fails none. The environment
+// variable MORVIK_FAIL_ALLOCATION sets it for the whole process.
+void failallocation(std::int64_t successes);
+// Aborts with a message unless the block is alive and both its guards stand. Null passes.
+void checkblock(const void *block);
+// How many bytes were asked for.
+std::size_t blocksize(const void *block);
+#else
+inline void checkblock(const void *) {}
+#endif
+
+// A data block of so many records, contents undefined. Message 27. A count of 0 gives null.
+Element *newelements(std::size_t count);
+// A block of one Point.
+Point *newpoint();
+// A block of one zeroed Element with this tag and form.
+Element *newelement(std::int32_t tag, std::uint16_t form);
+// A shape of one axis: one integer record of form 8 that holds the extent.
+Element *newshape(std::int64_t extent);
+// Changes a block to hold so many records, keeping the first ones, and returns the block to use from now on.
+// Null is taken as a request for a new block. Message 27, the old block left whole. The count must be 1.
+Element *Reallocate(Element *block, std::size_t count);
+// The same for a block and a count that are not null; null where there is no storage.
+Element *tryreallocate(Element *block, std::size_t count);
+
+// A counted copy of a zero-terminated text, or of the first bytes of one.
+char *stringdup(const char *text);
+char *stringdup(const char *text, std::size_t length);
+// The one permanent name of this text: what the name word of an element with attributes::NAMED holds. Message 27.
+char *elementname(const char *text);
+// Appends b to a counted string of count 1 and returns the block to use from now on.
+char *stringcat(char *a, const char *b);
+
+// Raises a count by one; null and permanent blocks are left alone.
+inline void reference(void *block) {
+  if (!block) return;
+  const ReferenceLock lock;
+  checkblock(block);
+  if (std::int64_t *count = refer(block); *count >= 0) ++*count;
+}
+
+// Lowers a count by one and frees the block at 0; null and permanent blocks are left alone.
+inline void release(void *block) {
+  if (!block) return;
+  const ReferenceLock lock;
+  checkblock(block);
+  std::int64_t *count = refer(block);
+  if (*count < 0) return;
+  if (*count > 0) --*count;
+  if (*count == 0) freeblock(block);
+}
+
+// The same, and nulls the pointer in the record at hand.
+template <typename T>
+inline void dereference(T *&block) {
+  T *old = block;
+  block = nullptr;
+  release(old);
+}

@@ -1,0 +1,19 @@
+// The vocabulary of instruction numbers, made from machine/instructions.def.
+#pragma once
+
+#include <cstdint>
+
+namespace instructions {
+enum Number : std::uint16_t {
+#define INSTRUCTION(number, name, argumentclass, key, handler) name = number,
+#include "machine/instructions.def"
+#undef INSTRUCTION
+  COUNT = 270
+};
+// On IF_YES and IF_NO: nothing is decided but what stands on the stack.
+inline constexpr std::uint16_t BARE = 65531;
+}  // namespace instructions
+
+extern const char Instructions[instructions::COUNT][32];
+extern const std::uint16_t Types[instructions::COUNT];        // argument classes
+extern const char Addressnames[instructions::COUNT][2];       // two-byte keys, for memo texts

@@ -1,0 +1,57 @@
+// The heap: blocks of powers of two, carved from areas that the process's break gives, each for the life of the process
+// in the list of its size. It takes the place of malloc, free, realloc and calloc for the whole process, but where
+// MORVIK_SYSTEM_HEAP leaves these to the system; the core below stands in every build, and works over any source of
+// areas, so that the tests can drive it.
+#pragma once
+
+#include <pthread.h>
+
+#include <cstddef>
+#include <cstdint>
+
+// Guards the heap of the process; taken after `mp1` where both are held. No lock is needed, and none taken, while the
+// process has a single thread.
+extern pthread_mutex_t mp;
+
+// What an area comes from, as sbrk: moves the break up and returns where it was, or (void *)-1.
+using AreaSource = void *(*)(std::intptr_t bytes);
+
+// The word ahead of a payload. A block of bucket k is 2 to the power k bytes, this word included. Payloads are 16-byte
+// aligned, as the language of the callers expects: blocks therefore begin 8 bytes off.
+inline constexpr std::size_t BLOCKHEADER = 8;
+inline constexpr std::size_t PAYLOADALIGNMENT = 16;
+inline constexpr std::size_t PAGE = 4096;
+inline constexpr unsigned BUCKETS = 64, SMALLESTBUCKET = 4, LARGESTBUCKET = 63;
+
+struct Heap {
+  AreaSource source;
+  void *buckets[BUCKETS];    // the first free payload of each size; a free payload begins with the address of the next
+  char *pre_brk;             // the next byte of the area that is not carved yet
+  std::size_t pre_brk_left;  // how many of them there are
+
+  // A payload of at least so many bytes, also for 0. Null where the source has no more.
+  void *take(std::size_t size);
+  // The same at a multiple of a power of two.
+  void *takealigned(std::size_t alignment, std::size_t size);
+  // Puts a payload back into the list of its size. Null passes.
+  void give(void *payload);
+  // What is to be done to make a payload hold so many bytes: `moves` says that a block of that size must take its
+  // place. Does the payload belong to a heap at all? Says so on standard output where not.
+  static bool resizes(void *payload, std::size_t size, bool &moves);
+  // How many bytes the payload holds.
+  static std::size_t capacity(void *payload);
+
+ private:
+  bool refill(unsigned k);
+  void *takefirst(unsigned k);
+  void *takedamaged(unsigned k);
+  void givestrange(void *payload);
+  bool newarea(std::size_t block);
+};
+
+// The bucket of a size; LARGESTBUCKET + 1 for one that no block can hold.
+unsigned bucketof(std::size_t size);
+
+// Called at the start and at the end of the process; there is nothing to do.
+void morvik_allocator_init();
+void dumpstats();

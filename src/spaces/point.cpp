@@ -1,0 +1,12 @@
+// The tables and counters that belong to Points as such.
+#include "spaces/point.h"
+
+#include "spaces/counters.h"
+
+const char Ranks[12][32] = {"END",      "LOCAL VARIABLE", "LOCAL ADDRESS", "ADDRESS", "OPERATOR", "FUNCTION",
+                            "VARIABLE", "LABEL",          "UNUSED",        "INVALID", "SCALAR",   "ARRAY"};
+
+double operators;
+double operations;
+double flopos;
+Timing InstructionTiming[instructions::COUNT];

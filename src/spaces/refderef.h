@@ -1,0 +1,80 @@
+// Lifetimes of whole values: the walks that raise and lower every count that a Point holds, the copy of a function, and
+// the release of a Programme.
+//
+// Who owns what:
+// - The count of a block is the number of ways that lead to it from a holder: a Point raises its shape, its data and, all
+//   the way down, what the records of its data own. So a count of 1 means at any depth that nobody else sees the block,
+//   and a Point may be moved out of an enclosing block without a change of its own counts.
+// - A record of tag SUBARRAY owns the enclosed Point and its block, OCTONION its eight doubles, HANDLE its name, its cell
+//   and its descriptor, a symbolic Point (negative tag) what it would own on the stack.
+// - The records of a space of rank 1 or more are walked only where mayown says so. Whoever changes a flag word keeps its
+//   promise: kind bits without STRUCTURED, HASOCTONION, HASFILE and HASFUNCTION say that no record owns a block. A word
+//   without any kind bit (COLLECT) promises nothing. The one record of a scalar is always looked at.
+// - Names of elements (attributes::NAMED) are permanent, made by elementname, so that records can be copied freely. The
+//   counted name of a scalar is tolerated: it counts the scalar's holders.
+// - A Programme block owns the Points in it; FUNCTION Points raise the block alone. Its header owns nothing but its link,
+//   the END its name and link.
+// - A symbolic Point owns its name, its link and its data block. The target of an ADDRESS with ISLOCAL is a slot of the
+//   stack and not counted.
+#pragma once
+
+#include <cstdio>
+
+#include "spaces/blocks.h"
+#include "spaces/point.h"
+
+// Must the records of a space of rank 1 or more be walked?
+inline bool mayown(const Point &space) {
+  return (space.type & (OWNING | HASFILE | HASFUNCTION)) != 0 || (space.type & ELEMENTBITS) == 0;
+}
+
+// Raise every block that a Point holds, through the whole value. Null does nothing. Message 991 on an unknown tag.
+void referencepoint(Point *point);
+// Lower them, releasing what falls to 0, and null the pointers of the Point. Message 991 on an unknown tag.
+void dereferencepoint(Point *point);
+
+// The same over element records.
+void referencedataelems(Element *records, std::size_t count);
+void dereferencedataelems(Element *records, std::size_t count);
+
+// The same over a FUNCTION Point's Programme.
+void referencefun(Point *function);
+void dereferencefun(Point *function);
+
+// Release the Points of a Programme up to its END, which is where it begins afterwards.
+void cleanup(Point *programme);
+
+// A private copy of a FUNCTION Point's Programme block, header included; what the Points hold is raised.
+// The FUNCTION keeps its own block. Message 27.
+Point *copyfun(const Point *function);
+
+// A private copy of records that somebody else may hold too: octonions in fresh blocks, one more reference on the
+// rest. Owned by the caller. Message 27.
+Element *copyelements(const Element *records, std::size_t count);
+// One record copied so: `to` owns what it holds.
+void copyelement(Element &to, const Element &from);
+
+// Makes a Point the integer scalar of this value (form 8), in a fresh block. Nothing is released. Message 27.
+void makeinteger(Point &point, std::int64_t value);
+void makereal(Point &point, double value, std::uint16_t form);
+// Makes a Point the empty vector, whose shape is one extent of 0. Nothing is released. Message 27.
+void makeempty(Point &point);
+
+// Makes the data block of a Point one that nobody else sees. Nothing happens where it is so already. Message 27, the
+// Point left whole.
+void makeprivate(Point &point);
+
+// FILE elements. Copies of one share a cell that holds the stream, so that it is closed once, by whoever comes first.
+// The counted name and the references of the descriptor are handed over. Message 27, nothing taken.
+void makehandle(Element &element, char *name, std::FILE *stream, const Point &descriptor);
+// The open stream, null once it was closed.
+std::FILE *handlestream(const Element &element);
+// Notes a new stream, or null after closing.
+void sethandlestream(Element &element, std::FILE *stream);
+
+// What this room needs of those above it.
+// Reports a message and jumps. Defined in diagnostics.
+[[noreturn]] void exceptionjump(std::int32_t number);
+// Gives up the local names that hang on a FUNCTIONEND Point and nulls its link; the last reference wipes them. For the
+// lowering of that Point, in place of the plain release of its link. Defined in frontend, which builds on this room.
+void wipelocalnames(Point &functionend);

@@ -1,0 +1,97 @@
+// What keeps a fuzzed programme from doing harm.
+#include "harmless.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+
+#include "diagnostics/exception.h"
+
+namespace {
+
+constexpr suseconds_t PATIENCE_US = 40000;  // processor time of an input, and between interrupts after that
+constexpr rlim_t GREATEST_FILE = 1 << 20;
+
+thread_local bool fuzzing;  // in an input: the engine's own threads sleep as they wish
+volatile std::sig_atomic_t late;
+int scratch = -1, home = -1;
+
+void outoftime(int) {
+  late = 1;
+  interrupted = SIGINT;
+}
+
+void settimer(suseconds_t microseconds) {
+  const timeval time{0, microseconds};
+  const itimerval timer{time, time};
+  setitimer(ITIMER_PROF, &timer, nullptr);
+}
+
+void removeleft() {
+  DIR *directory = fdopendir(dup(scratch));
+  if (!directory) return;
+  rewinddir(directory);
+  while (const dirent *entry = readdir(directory))
+    if (entry->d_name[0] != '.' || (entry->d_name[1] != '\0' && entry->d_name[1] != '.'))
+      unlinkat(scratch, entry->d_name, 0);
+  closedir(directory);
+}
+
+}  // namespace
+
+void harmless() {
+  char name[] = "/tmp/morvik-fuzz-XXXXXX";
+  home = open(".", O_RDONLY | O_DIRECTORY);
+  if (!mkdtemp(name)) std::abort();
+  scratch = open(name, O_RDONLY | O_DIRECTORY);
+  const rlimit files{GREATEST_FILE, RLIM_INFINITY};
+  setrlimit(RLIMIT_FSIZE, &files);
+  struct sigaction action {};
+  action.sa_handler = SIG_IGN;
+  sigaction(SIGXFSZ, &action, nullptr);
+  action.sa_handler = outoftime;
+  sigaction(SIGPROF, &action, nullptr);
+}
+
+void beginharmless() {
+  if (fchdir(scratch) != 0) std::abort();
+  late = 0;
+  fuzzing = true;
+  settimer(PATIENCE_US);
+}
+
+void endharmless() {
+  settimer(0);
+  fuzzing = false;
+  removeleft();
+  if (fchdir(home) != 0) std::abort();
+}
+
+bool timeisup() { return late != 0; }
+
+// The host. These stand in for the library's in this binary.
+extern "C" {
+
+int system(const char *) { return 0; }
+
+int nanosleep(const timespec *asked, timespec *left) {
+  if (fuzzing) return 0;
+  return static_cast<int>(syscall(SYS_nanosleep, asked, left));
+}
+
+unsigned sleep(unsigned seconds) {
+  timespec left{static_cast<time_t>(seconds), 0};
+  while (nanosleep(&left, &left) != 0 && errno == EINTR) {
+  }
+  return 0;
+}
+}

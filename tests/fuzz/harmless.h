@@ -1,0 +1,11 @@
+// What keeps a fuzzed programme from doing harm: a scratch directory, a bound on its time, and a host that does nothing.
+#pragma once
+
+// Once: the scratch directory, the bound on files, the timer.
+void harmless();
+// From here to the end the process stands in the scratch directory, sleeps end at once, and an interrupt comes when
+// the time is up. What was left in the directory is removed at the end.
+void beginharmless();
+void endharmless();
+// Is the time of the present input up?
+bool timeisup();

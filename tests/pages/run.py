@@ -1,0 +1,99 @@
+#!/usr/bin/env python3
+"""Runs the sessions that the pages show, at a pseudo-terminal, and compares them as they stand on the page.
+
+    run.py BINARY PAGE.md...
+
+A session is a fenced block whose info line is `morvik`; `morvik more` goes on with the session before it on the page.
+What follows `Morvik [n]> ` is typed, and so are the lines after it until one ends with `.` or `END`; the rest is
+expected. Blank lines at the end of a block count for nothing.
+"""
+import difflib
+import pathlib
+import re
+import sys
+
+sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "terminal"))
+from terminal import Silence, Terminal  # noqa: E402
+
+FENCE = re.compile(r"^```(\S*) *(\S*)$")
+PROMPT = re.compile(r"^Morvik \[\d+\]> ")
+ENDED = re.compile(r"(?:\.|(?<![A-Za-z_0-9])END)$")
+
+
+def sessions(page):
+    """The sessions of a page: lists of blocks, each the number of its first line and its lines."""
+    found, block, kind = [], None, None
+    for number, line in enumerate(page.read_text().splitlines(), 1):
+        fence = FENCE.match(line)
+        if fence and block is None:
+            block, kind = (number + 1, []), fence.groups()
+        elif fence:
+            if kind == ("morvik", "more") and found:
+                found[-1].append(block)
+            elif kind[0] == "morvik":
+                found.append([block])
+            block = None
+        elif block is not None:
+            block[1].append(line)
+    return found
+
+
+def typed(lines):
+    """The texts that a block types, each as its lines."""
+    texts, unfinished = [], False
+    for line in lines:
+        if PROMPT.match(line):
+            texts.append([PROMPT.sub("", line)])
+        elif unfinished:
+            texts[-1].append(line)
+        else:
+            continue
+        unfinished = not ENDED.search(line.rstrip())
+    return texts
+
+
+def perform(terminal, prompt, lines):
+    """Types what a block types. Returns what the terminal shows from the block's first prompt on, and the last one."""
+    shown = ""
+    for text in typed(lines):
+        answer = terminal.say("\n".join(text))
+        shown += prompt + answer[: answer.rindex("Morvik [")]
+        prompt = answer[answer.rindex("Morvik [") :]
+    return shown, prompt
+
+
+def checksession(binary, page, blocks):
+    complaints = []
+    with Terminal(binary) as terminal:
+        prompt = terminal.untilprompt()
+        prompt = prompt[prompt.rindex("Morvik [") :]
+        for number, lines in blocks:
+            if not typed(lines):
+                complaints.append("%s:%d: nothing is typed in this session\n" % (page, number))
+                continue
+            shown, prompt = perform(terminal, prompt, lines)
+            expected = "\n".join(lines).rstrip("\n")
+            if shown.rstrip("\n") != expected:
+                complaints.append("%s:%d: the session reads otherwise\n" % (page, number) + "".join(
+                    difflib.unified_diff(expected.splitlines(True), shown.rstrip("\n").splitlines(True), "page", "run")))
+    return complaints
+
+
+def main():
+    binary, pages = sys.argv[1], [pathlib.Path(name) for name in sys.argv[2:]]
+    ran, failed = 0, 0
+    for page in pages:
+        for blocks in sessions(page):
+            ran += 1
+            try:
+                complaints = checksession(binary, page, blocks)
+            except Silence as fault:
+                complaints = ["%s:%d: %s\n" % (page, blocks[0][0], fault)]
+            failed += bool(complaints)
+            print("".join(complaints), end="")
+    print("%d passed, %d failed" % (ran - failed, failed))
+    return 1 if failed or not ran else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

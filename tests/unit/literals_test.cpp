@@ -1,0 +1,656 @@
+// Literals: each form of number, bit patterns, constants, strings, vectors in each other, shapes.
+#include <bit>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "compiled.h"
+#include "frontend/constants.h"
+#include "frontend/literals.h"
+#include "spaces/hypercomplex.h"
+
+namespace {
+
+constexpr double PI = 3.141592653589793;
+
+class Literals : public Compiled {
+ protected:
+  void expectinteger(const std::string &text, std::int64_t value) {
+    const Point &p = single(text);
+    EXPECT_EQ(p.rank, 0) << text;
+    EXPECT_EQ(p.type, 0x10400u) << text;
+    EXPECT_EQ(p.elements, 1u) << text;
+    EXPECT_EQ(p.depth, 0) << text;
+    EXPECT_EQ(p.shape_pointer, nullptr) << text;
+    EXPECT_EQ(refr(p.data_pointer), 1) << text;
+    EXPECT_EQ(p.data_pointer->tag, tags::INTEGER) << text;
+    EXPECT_EQ(p.data_pointer->form, forms::NUMBER) << text;
+    EXPECT_EQ(p.data_pointer->attributes, 0) << text;
+    EXPECT_EQ(p.data_pointer->integer, value) << text;
+  }
+  void expectreal(const std::string &text, double value) {
+    const Point &p = single(text);
+    EXPECT_EQ(p.rank, 0) << text;
+    EXPECT_EQ(p.type, 0x10800u) << text;
+    EXPECT_EQ(p.data_pointer->tag, tags::REAL) << text;
+    EXPECT_EQ(p.data_pointer->form, forms::NUMBER) << text;
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(p.data_pointer->real), std::bit_cast<std::uint64_t>(value)) << text;
+  }
+  void expectparts(const std::string &text, std::int32_t tag, std::uint16_t form, std::uint16_t attributes,
+                   const std::vector<double> &parts) {
+    const Point &p = single(text);
+    const Element &e = *p.data_pointer;
+    EXPECT_EQ(p.rank, 0) << text;
+    EXPECT_EQ(p.type, ISSCALAR | kindbit(tag)) << text;
+    ASSERT_EQ(e.tag, tag) << text;
+    EXPECT_EQ(e.form, form) << text;
+    EXPECT_EQ(e.attributes, attributes) << text;
+    std::vector<double> found;
+    if (tag == tags::COMPLEX) found = {e.complex.re, e.complex.im};
+    if (tag == tags::QUATERNION) {
+      const Quaternion q = quaternion(e);
+      found.assign(q.part, q.part + 4);
+    }
+    if (tag == tags::OCTONION) found.assign(e.octonion->part, e.octonion->part + 8);
+    ASSERT_EQ(found.size(), parts.size()) << text;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+      if (std::isnan(parts[i])) {
+        EXPECT_TRUE(std::isnan(found[i])) << text << " part " << i;
+      } else {
+        EXPECT_DOUBLE_EQ(found[i], parts[i]) << text << " part " << i;
+      }
+    }
+  }
+  void expectcartesian(const std::string &text, std::vector<double> parts) {
+    const std::int32_t tag = parts.size() == 2 ? tags::COMPLEX : parts.size() == 4 ? tags::QUATERNION : tags::OCTONION;
+    expectparts(text, tag, forms::CARTESIAN, 0, parts);
+  }
+  // A vector literal of integers.
+  std::vector<std::int64_t> integers(const Point &p) {
+    std::vector<std::int64_t> values;
+    for (std::uint32_t i = 0; i < p.elements; ++i) {
+      EXPECT_EQ(p.data_pointer[i].tag, tags::INTEGER);
+      values.push_back(p.data_pointer[i].integer);
+    }
+    return values;
+  }
+  std::string bytes(const Point &p) {
+    std::string text;
+    for (std::uint32_t i = 0; i < p.elements; ++i) {
+      EXPECT_EQ(p.data_pointer[i].tag, tags::ASCII);
+      text += static_cast<char>(p.data_pointer[i].ascii);
+    }
+    return text;
+  }
+  std::vector<std::int64_t> shape(const Point &p) {
+    std::vector<std::int64_t> extents;
+    for (std::int32_t i = 0; i < p.rank; ++i) {
+      EXPECT_EQ(p.shape_pointer[i].tag, tags::INTEGER);
+      EXPECT_EQ(p.shape_pointer[i].form, forms::NUMBER);
+      extents.push_back(p.shape_pointer[i].integer);
+    }
+    return extents;
+  }
+};
+using Extents = std::vector<std::int64_t>;
+
+// ---- Integers and reals.
+
+TEST_F(Literals, Integers) {
+  expectinteger("0", 0);
+  expectinteger("12", 12);
+  expectinteger("-3", -3);
+  expectinteger(
+      "\xAF"
+      "3",
+      -3);
+  expectinteger("-0", 0);
+  expectinteger("007", 7);
+  expectinteger("999999999999999", 999999999999999);
+  expectinteger("9007199254740992", 9007199254740992);
+  expectinteger("2E3", 2000);
+  expectinteger("2e+3", 2000);
+  expectinteger("-2E3", -2000);
+  expectinteger("1E18", 1000000000000000000);
+}
+
+TEST_F(Literals, IntegersPassThroughADouble) {
+  expectinteger("9007199254740993", 9007199254740992);
+  expectinteger("1234567890123456789", 1234567890123456768);
+  expectinteger("9223372036854775807", std::numeric_limits<std::int64_t>::max());
+  expectinteger("9223372036854775808", std::numeric_limits<std::int64_t>::max());
+  expectinteger("-9223372036854775808", std::numeric_limits<std::int64_t>::min());
+  expectinteger("-9223372036854775809", std::numeric_limits<std::int64_t>::min());
+}
+
+TEST_F(Literals, IntegersTooLargeAreReals) {
+  expectreal("1E30", 1E30);
+  expectreal("9223372036854777856", 9223372036854777856.0);
+  expectreal("-1E19", -1E19);
+  expectreal("1E400", std::numeric_limits<double>::infinity());
+  expectreal("-1E400", -std::numeric_limits<double>::infinity());
+}
+
+TEST_F(Literals, Reals) {
+  expectreal("1.5", 1.5);
+  expectreal(".5", 0.5);
+  expectreal("-.5", -0.5);
+  expectreal(
+      "\xAF.5E\xAF"
+      "3",
+      -0.5E-3);
+  expectreal("2E-3", 2E-3);
+  expectreal("2.0", 2.0);
+  expectreal("-0.0", -0.0);
+  expectreal("1.5E+10", 1.5E10);
+  expectreal("1E-400", 0.0);
+  expectreal("4.9E-324", 4.9E-324);
+  expectreal("2.2250738585072011E-308", 2.2250738585072011E-308);
+  expectreal("Inf", std::numeric_limits<double>::infinity());
+  expectreal("inf", std::numeric_limits<double>::infinity());
+  expectreal("-Infinity", -std::numeric_limits<double>::infinity());
+  EXPECT_TRUE(std::isnan(element("NaN").real));
+  EXPECT_TRUE(std::isnan(element("nan").real));
+}
+
+TEST_F(Literals, APointWithoutADigitEndsTheText) {
+  EXPECT_EQ(compile("1. 2 ."), 2);
+  EXPECT_EQ(programme[0].data_pointer->tag, tags::INTEGER);
+  EXPECT_EQ(rest, " 2 .");
+}
+
+TEST_F(Literals, AMinusBelongsToTheDigitAfterIt) {
+  EXPECT_EQ(compile("- 3 ."), 3);
+  EXPECT_EQ(programme[0].instruction, instructions::SUBTRACT);
+  EXPECT_EQ(compile("3-2 ."), 3);
+  EXPECT_EQ(programme[0].data_pointer->integer, 3);
+  EXPECT_EQ(programme[1].data_pointer->integer, -2);
+  EXPECT_EQ(compile("-NaN ."), 3);
+  EXPECT_EQ(programme[0].instruction, instructions::SUBTRACT);
+  EXPECT_EQ(programme[1].rank, ranks::VARIABLE);
+  EXPECT_STREQ(programme[1].name, "NaN");
+}
+
+// The conversion is that of strtod for every text of a component.
+TEST_F(Literals, RealsAgreeWithStrtod) {
+  std::mt19937_64 random(20);
+  const auto digits = [&random](int most) {
+    std::string text;
+    for (int i = 1 + static_cast<int>(random() % static_cast<unsigned>(most)); i > 0; --i)
+      text += static_cast<char>('0' + random() % 10);
+    return text;
+  };
+  for (int i = 0; i < 50000; ++i) {
+    std::string text = random() % 2 ? "-" : "";
+    text += digits(i % 7 == 0 ? 40 : 17) + "." + digits(i % 5 == 0 ? 60 : 9);
+    if (random() % 2) text += std::string("E") + (random() % 2 ? "-" : "+") + digits(3);
+    const char *after;
+    const double found = readdouble(text.c_str(), &after);
+    const double wanted = std::strtod(text.c_str(), nullptr);
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(found), std::bit_cast<std::uint64_t>(wanted)) << text;
+    ASSERT_EQ(*after, 0) << text;
+  }
+}
+
+TEST_F(Literals, ReadDoubleStopsWhereTheNumberDoes) {
+  const char *after;
+  EXPECT_EQ(readdouble("1.5i2", &after), 1.5);
+  EXPECT_STREQ(after, "i2");
+  EXPECT_EQ(readdouble("1E999p2", &after), std::numeric_limits<double>::infinity());
+  EXPECT_STREQ(after, "p2");
+  EXPECT_EQ(readdouble("0x10", &after), 0.0);
+  EXPECT_STREQ(after, "x10");
+  EXPECT_EQ(readdouble("", &after), 0.0);
+}
+
+TEST_F(Literals, SaturationOfDoubles) {
+  EXPECT_EQ(saturate(1e300), std::numeric_limits<std::int64_t>::max());
+  EXPECT_EQ(saturate(-1e300), std::numeric_limits<std::int64_t>::min());
+  EXPECT_EQ(saturate(std::nan("")), 0);
+  EXPECT_EQ(saturate(-2.9), -2);
+}
+
+// ---- Hypercomplex numbers.
+
+TEST_F(Literals, Complex) {
+  expectcartesian("3i4", {3, 4});
+  expectcartesian("-1.5i-2E1", {-1.5, -20});
+  expectcartesian(
+      "\xAF"
+      "1i\xAF"
+      "2",
+      {-1, -2});
+  expectcartesian("infi2", {HUGE_VAL, 2});
+  expectcartesian("Infinityi-Inf", {HUGE_VAL, -HUGE_VAL});
+  expectcartesian("1iinf", {1, HUGE_VAL});
+  expectcartesian("infiinf", {HUGE_VAL, HUGE_VAL});
+  expectcartesian("NaNi1", {NAN, 1});
+}
+
+TEST_F(Literals, Quaternions) {
+  expectcartesian("1j2", {1, 0, 2, 0});
+  expectcartesian("1k2", {1, 0, 0, 2});
+  expectcartesian("1i2j3k4", {1, 2, 3, 4});
+  expectcartesian("1i2k4", {1, 2, 0, 4});
+  expectcartesian("1jinfkinf", {1, 0, HUGE_VAL, HUGE_VAL});
+  expectcartesian("-infi-infjinfknan", {-HUGE_VAL, -HUGE_VAL, HUGE_VAL, NAN});
+}
+
+TEST_F(Literals, Octonions) {
+  expectcartesian("1l2", {1, 0, 0, 0, 2, 0, 0, 0});
+  expectcartesian("1i2j3k4l5m6n7o8", {1, 2, 3, 4, 5, 6, 7, 8});
+  expectcartesian("1n7", {1, 0, 0, 0, 0, 0, 7, 0});
+  expectcartesian("1i2o8", {1, 2, 0, 0, 0, 0, 0, 8});
+  expectcartesian("infiinfninfonan", {HUGE_VAL, HUGE_VAL, 0, 0, 0, 0, HUGE_VAL, NAN});
+  EXPECT_EQ(refr(element("1o1").octonion), 1);
+}
+
+TEST_F(Literals, Prefixes) {
+  expectparts("#1i2", tags::COMPLEX, forms::NUMBER, 0, {1, 2});
+  expectparts("r1i2", tags::COMPLEX, forms::CARTESIAN, attributes::PREFIX_R, {1, 2});
+  expectparts("#r1k2", tags::QUATERNION, forms::NUMBER, attributes::PREFIX_R, {1, 0, 0, 2});
+  expectparts("#1o2", tags::OCTONION, forms::NUMBER, 0, {1, 0, 0, 0, 0, 0, 0, 2});
+  expectparts("r2p0", tags::COMPLEX, forms::POLAR, attributes::PREFIX_R, {2, 0});
+  expectparts("d2p0", tags::COMPLEX, forms::POLAR, attributes::DEGREES, {2, 0});
+  expectparts("dr2p0", tags::COMPLEX, forms::POLAR, attributes::DEGREES | attributes::PREFIX_R, {2, 0});
+}
+
+TEST_F(Literals, Polar) {
+  expectparts("1p0", tags::COMPLEX, forms::POLAR, 0, {1, 0});
+  expectparts("2p0.5", tags::COMPLEX, forms::POLAR, 0, {2 * std::cos(0.5), 2 * std::sin(0.5)});
+  expectparts("d2p30", tags::COMPLEX, forms::POLAR, attributes::DEGREES,
+              {2 * std::cos(30.0 / 180 * PI), 2 * std::sin(30.0 / 180 * PI)});
+  // The real part is cleaned.
+  expectparts("d1p90", tags::COMPLEX, forms::POLAR, attributes::DEGREES, {0, 1});
+}
+
+TEST_F(Literals, EveryAngleReachesItsPlace) {
+  double four[4] = {2, 0.1, 0.2, 0.3};
+  cartesianquat(four, four);
+  expectparts("2p0.1q0.2r0.3", tags::QUATERNION, forms::POLAR, 0, {four, four + 4});
+  double missing[4] = {2, 0, 0.2, 0};
+  cartesianquat(missing, missing);
+  expectparts("2q0.2", tags::QUATERNION, forms::POLAR, 0, {missing, missing + 4});
+  double eight[8] = {2, 1, 2, 3, 4, 5, 6, 7};
+  cartesianocto(eight, eight);
+  expectparts("2p1q2r3s4t5u6v7", tags::OCTONION, forms::POLAR, 0, {eight, eight + 8});
+  double few[8] = {2, 0, 0, 0, 1, 0, 0, 0.5};
+  cartesianocto(few, few);
+  expectparts("2s1v.5", tags::OCTONION, forms::POLAR, 0, {few, few + 8});
+}
+
+// The angles of a degree number are what the same angles in radians are.
+TEST_F(Literals, DegreesOfEveryAngle) {
+  const auto parts = [this](const std::string &text) {
+    const Element &e = element(text);
+    std::vector<double> found(e.octonion->part, e.octonion->part + 8);
+    return found;
+  };
+  char radians[256];
+  const char *letters = "pqrstuv";
+  std::string text = "2", degrees = "d2";
+  for (int i = 0; i < 7; ++i) {
+    std::snprintf(radians, sizeof radians, "%c%.17g", letters[i], (10.0 + i) / 180 * PI);
+    text += radians;
+    degrees += letters[i] + std::to_string(10 + i);
+  }
+  const std::vector<double> wanted = parts(text), found = parts(degrees);
+  for (std::size_t i = 0; i < 8; ++i) EXPECT_NEAR(found[i], wanted[i], 1e-12) << i;
+}
+
+TEST_F(Literals, ThePrefixOfAPolarQuaternionServesAsItsLastAngle) {
+  const Quaternion odd = quaternion(element("r0.5p0.1q0.2"));
+  const Quaternion plain = quaternion(element("0.5p0.1q0.2r0.5"));
+  const Quaternion full = quaternion(element("r0.5p0.1q0.2r0.3"));
+  const Quaternion unprefixed = quaternion(element("0.5p0.1q0.2r0.3"));
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_DOUBLE_EQ(odd.part[i], plain.part[i]);
+    EXPECT_DOUBLE_EQ(full.part[i], unprefixed.part[i]);
+  }
+}
+
+TEST_F(Literals, ALongTokenIsCut) {
+  const std::string zeros(300, '0');
+  // The letter stands beyond the 255 bytes that count.
+  EXPECT_EQ(quaternion(element("1." + zeros + "j2")).part[2], 0.0);
+  EXPECT_NE(err.find("[Trelk] error in QUATERNION text: [1.000"), std::string::npos);
+  EXPECT_EQ(quaternion(element("1i2." + zeros + "j2")).part[1], 0.0);
+  EXPECT_NE(err.find("[lexnum] error in QUATERNION: [1i2.000"), std::string::npos);
+  const Element cut = element("1." + zeros + "i2");
+  EXPECT_EQ(cut.complex.re, 1);
+  EXPECT_EQ(cut.complex.im, 0);
+}
+
+// ---- Bit patterns.
+
+TEST_F(Literals, BinaryNumbers) {
+  const Point &character = single("0#1");
+  EXPECT_EQ(character.type, 0x10100u);
+  EXPECT_EQ(character.data_pointer->tag, tags::ASCII);
+  EXPECT_EQ(character.data_pointer->form, forms::BINARY);
+  EXPECT_EQ(character.data_pointer->ascii, 1);
+  EXPECT_EQ(element("0#00000001").tag, tags::ASCII);
+  const Point &number = single("0#000000001");
+  EXPECT_EQ(number.type, 0x10400u);
+  EXPECT_EQ(number.data_pointer->tag, tags::INTEGER);
+  EXPECT_EQ(number.data_pointer->form, forms::BINARY);
+  EXPECT_EQ(number.data_pointer->integer, 1);
+  EXPECT_EQ(element("0#111111111").integer, 511);
+  EXPECT_EQ(element("0#11111111").ascii, 255);
+  EXPECT_EQ(element("0#1|1").ascii, 5);
+  EXPECT_EQ(out, "");
+}
+
+TEST_F(Literals, BinaryNumbersOfMoreThan64Digits) {
+  const std::string ones(64, '1');
+  EXPECT_EQ(element("0#" + ones).integer, -1);
+  EXPECT_FALSE(reported(809));
+  EXPECT_EQ(element("0#000" + ones).integer, -1);
+  EXPECT_FALSE(reported(809));
+  EXPECT_EQ(element("0#1" + std::string(64, '0')).integer, std::numeric_limits<std::int64_t>::min());
+  EXPECT_TRUE(reported(809));
+  EXPECT_EQ(element("0#" + std::string(10000, '1')).integer, -1);
+  EXPECT_TRUE(reported(809));
+  // Only what the token's buffer holds counts.
+  EXPECT_EQ(element("0#" + std::string(10000, '0') + "1").integer, 0);
+  EXPECT_FALSE(reported(809));
+}
+
+TEST_F(Literals, BinaryNumbersInAVectorPrintTheirLength) {
+  const Point &p = single("(0#1 0#0000000011)");
+  EXPECT_EQ(out, "1\n10\n");
+  EXPECT_EQ(p.type, 0x40400u);
+  EXPECT_EQ(integers(p), (Extents{1, 3}));
+  EXPECT_EQ(p.data_pointer[0].form, forms::BINARY);
+}
+
+TEST_F(Literals, BinaryCharacters) {
+  const Point &p = single("`0#1000001`");
+  EXPECT_EQ(p.type, 0x10100u);
+  EXPECT_EQ(p.data_pointer->ascii, 'A');
+  EXPECT_EQ(p.data_pointer->form, forms::BINARY);
+  EXPECT_EQ(element("`0#0001000001`").ascii, 0x10);
+  EXPECT_TRUE(reported(810));
+  EXPECT_EQ(bytes(single("(`0#1000001` `0#1000010`)")), "AB");
+  EXPECT_EQ(out, "");
+  const Point &inner = single("'x`0#100000`y'");
+  EXPECT_EQ(bytes(inner), "x y");
+  EXPECT_EQ(inner.data_pointer[0].form, 0);
+  EXPECT_EQ(inner.data_pointer[1].form, forms::BINARY);
+}
+
+// ---- Constants.
+
+TEST_F(Literals, EveryNamedConstant) {
+  for (const Constant &constant : Constants) {
+    for (const char *spelling : constant.spellings) {
+      const Point &p = single(spelling);
+      if (constant.tag == 0) {
+        EXPECT_EQ(p.type, 0x240000u) << spelling;
+        EXPECT_EQ(p.rank, 1) << spelling;
+        EXPECT_EQ(p.data_pointer, nullptr) << spelling;
+        EXPECT_EQ(shape(p), Extents{0}) << spelling;
+        continue;
+      }
+      EXPECT_EQ(p.type, ISSCALAR | kindbit(constant.tag)) << spelling;
+      EXPECT_EQ(p.data_pointer->tag, constant.tag) << spelling;
+      EXPECT_EQ(p.data_pointer->form, constant.form) << spelling;
+      EXPECT_EQ(p.data_pointer->attributes, attributes::NAMED) << spelling;
+      EXPECT_STREQ(p.data_pointer->name, spelling);
+      EXPECT_EQ(p.data_pointer->integer, constant.bits) << spelling;
+      const Point &v = single(std::string("(") + spelling + " 5)");
+      EXPECT_EQ(v.elements, 2u) << spelling;
+      EXPECT_STREQ(v.data_pointer[0].name, spelling);
+      EXPECT_EQ(v.data_pointer[0].integer, constant.bits) << spelling;
+      if (!constant.issigned) continue;
+      const std::string negated = std::string("-") + spelling;
+      EXPECT_EQ(element(negated).real, -std::bit_cast<double>(constant.bits)) << spelling;
+      EXPECT_EQ(element(negated).name, negated);
+    }
+  }
+}
+
+TEST_F(Literals, ValuesOfConstants) {
+  EXPECT_EQ(element("#PI").real, 3.141592653589793);
+  EXPECT_EQ(element("#NAPIER").real, 2.718281828459045);
+  EXPECT_EQ(element("-#SQRT1_2").real, -0.7071067811865476);
+  EXPECT_EQ(element("T").integer, 1);
+  EXPECT_EQ(element("T").form, forms::BOOLEAN);
+  EXPECT_EQ(element("#FALSE").integer, 0);
+  EXPECT_EQ(element("#ATANH").integer, -7);
+  EXPECT_EQ(element("#SQRTX2m1").integer, -4);
+  EXPECT_EQ(element("#SQRTX2m1").form, forms::NAMED);
+}
+
+// ---- Strings.
+
+TEST_F(Literals, Strings) {
+  const Point &p = single("'hello'");
+  EXPECT_EQ(p.rank, 1);
+  EXPECT_EQ(p.type, 0x40100u);
+  EXPECT_EQ(p.depth, 1);
+  EXPECT_EQ(p.elements, 5u);
+  EXPECT_EQ(p.link, nullptr);
+  EXPECT_EQ(shape(p), Extents{5});
+  EXPECT_EQ(bytes(p), "hello");
+  EXPECT_EQ(bytes(single("'it''s'")), "it's");
+  EXPECT_EQ(bytes(single("'a\nb\t.;'")), "a\nb\t.;");
+}
+
+TEST_F(Literals, StringsOfOneCharacterAreScalars) {
+  for (const char *text : {"'a'", "''''"}) {
+    const Point &p = single(text);
+    EXPECT_EQ(p.rank, 0);
+    EXPECT_EQ(p.type, 0x10100u);
+    EXPECT_EQ(p.depth, 0);
+    EXPECT_EQ(p.shape_pointer, nullptr);
+    EXPECT_EQ(p.elements, 1u);
+    EXPECT_EQ(p.data_pointer->ascii, text[1]);
+  }
+}
+
+TEST_F(Literals, TheEmptyString) {
+  const Point &p = single("''");
+  EXPECT_EQ(p.rank, 1);
+  EXPECT_EQ(p.type, ISVECTOR | ISEMPTY | HASASCII);
+  EXPECT_EQ(p.elements, 0u);
+  EXPECT_EQ(p.data_pointer, nullptr);
+  EXPECT_EQ(shape(p), Extents{0});
+}
+
+TEST_F(Literals, AQuotationMarkInAStringIsEchoed) {
+  EXPECT_EQ(bytes(single("'a\"b'")), "ab");
+  EXPECT_EQ(out, "\"");
+}
+
+TEST_F(Literals, ALongStringIsWhole) {
+  std::string text(1000003, 'x');
+  for (std::size_t i = 0; i < text.size(); ++i) text[i] = static_cast<char>('A' + i % 26);
+  const Point &p = single("'" + text + "'");
+  EXPECT_EQ(p.elements, text.size());
+  EXPECT_EQ(bytes(p), text);
+}
+
+// ---- Vectors.
+
+TEST_F(Literals, Vectors) {
+  const Point &p = single("(1 2 3)");
+  EXPECT_EQ(p.rank, 1);
+  EXPECT_EQ(p.type, 0x40400u);
+  EXPECT_EQ(p.depth, 1);
+  EXPECT_EQ(p.elements, 3u);
+  EXPECT_EQ(p.link, nullptr);
+  EXPECT_EQ(shape(p), Extents{3});
+  EXPECT_EQ(integers(p), (Extents{1, 2, 3}));
+  EXPECT_EQ(refr(p.data_pointer), 1);
+  EXPECT_EQ(single("(7)").type, 0x60400u);
+}
+
+TEST_F(Literals, TheEmptyVector) {
+  const Point &p = single("( )");
+  EXPECT_EQ(p.type, ISVECTOR | ISEMPTY | HASINTEGER);
+  EXPECT_EQ(p.elements, 0u);
+  EXPECT_EQ(p.data_pointer, nullptr);
+  EXPECT_EQ(shape(p), Extents{0});
+}
+
+TEST_F(Literals, MixedVectors) {
+  EXPECT_EQ(single("(1 2.5)").type, ISVECTOR | HASINTEGER | HASREAL | COMPLEXED);
+  EXPECT_EQ(single("(1i2 1j2 1l2)").type, ISVECTOR | HASCOMPLEX | HASQUATERNION | HASOCTONION | COMPLEXED);
+  EXPECT_EQ(single("(#PI #E)").type, ISVECTOR | HASREAL);
+}
+
+TEST_F(Literals, NestedVectors) {
+  const Point &p = single("(1 (2 3) 'ab' 'c')");
+  EXPECT_EQ(p.type, ISVECTOR | HASINTEGER | STRUCTURED | ISSTRUCTURE);
+  EXPECT_EQ(p.elements, 4u);
+  EXPECT_EQ(p.depth, 2);
+  EXPECT_EQ(p.data_pointer[0].integer, 1);
+  ASSERT_EQ(p.data_pointer[1].tag, tags::SUBARRAY);
+  const Point &inner = *p.data_pointer[1].subarray;
+  EXPECT_EQ(inner.type, 0x40400u);
+  EXPECT_EQ(inner.depth, 1);
+  EXPECT_EQ(integers(inner), (Extents{2, 3}));
+  EXPECT_EQ(bytes(*p.data_pointer[2].subarray), "ab");
+  EXPECT_EQ(p.data_pointer[2].subarray->depth, 1);
+  EXPECT_EQ(p.data_pointer[3].subarray->rank, 0);
+  EXPECT_EQ(single("((1 2))").type, ISVECTOR | ISONEELEMENT | STRUCTURED | ISSTRUCTURE);
+}
+
+// The deepest place of the whole literal counts for each of its vectors, even for those that close later.
+TEST_F(Literals, DepthCountsTheWholeLiteral) {
+  const Point &p = single("(1 ((2)) (3))");
+  EXPECT_EQ(p.depth, 3);
+  EXPECT_EQ(p.data_pointer[1].subarray->depth, 2);
+  EXPECT_EQ(p.data_pointer[2].subarray->depth, 2);
+  EXPECT_EQ(single("(1)").depth, 1);
+}
+
+TEST_F(Literals, Structures) {
+  const Point &p = single("`(1 2)`");
+  EXPECT_EQ(p.type, ISSCALAR | HASINTEGER);
+  EXPECT_EQ(p.depth, 0);
+  EXPECT_EQ(integers(p), (Extents{1, 2}));
+  EXPECT_EQ(single("`(7)").type, ISSCALAR | HASINTEGER);
+  // What ATOM makes of the vector.
+  const Point &atom = single("`((1 2))`");
+  EXPECT_EQ(atom.type, 0x110080u);
+  EXPECT_EQ(atom.depth, 0);
+  EXPECT_EQ(atom.elements, 1u);
+  EXPECT_EQ(shape(atom), Extents{1});
+}
+
+TEST_F(Literals, AnEmptyStructureIsTheEmptyVector) {
+  EXPECT_EQ(single("`( )`").type, ISVECTOR | ISEMPTY | HASINTEGER);
+}
+
+TEST_F(Literals, AStructureTakesOneLiteralAndNothingBefore) {
+  for (const char *text : {"`(1 (2))` 3 .4", "`((1) (2))` . 'x' .4", "`('a' 'b') .4", "(`(1 (2))`) 5 .4"}) {
+    EXPECT_EQ(compile(text), 0) << text;
+    EXPECT_TRUE(reported(808)) << text;
+    EXPECT_TRUE(isend(programme[0])) << text;
+  }
+}
+
+TEST_F(Literals, DeeplyNested) {
+  const int levels = 1000;
+  const Point *p = &single(std::string(levels, '(') + "5" + std::string(levels, ')'));
+  for (int i = 1; i < levels; ++i) {
+    ASSERT_EQ(p->depth, levels - i + 1);
+    ASSERT_EQ(p->elements, 1u);
+    p = p->data_pointer->subarray;
+  }
+  EXPECT_EQ(integers(*p), Extents{5});
+}
+
+TEST_F(Literals, NestedAsDeepAsThereAreFrames) {
+  const std::size_t most = FRAMES;  // the outermost takes none, and frame 0 is the text's own
+  EXPECT_EQ(compile(std::string(most, '(') + std::string(most, ')') + "."), 2);
+  EXPECT_EQ(compile(std::string(most + 1, '(') + ". )" + std::string(most, ')') + "'.' . 7 ."), 0);
+  EXPECT_TRUE(reported(807));
+  EXPECT_EQ(rest, " 7 .");
+}
+
+TEST_F(Literals, ALongVectorIsWhole) {
+  std::string text = "(";
+  for (int i = 0; i < 100000; ++i) text += std::to_string(i) + "\n";
+  const Point &p = single(text + ")");
+  ASSERT_EQ(p.elements, 100000u);
+  for (int i = 0; i < 100000; ++i) ASSERT_EQ(p.data_pointer[i].integer, i);
+  EXPECT_EQ(shape(p), Extents{100000});
+}
+
+// ---- Shapes.
+
+TEST_F(Literals, ShapeBrackets) {
+  for (const char *text : {"(1 2 3 4 5 6)[3 2]", "(1 2 3 4 5 6)\t[3 2]", "(1 2 3 4 5 6)`[3\n2 ]"}) {
+    const Point &p = single(text);
+    EXPECT_EQ(p.rank, 2) << text;
+    EXPECT_EQ(p.type, ISARRAY | HASINTEGER) << text;
+    EXPECT_EQ(shape(p), (Extents{3, 2})) << text;
+    EXPECT_EQ(integers(p), (Extents{1, 2, 3, 4, 5, 6})) << text;
+  }
+  EXPECT_EQ(integers(single("(1 2)[5]")), (Extents{1, 2, 1, 2, 1}));
+  EXPECT_EQ(integers(single("(1 2 3)[2]")), (Extents{1, 2}));
+}
+
+TEST_F(Literals, ShapedStrings) {
+  const Point &p = single("'abcdef'[3 2]");
+  EXPECT_EQ(p.type, ISARRAY | HASASCII);
+  EXPECT_EQ(shape(p), (Extents{3, 2}));
+  EXPECT_EQ(bytes(p), "abcdef");
+  const Point &one = single("'a'\t[1]");
+  EXPECT_EQ(one.rank, 1);
+  EXPECT_EQ(one.type, 0x60100u);
+  EXPECT_EQ(shape(one), Extents{1});
+}
+
+TEST_F(Literals, ShapesInsideVectors) {
+  const Point &p = single("(9 (1 2 3 4)[2 2] 'ab'[1])");
+  ASSERT_EQ(p.elements, 3u);
+  EXPECT_EQ(shape(*p.data_pointer[1].subarray), (Extents{2, 2}));
+  EXPECT_EQ(bytes(*p.data_pointer[2].subarray), "a");
+  EXPECT_EQ(out, " ");
+}
+
+TEST_F(Literals, ABlankInANestedShapeIsEchoed) {
+  const Point &p = single("((1 2 3 4)[2\n2])");
+  EXPECT_EQ(out, "\n");
+  EXPECT_EQ(shape(*p.data_pointer[0].subarray), (Extents{2, 2}));
+}
+
+TEST_F(Literals, AShapeOfNothing) {
+  const Point &p = single("(1 2)[0]");
+  EXPECT_EQ(p.elements, 0u);
+  EXPECT_NE(p.type & ISEMPTY, 0u);
+  EXPECT_EQ(p.data_pointer, nullptr);
+}
+
+TEST_F(Literals, BadShapesAbandonTheText) {
+  struct {
+    const char *text;
+    int number;
+  } const cases[] = {{"(1)[1000000000 1000000000] 2 . 3 .", 1100},  {"(1)[99999999999999999999] 2 . 3 .", 1100},
+                     {"'ab'[-99999999999999999999] 2 . 3 .", 1100}, {"(1)[-1] 2 . 3 .", 113},
+                     {"((1)[4294967296]) 2 . 3 .", 1100},           {"()[2] 2 . 3 .", 11}};
+  for (const auto &c : cases) {
+    EXPECT_EQ(compile(c.text), 0) << c.text;
+    EXPECT_TRUE(reported(c.number)) << c.text << err;
+    EXPECT_EQ(rest, " 3 .") << c.text;
+  }
+}
+
+TEST_F(Literals, BracketsWithoutExtents) {
+  EXPECT_EQ(compile("(1 2)[] ."), 3);
+  EXPECT_EQ(programme[0].type, ISVECTOR | HASINTEGER | INOUT);
+  EXPECT_EQ(integers(programme[0]), (Extents{1, 2}));
+  EXPECT_EQ(programme[1].instruction, instructions::NOOP);
+  EXPECT_STREQ(programme[1].name, ")[]");
+  const Point &p = single("((1 2)[] 3)");
+  EXPECT_EQ(p.data_pointer[0].subarray->type, ISVECTOR | HASINTEGER | INOUT);
+  EXPECT_EQ(p.elements, 2u);
+}
+
+}  // namespace

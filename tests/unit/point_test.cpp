@@ -1,0 +1,132 @@
+// The two records, their flag words, and the tables that go with them.
+#include "spaces/point.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "spaces/counters.h"
+
+namespace {
+
+TEST(Points, RanksByRankPlusTen) {
+  EXPECT_STREQ(Ranks[ranks::END + 10], "END");
+  EXPECT_STREQ(Ranks[ranks::LOCALVARIABLE + 10], "LOCAL VARIABLE");
+  EXPECT_STREQ(Ranks[ranks::LOCALADDRESS + 10], "LOCAL ADDRESS");
+  EXPECT_STREQ(Ranks[ranks::ADDRESS + 10], "ADDRESS");
+  EXPECT_STREQ(Ranks[ranks::OPERATOR + 10], "OPERATOR");
+  EXPECT_STREQ(Ranks[ranks::FUNCTION + 10], "FUNCTION");
+  EXPECT_STREQ(Ranks[ranks::VARIABLE + 10], "VARIABLE");
+  EXPECT_STREQ(Ranks[ranks::LABEL + 10], "LABEL");
+  EXPECT_STREQ(Ranks[ranks::UNUSED + 10], "UNUSED");
+  EXPECT_STREQ(Ranks[ranks::INVALID + 10], "INVALID");
+  EXPECT_STREQ(Ranks[ranks::SCALAR + 10], "SCALAR");
+  EXPECT_STREQ(Ranks[ranks::VECTOR + 10], "ARRAY");
+  EXPECT_EQ(sizeof Ranks, 12u * 32);
+  EXPECT_EQ(ranks::END, -10);
+  EXPECT_EQ(ranks::VECTOR, 1);
+}
+
+TEST(Points, EveryFlagIsOneBitOfItsOwn) {
+  const std::vector<std::pair<const char *, std::uint32_t>> flags = {
+#define FLAG(name, value) {#name, name},
+#include "spaces/flags.def"
+#undef FLAG
+  };
+  std::uint32_t all = 0;
+  for (const auto &[name, bit] : flags) {
+    EXPECT_EQ(bit & (bit - 1), 0u) << name;
+    EXPECT_EQ(all & bit, 0u) << name;
+    EXPECT_GT(bit, all) << name;  // from the lowest up
+    all |= bit;
+  }
+  EXPECT_EQ(all, ~0x0C000000u);  // all but the two bits without a name
+}
+
+// The usual flag words, as the reports show them.
+TEST(Points, FlagWords) {
+  EXPECT_EQ(ISSCALAR | HASINTEGER, 0x10400u);
+  EXPECT_EQ(ISSCALAR | HASREAL, 0x10800u);
+  EXPECT_EQ(ISSCALAR | HASFILE, 0x410000u);
+  EXPECT_EQ(ISVECTOR | HASINTEGER, 0x40400u);
+  EXPECT_EQ(ISVECTOR | ISONEELEMENT | HASASCII, 0x60100u);
+  EXPECT_EQ(EMPTYVECTOR, 0x240000u);
+  EXPECT_EQ(OWNING, 16512u);
+  EXPECT_EQ(PURITYBITS, 0x407F00u);
+  EXPECT_EQ(ISVARIABLE | ISOPERATOR, 0x11u);
+  EXPECT_EQ(ISADDRESS | ISOPERATOR, 20u);
+}
+
+TEST(Points, KindsByTag) {
+  EXPECT_EQ(kindbit(tags::SUBARRAY), 0u);
+  EXPECT_EQ(kindbit(tags::ASCII), HASASCII);
+  EXPECT_EQ(kindbit(tags::UNICODE), HASUNICODE);
+  EXPECT_EQ(kindbit(tags::INTEGER), HASINTEGER);
+  EXPECT_EQ(kindbit(tags::REAL), HASREAL);
+  EXPECT_EQ(kindbit(tags::COMPLEX), HASCOMPLEX);
+  EXPECT_EQ(kindbit(tags::QUATERNION), HASQUATERNION);
+  EXPECT_EQ(kindbit(tags::OCTONION), HASOCTONION);
+  for (const std::int32_t tag : {9, 10, 11, 0, -5}) EXPECT_EQ(kindbit(tag), 0u) << tag;
+}
+
+TEST(Points, ComplexedByTwoOfTheSevenKinds) {
+  EXPECT_EQ(complexed(0), 0u);
+  EXPECT_EQ(complexed(HASREAL | ISVECTOR), 0u);
+  EXPECT_EQ(complexed(HASREAL | HASFUNCTION | STRUCTURED | HASFILE), 0u);
+  EXPECT_EQ(complexed(HASASCII | HASOCTONION), COMPLEXED);
+  EXPECT_EQ(complexed(HASINTEGER | HASREAL | HASCOMPLEX), COMPLEXED);
+}
+
+TEST(Points, Questions) {
+  Point p{};
+  EXPECT_TRUE(isend(p));
+  EXPECT_TRUE(isspace(p));
+  p.elements = 3;
+  p.rank = 2;
+  EXPECT_TRUE(isend(p));  // whatever else is set
+  p.type = ISVECTOR | HASASCII;
+  EXPECT_FALSE(isend(p));
+  EXPECT_TRUE(istext(p));
+  p.type |= COMPLEXED;
+  EXPECT_FALSE(istext(p));
+  p.type = ISVECTOR | HASASCII | STRUCTURED;
+  EXPECT_FALSE(istext(p));
+  p.type = HASASCII;
+  p.rank = ranks::ADDRESS;
+  EXPECT_FALSE(istext(p));
+  EXPECT_FALSE(isspace(p));
+  p.rank = ranks::FUNCTION;
+  EXPECT_TRUE(isfunction(p));
+  EXPECT_FALSE(isoperator(p));
+  p.rank = ranks::OPERATOR;
+  EXPECT_TRUE(isoperator(p));
+  p.type = ISEMPTY;
+  EXPECT_TRUE(isempty(p));
+  EXPECT_FALSE(isscalarlike(p));
+  p.type = ISSCALAR;
+  EXPECT_TRUE(isscalarlike(p));
+  p.type = ISVECTOR | ISONEELEMENT;
+  EXPECT_TRUE(isscalarlike(p));
+}
+
+// A quaternion begins in the name word.
+TEST(Points, QuaternionsFillTheRecord) {
+  Element e{};
+  setquaternion(e, {{1.5, 2.5, 3.5, 4.5}});
+  double parts[4];
+  std::memcpy(parts, reinterpret_cast<const char *>(&e) + 8, sizeof parts);
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(parts[i], 1.5 + i);
+    EXPECT_EQ(quaternion(e).part[i], 1.5 + i);
+  }
+}
+
+TEST(Points, OneRowAnInstruction) {
+  EXPECT_EQ(sizeof InstructionTiming / sizeof InstructionTiming[0], 270u);
+}
+
+}  // namespace

@@ -1,0 +1,139 @@
+// What the tests of the scanner share: a text scanned to its end as a list of lines, one a token.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "frontend/keywords.h"
+#include "frontend/scanner.h"
+
+inline const char *rulename(Rule rule) {
+  static const char *const names[] = {
+      "ENDOFINPUT",  "KEYWORD",        "OPENFUNCTION",  "BUILTIN",         "ENDOFTEXT",       "CLOSEFUNCTION",
+      "OPENCOMMENT", "CONSTANT",       "BINARYNUMBER",  "BINARYCHARACTER", "INTEGER",         "REAL",
+      "COMPLEX",     "QUATERNION",     "OCTONION",      "POLARCOMPLEX",    "POLARQUATERNION", "POLAROCTONION",
+      "OPENSTRING",  "OPENVECTOR",     "OPENSTRUCTURE", "ADDRESS",         "SIGILNAME",       "BRACKETNAME",
+      "LABEL",       "LOCAL",          "LINEFEED",      "NAMESTART",       "NAMEPART",        "NAMEEND",
+      "CLOSEVECTOR", "CLOSESTRUCTURE", "CLOSETOSHAPE",  "CLOSETONOOP",     "CHARACTERS",      "QUOTEDQUOTE",
+      "CLOSESTRING", "STRINGTOSHAPE",  "EXTENT",        "CLOSESHAPE",      "COMMENTTEXT",     "CLOSECOMMENT",
+      "UNMASKED"};
+  static_assert(sizeof names / sizeof *names == static_cast<std::size_t>(Rule::UNMASKED) + 1);
+  return names[static_cast<std::size_t>(rule)];
+}
+
+// The conditions as the actions lead through them.
+struct Road {
+  Condition condition = Condition::INITIAL;
+  int level = 0;  // open vectors
+
+  void outofstring() { condition = level > 0 ? Condition::VECTOR : Condition::INITIAL; }
+  void outofvector() {
+    if (level > 0) --level;
+    outofstring();
+  }
+  void toshape() { condition = level > 0 ? Condition::SUBSHAPE : Condition::SHAPE; }
+
+  void follow(const Token &token) {
+    const bool address = condition == Condition::ADDRESSED;
+    if (address) condition = Condition::INITIAL;
+    switch (token.rule) {
+      case Rule::KEYWORD:
+        condition = Keywords[token.row].kind == KeywordKind::MASKFORM ? Condition::MASKED : Condition::INITIAL;
+        break;
+      case Rule::ADDRESS:
+        condition = Condition::ADDRESSED;
+        break;
+      case Rule::NAMESTART:
+        condition = address ? Condition::ADDRESSNAME : Condition::NAME;
+        break;
+      case Rule::OPENCOMMENT:
+        condition = Condition::COMMENT;
+        break;
+      case Rule::OPENSTRING:
+        condition = Condition::QUOTED;
+        break;
+      case Rule::OPENVECTOR:
+      case Rule::OPENSTRUCTURE:
+        ++level;
+        condition = Condition::VECTOR;
+        break;
+      case Rule::CLOSEVECTOR:
+      case Rule::CLOSESTRUCTURE:
+      case Rule::CLOSETONOOP:
+        outofvector();
+        break;
+      case Rule::CLOSETOSHAPE:
+        outofvector();
+        toshape();
+        break;
+      case Rule::CLOSESTRING:
+      case Rule::CLOSESHAPE:
+        outofstring();
+        break;
+      case Rule::STRINGTOSHAPE:
+        toshape();
+        break;
+      case Rule::NAMEEND:
+      case Rule::CLOSECOMMENT:
+      case Rule::UNMASKED:
+        condition = Condition::INITIAL;
+        break;
+      default:
+        break;
+    }
+  }
+};
+
+struct Scanned {
+  std::vector<std::string> tokens;  // "RULE text", without the end of the input
+  std::string echo;
+  bool operator==(const Scanned &) const = default;
+};
+
+inline std::FILE *streamof(const std::string &text) {
+  std::FILE *stream = std::tmpfile();
+  std::fwrite(text.data(), 1, text.size(), stream);
+  std::rewind(stream);
+  return stream;
+}
+
+// Scans what scanfrom was given, from a condition on.
+inline Scanned scanall(Condition condition) {
+  Scanned scanned;
+  Road road = {condition, condition == Condition::SUBSHAPE ? 1 : 0};
+  testing::internal::CaptureStdout();
+  for (;;) {
+    const Token token = scan(road.condition);
+    if (token.rule == Rule::ENDOFINPUT) break;
+    const std::string text(token.text, token.length);
+    EXPECT_EQ(token.text[token.length], 0);
+    EXPECT_EQ(text.find('\0'), std::string::npos);
+    scanned.tokens.push_back(text.empty() ? rulename(token.rule) : rulename(token.rule) + (" " + text));
+    road.follow(token);
+  }
+  scandone();
+  scanned.echo = testing::internal::GetCapturedStdout();
+  return scanned;
+}
+
+// The tokens of a text that is read from a string, and that gives the same read from a stream.
+inline Scanned scantext(const std::string &text, Condition condition = Condition::INITIAL) {
+  scanfrom(nullptr, text.c_str());
+  Scanned fromstring = scanall(condition);
+  std::FILE *stream = streamof(text);
+  scanfrom(stream, nullptr);
+  const Scanned fromstream = scanall(condition);
+  std::fclose(stream);
+  EXPECT_EQ(fromstring.tokens, fromstream.tokens) << text;
+  EXPECT_EQ(fromstring.echo, fromstream.echo) << text;
+  return fromstring;
+}
+
+using Tokens = std::vector<std::string>;
+
+inline Tokens tokensof(const std::string &text, Condition condition = Condition::INITIAL) {
+  return scantext(text, condition).tokens;
+}
