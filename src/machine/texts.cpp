@@ -1,6 +1,8 @@
 // Texts that the machine compiles and runs itself.
 #include "machine/texts.h"
 
+#include <cstring>
+
 #include "frontend/assembly.h"
 
 void opentext(Text &text) {
@@ -29,12 +31,17 @@ void runtext(Level &level, Text &text, Point *frame, Point *floor) {
   cleanup(text.programme);
 }
 
-Next executetext(Level &level) {
+char *endedtext(const Point &space) {
   static constexpr char ENDMARK[] = " .";
-  const std::size_t length = level.sp->elements;
+  const std::size_t length = space.elements;
   auto *bytes = static_cast<char *>(newblock(length + sizeof ENDMARK));
-  for (std::size_t i = 0; i < length; ++i) bytes[i] = static_cast<char>(level.sp->data_pointer[i].ascii);
-  for (std::size_t i = 0; i < sizeof ENDMARK; ++i) bytes[length + i] = ENDMARK[i];
+  for (std::size_t i = 0; i < length; ++i) bytes[i] = static_cast<char>(space.data_pointer[i].ascii);
+  std::memcpy(bytes + length, ENDMARK, sizeof ENDMARK);
+  return bytes;
+}
+
+Next executetext(Level &level) {
+  char *bytes = endedtext(*level.sp);
   Custody buffer;
   takecustody(buffer, releaseblock, bytes);
   Text text;

@@ -5,6 +5,9 @@
 
 #include "machine/level.h"
 
+// The bytes of a character space with an end of text after them: a counted string, owned by the caller. Message 27.
+char *endedtext(const Point &space);
+
 // Room for a Programme: a counted block, in custody with the Points that it holds until it is ended.
 struct Text {
   Custody points, block;

@@ -1,0 +1,128 @@
+// ASSEMBLE and DISASSEMBLE: functions out of text, and text out of any value.
+#include <cstdlib>
+#include <cstring>
+
+#include "diagnostics/text.h"
+#include "files/persist.h"
+#include "frontend/assembly.h"
+#include "machine/texts.h"
+
+namespace {
+
+// A function that is being put together: a header, and the Points of its body so far with the END after them.
+struct Body {
+  Point *block;
+  std::size_t points;
+};
+
+void releasebody(Custody &c) {
+  auto *body = static_cast<Body *>(c.held);
+  cleanup(body->block + 1);
+  freeblock(body->block);
+}
+
+// Room for so many Points more, beside the header and the END.
+void makeroom(Body &body, std::size_t more) {
+  const std::size_t records = body.points + more + 2;
+  body.block = reinterpret_cast<Point *>(Reallocate(reinterpret_cast<Element *>(body.block), records));
+}
+
+// Moves Points to the end of the body.
+void add(Body &body, const Point *points, std::size_t count) {
+  makeroom(body, count);
+  Point *end = body.block + 1 + body.points;
+  std::memcpy(end, points, count * sizeof(Point));
+  body.points += count;
+  end[count] = {};
+}
+
+// Compiles what stands in the bytes, text by text, to the end of the body.
+void compileinto(Level &level, Body &body, const char *bytes) {
+  Text text;
+  opentext(text);
+  while (*bytes != 0) {
+    const std::int64_t points = compiletext(level, text, nullptr, &bytes, SKIPPED);
+    if (points < 1) continue;
+    add(body, text.programme, static_cast<std::size_t>(points - 1));
+    text.programme[0] = {};
+  }
+  closetext(text);
+}
+
+void finish(Body &body, Point &function) {
+  static constexpr char OPENING[] = ":", CLOSING[] = ";";
+  Point end{};
+  end.rank = ranks::OPERATOR;
+  end.type = ISOPERATOR;
+  end.instruction = instructions::FUNCTIONEND;
+  makeroom(body, 1);
+  char *name = stringdup(OPENING);
+  Custody named;
+  takecustody(named, releaseblock, name);
+  end.name = stringdup(CLOSING);
+  endcustody(named);
+  add(body, &end, 1);
+  function = {};
+  function.rank = ranks::FUNCTION;
+  function.type = ISFUNCTION | GLOBAL;
+  function.name = name;
+  function.arguments = -1;
+  function.elements = static_cast<std::uint32_t>(body.points + 1);
+  function.programme = body.block;
+  *body.block = function;
+  body.block->elements = static_cast<std::uint32_t>(body.points);
+}
+
+// What disass writes, caught in storage of the standard library.
+struct Caught {
+  std::FILE *stream;
+  char *bytes;
+  std::size_t length;
+};
+
+void releasecaught(Custody &c) {
+  auto *caught = static_cast<Caught *>(c.held);
+  std::fclose(caught->stream);
+  std::free(caught->bytes);
+}
+
+}  // namespace
+
+Next doassemble(Level &level) {
+  if (!istext(*level.sp) || level.sp->rank > 1) return fail(level, 981);
+  char *bytes = endedtext(*level.sp);
+  Custody buffer, built;
+  takecustody(buffer, releaseblock, bytes);
+  Body body{static_cast<Point *>(newblock(2 * sizeof(Point))), 0};
+  body.block[0] = body.block[1] = {};
+  takecustody(built, releasebody, &body);
+  compileinto(level, body, bytes);
+  Point function;
+  finish(body, function);
+  endcustody(built);
+  endcustody(buffer);
+  freeblock(bytes);
+  droptop(level);
+  pushowned(level, function);
+  return Next::FETCH;
+}
+
+Next dodisassemble(Level &level) {
+  const int source = level.instruction->modifier == instructions::TEXTWRITE ? 0 : 1;
+  Caught caught{};
+  caught.stream = open_memstream(&caught.bytes, &caught.length);
+  if (!caught.stream) outofstorage();
+  Custody stream;
+  takecustody(stream, releasecaught, &caught);
+  disass(caught.stream, "", level.sp, 0, source);
+  std::fflush(caught.stream);
+  Characters characters;
+  begincharacters(characters, caught.length);
+  appendcharacters(characters, caught.bytes, caught.length);
+  const Point text = endcharacters(characters);
+  endcustody(stream);
+  releasecaught(stream);
+  droptop(level);
+  pushowned(level, text);
+  return Next::FETCH;
+}
