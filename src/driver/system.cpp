@@ -174,6 +174,7 @@ void closebanks() {
   bindfixedsym("#CT", nullptr);
   closebank(0, sp);
   closebank(1, stack[1]);
+  wipealllocalnames();  // a function that keeps itself in its own table is alive until here
   sp = stack[0];
 }
 

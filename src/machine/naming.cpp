@@ -16,7 +16,7 @@ void mark(Level &level, std::uint32_t bit) {
 // Binds a name Point to an entry, and notes in which context.
 void bind(Level &level, Point &name, const Entry &entry) {
   reference(entry.meaning);
-  dereference(name.target);
+  dereferencebinding(name.target);
   name.target = entry.meaning;
   reference(level.meaning);
   dereference(name.context);
@@ -88,7 +88,7 @@ Point *resolve(Level &level, Point &name) {
   if (const Entry *entry = checkmeaning(level.meaning, name.name))
     bind(level, name, *entry);
   else
-    dereference(name.target);
+    dereferencebinding(name.target);
   if (!name.target && isaddress(name)) make(level, name, GLOBALCHANGE);
   return name.target;
 }

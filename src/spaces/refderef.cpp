@@ -234,6 +234,12 @@ void dereferencepoint(Point *point) {
   lowerpoint(held);
 }
 
+void dereferencebinding(Point *&target) {
+  Point *old = target;
+  target = nullptr;
+  if (lowered(old)) freebinding(old);
+}
+
 void referencedataelems(Element *records, std::size_t count) {
   raisepoint(raiserecords(records, count));
 }

@@ -33,6 +33,9 @@ void referencepoint(Point *point);
 // Lower them, releasing what falls to 0, and null the pointers of the Point. Message 991 on an unknown tag.
 void dereferencepoint(Point *point);
 
+// Lowers the binding of a name, and nulls the pointer. The last reference releases the value that is bound there too.
+void dereferencebinding(Point *&target);
+
 // The same over element records.
 void referencedataelems(Element *records, std::size_t count);
 void dereferencedataelems(Element *records, std::size_t count);
