@@ -63,6 +63,8 @@ void point(Point &point, int indent, bool source, bool inner);
 void symbolic(Point &point, int indent, bool source);
 // A space. `close` null, or what closes the literal in place of its own bracket.
 void space(Point &space, bool source, bool inner, const char *close = nullptr);
+// A name after its sigil, 0 for none; in source form between brackets where the scanner would read it otherwise.
+void putname(const char *name, char sigil, bool address, bool source);
 // A number or truth after its blank.
 void number(const Element &element, bool source);
 // The bits of a value, highest first, at least so many digits. Returns the end.

@@ -93,8 +93,8 @@ bool isinterrupt(int signal) {
   return signal == SIGINT || signal == SIGQUIT;
 }
 
-// A write to a closed pipe fails like any other. A handler, since what is set to be ignored stays so in an editor that
-// EDIT starts.
+// A write to a closed pipe, or past the limit of a file, fails like any other. A handler, since what is set to be
+// ignored stays so in an editor that EDIT starts.
 void ignoresignal(int) {}
 
 void handle(int signal, void (*handler)(int), int flags) {

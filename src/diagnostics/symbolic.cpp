@@ -8,7 +8,6 @@ namespace printer {
 
 namespace {
 
-constexpr char BRACKETOPEN = 2, BRACKETCLOSE = 3;  // around a name that may hold any byte
 constexpr char COMMENT_QUOTE = '"';
 constexpr std::uint16_t COMMENT = instructions::CONTEXT;  // the modifier of a NOOP that carries a comment
 
@@ -43,48 +42,6 @@ const char *textof(const char *name) {
 }
 const char *instructionname(std::uint32_t number) {
   return number < instructions::COUNT ? Instructions[number] : " ???";
-}
-
-bool isdigit(char byte) {
-  return byte >= '0' && byte <= '9';
-}
-bool isletter(char byte) {
-  return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') || byte == '_';
-}
-bool isidentifier(const char *name) {
-  if (!isletter(*name)) return false;
-  while (isletter(*name) || isdigit(*name)) ++name;
-  return *name == 0;
-}
-bool hasletter(const char *name) {
-  for (; *name; ++name)
-    if (isletter(*name) || isdigit(*name)) return true;
-  return false;
-}
-bool begins(const char *name, const char *word) {
-  return std::strncmp(name, word, std::strlen(word)) == 0;
-}
-
-// Would the scanner read a plain name otherwise than it stands there? Such names come from between the brackets only.
-bool unscannable(const char *name, bool address) {
-  if (*name == 0) return false;
-  const char *stops = address ? "\t\n\r .;\"()|" : "\t\n\r .;\"()|!";
-  if (std::strpbrk(name + 1, stops)) return address || hasletter(name);
-  if (std::strchr("\t\n\r .\2", *name)) return true;
-  if (std::strchr("_$%", *name) && isletter(name[1])) return true;
-  if (*name == '&' && (isdigit(name[1]) || name[1] == '-')) return true;
-  if (address || name[1] == 0) return false;
-  if (isdigit(*name) || begins(name, "Inf") || begins(name, "inf") || begins(name, "NaN") || begins(name, "nan"))
-    return true;
-  return std::strchr("+-*/|^v!:;\"'(@", *name) && hasletter(name);
-}
-
-void putname(const char *name, char sigil, bool address, bool source) {
-  if (sigil != 0) put(sigil);
-  if (!source || !(sigil != 0 ? !isidentifier(name) : unscannable(name, address))) return put(name);
-  put(BRACKETOPEN);
-  put(name);
-  put(BRACKETCLOSE);
 }
 
 void newline(int indent) {

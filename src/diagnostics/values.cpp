@@ -5,6 +5,7 @@
 #include "diagnostics/exception.h"
 #include "diagnostics/printer.h"
 #include "diagnostics/text.h"
+#include "spaces/convert.h"
 
 bool recordsinuse;
 
@@ -14,7 +15,6 @@ namespace {
 
 constexpr std::uint16_t UNSPELLED = attributes::NAMED | attributes::SILENT;
 constexpr int CHARACTER_BITS = 8;
-constexpr double INTEGER_LIMIT = 9.223372036854775808e18;  // whole doubles below it in magnitude are integers
 
 // What the records of a space are, whatever its flags say.
 struct Census {
@@ -128,7 +128,7 @@ bool lower(Element &e, bool complexes) {
     e.attributes &= static_cast<std::uint16_t>(~attributes::PREFIX_R);
     e.real = re;
   }
-  if (e.tag != tags::REAL || !(std::fabs(e.real) < INTEGER_LIMIT) || e.real != std::trunc(e.real)) return complex;
+  if (e.tag != tags::REAL || !(std::fabs(e.real) < INTEGERBOUND) || e.real != std::trunc(e.real)) return complex;
   const auto whole = static_cast<std::int64_t>(e.real);
   e.tag = tags::INTEGER;
   e.integer = whole;

@@ -268,4 +268,32 @@ TEST(TOAddr1, AnInterruptReleasesTheString) {
   drop(p);
 }
 
+#ifdef MORVIK_CHECKING
+TEST(TOAddr1, WhateverAllocationFailsNothingIsLost) {
+  Point p = vector({whole(1), enclosed(text("some text")), enclosed(numbers({1, 2, 3}))});
+  Point name = symbol(ranks::ADDRESS, ISADDRESS, "name", instructions::SAIG);
+  int failures = 0;
+  for (std::int64_t successes = 0;; ++successes) {
+    const std::int64_t before = liveblocks();
+    failallocation(successes);
+    testing::internal::CaptureStderr();
+    const bool jumped = jumps([&] {
+      release(TOAddr1(TOAddr1(nullptr, &p), &p));
+      release(TOAddr(&name));
+      release(TOAddr(p.data_pointer[1].subarray));
+    });
+    testing::internal::GetCapturedStderr();
+    failallocation(-1);
+    EXPECT_EQ(liveblocks(), before) << successes;
+    if (!jumped) break;
+    ++failures;
+  }
+  EXPECT_GT(failures, 4);
+  A_Problem = 0;
+  stepping = 0;
+  drop(p);
+  drop(name);
+}
+#endif
+
 }  // namespace

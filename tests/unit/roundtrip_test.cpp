@@ -1,5 +1,4 @@
-// What is printed in source form reads back as what it was: values by the thousand, and every word that a function can
-// hold.
+// What is printed in source form reads back as what it was: values by the thousand, and the oddities that are kept.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,101 +6,12 @@
 #include <random>
 #include <string>
 
-#include "frontend/assembly.h"
-#include "frontend/keywords.h"
-#include "points.h"
+#include "reading.h"
 #include "spaces/hypercomplex.h"
 
 namespace {
 
 using namespace points;
-
-// ---- The reader.
-
-struct Reader {
-  Entry *table = makehashtab();
-  Context *chain = makemeaning(table);
-  std::vector<Point> programme = std::vector<Point>(PROGRAMME_POINTS);
-
-  Reader() { stepping = 0; }
-  ~Reader() {
-    release(chain);
-    releasetable(table);
-  }
-  Reader(const Reader &) = delete;
-  Reader &operator=(const Reader &) = delete;
-
-  // The Points of a text, without the END. What the scanner echoes is not looked at.
-  std::vector<Point> read(const std::string &text) {
-    const std::string ended = text + " .";
-    const char *position = ended.c_str();
-    programme[0] = {};
-    testing::internal::CaptureStdout();
-    const std::int64_t count = fill(programme.data(), chain, nullptr, nullptr, &position, SKIPPED);
-    testing::internal::GetCapturedStdout();
-    return {programme.begin(), programme.begin() + (count > 0 ? count - 1 : 0)};
-  }
-};
-
-// ---- Equality, as far as a text can carry it.
-
-testing::AssertionResult same(const Point &a, const Point &b, double tolerance);
-
-testing::AssertionResult differ(const char *what) {
-  return testing::AssertionFailure() << what;
-}
-
-bool samereal(double a, double b, double tolerance) {
-  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
-  return a == b || std::fabs(a - b) <= tolerance * std::max(std::fabs(a), 1.0);
-}
-
-std::vector<double> partsof(const Element &e) {
-  switch (e.tag) {
-    case tags::REAL:
-      return {e.real};
-    case tags::COMPLEX:
-      return {e.complex.re, e.complex.im};
-    case tags::QUATERNION: {
-      const Quaternion q = quaternion(e);
-      return {q.part, q.part + 4};
-    }
-    case tags::OCTONION:
-      return {e.octonion->part, e.octonion->part + 8};
-    default:
-      return {};
-  }
-}
-
-testing::AssertionResult same(const Element &a, const Element &b, double tolerance) {
-  if (a.tag != b.tag) return differ("tags") << ' ' << a.tag << ' ' << b.tag;
-  if (a.tag == tags::SUBARRAY) return same(*a.subarray, *b.subarray, tolerance);
-  if (a.tag == tags::ASCII) return a.ascii == b.ascii ? testing::AssertionSuccess() : differ("characters");
-  if (a.form != b.form) return differ("forms") << ' ' << a.form << ' ' << b.form;
-  if (a.tag == tags::INTEGER) return a.integer == b.integer ? testing::AssertionSuccess() : differ("integers");
-  if (a.tag != tags::REAL && a.attributes != b.attributes) return differ("attributes");
-  const std::vector<double> left = partsof(a), right = partsof(b);
-  for (std::size_t k = 0; k < left.size(); ++k)
-    if (!samereal(left[k], right[k], a.form == forms::POLAR ? tolerance : 0))
-      return differ("part ") << k << ": " << left[k] << ' ' << right[k];
-  return testing::AssertionSuccess();
-}
-
-constexpr std::uint32_t COMPARED = KINDBITS | COMPLEXED | STRUCTURED | RANKBITS;
-
-// The depth that a literal inside another gets counts the deepest place of both; only the outermost is as it was.
-testing::AssertionResult same(const Point &a, const Point &b, double tolerance) {
-  if (a.elements != b.elements) return differ("elements") << ' ' << a.elements << ' ' << b.elements;
-  if (a.elements == 0) return testing::AssertionSuccess();
-  if (a.rank != b.rank) return differ("ranks") << ' ' << a.rank << ' ' << b.rank;
-  if ((a.type & COMPARED) != (b.type & COMPARED)) return differ("types") << std::hex << ' ' << a.type << ' ' << b.type;
-  for (std::int32_t k = 0; k < a.rank; ++k)
-    if (a.shape_pointer[k].integer != b.shape_pointer[k].integer) return differ("shapes");
-  for (std::uint32_t i = 0; i < a.elements; ++i)
-    if (const auto result = same(a.data_pointer[i], b.data_pointer[i], tolerance); !result)
-      return differ("element ") << i << ": " << result.message();
-  return testing::AssertionSuccess();
-}
 
 testing::AssertionResult readsback(Reader &reader, Point &p, double tolerance = 0) {
   const std::string text = print(p, true);
@@ -355,124 +265,6 @@ TEST(RoundTripOddities, AnEmptySpaceComesBackAsNil) {
   EXPECT_EQ(p.elements, 0u);
   EXPECT_EQ(p.type & HASASCII, 0u);
   drop(p);
-}
-
-// ---- Functions.
-
-testing::AssertionResult samefunction(const Point &a, const Point &b);
-
-// But for the flags that a binding adds and the places that it is bound to.
-testing::AssertionResult samepoint(const Point &a, const Point &b) {
-  if (a.rank != b.rank) return differ("ranks") << ' ' << a.rank << ' ' << b.rank;
-  const bool nil = isspace(a) && isempty(a);  // () and '' come back as #NIL
-  if (a.type != b.type && !nil) return differ("types") << std::hex << ' ' << a.type << ' ' << b.type;
-  if (isspace(a)) return same(a, b, 1e-13);
-  if ((a.name == nullptr) != (b.name == nullptr) || (a.name && std::strcmp(a.name, b.name) != 0))
-    return differ("names") << ' ' << (a.name ? a.name : "-") << ' ' << (b.name ? b.name : "-");
-  if (isfunction(a)) return samefunction(a, b);
-  if (a.depth != b.depth || a.modifier != b.modifier || a.elements != b.elements) return differ("fields");
-  if ((a.block == nullptr) != (b.block == nullptr)) return differ("bindings");
-  if (a.rank <= ranks::LOCALADDRESS && a.data_pointer->integer != b.data_pointer->integer) return differ("positions");
-  return testing::AssertionSuccess();
-}
-
-testing::AssertionResult samefunction(const Point &a, const Point &b) {
-  if (a.arguments != b.arguments || a.locals != b.locals || a.elements != b.elements) return differ("signatures");
-  const Point *p = a.programme + 1, *q = b.programme + 1;
-  for (; !isend(*p) && !isend(*q); ++p, ++q)
-    if (const auto result = samepoint(*p, *q); !result)
-      return differ("Point ") << p - a.programme << ": " << result.message();
-  return isend(*p) == isend(*q) ? testing::AssertionSuccess() : differ("lengths");
-}
-
-// The function of a text, printed and read again: the same body, and the same text from then on.
-void expectreadsback(Reader &reader, const std::string &text) {
-  SCOPED_TRACE(text);
-  std::vector<Point> first = reader.read(text);
-  ASSERT_GE(first.size(), 1u);
-  ASSERT_TRUE(isfunction(first[0]));
-  const std::string printed = print(first[0], true);
-  SCOPED_TRACE(printed);
-  std::vector<Point> second = reader.read(printed);
-  EXPECT_EQ(second.size(), 1u);
-  if (second.size() == 1 && isfunction(second[0])) {
-    // The word that opened it may be another one for the same: names of heads are not compared.
-    EXPECT_TRUE(samefunction(first[0], second[0]));
-    EXPECT_EQ(print(second[0], true), printed);
-  } else {
-    ADD_FAILURE() << "no function";
-  }
-  for (Point &p : first) drop(p);
-  for (Point &p : second) drop(p);
-}
-
-TEST(RoundTripFunctions, EveryKeyword) {
-  Reader reader;
-  int words = 0;
-  for (const Keyword &row : Keywords)
-    for (const char *spelling : row.spellings) {
-      if (row.kind == KeywordKind::BREAK) continue;  // drops the line that it stands in
-      const std::string more = row.kind == KeywordKind::MASKFORM ? " MASK" : "";
-      expectreadsback(reader, std::string(": 1 + ") + spelling + more + " (3 4) ;");
-      ++words;
-    }
-  EXPECT_GT(words, 500);
-}
-
-TEST(RoundTripFunctions, EveryHead) {
-  Reader reader;
-  for (const char *head :
-       {":", "NEADIC", "FUNCTION", "NILADIC", "MONADIC", "DYADIC", "TRIADIC", "ARGS 4 FUNCTION", "ARGS 2 FUNCTION",
-        "ARGS 300 FUNCTION", "VARS 3 NILADIC", "VARS 1 MONADIC", "VARS 7 DYADIC", "VARS 2 TRIADIC",
-        "ARGS 5 VARS 3 FUNCTION", "VARS 3 ARGS 5 FUNCTION", "ARGS 0 FUNCTION", "VARS 65535 MONADIC"})
-    expectreadsback(reader, std::string(head) + " 1 2 + ;");
-}
-
-TEST(RoundTripFunctions, NamesOfEveryScope) {
-  Reader reader;
-  expectreadsback(reader, ": x _x $x .x @x @_x @$x @.x a+b @a+b @vector x/y #IO @#CT f! ;");
-  expectreadsback(reader, ": \2two words\3 @\2a.b;c\3 _\2x y\3 $\2x y\3 .\2x y\3 @_\2x y\3 @.\2x y\3 ;");
-  expectreadsback(reader, ": \2vector\3 \2-x\3 \0021st\3 \2info\3 \2a!b\3 @a!b @! @+ ;");
-}
-
-TEST(RoundTripFunctions, LabelsLocalsAndComments) {
-  Reader reader;
-  expectreadsback(reader, ": %here 1 \"a note, with . and ;\" @%here JUMP @%there \xC5% %there ;");
-  expectreadsback(reader, "VARS 3 DYADIC &1 &2 + @&3 SET \"done\" &3 ;");
-  expectreadsback(reader, ": \"two\nlines\" \"\" \" ?Y \" ;");
-}
-
-TEST(RoundTripFunctions, Decisions) {
-  Reader reader;
-  expectreadsback(reader, ": CHECK 1 ?Y 2 ?N x ?Y _x ?N @x ?Y + ?Y + // ?N SUM ?Y SIN ?N : 1 ; ?Y (1 2) ?N 'a' ?Y ;");
-  expectreadsback(reader, "VARS 1 MONADIC CHECK &1 ?Y @&1 ?N @%l ?Y %l ?Y \"so be it\" ?Y ROOT ?Y CHECK ?N ;");
-}
-
-TEST(RoundTripFunctions, LiteralsOfEveryKind) {
-  Reader reader;
-  expectreadsback(reader, ": #NIL () '' 'a' 'abc' ('abc' 'd') (1 (2 (3))) `(1 2) (1 2 3 4)[2 2] 'abcd'[2 2] ;");
-  expectreadsback(reader, ": T F #TRUE #PI -#PI #SIN (#PI T) 0#1 0#101010101 `0#1010` 'a`0#1010`b' ;");
-  expectreadsback(reader, ": 1i2 #1i2 #r1i2 r1i2 1j2 1i2j3k4 1o2 dr3p90 3p0 (1 2)[] ()[] ;");
-  expectreadsback(reader, ": 1.5 -2.5 1e300 1E3 Inf -Inf NaN ;");
-}
-
-TEST(RoundTripFunctions, Nested) {
-  Reader reader;
-  expectreadsback(reader, ": : 1 MONADIC x ; ; DYADIC $y : .z ; ; ; OPERATOR");
-  std::string text = "x";
-  for (int i = 0; i < 200; ++i) text = "MONADIC 1 " + text + " ;";
-  expectreadsback(reader, text);
-}
-
-TEST(RoundTripFunctions, CutOffAtTheEndOfTheText) {
-  Reader reader;
-  testing::internal::CaptureStderr();
-  std::vector<Point> first = reader.read(": 1 : 2 +");
-  testing::internal::GetCapturedStderr();
-  ASSERT_EQ(first.size(), 1u);
-  const std::string printed = print(first[0], true);
-  EXPECT_EQ(printed, "\n : 1\n    : 2 + ;\n    ;\n");
-  for (Point &p : first) drop(p);
 }
 
 }  // namespace
