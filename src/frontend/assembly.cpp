@@ -107,11 +107,14 @@ void endofinput(Condition was) {
   *c.position = {};
 }
 
-// Does a line feed end the text? Only inspecting, it is a step of its own.
-bool linefeed() {
+// Does a line feed end the text? While inspecting it is a step of its own; after RUN, the end of the inspection.
+bool endsatlinefeed() {
   const Compiler &c = compiler;
-  if (c.flag == ENDS_STEP && stepping) appendoperator("", instructions::ENDPROCESS, instructions::NIHIL);
-  return c.flag == ENDS_TEXT || (c.flag == ENDS_STEP && stepping);
+  return c.flag == ENDS_TEXT || (c.flag == ENDS_STEP && (stepping || c.inspecting));
+}
+bool linefeed() {
+  if (compiler.flag == ENDS_STEP && stepping) appendoperator("", instructions::ENDPROCESS, instructions::NIHIL);
+  return endsatlinefeed();
 }
 
 void name(const Token &token, bool address) {
@@ -255,7 +258,7 @@ bool endstext(const Token &token) {
     case Rule::ENDOFTEXT:
       return true;
     case Rule::LINEFEED:
-      return compiler.flag == ENDS_TEXT || (compiler.flag == ENDS_STEP && stepping);
+      return endsatlinefeed();
     default:
       return false;
   }
@@ -293,6 +296,7 @@ void begin(Point *programme, Context *chain, Point *stackposition, int flag) {
   c.chain = chain;
   c.stackposition = stackposition;
   c.flag = flag;
+  c.inspecting = flag == ENDS_STEP && stepping;
   c.pcsp = 1;
   c.funcvars = 0;
   c.varsp = 0;

@@ -40,6 +40,7 @@ struct Compiler {
   Context *chain;
   Point *stackposition;
   int flag;
+  bool inspecting;     // stepping was set when the text began
   std::uint16_t pcsp;  // the next free frame
   std::uint16_t varsp;
   std::int64_t funcvars;    // locals of the function that is open
