@@ -21,6 +21,13 @@ Point *makelocals(Level &level, int arguments, int locals) {
 
 }  // namespace
 
+void callheld(Level &level, const Point &function) {
+  if (function.arguments < 0) return runbody(level, function, level.frame, level.floor);
+  Point *frame = function.locals > 0 ? makelocals(level, function.arguments, function.locals)
+                                     : level.sp - function.arguments + 1;
+  runbody(level, function, frame, frame + function.locals);
+}
+
 void runbody(Level &level, const Point &function, Point *frame, Point *floor) {
   Point *header = function.programme;
   Entry *table = localnames(header[header->elements]);
@@ -36,21 +43,15 @@ void runbody(Level &level, const Point &function, Point *frame, Point *floor) {
 
 Next call(Level &level) {
   const int arguments = level.sp->arguments;
-  const int locals = level.sp->locals;
   if (arguments >= 0 && level.sp - 1 < level.floor + arguments - 1) {
     droptop(level);
     return fail(level, 800);
   }
-  if (arguments >= 0 && level.sp - 1 + locals > stacktop) return fail(level, 806);
+  if (arguments >= 0 && level.sp - 1 + level.sp->locals > stacktop) return fail(level, 806);
   Point function = *level.sp--;
   Custody kept;
   takecustody(kept, releasepoint, &function);
-  if (arguments < 0) {
-    runbody(level, function, level.frame, level.floor);
-  } else {
-    Point *frame = locals > 0 ? makelocals(level, arguments, locals) : level.sp - arguments + 1;
-    runbody(level, function, frame, frame + locals);
-  }
+  callheld(level, function);
   endcustody(kept);
   dereferencepoint(&function);
   return Next::FETCH;

@@ -19,6 +19,11 @@ constexpr Access READING = {701, 702, 710, "r"}, WRITING = {703, 704, 711, "w"},
                  LOADING = {715, 716, 710, "r"}, DUMPING = {721, 722, 723, "w"}, REMEMBERING = {724, 725, 726, "w"};
 constexpr int REFUSED = 720, CANNOT_OPEN = 712, PATTERN_DATA = 205, PATTERN_STRUCTURE = 206;
 
+// For the classes that do not wait: what is moved or released here, the pool may still be writing.
+void join(const Level &level, int operands) {
+  if (processors > 1) wait_for_coprocessors(level.sp, operands);
+}
+
 // Does the top name a file? If not, that is reported and the level left.
 bool named(Level &level, const Access &access) {
   const int fault = namefault(*level.sp, access.data, access.structure);
@@ -119,6 +124,7 @@ void runstream(Level &level, std::FILE *stream) {
 }
 
 Next doread(Level &level) {
+  join(level, 1);
   Held file;
   if (!opennamed(level, READING, file)) return Next::LEAVE;
   droptop(level);
@@ -128,6 +134,7 @@ Next doread(Level &level) {
 }
 
 Next doload(Level &level) {
+  join(level, 1);
   Held file;
   if (!opennamed(level, LOADING, file)) return Next::LEAVE;
   while (hasvalues(level, 1)) droptop(level);
@@ -198,6 +205,7 @@ Next dotextappend(Level &level) {
 }
 
 Next dotextread(Level &level) {
+  join(level, 1);
   Held file;
   if (!opennamed(level, READING, file)) return Next::LEAVE;
   const Point text = readcharacters(file.stream);
@@ -209,6 +217,7 @@ Next dotextread(Level &level) {
 
 // What can be no name opens again, whatever it is: a name has two characters or more.
 Next doopen(Level &level) {
+  join(level, 2);
   return (level.sp[-1].type & (SCALARLIKE | HASFILE | SAMERANK)) == 0 ? opennew(level) : openagain(level);
 }
 
@@ -219,6 +228,7 @@ Next doclose(Level &level) {
 }
 
 Next dorewind(Level &level) {
+  join(level, 1);
   rewindfile(&level.sp, level.instruction);
   droptop(level);
   return Next::FETCH;

@@ -113,6 +113,8 @@ bool isouter(const Context *link, const Context *inner);
 
 // Calls the FUNCTION on top of the stack.
 Next call(Level &level);
+// The same with a function that the caller holds: its arguments are on top, and there is room for its locals.
+void callheld(Level &level, const Point &function);
 // Runs what is on top as EXECUTE does: a FUNCTION, or the text of a character space. 995 for anything else.
 Next executetop(Level &level);
 // Runs a Programme one level further in, in this frame and floor, and stores the new top. What the run took is not

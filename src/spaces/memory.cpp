@@ -228,32 +228,37 @@ namespace {
 
 constinit Heap heap{sbrk, {}, nullptr, 0};
 
-struct HeapLock {
-  const bool taken = !__libc_single_threaded;
-  HeapLock() {
-    if (taken) pthread_mutex_lock(&mp);
-  }
-  ~HeapLock() {
-    if (taken) pthread_mutex_unlock(&mp);
-  }
-  HeapLock(const HeapLock &) = delete;
-  HeapLock &operator=(const HeapLock &) = delete;
-};
+// Does a piece of work on the heap, under the lock where there is anybody to lock out.
+template <typename Work>
+inline auto locked(Work work) {
+  const bool shared = !__libc_single_threaded;
+  if (shared) [[unlikely]]
+    pthread_mutex_lock(&mp);
+  const auto result = work();
+  if (shared) [[unlikely]]
+    pthread_mutex_unlock(&mp);
+  return result;
+}
+
+void *take(std::size_t size) {
+  return locked([size] { return heap.take(size); });
+}
+
+void *takealigned(std::size_t alignment, std::size_t size) {
+  return locked([=] { return heap.takealigned(alignment, size); });
+}
+
+void give(void *payload) {
+  locked([payload] {
+    heap.give(payload);
+    return 0;
+  });
+}
 
 void *reported(void *payload) {
   if (!payload) [[unlikely]]
     errno = ENOMEM;
   return payload;
-}
-
-void *take(std::size_t size) {
-  const HeapLock lock;
-  return heap.take(size);
-}
-
-void *takealigned(std::size_t alignment, std::size_t size) {
-  const HeapLock lock;
-  return heap.takealigned(alignment, size);
 }
 
 bool ispower(std::size_t n) {
@@ -264,13 +269,12 @@ bool ispower(std::size_t n) {
 
 extern "C" {
 
-void *malloc(std::size_t size) noexcept {
+[[gnu::flatten]] void *malloc(std::size_t size) noexcept {
   return reported(take(size));
 }
 
-void free(void *payload) noexcept {
-  const HeapLock lock;
-  heap.give(payload);
+[[gnu::flatten]] void free(void *payload) noexcept {
+  give(payload);
 }
 
 void *realloc(void *payload, std::size_t size) noexcept {
@@ -284,8 +288,7 @@ void *realloc(void *payload, std::size_t size) noexcept {
   void *moved = take(size);
   if (!moved) return reported(moved);
   std::memcpy(moved, payload, std::min(size, Heap::capacity(payload)));
-  const HeapLock lock;
-  heap.give(payload);
+  give(payload);
   return moved;
 }
 

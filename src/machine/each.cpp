@@ -1,0 +1,59 @@
+// EACH: a function applied to every element of a space.
+#include <cstring>
+
+#include "machine/gather.h"
+
+namespace {
+
+constexpr std::uint32_t KEPT = ~(ELEMENTBITS | COMPLEXED | STRUCTURED | ISSTRUCTURE | NAMEBEARING | ISLOCAL);
+
+// Is there an element that no function can be given? A file, or what fills a gap.
+bool hasungivable(const Point &data) {
+  for (std::uint32_t i = 0; i < data.elements; ++i) {
+    const std::int32_t tag = data.data_pointer[i].tag;
+    if (tag >= 0 && tag != tags::SUBARRAY && kindbit(tag) == 0) return true;
+  }
+  return false;
+}
+
+// Pushes what the function sees of an element: a scalar of it, the enclosed space, or the symbolic Point that stands there.
+void pushelement(Level &level, const Point &data, const Element &element) {
+  Point argument{};
+  if (element.tag == tags::SUBARRAY) return pushcopy(level, *element.subarray);
+  if (element.tag < 0) {
+    std::memcpy(&argument, &element, sizeof argument);
+    return pushcopy(level, argument);
+  }
+  argument.type = ISSCALAR | (data.type & PURITYBITS) | kindbit(element.tag);
+  argument.elements = 1;
+  argument.data_pointer = newelement(tags::FILLER, 0);
+  pushowned(level, argument);
+  copyelement(*argument.data_pointer, element);
+}
+
+Next monadiceach(Level &level) {
+  Gathering g;
+  begingathering(level, g, 2);
+  for (std::uint32_t i = 0; i < g.data.elements; ++i) {
+    pushelement(level, g.data, g.data.data_pointer[i]);
+    gather(level, g);
+  }
+  endgathering(level, g, KEPT);
+  return Next::FETCH;
+}
+
+}  // namespace
+
+Next doeach(Level &level) {
+  if (emptyrule(level)) return Next::FETCH;
+  const Point &function = level.sp[0];
+  if (!isfunction(function)) return fail(level, 990);
+  if (function.arguments != 1 && function.arguments != 2) return fail(level, 989);
+  // Kept: a function of two arguments is admitted, taken away, and does no work.
+  if (function.arguments == 2) {
+    droptop(level);
+    return Next::FETCH;
+  }
+  if (!isspace(level.sp[-1]) || hasungivable(level.sp[-1])) return fail(level, 994);
+  return monadiceach(level);
+}

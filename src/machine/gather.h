@@ -1,0 +1,25 @@
+// What EACH and MASK share: one call of a function for each element, and the space that its results make.
+#pragma once
+
+#include "machine/level.h"
+
+// The operands, off the stack and in custody, and the result as far as it is made.
+struct Gathering {
+  Point function;
+  Point data;
+  Point weights;  // the mask; of MASK only
+  Point result;   // a vector of `elements` records so far, while it is made
+  std::uint32_t kinds;
+  std::int16_t depth;
+  Custody held;
+};
+
+// Takes so many operands off the stack: the function, and the data below it, or the mask and the data. Message 27, with
+// the operands in place.
+void begingathering(Level &level, Gathering &g, int operands);
+// Calls the function on the space on top, and makes its topmost value the next element of the result. Messages 806, 27.
+void gather(Level &level, Gathering &g);
+// Puts the result in the place of the operands, in the shape of the data; its kinds go into the flags that are kept.
+void endgathering(Level &level, Gathering &g, std::uint32_t kept);
+// Leaves the operands behind for good, after a failure that was found between two calls.
+[[noreturn]] void failgathering(Level &level, int number);

@@ -1,0 +1,152 @@
+// MASK: a function applied to the weighted neighbourhood of every element of a space.
+#include "arithmetic/cores.h"
+#include "machine/gather.h"
+
+namespace {
+
+constexpr std::uint32_t KEPT = 0xFFBF80BF;  // what a result keeps of the data's flags: no kinds, no COMPLEXED
+
+// One dimension of the walk.
+struct Row {
+  std::int64_t extent;    // of the data
+  std::int64_t stride;    // of the data: elements from one to the next along this dimension
+  std::int64_t reach;     // kept: 1 whatever the mask's extent, so that a wider mask repeats the offsets -1, 0, 1
+  std::int64_t offset;    // of the neighbour at hand
+  std::int64_t position;  // of the element at hand, counted from 0
+};
+
+// A coordinate as the modifier takes it; outside of the data, where it still is, there is nothing.
+std::int64_t inside(std::int64_t c, const Row &row, bool first, std::uint16_t modifier) {
+  if (modifier == instructions::WRAP) {
+    if (c < 0) return c + row.extent;
+    // Kept: past the end of the higher dimensions the step back is one short.
+    if (c >= row.extent) return c - (first ? row.extent : row.extent - 1);
+  } else if (modifier == instructions::REFLECT) {
+    if (c < 0) return -c;
+    if (c >= row.extent) return 2 * row.extent - c - 2;
+  }
+  return c;
+}
+
+// The index of the neighbour at hand, below 0 for none.
+std::int64_t neighbour(const Row *rows, std::int32_t rank, std::uint16_t modifier) {
+  std::int64_t index = 0;
+  for (std::int32_t d = 0; d < rank; ++d) {
+    const std::int64_t c = inside(rows[d].position + rows[d].offset, rows[d], d == 0, modifier);
+    if (c < 0 || c >= rows[d].extent) return -1;
+    index += c * rows[d].stride;
+  }
+  return index;
+}
+
+void nextoffset(Row *rows, std::int32_t rank) {
+  for (std::int32_t d = 0; d < rank; ++d) {
+    if (++rows[d].offset <= rows[d].reach) return;
+    rows[d].offset = -rows[d].reach;
+  }
+}
+
+void nextposition(Row *rows, std::int32_t rank) {
+  for (std::int32_t d = 0; d < rank; ++d) {
+    if (++rows[d].position < rows[d].extent) return;
+    rows[d].position = 0;
+  }
+}
+
+Row *makerows(const Point &data, const Point &weights) {
+  const auto rank = static_cast<std::size_t>(data.rank);
+  auto *rows = static_cast<Row *>(newblock((rank > 0 ? rank : 1) * sizeof(Row)));
+  std::int64_t stride = 1;
+  for (std::size_t d = 0; d < rank; ++d) {
+    const std::int64_t extent = data.shape_pointer[d].integer;
+    const std::int64_t reach = weights.shape_pointer[d].integer % 2;
+    rows[d] = {extent, stride, reach, -reach, 0};
+    stride *= extent;
+  }
+  return rows;
+}
+
+bool iszero(const Element &e) {
+  return (e.tag == tags::INTEGER && e.integer == 0) || (e.tag == tags::REAL && e.real == 0);
+}
+
+// One element of a neighbourhood: weight times datum. A weight of zero, and a place outside, never touch the data.
+std::int32_t weigh(const Element &weight, const Element *datum, Element &to, std::uint32_t &kinds, Tally &tally) {
+  if (!datum || iszero(weight)) {
+    to = {};
+    to.tag = datum ? weight.tag : tags::INTEGER;
+    to.form = forms::NUMBER;
+    kinds |= kindbit(to.tag);
+    return 0;
+  }
+  Run run{};
+  run.left = &weight;
+  run.right = datum;
+  run.result = &to;
+  run.count = 1;
+  run.leftstep = run.rightstep = run.resultstep = 1;
+  run.fresh = true;
+  const std::int32_t message = work(multiplycores, run, tally);
+  kinds |= run.kinds;
+  return message;
+}
+
+// Pushes the neighbourhood of the position at hand.
+void pushneighbourhood(Level &level, const Gathering &g, Row *rows, Tally &tally) {
+  const Point &weights = g.weights;
+  Point around = weights;
+  around.type = (weights.type & RANKBITS) | STRUCTURED;
+  around.data_pointer = newelements(weights.elements);
+  around.elements = 0;
+  reference(around.shape_pointer);
+  pushowned(level, around);
+  std::uint32_t kinds = 0;
+  for (std::uint32_t j = 0; j < weights.elements; ++j) {
+    const std::int64_t index = neighbour(rows, g.data.rank, level.instruction->modifier);
+    const Element *datum = index < 0 ? nullptr : g.data.data_pointer + index;
+    const std::int32_t message = weigh(weights.data_pointer[j], datum, around.data_pointer[j], kinds, tally);
+    if (message != 0) failgathering(level, message);
+    level.sp->elements = j + 1;
+    nextoffset(rows, g.data.rank);
+  }
+  level.sp->type = (weights.type & RANKBITS) | kinds | complexed(kinds);
+}
+
+Next mask(Level &level) {
+  Gathering g;
+  begingathering(level, g, 3);
+  Row *rows = makerows(g.data, g.weights);
+  Custody walked;
+  takecustody(walked, releaseblock, rows);
+  Tally tally;
+  for (std::uint32_t i = 0; i < g.data.elements; ++i) {
+    pushneighbourhood(level, g, rows, tally);
+    gather(level, g);
+    operations += g.weights.elements;
+    for (std::int32_t d = 0; d < g.data.rank; ++d) rows[d].offset = -rows[d].reach;
+    nextposition(rows, g.data.rank);
+  }
+  operations += g.data.elements;
+  flopos = tally.flops;
+  endcustody(walked);
+  freeblock(rows);
+  endgathering(level, g, KEPT);
+  return Next::FETCH;
+}
+
+bool hasoddextents(const Point &weights) {
+  for (std::int32_t d = 0; d < weights.rank; ++d)
+    if (weights.shape_pointer[d].integer % 2 == 0) return false;
+  return true;
+}
+
+}  // namespace
+
+Next domask(Level &level) {
+  const Point &function = level.sp[0], &weights = level.sp[-1], &data = level.sp[-2];
+  if (!isfunction(function)) return fail(level, 986);
+  if (function.arguments != 1) return fail(level, 987);
+  if (!isspace(weights) || weights.rank != data.rank) return fail(level, 985);
+  if (!hasoddextents(weights)) return fail(level, 984);
+  return mask(level);
+}
