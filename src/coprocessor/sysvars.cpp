@@ -6,7 +6,9 @@
 
 namespace {
 
-const Element *element(const Point &variable) { return isspace(variable) ? variable.data_pointer : nullptr; }
+const Element *element(const Point &variable) {
+  return isspace(variable) ? variable.data_pointer : nullptr;
+}
 
 }  // namespace
 

@@ -23,8 +23,8 @@ Point *makelocals(Level &level, int arguments, int locals) {
 
 void callheld(Level &level, const Point &function) {
   if (function.arguments < 0) return runbody(level, function, level.frame, level.floor);
-  Point *frame = function.locals > 0 ? makelocals(level, function.arguments, function.locals)
-                                     : level.sp - function.arguments + 1;
+  Point *frame =
+      function.locals > 0 ? makelocals(level, function.arguments, function.locals) : level.sp - function.arguments + 1;
   runbody(level, function, frame, frame + function.locals);
 }
 
@@ -63,7 +63,9 @@ Next executetop(Level &level) {
   return fail(level, 995);
 }
 
-Next doexecute(Level &level) { return executetop(level); }
+Next doexecute(Level &level) {
+  return executetop(level);
+}
 
 Next doyieldto(Level &level) {
   if (!isfunction(*level.sp)) return fail(level, 950);
@@ -94,8 +96,8 @@ struct Continuation {
   std::int64_t instruction;
   Point *frame;
   Point *current;
-  std::int32_t index;  // of the current Point in its Programme
-  std::int32_t slots;  // from the frame to the top
+  std::int32_t index;      // of the current Point in its Programme
+  std::int32_t slots;      // from the frame to the top
   std::int32_t floors[2];  // slots from the frame to the floor, twice
 };
 static_assert(sizeof(Continuation) == sizeof(Point));

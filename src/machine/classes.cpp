@@ -1,4 +1,5 @@
-// The argument classes: how many operands an instruction needs, which ones it refuses, and whether it waits for the pool.
+// The argument classes: how many operands an instruction needs, which ones it refuses, and whether it waits for the
+// pool.
 #include <algorithm>
 #include <array>
 
@@ -11,7 +12,7 @@ enum class Wait : std::uint8_t { NO, ALWAYS, WHEN_LARGE };
 struct Class {
   Wait wait;
   std::uint8_t operands;
-  bool scalar;  // refuses OPERATOR Points
+  bool scalar;   // refuses OPERATOR Points
   bool empties;  // an empty operand of two gives way to the other
 };
 

@@ -101,8 +101,12 @@ Next docheck(Level &level) {
   return Next::FETCH;
 }
 
-Next doif_yes(Level &level) { return conditional(level, 1, 147); }
-Next doif_no(Level &level) { return conditional(level, 0, 148); }
+Next doif_yes(Level &level) {
+  return conditional(level, 1, 147);
+}
+Next doif_no(Level &level) {
+  return conditional(level, 0, 148);
+}
 
 Next dojump(Level &level) {
   const Point &top = level.sp[0];
@@ -143,7 +147,9 @@ Next dodip(Level &level) {
   return next;
 }
 
-Next dodeep(Level &level) { return dodip(level); }
+Next dodeep(Level &level) {
+  return dodip(level);
+}
 
 Next dowipe(Level &level) {
   if (level.meaning->table) hashwipe(level.meaning->table);
@@ -159,5 +165,9 @@ Next donoop(Level &level) {
   return Next::FETCH;
 }
 
-Next doreturn(Level &level) { return endlevel(level); }
-Next dofunctionend(Level &level) { return endlevel(level); }
+Next doreturn(Level &level) {
+  return endlevel(level);
+}
+Next dofunctionend(Level &level) {
+  return endlevel(level);
+}

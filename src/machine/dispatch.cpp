@@ -1,7 +1,7 @@
 // From instruction number to handler.
+#include "arithmetic/random.h"
 #include "arithmetic/scalars.h"
 #include "machine/level.h"
-#include "arithmetic/random.h"
 
 namespace {
 
@@ -38,9 +38,15 @@ Next space(Level &level) {
   return Next::FETCH;
 }
 
-Next notimplemented(Level &level) { return fail(level, 993); }
-Next restricted(Level &level) { return fail(level, 994); }
-Next nothing(Level &) { return Next::FETCH; }
+Next notimplemented(Level &level) {
+  return fail(level, 993);
+}
+Next restricted(Level &level) {
+  return fail(level, 994);
+}
+Next nothing(Level &) {
+  return Next::FETCH;
+}
 
 // A row that is not built yet needs no function behind its handler: the branch that names it is discarded.
 #define MONADIC(f) &monadic<f>

@@ -16,7 +16,8 @@ bool hasungivable(const Point &data) {
   return false;
 }
 
-// Pushes what the function sees of an element: a scalar of it, the enclosed space, or the symbolic Point that stands there.
+// Pushes what the function sees of an element: a scalar of it, the enclosed space, or the symbolic Point that stands
+// there.
 void pushelement(Level &level, const Point &data, const Element &element) {
   Point argument{};
   if (element.tag == tags::SUBARRAY) return pushcopy(level, *element.subarray);

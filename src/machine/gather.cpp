@@ -61,7 +61,9 @@ void begingathering(Level &level, Gathering &g, int operands) {
   takecustody(g.held, releasegathering, &g);
 }
 
-void failgathering(Level &level, int number) { exceptionjump(number, &level.sp, level.instruction); }
+void failgathering(Level &level, int number) {
+  exceptionjump(number, &level.sp, level.instruction);
+}
 
 void gather(Level &level, Gathering &g) {
   Point *const base = level.sp - 1;

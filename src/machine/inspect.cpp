@@ -11,7 +11,9 @@ namespace {
 
 constexpr std::uint16_t EVERYWHERE = instructions::REST;  // the modifier of the ALL spellings
 
-long height(const Level &level) { return level.sp - (stacktop - (STACK_POINTS - 1)); }
+long height(const Level &level) {
+  return level.sp - (stacktop - (STACK_POINTS - 1));
+}
 
 void traceline(const Level &level) {
   std::printf("\nTrace (%2d:%3ld)", level.level, static_cast<long>(level.current - level.start) + 1);

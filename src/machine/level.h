@@ -18,8 +18,8 @@ struct Level {
   Point *sp;                 // the top of the stack; always stored before anything that may jump
   Entry **memory;
   Point *start;
-  Point *header;           // of the function whose body this is, for the facts that its type word collects; null: a text
-  Context *entry;          // the meaning at entry, which the level goes back to at its end
+  Point *header;   // of the function whose body this is, for the facts that its type word collects; null: a text
+  Context *entry;  // the meaning at entry, which the level goes back to at its end
   std::int64_t entryuses;  // how often that link was pushed then
   Level *caller;
   int level;
@@ -28,7 +28,7 @@ struct Level {
   bool trace, step;
   bool ownsframe;          // frame and floor are not the caller's: the end of the level cleans them
   double stamp, operated;  // the clock and the count of operations when the instruction began; only with opstime
-  Point rotation;  // an instruction under IF_YES or IF_NO, as it reads without them
+  Point rotation;          // an instruction under IF_YES or IF_NO, as it reads without them
 };
 
 // The innermost activation.
@@ -72,8 +72,12 @@ Next endlevel(Level &level);
 Next reachend(Level &level);
 
 // Is there a value to consume?
-inline bool hasvalues(const Level &level, std::ptrdiff_t count) { return level.sp - level.floor >= count - 1; }
-inline bool stackfull(const Level &level) { return level.sp >= stacktop; }
+inline bool hasvalues(const Level &level, std::ptrdiff_t count) {
+  return level.sp - level.floor >= count - 1;
+}
+inline bool stackfull(const Level &level) {
+  return level.sp >= stacktop;
+}
 
 // The one element of a scalar or one-element space, null for anything else.
 inline const Element *oneelement(const Point &point) {
@@ -81,9 +85,13 @@ inline const Element *oneelement(const Point &point) {
 }
 
 // Releases the top and drops it.
-inline void droptop(Level &level) { dereferencepoint(level.sp--); }
+inline void droptop(Level &level) {
+  dereferencepoint(level.sp--);
+}
 // Pushes a Point whose references the stack takes over. The caller has checked for room.
-inline void pushowned(Level &level, const Point &point) { *++level.sp = point; }
+inline void pushowned(Level &level, const Point &point) {
+  *++level.sp = point;
+}
 // Pushes a copy and raises its references.
 inline void pushcopy(Level &level, const Point &point) {
   *++level.sp = point;

@@ -12,7 +12,9 @@ struct Loop {
   Custody function_kept, counter_kept;
 };
 
-void releasecounter(Custody &c) { dereference(*static_cast<Element **>(c.held)); }
+void releasecounter(Custody &c) {
+  dereference(*static_cast<Element **>(c.held));
+}
 
 // The index scalar of this round. Its block is written over as long as nobody else holds it.
 void pushindex(Level &level, Loop &loop, std::int64_t index) {

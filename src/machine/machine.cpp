@@ -174,8 +174,8 @@ void runlanded(Level &level) {
   disarmlanding(outer);
 }
 
-// Where the process stack ends, it is to end here, where a fault finds everything whole, and not a few calls further in,
-// inside the heap: the room that a level needs for its own work is touched before it begins.
+// Where the process stack ends, it is to end here, where a fault finds everything whole, and not a few calls further
+// in, inside the heap: the room that a level needs for its own work is touched before it begins.
 constexpr std::size_t WORKING_ROOM = 256 * 1024;
 [[gnu::noinline]] void touchstack() {
   [[maybe_unused]] volatile char room[WORKING_ROOM];

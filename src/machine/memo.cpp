@@ -8,7 +8,9 @@ namespace {
 constexpr std::uint32_t UNKEPT = ISPROBABLE | INOUT;
 
 // The END of a body: where the text of the function itself is kept, in the name word, once it was made.
-Point &endpoint(const Point &function) { return function.programme[function.elements]; }
+Point &endpoint(const Point &function) {
+  return function.programme[function.elements];
+}
 
 // The key: the arguments from the deepest up, then the function. A counted string that the caller owns.
 char *makekey(Level &level, int arguments) {
@@ -79,5 +81,9 @@ Next memo(Level &level, bool anew) {
 
 }  // namespace
 
-Next doresult(Level &level) { return memo(level, false); }
-Next doreevaluate(Level &level) { return memo(level, true); }
+Next doresult(Level &level) {
+  return memo(level, false);
+}
+Next doreevaluate(Level &level) {
+  return memo(level, true);
+}

@@ -6,8 +6,12 @@
 
 namespace {
 
-bool isaddress(const Point &point) { return point.rank == ranks::ADDRESS; }
-bool islocaladdress(const Point &point) { return isaddress(point) && (point.type & ISLOCAL) != 0; }
+bool isaddress(const Point &point) {
+  return point.rank == ranks::ADDRESS;
+}
+bool islocaladdress(const Point &point) {
+  return isaddress(point) && (point.type & ISLOCAL) != 0;
+}
 
 void mark(Level &level, std::uint32_t bit) {
   if (level.header) level.header->type |= bit;
@@ -105,8 +109,7 @@ Next doat(Level &level) {
   char *name = stringdup(bare);
   release(text);
   Entry *table;
-  const Entry *entry =
-      sigil != 0 ? meaning(level.meaning, name, &table, sigil) : entername(*level.memory, name, sigil);
+  const Entry *entry = sigil != 0 ? meaning(level.meaning, name, &table, sigil) : entername(*level.memory, name, sigil);
   Point address{};
   address.rank = ranks::ADDRESS;
   address.type = ISADDRESS;
@@ -206,8 +209,12 @@ Next previous(Level &level) {
 
 }  // namespace
 
-Next dovariables(Level &level) { return list(level, '_'); }
-Next dofunctions(Level &level) { return list(level, '.'); }
+Next dovariables(Level &level) {
+  return list(level, '_');
+}
+Next dofunctions(Level &level) {
+  return list(level, '.');
+}
 
 Next docontext(Level &level) {
   switch (level.instruction->modifier) {

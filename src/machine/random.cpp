@@ -24,8 +24,8 @@ std::int64_t positive(const Element *element) {
   return whole > 0 && static_cast<double>(whole) == element->real ? whole : 0;
 }
 
-// The cards that a shuffle has moved, by place. A pack that is never written out: only what differs from its first order
-// is kept, so that a few cards of a huge pack cost little.
+// The cards that a shuffle has moved, by place. A pack that is never written out: only what differs from its first
+// order is kept, so that a few cards of a huge pack cost little.
 class Pack {
  public:
   static std::size_t slots(std::int64_t moves) { return std::bit_ceil(static_cast<std::size_t>(moves) * 2); }
@@ -75,8 +75,8 @@ Next doseed(Level &level) {
   const Element *seed = oneelement(*level.sp);
   if (!isreal(seed)) return fail(level, 850);
   // A real keeps six of its decimals, in 32 bits.
-  const std::int64_t value =
-      seed->tag == tags::INTEGER ? seed->integer
+  const std::int64_t value = seed->tag == tags::INTEGER
+                                 ? seed->integer
                                  : std::clamp<std::int64_t>(saturate(seed->real * SEED_SCALE), INT32_MIN, INT32_MAX);
   SEED_PRNGS(0, &prngs_seed, value);
   droptop(level);

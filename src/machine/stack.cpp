@@ -7,7 +7,9 @@
 
 namespace {
 
-bool ismark(const Point &point) { return isoperator(point) && point.instruction == instructions::MARK; }
+bool ismark(const Point &point) {
+  return isoperator(point) && point.instruction == instructions::MARK;
+}
 
 // The MARK nearest to the top, or the slot below the floor.
 Point *findmark(const Level &level) {
@@ -30,8 +32,8 @@ Next pushempty(Level &level) {
   return Next::FETCH;
 }
 
-// The flag word that a collected vector leaves: its low bits hold the number of kinds found, and no HAS bit stands until
-// an operation computes them again. Kept: whoever reads such a space goes by the tags of its elements.
+// The flag word that a collected vector leaves: its low bits hold the number of kinds found, and no HAS bit stands
+// until an operation computes them again. Kept: whoever reads such a space goes by the tags of its elements.
 std::uint32_t collectedtype(const Point *values, std::ptrdiff_t count) {
   std::uint32_t kinds = 0;
   for (std::ptrdiff_t i = 0; i < count; ++i) {
@@ -121,9 +123,13 @@ Next domark(Level &level) {
   return Next::FETCH;
 }
 
-Next docountstack(Level &level) { return pushcount(level, level.sp - level.floor + 1); }
+Next docountstack(Level &level) {
+  return pushcount(level, level.sp - level.floor + 1);
+}
 
-Next docounttomark(Level &level) { return pushcount(level, level.sp - findmark(level)); }
+Next docounttomark(Level &level) {
+  return pushcount(level, level.sp - findmark(level));
+}
 
 Next docleartomark(Level &level) {
   const Point *mark = findmark(level);
