@@ -23,6 +23,7 @@ static_assert(RESHAPED == 0x7F7F00);
 constexpr std::uint64_t MOSTELEMENTS = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t MOSTAXES = std::numeric_limits<std::int32_t>::max();
 constexpr std::size_t CHUNK = 65536;  // records between two safe points
+constexpr std::size_t PIECE = 256;    // records that are looked at and copied while they are at hand
 
 // ---- The extents.
 
@@ -124,56 +125,89 @@ bool iscopied(std::int32_t tag) {
 
 enum class Copying { WHOLE, ONEBYONE };
 
-// How the records of a stretch are copied. The message that says why they can't be, or 0.
-int copying(const Point &data, std::size_t from, std::size_t to, Copying &how) {
-  const Element *e = data.data_pointer;
-  const bool uniform = (data.type & (COMPLEXED | STRUCTURED)) == 0 && isplain(e->tag);
-  how = mayown(data) || hascountedname(*e) ? Copying::ONEBYONE : Copying::WHOLE;
+// How the flag word says that the records are copied. They have the last word themselves.
+Copying promised(const Point &data) {
+  return mayown(data) || hascountedname(*data.data_pointer) ? Copying::ONEBYONE : Copying::WHOLE;
+}
+
+// The message for a record that can't be copied.
+int nobranch(const Point &data) {
+  return (data.type & (COMPLEXED | STRUCTURED)) == 0 && isplain(data.data_pointer->tag) ? IMPOSSIBLE : NOBRANCH;
+}
+
+// How the records of a stretch are copied. A message number or 0.
+int judge(const Point &data, std::size_t from, std::size_t to, Copying &how) {
+  how = promised(data);
   for (std::size_t i = from; i < to; ++i) {
     if (i % CHUNK == 0) safepoint();
-    if (isplain(e[i].tag)) continue;
-    if (!iscopied(e[i].tag)) return uniform ? IMPOSSIBLE : NOBRANCH;
+    if (isplain(data.data_pointer[i].tag)) continue;
+    if (!iscopied(data.data_pointer[i].tag)) return nobranch(data);
     how = Copying::ONEBYONE;
   }
   return 0;
 }
 
-void copywhole(Element *to, const Element *from, std::size_t count) {
-  for (std::size_t done = 0; done < count; done += CHUNK) {
-    std::memcpy(to + done, from + done, std::min(CHUNK, count - done) * sizeof(Element));
+// Repeats the first `period` records until there are `count`. What is there already is copied in ever larger pieces.
+void repeatwhole(Element *records, std::size_t period, std::size_t count) {
+  for (std::size_t have = period; have < count;) {
+    const std::size_t from = have % period;
+    const std::size_t piece = std::min({have - from, count - have, CHUNK});
+    std::memcpy(records + have, records + from, piece * sizeof(Element));
     safepoint();
-  }
-}
-
-// Repeats the first `have` records until there are `count`. What is there already is copied in ever larger pieces.
-void repeatwhole(Element *records, std::size_t have, std::size_t count) {
-  while (have < count) {
-    const std::size_t piece = std::min(have, count - have);
-    copywhole(records + have, records, piece);
     have += piece;
   }
 }
 
-// `count` records of its own, by going through those of `data` again and again.
-Element *repeatelements(const Point &data, std::size_t count, Copying how) {
+// Adds a piece of records to those made. `how` turns where one of them needs it. A message number or 0.
+int addpiece(Point &made, const Point &data, std::size_t from, std::size_t count, Copying &how) {
+  const Element *records = data.data_pointer + from;
+  safepoint();
+  if (how == Copying::WHOLE && std::all_of(records, records + count, [](const Element &e) { return isplain(e.tag); })) {
+    std::memcpy(made.data_pointer + made.elements, records, count * sizeof(Element));
+    made.elements += static_cast<std::uint32_t>(count);
+    return 0;
+  }
+  how = Copying::ONEBYONE;
+  for (std::size_t i = 0; i < count; ++i, ++made.elements) {
+    if (!iscopied(records[i].tag)) return nobranch(data);
+    copyelement(made.data_pointer[made.elements], records[i]);
+  }
+  return 0;
+}
+
+// Adds all pieces, once, and then what is there already, again and again.
+int addpieces(Point &made, const Point &data, std::size_t count) {
+  Copying how = promised(data);
+  const std::size_t have = std::min<std::size_t>(data.elements, count);
+  for (std::size_t i = 0; i < have; i += PIECE)
+    if (const int fault = addpiece(made, data, i, std::min(PIECE, have - i), how)) return fault;
+  if (how == Copying::WHOLE) {
+    repeatwhole(made.data_pointer, have, count);
+    made.elements = static_cast<std::uint32_t>(count);
+    return 0;
+  }
+  for (; made.elements < count; ++made.elements) {
+    copyelement(made.data_pointer[made.elements], made.data_pointer[made.elements - have]);
+    if (made.elements % PIECE == 0) safepoint();
+  }
+  return 0;
+}
+
+// Makes `count` records of its own, by going through those of `data` again and again. A message number or 0.
+int repeatelements(const Point &data, std::size_t count, Element *&records) {
   Point made{};
   made.rank = ranks::VECTOR;
   made.type = ISVECTOR;  // no kinds: whatever is in there by then gets released
   made.data_pointer = newelements(count);
   Custody making;
   takecustody(making, releasepoint, &made);
-  const std::size_t have = std::min<std::size_t>(data.elements, count);
-  if (how == Copying::WHOLE) {
-    copywhole(made.data_pointer, data.data_pointer, have);
-    repeatwhole(made.data_pointer, have, count);
-  } else {
-    for (std::size_t i = 0; i < count; ++i, ++made.elements) {
-      copyelement(made.data_pointer[i], data.data_pointer[i % data.elements]);
-      if (i % CHUNK == CHUNK - 1) safepoint();
-    }
-  }
+  const int fault = addpieces(made, data, count);
   endcustody(making);
-  return made.data_pointer;
+  if (fault != 0)
+    dereferencepoint(&made);
+  else
+    records = made.data_pointer;
+  return fault;
 }
 
 // Gives up the records of `data`, but for what else it holds.
@@ -184,27 +218,33 @@ void releaseelements(Point &data) {
   dereferencepoint(&old);
 }
 
+// Cuts a block that nobody else sees. A message number or 0.
+int cut(Point &data, std::uint32_t count) {
+  Copying how;
+  if (const int fault = judge(data, count, data.elements, how)) return fault;
+  if (how == Copying::ONEBYONE) dereferencedataelems(data.data_pointer + count, data.elements - count);
+  // A block that can't be cut serves as well.
+  if (Element *shorter = tryreallocate(data.data_pointer, count)) data.data_pointer = shorter;
+  return 0;
+}
+
 // Makes `data` hold `count` records, more, fewer or as many as now. `elements` stays with the caller. A message number
 // or 0.
 int resize(Point &data, std::uint32_t count) {
-  const std::uint32_t have = data.elements;
-  const bool ours = refr(data.data_pointer) == 1 && !hascountedname(*data.data_pointer);
-  const bool cuts = ours && count < have;
-  Copying how;
-  if (const int fault = cuts ? copying(data, count, have, how) : copying(data, 0, std::min(count, have), how))
-    return fault;
-  if (cuts) {
-    if (how == Copying::ONEBYONE) dereferencedataelems(data.data_pointer + count, have - count);
-    // A block that can't be cut serves as well.
-    if (Element *cut = tryreallocate(data.data_pointer, count)) data.data_pointer = cut;
-  } else if (ours && how == Copying::WHOLE) {
-    data.data_pointer = Reallocate(data.data_pointer, count);
-    repeatwhole(data.data_pointer, have, count);
-  } else {
-    Element *records = repeatelements(data, count, how);
-    releaseelements(data);
-    data.data_pointer = records;
+  if (refr(data.data_pointer) == 1 && !hascountedname(*data.data_pointer)) {
+    if (count < data.elements) return cut(data, count);
+    Copying how;
+    if (const int fault = judge(data, 0, data.elements, how)) return fault;
+    if (how == Copying::WHOLE) {
+      data.data_pointer = Reallocate(data.data_pointer, count);
+      repeatwhole(data.data_pointer, data.elements, count);
+      return 0;
+    }
   }
+  Element *records;
+  if (const int fault = repeatelements(data, count, records)) return fault;
+  releaseelements(data);
+  data.data_pointer = records;
   return 0;
 }
 

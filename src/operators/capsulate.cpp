@@ -1,0 +1,246 @@
+// Encapsulation.
+#include "operators/capsulate.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "diagnostics/exception.h"
+#include "spaces/convert.h"
+#include "spaces/refderef.h"
+
+namespace {
+
+constexpr std::int32_t COMPLEXED_STRUCTURE = 1003, MULTIDIMENSIONAL = 1004;
+constexpr std::uint32_t UNFOLDED = HASASCII | HASCOMPLEX | HASQUATERNION | HASOCTONION;
+constexpr int PARTS = 8;
+
+bool isreal(const Element &e) {
+  return e.tag == tags::INTEGER || e.tag == tags::REAL;
+}
+double real(const Element &e) {
+  return e.tag == tags::INTEGER ? static_cast<double>(e.integer) : e.real;
+}
+
+// Gives a member of a structure that is to be changed a Point of its own.
+Point *ownmember(Element &e) {
+  if (refr(e.subarray) == 1) return e.subarray;
+  Point *own = newpoint();
+  *own = *e.subarray;
+  referencepoint(own);
+  dereferencepoint(e.subarray);
+  release(e.subarray);
+  e.subarray = own;
+  return own;
+}
+
+// The kinds of the records as they are now, in place of those in the flag word.
+void countkinds(Point &space) {
+  std::uint32_t kinds = 0;
+  for (std::uint32_t i = 0; i < space.elements; ++i) kinds |= kindbit(space.data_pointer[i].tag);
+  space.type = (space.type & ~(KINDBITS | COMPLEXED)) | kinds | (space.elements > 1 ? complexed(kinds) : 0);
+}
+
+void unname(Element &e) {
+  if (e.tag != tags::QUATERNION) e.name = nullptr;
+  e.attributes = static_cast<std::uint16_t>(e.attributes & ~attributes::NAMED);
+}
+
+// ---- Folding.
+
+std::int32_t foldedtag(std::uint32_t count) {
+  if (count == 2) return tags::COMPLEX;
+  return count <= 4 ? tags::QUATERNION : tags::OCTONION;
+}
+
+void fold(Point *point) {
+  double parts[PARTS] = {};
+  const std::int32_t tag = foldedtag(point->elements);
+  for (std::uint32_t i = 0; i < point->elements; ++i) parts[i] = real(point->data_pointer[i]);
+  Element *folded = newelement(tags::FILLER, forms::NUMBER);
+  Custody made;
+  takecustody(made, releaseblock, folded);
+  if (tag == tags::COMPLEX) {
+    folded->complex = {parts[0], parts[1]};
+  } else if (tag == tags::QUATERNION) {
+    setquaternion(*folded, {{parts[0], parts[1], parts[2], parts[3]}});
+  } else {
+    folded->octonion = static_cast<Octonion *>(newblock(sizeof(Octonion)));
+    std::copy_n(parts, PARTS, folded->octonion->part);
+  }
+  folded->tag = tag;
+  endcustody(made);
+  dereferencepoint(point);
+  *point = {};
+  point->type = ISSCALAR | kindbit(tag);
+  point->elements = 1;
+  point->data_pointer = folded;
+}
+
+// One real element of a whole value becomes the integer.
+void settle(Point *point) {
+  const Element &e = point->data_pointer[0];
+  if (e.tag != tags::REAL || std::floor(e.real) != e.real || std::fabs(e.real) >= INTEGERBOUND) return;
+  makeprivate(*point);
+  Element &own = point->data_pointer[0];
+  own.integer = saturate(own.real);
+  own.tag = tags::INTEGER;
+  own.form = forms::NUMBER;
+  unname(own);
+  countkinds(*point);
+}
+
+bool isfoldable(const Point &point) {
+  if ((point.type & UNFOLDED) != 0) return false;
+  return std::all_of(point.data_pointer, point.data_pointer + point.elements, isreal);
+}
+
+// ---- Opening.
+
+int partsof(std::int32_t tag) {
+  switch (tag) {
+    case tags::INTEGER:
+    case tags::REAL:
+      return 1;
+    case tags::COMPLEX:
+      return 2;
+    case tags::QUATERNION:
+      return 4;
+    case tags::OCTONION:
+      return PARTS;
+    default:
+      return 0;
+  }
+}
+
+void readparts(const Element &e, double *parts) {
+  std::fill_n(parts, PARTS, 0.0);
+  if (e.tag == tags::COMPLEX) {
+    parts[0] = e.complex.re;
+    parts[1] = e.complex.im;
+  } else if (e.tag == tags::QUATERNION) {
+    std::copy_n(quaternion(e).part, 4, parts);
+  } else if (e.tag == tags::OCTONION) {
+    std::copy_n(e.octonion->part, PARTS, parts);
+  } else {
+    parts[0] = real(e);
+  }
+}
+
+// How many components each element opens into: those of the widest; 0 where one is no number.
+std::size_t widthof(const Point &point) {
+  int width = 0;
+  for (std::uint32_t i = 0; i < point.elements; ++i) {
+    const int parts = partsof(point.data_pointer[i].tag);
+    if (parts == 0) return 0;
+    width = std::max(width, parts);
+  }
+  const Element &first = point.data_pointer[0];
+  // A single complex number on the real line opens into that real.
+  if (point.rank == 0 && first.tag == tags::COMPLEX && first.complex.im == 0) return 1;
+  return static_cast<std::size_t>(width);
+}
+
+// A shape with one more axis, the fastest, in front; of a scalar, the only one.
+Element *opened(const Point &point, std::size_t width) {
+  const auto rank = static_cast<std::size_t>(point.rank);
+  Element *shape = newelements(rank + 1);
+  for (std::size_t axis = 0; axis <= rank; ++axis) {
+    shape[axis] = {};
+    shape[axis].tag = tags::INTEGER;
+    shape[axis].form = forms::NUMBER;
+    shape[axis].integer = axis == 0 ? static_cast<std::int64_t>(width) : point.shape_pointer[axis - 1].integer;
+  }
+  return shape;
+}
+
+// The components of the elements, one row each. An integer that opens alone stays one.
+void writeparts(const Point &point, std::size_t width, Element *to) {
+  double parts[PARTS];
+  for (std::uint32_t i = 0; i < point.elements; ++i) {
+    const Element &e = point.data_pointer[i];
+    readparts(e, parts);
+    for (std::size_t k = 0; k < width; ++k, ++to) {
+      *to = {};
+      to->form = forms::NUMBER;
+      to->tag = width == 1 && e.tag == tags::INTEGER ? tags::INTEGER : tags::REAL;
+      if (to->tag == tags::INTEGER)
+        to->integer = e.integer;
+      else
+        to->real = parts[k];
+    }
+  }
+}
+
+}  // namespace
+
+void encapsulate(Point *point, Point **stackpointer, const Point *instruction) {
+  if (isspace(*point) && isempty(*point)) return;
+  const bool structured = isspace(*point) && (point->type & STRUCTURED) != 0;
+  if (structured && (point->type & COMPLEXED) != 0) return exception(COMPLEXED_STRUCTURE, stackpointer, instruction);
+  if (structured) {
+    makeprivate(*point);
+    for (std::uint32_t i = 0; i < point->elements; ++i)
+      if (point->data_pointer[i].tag == tags::SUBARRAY)
+        encapsulate(ownmember(point->data_pointer[i]), stackpointer, instruction);
+    return;
+  }
+  if (point->rank != ranks::VECTOR) return exception(MULTIDIMENSIONAL, stackpointer, instruction);
+  if (!isfoldable(*point)) return;
+  if (point->elements == 1) return settle(point);
+  if (point->elements <= PARTS) fold(point);
+}
+
+void decapsulate(Point *point) {
+  if (!isspace(*point) || isempty(*point) || point->elements == 0) return;
+  const std::size_t width = widthof(*point);
+  if (width == 0) return;
+  const std::size_t count = width * point->elements;
+  if (count > UINT32_MAX) outofstorage();
+  Point result{};
+  Custody made;
+  takecustody(made, releasepoint, &result);
+  result.rank = point->rank + 1;
+  result.shape_pointer = opened(*point, width);
+  result.data_pointer = newelements(count);
+  writeparts(*point, width, result.data_pointer);
+  result.elements = static_cast<std::uint32_t>(count);
+  result.depth = 1;
+  result.type = (result.rank == ranks::VECTOR ? ISVECTOR : ISARRAY) | (count == 1 ? ISONEELEMENT : 0);
+  countkinds(result);
+  endcustody(made);
+  dereferencepoint(point);
+  *point = result;
+}
+
+void enascii(Point *point, double tolerance) {
+  if (!isspace(*point) || isempty(*point)) return;
+  makeprivate(*point);
+  for (std::uint32_t i = 0; i < point->elements; ++i) {
+    Element &e = point->data_pointer[i];
+    if (e.tag == tags::SUBARRAY) enascii(ownmember(e), tolerance);
+    if (!isreal(e)) continue;
+    const double whole = e.tag == tags::INTEGER ? real(e) : std::nearbyint(e.real);
+    if (std::fabs(real(e) - whole) > tolerance || !(whole >= 0 && whole <= 255)) continue;
+    unname(e);
+    e.tag = tags::ASCII;
+    e.form = 0;
+    e.integer = static_cast<std::int64_t>(whole);
+  }
+  countkinds(*point);
+}
+
+void deascii(Point *point) {
+  if (!isspace(*point) || isempty(*point)) return;
+  makeprivate(*point);
+  for (std::uint32_t i = 0; i < point->elements; ++i) {
+    Element &e = point->data_pointer[i];
+    if (e.tag == tags::SUBARRAY) deascii(ownmember(e));
+    if (e.tag < 0 || e.tag == tags::HANDLE) continue;
+    unname(e);
+    if (e.tag != tags::ASCII) continue;
+    e.integer = e.ascii;
+    e.tag = tags::INTEGER;
+    e.form = forms::NUMBER;
+  }
+  countkinds(*point);
+}

@@ -1,0 +1,16 @@
+// MATCH: how similar two spaces are, and whether they are the same.
+#pragma once
+
+#include <cstdint>
+
+#include "spaces/point.h"
+
+struct Similarity {
+  std::uint64_t weight;  // what two spaces of these sizes could score
+  std::uint64_t score;
+};
+
+// The elements of two spaces in step, enclosed spaces within them. Nothing is released. Nothing is reported.
+Similarity match(const Point &left, const Point &right);
+// Are the elements the same, in kind and in value? 1 or 0.
+int exactmatch(const Point &left, const Point &right);
