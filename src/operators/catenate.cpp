@@ -1,0 +1,187 @@
+// CATENATE: the records of two values in one block. What can fail comes first; from then on the operands are given up
+// without a safe point in between.
+#include <bit>
+
+#include "operators/records.h"
+#include "operators/structure.h"
+
+using namespace records;
+
+namespace {
+
+// How the records of an operand get into the new block.
+enum class Way {
+  PLAIN,   // copied, as they own nothing
+  MOVED,   // copied, and their block freed: nobody else sees them
+  COPIED,  // one by one, as somebody else holds them too
+};
+
+struct Part {
+  Point point;     // the operand
+  Element symbol;  // a symbolic Point as the one record that stands for it
+  const Element *records;
+  std::uint32_t count;
+  std::uint32_t bits;
+  std::int16_t depth;
+  Way way;
+};
+
+// A symbolic Point stands whole in a record, unless it is an operator.
+int makesymbol(Part &part) {
+  part.symbol = std::bit_cast<Element>(part.point);
+  part.records = &part.symbol;
+  part.count = 1;
+  part.bits = recordbits(part.symbol);
+  part.way = Way::MOVED;
+  return part.bits == 0 ? NOBRANCH : 0;
+}
+
+int makepart(Part &part, const Point &operand) {
+  part.point = operand;
+  part.depth = 0;
+  if (!isspace(operand)) return makesymbol(part);
+  if (const int fault = unknownkind(operand)) return fault;
+  part.records = operand.data_pointer;
+  part.count = operand.elements;
+  part.bits = operand.rank == 0 ? recordbits(*part.records) : operand.type;
+  if (operand.rank > 0) part.depth = operand.depth;
+  if ((part.bits & STRUCTURED) != 0) part.depth = std::max(part.depth, found(part.records, part.count).depth);
+  const bool moves = isunique(operand) && !(operand.rank == 0 && hascountedname(*part.records));
+  part.way = !owns(operand) ? Way::PLAIN : moves ? Way::MOVED : Way::COPIED;
+  return 0;
+}
+
+// ---- The shape of the result.
+
+bool sameextents(const Point &a, const Point &b, std::int32_t axes) {
+  return std::equal(a.shape_pointer, a.shape_pointer + axes, b.shape_pointer,
+                    [](const Element &x, const Element &y) { return x.integer == y.integer; });
+}
+
+// Is `low` shaped as a slice of `high` is?
+bool isslice(const Point &low, const Point &high) {
+  return low.rank >= 1 && low.rank == high.rank - 1 && sameextents(low, high, low.rank);
+}
+
+// The shape along which both join; a vector of all records where none does.
+Element *joinedshape(const Point &left, const Point &right, std::uint32_t total, std::int32_t &rank) {
+  const bool join = left.rank == right.rank && left.rank > 1 && sameextents(left, right, left.rank - 1);
+  rank = std::max(left.rank, right.rank);
+  if (rank < 2 || !(join || isslice(left, right) || isslice(right, left))) {
+    rank = ranks::VECTOR;
+    return newshape(total);
+  }
+  const Point &high = left.rank == rank ? left : right;
+  Element *shape = copyshape(high.shape_pointer, rank);
+  shape[rank - 1].integer += join ? right.shape_pointer[rank - 1].integer : 1;
+  return shape;
+}
+
+// ---- The records.
+
+// Puts one operand's records to their place, as far as that can fail or be interrupted.
+void putcopies(Making &m, const Part &part) {
+  if (part.way == Way::COPIED) return makecopies(m, part.records, 1, part.count);
+  Element *to = m.made.data_pointer + m.made.elements;
+  if (part.way == Way::PLAIN) {
+    copyrecords(to, part.records, part.count, true);
+  } else {
+    for (std::uint32_t i = 0; i < part.count; ++i) {
+      to[i] = {};
+      to[i].tag = tags::FILLER;
+    }
+  }
+  m.made.elements += part.count;
+}
+
+void putmoved(Element *to, const Part &part) {
+  if (part.way == Way::MOVED) copyrecords(to, part.records, part.count, false);
+}
+
+// Both in a new block.
+Element *joined(const Part &left, const Part &right) {
+  Making m;
+  startmaking(m, std::size_t{left.count} + right.count);
+  putcopies(m, left);
+  putcopies(m, right);
+  Element *made = endmaking(m);
+  putmoved(made, left);
+  putmoved(made + left.count, right);
+  return made;
+}
+
+// The right behind the left, in the left's own block.
+Element *appended(Point &left, const Part &right) {
+  const std::size_t total = std::size_t{left.elements} + right.count;
+  if (right.way != Way::COPIED) {
+    left.data_pointer = Reallocate(left.data_pointer, total);
+    copyrecords(left.data_pointer + left.elements, right.records, right.count, right.way == Way::PLAIN);
+    return left.data_pointer;
+  }
+  Making m;
+  startmaking(m, right.count);
+  makecopies(m, right.records, 1, right.count);
+  left.data_pointer = Reallocate(left.data_pointer, total);
+  Element *copies = endmaking(m);
+  copyrecords(left.data_pointer + left.elements, copies, right.count, false);
+  freeblock(copies);
+  return left.data_pointer;
+}
+
+// Gives up what an operand still holds once its records stand in the result.
+void giveup(Part &part) {
+  if (!isspace(part.point)) return;
+  release(part.point.shape_pointer);
+  if (part.way == Way::COPIED)
+    releaserecords(part.point);
+  else
+    release(part.point.data_pointer);
+}
+
+void join(Point &left, Point &right, Part &l, Part &r, std::uint32_t total) {
+  Point result{};
+  result.shape_pointer = joinedshape(left, right, total, result.rank);
+  Custody making;
+  takecustody(making, releaseblock, result.shape_pointer);
+  const bool grows = isspace(left) && isunique(left) && l.way != Way::COPIED;
+  result.data_pointer = grows ? appended(left, r) : joined(l, r);
+  endcustody(making);
+  if (grows) l.point.data_pointer = nullptr;
+  giveup(l);
+  giveup(r);
+  result.type = ((l.bits | r.bits) & (ELEMENTBITS | STRUCTURED | ISSTRUCTURE)) |
+                ((left.type | right.type) & ISPROBABLE) | (result.rank > 1 ? ISARRAY : ISVECTOR);
+  result.type |= complexed(result.type);
+  result.depth = std::max({l.depth, r.depth, std::int16_t{1}});
+  result.elements = total;
+  left = result;
+  right = {};
+}
+
+bool isnothing(const Point &point) {
+  return isspace(point) && (isempty(point) || !point.data_pointer);
+}
+
+}  // namespace
+
+int catenate(Point &left, Point &right) {
+  if (isnothing(left)) {
+    dereferencepoint(&left);
+    left = right;
+    right = {};
+    return 0;
+  }
+  if (isnothing(right)) {
+    dereferencepoint(&right);
+    return 0;
+  }
+  knowkinds(left);
+  knowkinds(right);
+  Part l, r;
+  if (const int fault = makepart(l, left)) return fault;
+  if (const int fault = makepart(r, right)) return fault;
+  const std::uint64_t total = std::uint64_t{l.count} + r.count;
+  if (total > MOSTELEMENTS) outofstorage();
+  join(left, right, l, r, static_cast<std::uint32_t>(total));
+  return 0;
+}

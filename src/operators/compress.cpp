@@ -1,0 +1,161 @@
+// COMPRESS and COMPRESSLASTAXIS: what a mask keeps of an axis. REPLICATE: the whole again and again.
+#include "operators/records.h"
+#include "operators/reshape.h"
+#include "operators/structure.h"
+
+using namespace records;
+
+namespace {
+
+constexpr int BADMASK = 4, NOMATCH = 31;
+
+// The axis at work: elements within one step of it, steps, and how often the whole axis comes.
+struct Axis {
+  std::int32_t number;
+  std::size_t inner, extent, outer;
+};
+
+Axis axisof(const Point &data, bool last) {
+  Axis axis{last ? data.rank - 1 : 0, 1, 0, 1};
+  for (std::int32_t i = 0; i < data.rank; ++i) {
+    const auto extent = static_cast<std::size_t>(data.shape_pointer[i].integer);
+    if (i == axis.number)
+      axis.extent = extent;
+    else
+      (i < axis.number ? axis.inner : axis.outer) *= extent;
+  }
+  return axis;
+}
+
+// Are these integers, and at most one axis of them?
+bool ismask(const Point &mask) {
+  if (!isspace(mask) || !mask.data_pointer || (mask.type & STRUCTURED) != 0) return false;
+  if ((mask.type & PURITYBITS) != HASINTEGER || (mask.rank > 1 && mask.elements > 1)) return false;
+  bool integers = true;
+  for (std::uint32_t i = 0; i < mask.elements; ++i) {
+    integers &= mask.data_pointer[i].tag == tags::INTEGER;
+    if (i % CHUNK == CHUNK - 1) safepoint();
+  }
+  return integers;
+}
+
+// The places of the axis that are kept. Returns how many.
+std::uint32_t keptplaces(const Point &mask, std::uint32_t *places) {
+  std::uint32_t kept = 0;
+  for (std::uint32_t i = 0; i < mask.elements; ++i) {
+    places[kept] = i;
+    kept += mask.data_pointer[i].integer > 0 ? 1 : 0;
+  }
+  return kept;
+}
+
+template <typename Out>
+void walkplaces(const Axis &axis, const std::uint32_t *places, std::uint32_t kept, const Element *from, Out &out) {
+  for (std::size_t i = 0; i < axis.outer; ++i, from += axis.extent * axis.inner) {
+    if (axis.inner == 1) {
+      out.pick(from, places, kept);
+      continue;
+    }
+    for (std::uint32_t k = 0; k < kept; ++k) out.run(from + places[k] * axis.inner, 1, axis.inner);
+  }
+}
+
+void keepplaces(Point &data, const Axis &axis, const std::uint32_t *places, std::uint32_t kept) {
+  const std::size_t count = axis.inner * kept * axis.outer;
+  Element *shape = copyshape(data.shape_pointer, data.rank);
+  shape[axis.number].integer = kept;
+  if (count == 0) return becomeempty(data, data.rank, shape);
+  Custody making;
+  takecustody(making, releaseblock, shape);
+  keep(data, static_cast<std::uint32_t>(count),
+       [&](auto &out) { walkplaces(axis, places, kept, data.data_pointer, out); });
+  endcustody(making);
+  dereference(data.shape_pointer);
+  data.shape_pointer = shape;
+  data.elements = static_cast<std::uint32_t>(count);
+  settle(data);
+}
+
+int compressaxis(const Point &mask, Point &data, bool last) {
+  if (!isspace(data) || data.rank == 0) return NOMATCH;
+  const Axis axis = axisof(data, last);
+  if (axis.extent != mask.elements) return NOMATCH;
+  knowkinds(data);
+  if (const int fault = unknownkind(data)) return fault;
+  auto *places = static_cast<std::uint32_t *>(newblock(mask.elements * sizeof(std::uint32_t)));
+  Custody making;
+  takecustody(making, releaseblock, places);
+  const std::uint32_t kept = keptplaces(mask, places);
+  if (kept < mask.elements) keepplaces(data, axis, places, kept);
+  endcustody(making);
+  freeblock(places);
+  return 0;
+}
+
+// The right operand takes the place of the left.
+void moveleft(Point &left, Point &right) {
+  dereferencepoint(&left);
+  left = right;
+  right = {};
+}
+
+int compressany(Point &mask, Point &data, bool last) {
+  knowkinds(mask);
+  if (!ismask(mask)) return BADMASK;
+  if (mask.elements == 1) {
+    if (mask.data_pointer->integer <= 0) becomeempty(data, ranks::VECTOR, newshape(0));
+  } else if (const int fault = compressaxis(mask, data, last)) {
+    return fault;
+  }
+  moveleft(mask, data);
+  return 0;
+}
+
+bool iszero(const Element &e) {
+  return (e.tag == tags::INTEGER && e.integer == 0) || (e.tag == tags::REAL && e.real == 0);
+}
+
+}  // namespace
+
+int compress(Point &mask, Point &data) {
+  return compressany(mask, data, false);
+}
+
+int compresslastaxis(Point &mask, Point &data) {
+  return compressany(mask, data, true);
+}
+
+int replicate(Point &count, Point &data, const Point *instruction) {
+  knowkinds(count);
+  if (!isspace(count) || !count.data_pointer || (count.type & (SCALARLIKE | HASINTEGER)) == 0) return NOBRANCH;
+  if (iszero(*count.data_pointer)) {
+    becomeempty(data, ranks::VECTOR, newshape(0));
+    moveleft(count, data);
+    return 0;
+  }
+  const std::int32_t axes = std::max(data.rank, 0);
+  Point shape{};
+  shape.rank = ranks::VECTOR;
+  shape.type = ISVECTOR;
+  shape.depth = 1;
+  Custody making;
+  takecustody(making, releasepoint, &shape);
+  shape.data_pointer = axes > 0 ? copyshape(data.shape_pointer, axes, 1) : copyshape(nullptr, 0, 1);
+  shape.elements = static_cast<std::uint32_t>(axes);
+  // Kept: of several counts the first is taken.
+  if (count.data_pointer->tag == tags::INTEGER)
+    shape.data_pointer[axes].integer = count.data_pointer->integer;
+  else
+    copyelement(shape.data_pointer[axes], *count.data_pointer);
+  ++shape.elements;
+  shape.shape_pointer = newshape(shape.elements);
+  shape.type |= found(shape.data_pointer, shape.elements).bits;
+  const int fault = reshape(&data, &shape, instruction);
+  endcustody(making);
+  if (fault != 0) {
+    dereferencepoint(&shape);
+    return REPORTED;
+  }
+  moveleft(count, data);
+  return 0;
+}

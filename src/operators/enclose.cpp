@@ -1,0 +1,55 @@
+// ENCLOSE and DISCLOSE: a whole value as one record, and back.
+#include <bit>
+
+#include "operators/records.h"
+#include "operators/structure.h"
+
+using namespace records;
+
+namespace {
+
+constexpr int MANYMEMBERS = 973;
+
+bool issymbol(const Element &e) {
+  return (recordbits(e) & STRUCTURED) != 0 && e.tag != tags::SUBARRAY;
+}
+
+}  // namespace
+
+void enclose(Point &space, bool atom) {
+  if (space.rank == 0 && !atom) return;
+  Point made{};
+  made.rank = ranks::VECTOR;
+  made.type = STRUCTURED | ISSTRUCTURE | (atom ? ISSCALAR : ISVECTOR | ISONEELEMENT);
+  // An atom nests no deeper than what it holds.
+  const int depth = isspace(space) ? space.depth : 0;
+  made.depth = static_cast<std::int16_t>(std::min(atom ? depth : depth + 1, int{INT16_MAX}));
+  Custody making;
+  takecustody(making, releasepoint, &made);
+  made.shape_pointer = newshape(1);
+  made.data_pointer = newelement(tags::FILLER, 0);
+  made.elements = 1;
+  Point *member = newpoint();
+  endcustody(making);
+  *member = space;
+  made.data_pointer->tag = tags::SUBARRAY;
+  made.data_pointer->subarray = member;
+  space = made;
+}
+
+int disclose(Point &space) {
+  knowkinds(space);
+  if (!isspace(space) || (space.type & STRUCTURED) == 0 || !space.data_pointer) return 0;
+  if (space.elements != 1) return MANYMEMBERS;
+  Element *record = space.data_pointer;
+  const Element e = *record;
+  if (e.tag != tags::SUBARRAY && !issymbol(e)) return 0;
+  // The way to what is enclosed gets shorter, and stays one way: its counts do not change.
+  const Point member = e.tag == tags::SUBARRAY ? *e.subarray : std::bit_cast<Point>(e);
+  Element *shape = space.shape_pointer;
+  space = member;
+  release(shape);
+  if (e.tag == tags::SUBARRAY) release(e.subarray);
+  release(record);
+  return 0;
+}

@@ -1,0 +1,165 @@
+// ENLIST: the leaves of a structured space as one vector.
+#include <bit>
+
+#include "operators/records.h"
+#include "operators/structure.h"
+
+using namespace records;
+
+namespace {
+
+// What the levels of a value say of themselves that its leaves do not.
+constexpr std::uint32_t LEVELBITS =
+    ~(ELEMENTBITS | COMPLEXED | STRUCTURED | RANKBITS | ISSTRUCTURE | ISEMPTY | NAMEBEARING | ISLOCAL);
+
+// The levels that are open. They stand in a counted block, so that no depth of a value can exhaust the process stack.
+struct Open {
+  const Element *next, *end;
+};
+struct Walk {
+  Open *open;
+  std::size_t depth, room;
+  Custody custody;
+  std::size_t left;  // records to the next safe point
+};
+
+constexpr std::size_t FIRSTLEVELS = 16;
+
+void startwalk(Walk &w) {
+  w.open = static_cast<Open *>(newblock(FIRSTLEVELS * sizeof(Open)));
+  w.depth = 0;
+  w.room = FIRSTLEVELS;
+  w.left = CHUNK;
+  takecustody(w.custody, releaseblock, w.open);
+}
+
+void endwalk(Walk &w) {
+  endcustody(w.custody);
+  freeblock(w.open);
+}
+
+void openlevel(Walk &w, const Point &space) {
+  if (w.depth == w.room) {
+    auto *larger = static_cast<Open *>(newblock(2 * w.room * sizeof(Open)));
+    std::memcpy(larger, w.open, w.depth * sizeof(Open));
+    freeblock(w.open);
+    w.open = larger;
+    w.custody.held = larger;
+    w.room *= 2;
+  }
+  w.open[w.depth++] = {space.data_pointer, space.data_pointer + space.elements};
+}
+
+void poll(Walk &w, std::size_t records) {
+  if (records < w.left) {
+    w.left -= records;
+    return;
+  }
+  w.left = CHUNK;
+  safepoint();
+}
+
+// Meets the leaves in order: `visit.level` each space, `visit.plain` the records of one that owns nothing, `visit.leaf`
+// any other record, a symbolic Point included.
+template <typename Visit>
+void walkleaves(const Point &space, Visit &visit) {
+  Walk w;
+  startwalk(w);
+  visit.level(space);
+  openlevel(w, space);
+  while (w.depth > 0) {
+    Open &level = w.open[w.depth - 1];
+    if (level.next == level.end) {
+      --w.depth;
+      continue;
+    }
+    const Element &e = *level.next++;
+    poll(w, 1);
+    if (e.tag != tags::SUBARRAY) {
+      visit.leaf(e);
+      continue;
+    }
+    const Point &member = *e.subarray;
+    if (!isspace(member)) {
+      visit.leaf(std::bit_cast<Element>(member));
+      continue;
+    }
+    visit.level(member);
+    if (!member.data_pointer) continue;
+    if (owns(member)) {
+      openlevel(w, member);
+    } else {
+      visit.plain(member);
+      poll(w, member.elements);
+    }
+  }
+  endwalk(w);
+}
+
+struct Counting {
+  std::uint64_t count = 0;
+  std::uint32_t bits = 0, levels = 0;
+  bool unknown = false;
+
+  void level(const Point &space) { levels |= space.type & LEVELBITS; }
+  void plain(const Point &space) {
+    count += space.elements;
+    bits |= space.rank == 0 ? recordbits(*space.data_pointer) : space.type & ELEMENTBITS;
+  }
+  void leaf(const Element &e) {
+    ++count;
+    bits |= recordbits(e);
+    unknown |= recordbits(e) == 0 && e.tag != tags::FILLER;
+  }
+};
+
+struct Taking {
+  Making m;
+
+  void level(const Point &) {}
+  void plain(const Point &space) {
+    copyrecords(m.made.data_pointer + m.made.elements, space.data_pointer, space.elements, true);
+    m.made.elements += space.elements;
+  }
+  void leaf(const Element &e) { makecopies(m, &e, 1, 1); }
+};
+
+// Counts the leaves and gathers what they are.
+Counting enlist1(const Point &space) {
+  Counting counting;
+  walkleaves(space, counting);
+  return counting;
+}
+
+// Copies the leaves, of which there are so many.
+Element *enlist2(const Point &space, std::uint64_t count) {
+  if (count > MOSTELEMENTS) outofstorage();
+  Taking taking;
+  startmaking(taking.m, static_cast<std::size_t>(count));
+  walkleaves(space, taking);
+  return endmaking(taking.m);
+}
+
+}  // namespace
+
+int enlist(Point &space) {
+  knowkinds(space);
+  if (!isspace(space) || (space.type & STRUCTURED) == 0 || !space.data_pointer) return 0;
+  const Counting leaves = enlist1(space);
+  if (leaves.unknown) return NOBRANCH;
+  Point made{};
+  made.rank = ranks::VECTOR;
+  made.type = leaves.levels | (leaves.bits & (ELEMENTBITS | STRUCTURED)) | complexed(leaves.bits) | ISVECTOR;
+  if (leaves.count == 0) made.type = EMPTYVECTOR;
+  if (leaves.count == 1) made.type |= ISONEELEMENT;
+  made.depth = 1;
+  made.shape_pointer = newshape(static_cast<std::int64_t>(leaves.count));
+  Custody making;
+  takecustody(making, releaseblock, made.shape_pointer);
+  made.data_pointer = enlist2(space, leaves.count);
+  endcustody(making);
+  made.elements = static_cast<std::uint32_t>(leaves.count);
+  dereferencepoint(&space);
+  space = made;
+  return 0;
+}

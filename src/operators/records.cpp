@@ -1,0 +1,148 @@
+// Records on their way: what they own, what their flag word has to say, and the copies of them.
+#include "operators/records.h"
+
+namespace records {
+
+namespace {
+
+constexpr std::uint32_t NOKINDS = ~(ELEMENTBITS | COMPLEXED | STRUCTURED | ISSTRUCTURE | NAMEBEARING | ISLOCAL);
+
+bool issymbol(std::int32_t tag) {
+  return tag >= ranks::LOCALVARIABLE && tag <= ranks::LABEL && tag != ranks::OPERATOR;
+}
+
+std::uint32_t rankbits(const Point &space) {
+  const std::uint32_t one = space.rank > 0 && space.elements == 1 ? ISONEELEMENT : 0;
+  return one | (space.rank == 0 ? ISSCALAR : space.rank == 1 ? ISVECTOR : ISARRAY);
+}
+
+}  // namespace
+
+bool hascountedname(const Element &e) {
+  return e.tag >= tags::ASCII && e.tag != tags::QUATERNION && e.tag != tags::HANDLE &&
+         (e.attributes & attributes::NAMED) != 0 && refr(e.name) >= 0;
+}
+
+std::uint32_t recordbits(const Element &e) {
+  switch (e.tag) {
+    case tags::SUBARRAY:
+      return STRUCTURED | ISSTRUCTURE;
+    case tags::HANDLE:
+      return HASFILE;
+    case ranks::FUNCTION:
+      return STRUCTURED | HASFUNCTION;
+    default:
+      return issymbol(e.tag) ? STRUCTURED : kindbit(e.tag);
+  }
+}
+
+Found found(const Element *first, std::size_t count) {
+  Found f = {0, 1};
+  for (std::size_t i = 0; i < count; ++i) {
+    const Element &e = first[i];
+    f.bits |= recordbits(e);
+    if (e.tag == tags::SUBARRAY && e.subarray->rank >= 0 && e.subarray->depth >= f.depth)
+      f.depth = static_cast<std::int16_t>(std::min(e.subarray->depth + 1, int{INT16_MAX}));
+    if (i % CHUNK == CHUNK - 1) safepoint();
+  }
+  f.bits |= complexed(f.bits);
+  return f;
+}
+
+bool owns(const Point &space) {
+  if (space.rank != ranks::SCALAR) return mayown(space);
+  const Element &e = *space.data_pointer;
+  return hascountedname(e) || (recordbits(e) & (OWNING | HASFILE)) != 0;
+}
+
+void knowkinds(Point &space) {
+  if (space.rank < 1 || !space.data_pointer || (space.type & (ELEMENTBITS | STRUCTURED)) != 0) return;
+  space.type = (space.type & NOKINDS) | found(space.data_pointer, space.elements).bits;
+}
+
+int unknownkind(const Point &space) {
+  if (!isspace(space) || !space.data_pointer || !owns(space)) return 0;
+  for (std::uint32_t i = 0; i < space.elements; ++i) {
+    const Element &e = space.data_pointer[i];
+    if (recordbits(e) == 0 && e.tag != tags::FILLER) return NOBRANCH;
+    if (i % CHUNK == CHUNK - 1) safepoint();
+  }
+  return 0;
+}
+
+void settlekinds(Point &space) {
+  const Found f = found(space.data_pointer, space.elements);
+  space.type = (space.type & NOKINDS & ~(RANKBITS | ISEMPTY)) | f.bits | rankbits(space);
+  space.depth = space.rank == 0 ? std::int16_t{0} : f.depth;
+  space.link = nullptr;
+}
+
+void settle(Point &space) {
+  if ((space.type & (COMPLEXED | STRUCTURED)) != 0 || (space.type & ELEMENTBITS) == 0) return settlekinds(space);
+  space.type = (space.type & ~(RANKBITS | ISEMPTY)) | rankbits(space);
+  if (space.depth == 0) space.depth = 1;
+  space.link = nullptr;
+}
+
+void becomeempty(Point &space, std::int32_t rank, Element *shape) {
+  dereferencepoint(&space);
+  space = {};
+  space.rank = rank;
+  space.type = ISEMPTY | (rank > 1 ? ISARRAY : ISVECTOR);
+  space.depth = 1;
+  space.shape_pointer = shape;
+}
+
+void releaserecords(Point &space) {
+  Point old = space;
+  old.shape_pointer = nullptr;
+  space.data_pointer = nullptr;
+  dereferencepoint(&old);
+}
+
+void cut(Point &space, std::uint32_t count) {
+  if (count >= space.elements) return;
+  if (owns(space)) dereferencedataelems(space.data_pointer + count, space.elements - count);
+  // A block that can't be cut serves as well.
+  if (Element *less = tryreallocate(space.data_pointer, count)) space.data_pointer = less;
+}
+
+Element *copyshape(const Element *shape, std::int32_t rank, std::int32_t more) {
+  Element *copy = newelements(static_cast<std::size_t>(rank + more));
+  if (rank > 0) std::memcpy(copy, shape, static_cast<std::size_t>(rank) * sizeof(Element));
+  for (std::int32_t axis = rank; axis < rank + more; ++axis) {
+    copy[axis] = {};
+    copy[axis].tag = tags::INTEGER;
+    copy[axis].form = forms::NUMBER;
+  }
+  return copy;
+}
+
+void copyrecords(Element *to, const Element *from, std::size_t count, bool polls) {
+  for (std::size_t done = 0; done < count; done += CHUNK) {
+    std::memcpy(to + done, from + done, std::min(CHUNK, count - done) * sizeof(Element));
+    if (polls) safepoint();
+  }
+}
+
+void startmaking(Making &m, std::size_t count) {
+  m.made = {};
+  m.made.rank = ranks::VECTOR;
+  m.made.type = ISVECTOR;  // no kinds: whatever is in there by then gets released
+  m.made.data_pointer = newelements(count);
+  takecustody(m.custody, releasepoint, &m.made);
+}
+
+Element *endmaking(Making &m) {
+  endcustody(m.custody);
+  return m.made.data_pointer;
+}
+
+void makecopies(Making &m, const Element *from, std::ptrdiff_t stride, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i, from += stride) {
+    copyelement(m.made.data_pointer[m.made.elements], *from);
+    if (++m.made.elements % CHUNK == 0) safepoint();
+  }
+}
+
+}  // namespace records

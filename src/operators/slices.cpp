@@ -1,0 +1,158 @@
+// FIRST and REST: the first slice of a space along its slowest axis, and all the others.
+#include <bit>
+
+#include "operators/records.h"
+#include "operators/structure.h"
+
+using namespace records;
+
+namespace {
+
+constexpr std::int32_t NOSHAPE = 994;  // a symbolic Point has nothing behind its first element
+
+// The first record of a vector becomes a value of its own: a symbolic Point, or a scalar.
+void takerecord(Point &space) {
+  const Element &e = *space.data_pointer;
+  Point taken{};
+  if (e.tag < 0) {
+    taken = std::bit_cast<Point>(e);
+    referencepoint(&taken);
+  } else {
+    Element *record = newelement(tags::FILLER, 0);
+    Custody making;
+    takecustody(making, releaseblock, record);
+    copyelement(*record, e);
+    endcustody(making);
+    taken.type = ISSCALAR | recordbits(*record);
+    taken.elements = 1;
+    taken.data_pointer = record;
+  }
+  dereferencepoint(&space);
+  space = taken;
+}
+
+// Takes the enclosed value of the first record without a look at its inside.
+void takemember(Point &space) {
+  Point old = space;
+  Point *block = old.data_pointer->subarray;
+  space = *block;
+  // The way to the value gets shorter and stays one; the other records lose theirs.
+  if (old.elements > 1) dereferencedataelems(old.data_pointer + 1, old.elements - 1);
+  release(block);
+  release(old.data_pointer);
+  release(old.shape_pointer);
+}
+
+// Keeps the records behind the first `dropped`, `shape` being the new one.
+void keeprest(Point &space, std::uint32_t dropped, std::int32_t rank, Element *shape) {
+  const std::uint32_t count = space.elements - dropped;
+  Custody making;
+  takecustody(making, releaseblock, shape);
+  keep(space, count, [&](auto &out) { out.run(space.data_pointer + dropped, 1, count); });
+  endcustody(making);
+  dereference(space.shape_pointer);
+  space.shape_pointer = shape;
+  space.rank = rank;
+  space.elements = count;
+  settle(space);
+}
+
+// Kept: what REST leaves of one element is empty and no more, without rank bits and of depth 0.
+void emptyrest(Point &space, std::int32_t rank, Element *shape) {
+  const std::uint32_t text = space.type & HASASCII;
+  becomeempty(space, rank, shape);
+  space.type = ISEMPTY | text;
+  space.depth = 0;
+}
+
+// A shape of so many axes without elements.
+Element *zeroshape(std::int32_t rank) {
+  return copyshape(nullptr, 0, rank);
+}
+
+}  // namespace
+
+int first(Point &space) {
+  if (!isspace(space) || space.rank == 0 || !space.data_pointer) return 0;
+  knowkinds(space);
+  if (const int fault = unknownkind(space)) return fault;
+  if (space.rank == 1) {
+    if (space.data_pointer->tag == tags::SUBARRAY)
+      takemember(space);
+    else
+      takerecord(space);
+    return 0;
+  }
+  const std::int32_t rank = space.rank - 1;
+  const auto count = static_cast<std::uint32_t>(space.elements / space.shape_pointer[rank].integer);
+  Element *shape = copyshape(space.shape_pointer, rank);
+  Custody making;
+  takecustody(making, releaseblock, shape);
+  keep(space, count, [&](auto &out) {
+    if (!isunique(space)) out.run(space.data_pointer, 1, count);
+  });
+  endcustody(making);
+  dereference(space.shape_pointer);
+  space.shape_pointer = shape;
+  space.rank = rank;
+  space.elements = count;
+  settlekinds(space);
+  return 0;
+}
+
+int firstelement(Point &space) {
+  if (!isspace(space) || space.rank == 0 || !space.data_pointer) return 0;
+  knowkinds(space);
+  if (const int fault = unknownkind(space)) return fault;
+  if (space.data_pointer->tag == tags::SUBARRAY) {
+    takemember(space);
+    return 0;
+  }
+  if (space.data_pointer->tag < 0) {
+    takerecord(space);
+    return 0;
+  }
+  Element *shape = newshape(1);
+  Custody making;
+  takecustody(making, releaseblock, shape);
+  keep(space, 1, [&](auto &out) { out.run(space.data_pointer, 1, 1); });
+  endcustody(making);
+  dereference(space.shape_pointer);
+  space.shape_pointer = shape;
+  space.rank = ranks::VECTOR;
+  space.elements = 1;
+  settlekinds(space);
+  return 0;
+}
+
+int rest(Point &space) {
+  if (!isspace(space)) return NOSHAPE;
+  knowkinds(space);
+  if (space.elements < 2 || !space.data_pointer) {
+    const std::int32_t rank = std::max(space.rank, 1);
+    emptyrest(space, rank, zeroshape(rank));
+    return 0;
+  }
+  if (const int fault = unknownkind(space)) return fault;
+  const std::int32_t last = space.rank - 1;
+  const std::int64_t extent = space.shape_pointer[last].integer;
+  Element *shape = copyshape(space.shape_pointer, space.rank);
+  shape[last].integer = extent - 1;
+  if (extent == 1)
+    emptyrest(space, space.rank, shape);
+  else
+    keeprest(space, static_cast<std::uint32_t>(space.elements / extent), space.rank, shape);
+  return 0;
+}
+
+int restelements(Point &space) {
+  if (!isspace(space)) return NOSHAPE;
+  knowkinds(space);
+  if (space.elements < 2 || !space.data_pointer) {
+    emptyrest(space, ranks::VECTOR, zeroshape(1));
+    return 0;
+  }
+  if (const int fault = unknownkind(space)) return fault;
+  keeprest(space, 1, ranks::VECTOR, newshape(space.elements - 1));
+  return 0;
+}

@@ -1,0 +1,65 @@
+// TRANSPOSE: the axes in reverse order.
+#include "operators/records.h"
+#include "operators/structure.h"
+
+using namespace records;
+
+namespace {
+
+constexpr int ADDRESSGIVEN = 159, MANYAXES = 970;
+constexpr std::int32_t MOSTAXES = 8;
+
+// The old axes as the new order meets them: the slowest is now the fastest.
+struct Axes {
+  std::size_t count;
+  std::size_t extent[MOSTAXES], stride[MOSTAXES];
+};
+
+Axes axesof(const Point &space) {
+  Axes axes{};
+  axes.count = static_cast<std::size_t>(space.rank);
+  std::size_t stride = 1;
+  for (std::size_t axis = axes.count; axis-- > 0;) {
+    axes.extent[axis] = static_cast<std::size_t>(space.shape_pointer[axes.count - 1 - axis].integer);
+    axes.stride[axis] = stride;
+    stride *= axes.extent[axis];
+  }
+  return axes;
+}
+
+template <typename Out>
+void walkaxes(const Axes &axes, const Element *from, Out &out) {
+  std::size_t at[MOSTAXES] = {};
+  for (;;) {
+    out.run(from, static_cast<std::ptrdiff_t>(axes.stride[0]), axes.extent[0]);
+    std::size_t axis = 1;
+    for (; axis < axes.count; ++axis) {
+      from += axes.stride[axis];
+      if (++at[axis] < axes.extent[axis]) break;
+      from -= axes.stride[axis] * axes.extent[axis];
+      at[axis] = 0;
+    }
+    if (axis == axes.count) return;
+  }
+}
+
+}  // namespace
+
+int transpose(Point &space) {
+  if (!space.data_pointer) return 0;
+  if (space.rank == ranks::ADDRESS || space.rank == ranks::LOCALADDRESS) return ADDRESSGIVEN;
+  if (space.rank < 2) return 0;
+  if (space.rank > MOSTAXES) return MANYAXES;
+  knowkinds(space);
+  if (const int fault = unknownkind(space)) return fault;
+  Element *shape = copyshape(space.shape_pointer, space.rank);
+  std::reverse(shape, shape + space.rank);
+  Custody making;
+  takecustody(making, releaseblock, shape);
+  const Axes axes = axesof(space);
+  rearrange(space, [&](auto &out) { walkaxes(axes, space.data_pointer, out); });
+  endcustody(making);
+  dereference(space.shape_pointer);
+  space.shape_pointer = shape;
+  return 0;
+}
