@@ -3,22 +3,6 @@
 
 #include "arithmetic/dyadic.h"
 
-#define INSTRUCTION(number, name, argumentclass, key, handler) handler
-#define MONADIC(f)
-#define DRAWING(f)
-#define DYADIC(f) extern const Dyadic f##cores;
-#define SPACE(f)
-#define HANDLER(f)
-#define NOTIMPLEMENTED
-#define RESTRICTED
-#define NOTHING
-#include "machine/instructions.def"
-#undef INSTRUCTION
-#undef MONADIC
-#undef DRAWING
-#undef DYADIC
-#undef SPACE
-#undef HANDLER
-#undef NOTIMPLEMENTED
-#undef RESTRICTED
-#undef NOTHING
+extern const Dyadic multiplycores;
+// By instruction number; null for a number that is no dyadic scalar instruction, or is not built yet.
+const Dyadic *dyadiccores(std::uint16_t instruction);
