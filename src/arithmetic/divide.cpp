@@ -27,25 +27,38 @@ struct Divide : Counted {
   }
 
   // By the conjugate over the squared norm; a divisor whose other components are all 0 divides as the real that it is.
-  template <Hyper A, Hyper B>
-  Paired<Wider<A, B>> operator()(const A &a, const B &b) {
+  template <Hyper A, Hyper B, class Give>
+  void operator()(const A &a, const B &b, Give &&give) {
     using Result = Wider<A, B>;
-    const bool real = isreal(b);
-    const double divisor = real ? part(b, 0) : squarednorm(b);
-    flops += real ? PARTS<A> : 2 * PARTS<B> - 1 + PARTS<Result>;
-    Paired<Result> dividend = real ? pairsof<Result>(a) : product<true>(a, b, flops);
-    for (Pair &pair : dividend.pair) pair /= Pair{divisor, divisor};
-    return dividend;
+    if (isreal(b)) {
+      flops += PARTS<A>;
+      give(assemble<Result>([&](auto i) {
+        if constexpr (i < PARTS<A>)
+          return part(a, i) / part(b, 0);
+        else
+          return 0.0;
+      }));
+    } else {
+      const double norm = squarednorm(b);
+      flops += 2 * PARTS<B> - 1 + PARTS<Result>;
+      product<Right::CONJUGATE>(a, b, flops, [&](const Result &dividend) {
+        give(assemble<Result>([&](auto i) { return part(dividend, i) / norm; }));
+      });
+    }
   }
-  template <Hyper B>
-  B operator()(double a, const B &b) {
-    const bool real = isreal(b);
-    const double divisor = real ? part(b, 0) : squarednorm(b);
-    flops += real ? 1 : 4 * PARTS<B> - 1;
-    return assemble<B>([&](auto i) {
-      if (i == 0) return (real ? a : a * part(b, i)) / divisor;
-      return real ? 0 : (0.0 - a * part(b, i)) / divisor;
-    });
+  template <Hyper B, class Give>
+  void operator()(double a, const B &b, Give &&give) {
+    if (isreal(b)) {
+      flops += 1;
+      give(promote<B>(a / part(b, 0)));
+    } else {
+      const double norm = squarednorm(b);
+      flops += 4 * PARTS<B> - 1;
+      give(assemble<B>([&](auto i) {
+        const double x = a * part(b, i);
+        return (i == 0 ? x : 0.0 - x) / norm;
+      }));
+    }
   }
 
  private:
@@ -55,15 +68,6 @@ struct Divide : Counted {
       return ((part(x, i + 1) == 0) && ...);
     }
     (std::make_integer_sequence<int, PARTS<T> - 1>{});
-  }
-
-  // a in pairs, as a Result: the pairs that it has not are 0.
-  template <Hyper Result, Hyper A>
-  static Paired<Result> pairsof(const A &a) {
-    return [&]<int... k>(std::integer_sequence<int, k...>) {
-      return Paired<Result>{{(2 * k < PARTS<A> ? pairof(a, 2 * k) : Pair{0, 0})...}};
-    }
-    (std::make_integer_sequence<int, PARTS<Result> / 2>{});
   }
 };
 

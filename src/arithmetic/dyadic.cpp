@@ -24,12 +24,6 @@ namespace {
 
 enum class Home { NEW, LEFT, RIGHT };
 
-// Does a flag word promise one kind, and does the first record keep the promise?
-bool isuniform(const Point &p) {
-  return (p.type & (COMPLEXED | STRUCTURED)) == 0 && (p.type & ELEMENTBITS) == kindbit(p.data_pointer->tag) &&
-         kindbit(p.data_pointer->tag) != 0;
-}
-
 // The first message that a pair of records gives. A pair that only the walk can judge sets `owning`.
 std::int32_t survey(const Dyadic &d, const Run &run, bool &owning) {
   const Element *left = run.left, *right = run.right;
@@ -48,7 +42,7 @@ std::int32_t survey(const Dyadic &d, const Run &run, bool &owning) {
 }
 
 Home candidate(const Point &left, const Point &right, const Joint &joint) {
-  const bool leftowned = refr(left.data_pointer) == 1, rightowned = refr(right.data_pointer) == 1;
+  const bool leftowned = isowned(left), rightowned = isowned(right);
   const bool leftserves = !joint.leftsingle || joint.rightsingle, rightserves = !joint.rightsingle || joint.leftsingle;
   if (leftowned && leftserves) return Home::LEFT;
   if (rightowned && rightserves) return Home::RIGHT;
@@ -91,12 +85,6 @@ bool passvoid(Point **stack) {
   --*stack;
   dereferencepoint(&spent);
   return true;
-}
-
-[[noreturn]] void leave(std::int32_t message, Point **stack, const Point *instruction) {
-  if (message == INTERRUPTED) takeinterrupt();
-  if (message == OUTOFSTORAGE) exceptionjump(OUTOFSTORAGE);
-  exceptionjump(message, stack, instruction);
 }
 
 // The one place where work goes to the pool. True: its threads are on all slices but the first, which is what is left
@@ -146,14 +134,14 @@ void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const
   hypercomplexflops = 0;
 
   Joint joint;
-  if (const std::int32_t message = conform(d, left, right, joint); message != 0) leave(message, stack, instruction);
+  if (const std::int32_t message = conform(d, left, right, joint); message != 0) failscalar(message, stack, instruction);
   Run run = runover(left, right, joint);
   Home home = Home::NEW;
   if (!nested)
     if (const std::int32_t message = choosehome(d, left, right, joint, run, home); message != 0)
-      leave(message, stack, instruction);
+      failscalar(message, stack, instruction);
   run.result = home == Home::LEFT ? left.data_pointer : right.data_pointer;
-  if (home == Home::NEW && !newrecords(run)) leave(OUTOFSTORAGE, stack, instruction);
+  if (home == Home::NEW && !newrecords(run)) failscalar(OUTOFSTORAGE, stack, instruction);
 
   Tally tally;
   tally.interruptible = true;
@@ -161,7 +149,7 @@ void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const
   if (parallel) handout(run, instruction, *stack - 1, left, right, tally);
   if (const std::int32_t message = work(d, run, tally); message != 0) {
     abandon(run);
-    leave(message, stack, instruction);
+    failscalar(message, stack, instruction);
   }
   finish(stack, resultof(left, right, joint, run), home);
   countwork(joint.count + tally.operations, 1 + tally.flops + hypercomplexflops);
@@ -207,24 +195,4 @@ double tolerancein(const Point *context) {
   const Element *e = context ? context[CT_SLOT].data_pointer : nullptr;
   if (!e) return 0;
   return e->tag == tags::INTEGER ? static_cast<double>(e->integer) : e->real;
-}
-
-Element *scalarhome(Point **stack) {
-  Point &left = (*stack)[-1], &right = **stack;
-  Element *const l = left.data_pointer, *const r = right.data_pointer;
-  Element *home = l;
-  if (refr(l) == 1) {
-    release(r);
-  } else if (refr(r) == 1 || (l == r && refr(l) == 2)) {
-    home = r;
-    release(l);
-  } else {
-    home = newelements(1);
-    release(l);
-    release(r);
-  }
-  left.data_pointer = home;
-  left.depth = std::max(left.depth, right.depth);
-  --*stack;
-  return home;
 }

@@ -9,14 +9,10 @@
 
 #include <array>
 
-#include "arithmetic/loops.h"
+#include "arithmetic/frame.h"
 #include "arithmetic/scalars.h"
-#include "coprocessor/coprocessor.h"
-#include "spaces/counters.h"
 
 // One instruction as data: its loops by the tags of the pair, null where there is none.
-inline constexpr std::size_t LOOPTAGS = tags::OCTONION - tags::ASCII + 1;
-
 struct Dyadic {
   std::uint32_t refused;  // flags of operands that make them not conformable
   bool tolerant;          // compares under #CT
@@ -26,13 +22,17 @@ struct Dyadic {
   Check checks[LOOPTAGS][LOOPTAGS];
 };
 
+// The place of a tag in the tables, or a number beyond them.
+inline std::uint32_t looptag(std::int32_t tag) {
+  return static_cast<std::uint32_t>(tag) - tags::ASCII;
+}
 // Null for a pair that has no loop, or needs no check.
 inline Kernel kernelof(const Dyadic &d, std::int32_t left, std::int32_t right) {
-  const auto l = static_cast<std::uint32_t>(left - tags::ASCII), r = static_cast<std::uint32_t>(right - tags::ASCII);
+  const std::uint32_t l = looptag(left), r = looptag(right);
   return l < LOOPTAGS && r < LOOPTAGS ? d.kernels[l][r] : nullptr;
 }
 inline Check checkof(const Dyadic &d, std::int32_t left, std::int32_t right) {
-  const auto l = static_cast<std::uint32_t>(left - tags::ASCII), r = static_cast<std::uint32_t>(right - tags::ASCII);
+  const std::uint32_t l = looptag(left), r = looptag(right);
   return l < LOOPTAGS && r < LOOPTAGS ? d.checks[l][r] : nullptr;
 }
 
@@ -42,16 +42,6 @@ void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const
 std::int32_t dyadicslice(const Dyadic &d, std::uint32_t index) noexcept;
 // What #CT holds, as comparisons read it; 0 where it holds nothing.
 double tolerancein(const Point *context);
-// The short way: pops two plain scalars and pushes one whose element, in a block that nobody else sees, is to be
-// written. Message 27, nothing popped.
-Element *scalarhome(Point **stack);
-// Notes what an instruction of the main thread did.
-inline void countwork(double operated, double done) {
-  operations += operated;
-  flopos = done;
-  from_coprocessor[0].flops = done;
-  from_coprocessor[0].total_flops += done;
-}
 
 // ---- The table of a struct of cores.
 
@@ -97,8 +87,26 @@ constexpr Dyadic dyadic() {
 
 // ---- The short way for two plain scalars: nothing conforms, extends or nests.
 
-inline bool isplainscalar(const Point &p) {
-  return p.rank == 0 && p.elements == 1 && (p.type & ~(HASINTEGER | HASREAL)) == ISSCALAR;
+// Pops two plain scalars and pushes one whose element, in a block that nobody else sees, is to be written. Message 27,
+// nothing popped.
+inline Element *scalarhome(Point **stack) {
+  Point &left = (*stack)[-1], &right = **stack;
+  Element *const l = left.data_pointer, *const r = right.data_pointer;
+  Element *home = l;
+  if (refr(l) == 1) {
+    release(r);
+  } else if (refr(r) == 1 || (l == r && refr(l) == 2)) {
+    home = r;
+    release(l);
+  } else {
+    home = newelements(1);
+    release(l);
+    release(r);
+  }
+  left.data_pointer = home;
+  left.depth = left.depth > right.depth ? left.depth : right.depth;
+  --*stack;
+  return home;
 }
 
 // False where the frame has to look closer.
@@ -107,13 +115,15 @@ inline bool scalarpair(Point **stack, const Element &left, const Element &right,
   if constexpr (Supported<Core, Kind<L>, Kind<R>> && !Checked<Core, Kind<L>, Kind<R>>) {
     Core core = startcore<Core>(tally);
     const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
-    const auto value = apply(core, valueof<L>(left), valueof<R>(right));
-    if constexpr (requires { core.failure; })
-      if (core.failure != 0) return false;
-    const std::uint32_t kind = place<L, R>(*scalarhome(stack), lefthead, righthead, value, true);
-    (*stack)->type = ISSCALAR | kind;
-    countwork(1, 1 + static_cast<double>(core.flops));
-    return true;
+    bool done = true;
+    apply(core, valueof<L>(left), valueof<R>(right), [&](const auto &value) {
+      if constexpr (requires { core.failure; })
+        if (core.failure != 0) return static_cast<void>(done = false);
+      const std::uint32_t kind = place<L, R>(*scalarhome(stack), lefthead, righthead, value, true);
+      (*stack)->type = ISSCALAR | kind;
+      countwork(1, 1 + static_cast<double>(core.flops));
+    });
+    return done;
   } else {
     return false;
   }
@@ -126,8 +136,9 @@ inline bool scalars(Point **stack, const Point *context) {
   Tally tally;
   if constexpr (requires(Core core) { core.tolerance; }) tally.tolerance = tolerancein(context);
   const Element &a = *left.data_pointer, &b = *right.data_pointer;
+  constexpr std::uint64_t looked = heading(-1, 0, attributes::NAMED);
   constexpr std::uint64_t integer = heading(tags::INTEGER, 0), real = heading(tags::REAL, 0);
-  const std::uint64_t l = headingof(a) & RELIEDON, r = headingof(b) & RELIEDON;
+  const std::uint64_t l = headingof(a) & looked, r = headingof(b) & looked;
   if (l == integer && r == integer) return scalarpair<Core, tags::INTEGER, tags::INTEGER>(stack, a, b, tally);
   if (l == real && r == real) return scalarpair<Core, tags::REAL, tags::REAL>(stack, a, b, tally);
   if (l == integer && r == real) return scalarpair<Core, tags::INTEGER, tags::REAL>(stack, a, b, tally);

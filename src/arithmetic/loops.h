@@ -3,6 +3,8 @@
 //   struct Core : Counted {
 //     static constexpr std::uint32_t refused = ...;  flags that make operands not conformable
 //     R operator()(A, B);                            one for each pair of kinds that has a formula of its own
+//     void operator()(A, B, Give &&give);            the same, where several formulas each end with give(R); R is the
+//                                                    wider kind of the pair
 //     std::int32_t check(A, B) const;                optional, for a pair that fails for some values: a message number,
 //     0 static std::int32_t refusal(l, r);             optional: the message for tags without a core, otherwise 162
 //     double tolerance;                              optional: is set to what #CT held when the instruction began
@@ -39,6 +41,8 @@ struct Counted {
 // What an instruction counts and finds on one thread, through all the spaces that it meets.
 struct Tally {
   double tolerance = 0;
+  std::int64_t origin = 1;         // what #IO held when the instruction began
+  std::uint64_t *state = nullptr;  // of the thread's generator, for an instruction that draws
   double flops = 0;
   double operations = 0;       // of nested spaces
   std::int32_t failure = 0;    // a message number
@@ -72,39 +76,87 @@ std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept;
 // ---- Which formula serves a pair.
 
 struct Unsupported {};
+template <class A, class B>
+struct Formula {
+  using Left = A;
+  using Right = B;
+};
 
-template <class Core, class A, class B>
-concept Direct = requires(Core core, const A &a, const B &b) {
-  core(a, b);
+// Where a formula may leave its result.
+struct Anywhere {
+  template <class R>
+  void operator()(const R &) const {}
 };
 
 template <class Core, class A, class B>
-inline auto apply(Core &core, const A &a, const B &b) {
-  constexpr bool leftinteger = std::same_as<A, Integer>, rightinteger = std::same_as<B, Integer>;
-  if constexpr (Direct<Core, A, B>)
-    return core(a, b);
-  else if constexpr (leftinteger && rightinteger)
-    return apply(core, static_cast<double>(a.value), static_cast<double>(b.value));
-  else if constexpr (leftinteger && Parted<B>)
-    return apply(core, static_cast<double>(a.value), b);
-  else if constexpr (rightinteger && Parted<A>)
-    return apply(core, a, static_cast<double>(b.value));
-  else if constexpr (Parted<A> && Parted<B> && PARTS<A> < PARTS<B>)
-    return apply(core, promote<B>(a), b);
-  else if constexpr (Parted<A> && Parted<B> && PARTS<B> < PARTS<A>)
-    return apply(core, a, promote<A>(b));
-  else
-    return Unsupported{};
-}
-
+concept Returning = requires(Core core, const A &a, const B &b) {
+  core(a, b);
+};
 template <class Core, class A, class B>
-using Applied = decltype(apply(std::declval<Core &>(), std::declval<const A &>(), std::declval<const B &>()));
-template <class Core, class A, class B>
-concept Supported = !std::same_as<Applied<Core, A, B>, Unsupported>;
+concept Giving = requires(Core core, const A &a, const B &b) {
+  core(a, b, Anywhere{});
+};
 template <class Core, class A, class B>
 concept Checked = requires(const Core core, const A &a, const B &b) {
   core.check(a, b);
 };
+
+// The kinds whose formula serves a pair of kinds.
+template <class Core, class A, class B>
+constexpr auto formulafor() {
+  constexpr bool leftinteger = std::same_as<A, Integer>, rightinteger = std::same_as<B, Integer>;
+  if constexpr (Returning<Core, A, B> || Giving<Core, A, B>)
+    return Formula<A, B>{};
+  else if constexpr (leftinteger && (rightinteger || Parted<B>))
+    return formulafor<Core, double, std::conditional_t<rightinteger, double, B>>();
+  else if constexpr (rightinteger && Parted<A>)
+    return formulafor<Core, A, double>();
+  else if constexpr (Parted<A> && Parted<B> && PARTS<A> != PARTS<B>)
+    return formulafor<Core, Wider<A, B>, Wider<A, B>>();
+  else
+    return Unsupported{};
+}
+template <class Core, class A, class B>
+using FormulaFor = decltype(formulafor<Core, A, B>());
+template <class Core, class A, class B>
+concept Supported = !std::same_as<FormulaFor<Core, A, B>, Unsupported>;
+
+template <class T, class A>
+inline decltype(auto) converted(const A &a) {
+  if constexpr (std::same_as<T, A>)
+    return static_cast<const A &>(a);
+  else if constexpr (!std::same_as<A, Integer>)
+    return promote<T>(a);
+  else if constexpr (std::same_as<T, double>)
+    return static_cast<double>(a.value);
+  else
+    return promote<T>(static_cast<double>(a.value));
+}
+
+// Hands the result of a supported pair to `give`.
+template <class Core, class A, class B, class Give>
+inline void apply(Core &core, const A &a, const B &b, Give &&give) {
+  using F = FormulaFor<Core, A, B>;
+  const auto &left = converted<typename F::Left>(a);
+  const auto &right = converted<typename F::Right>(b);
+  if constexpr (Returning<Core, typename F::Left, typename F::Right>)
+    give(core(left, right));
+  else
+    core(left, right, give);
+}
+
+// Is the result an octonion? What gives its result, gives one of the wider kind.
+template <class Core, class A, class B>
+constexpr bool makesoctonion() {
+  using F = FormulaFor<Core, A, B>;
+  using L = typename F::Left;
+  using R = typename F::Right;
+  if constexpr (Returning<Core, L, R>)
+    return std::same_as<decltype(std::declval<Core &>()(std::declval<const L &>(), std::declval<const R &>())),
+                        Octonion>;
+  else
+    return std::same_as<Wider<L, R>, Octonion>;
+}
 
 // ---- From a result to a record. Each returns the HAS bit of what it wrote.
 
@@ -145,18 +197,15 @@ inline std::uint32_t write(Element &to, Number number) {
     return write(to, number.value);
   return write(to, saturate(number.value), forms::NUMBER);
 }
-template <class Value>
-inline std::uint32_t writecomplex(Element &to, std::uint64_t head, const Value &value) {
+inline std::uint32_t write(Element &to, std::uint64_t head, const Complex &value) {
   setheading(to, head);
   to.name = nullptr;
-  std::memcpy(&to.complex, &value, sizeof to.complex);
+  to.complex = value;
   return HASCOMPLEX;
 }
-template <class Value>
-inline std::uint32_t writequaternion(Element &to, std::uint64_t head, const Value &value) {
-  static_assert(sizeof value == sizeof(Quaternion));
+inline std::uint32_t write(Element &to, std::uint64_t head, const Quaternion &value) {
   setheading(to, head);
-  std::memcpy(reinterpret_cast<char *>(&to) + offsetof(Element, firstpart), &value, sizeof value);
+  setquaternion(to, value);
   return HASQUATERNION;
 }
 
@@ -170,9 +219,8 @@ inline Octonion *octonionhome(const Element &to, bool fresh) {
   const bool reused = !fresh && to.tag == tags::OCTONION && refr(to.octonion) == 1;
   return reused ? to.octonion : static_cast<Octonion *>(tryblock(sizeof(Octonion)));
 }
-template <class Value>
-inline std::uint32_t writeoctonion(Element &to, std::uint64_t head, const Value &value, Octonion *home, bool fresh) {
-  std::memcpy(home, &value, sizeof *home);
+inline std::uint32_t write(Element &to, std::uint64_t head, const Octonion &value, Octonion *home, bool fresh) {
+  *home = value;
   if (!fresh && (to.tag != tags::OCTONION || to.octonion != home)) giveup(to);
   setheading(to, head);
   to.name = nullptr;
@@ -180,22 +228,22 @@ inline std::uint32_t writeoctonion(Element &to, std::uint64_t head, const Value 
   return HASOCTONION;
 }
 
+// Over an operand's record, or into a fresh one; an octonion into its home.
 template <std::int32_t L, std::int32_t R, class Value>
 inline std::uint32_t place(Element &to, std::uint64_t left, std::uint64_t right, const Value &value, bool fresh,
                            Octonion *home = nullptr) {
-  using Result = typename NumberOf<Value>::Type;
-  if constexpr (std::same_as<Result, Octonion>) {
-    return writeoctonion(to, inherited<tags::OCTONION, L, R>(left, right), value, home, fresh);
+  if constexpr (std::same_as<Value, Octonion>) {
+    return write(to, inherited<tags::OCTONION, L, R>(left, right), value, home, fresh);
   } else {
     if constexpr (L == tags::OCTONION || R == tags::OCTONION)
       if (!fresh) giveup(to);
-    if constexpr (std::same_as<Result, Complex>) {
-      return writecomplex(to, inherited<tags::COMPLEX, L, R>(left, right), value);
-    } else if constexpr (std::same_as<Result, Quaternion>) {
-      return writequaternion(to, inherited<tags::QUATERNION, L, R>(left, right), value);
-    } else if constexpr (std::same_as<Result, Ascii> || std::same_as<Result, Unicode>) {
+    if constexpr (std::same_as<Value, Complex>) {
+      return write(to, inherited<tags::COMPLEX, L, R>(left, right), value);
+    } else if constexpr (std::same_as<Value, Quaternion>) {
+      return write(to, inherited<tags::QUATERNION, L, R>(left, right), value);
+    } else if constexpr (std::same_as<Value, Ascii> || std::same_as<Value, Unicode>) {
       // A character comes from the operand that is one, and looks like it.
-      constexpr std::int32_t tag = std::same_as<Result, Ascii> ? tags::ASCII : tags::UNICODE;
+      constexpr std::int32_t tag = std::same_as<Value, Ascii> ? tags::ASCII : tags::UNICODE;
       setheading(to, (L == tag ? left : right) & INHERITED);
       to.name = nullptr;
       to.integer = value.value;
@@ -215,12 +263,10 @@ inline Core startcore(const Tally &tally) {
   return core;
 }
 
-// Reads a pair of records before it writes the result, which may be one of them. A space that grew out of others under
-// a flag word that is not exact may hold any record: each is looked at, and the first that is not expected ends the
-// loop.
+// Reads a pair of records before it writes the result, which may be one of them. Under a flag word that is not exact a
+// space may hold any record: each is looked at, and the first that is not expected ends the loop.
 template <class Core, std::int32_t L, std::int32_t R>
 std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
-  constexpr bool givesoctonion = std::same_as<typename NumberOf<Applied<Core, Kind<L>, Kind<R>>>::Type, Octonion>;
   Core core = startcore<Core>(tally);
   const Element *left = run.left + from * run.leftstep;
   const Element *right = run.right + from * run.rightstep;
@@ -228,31 +274,38 @@ std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   const std::size_t leftstep = run.leftstep, rightstep = run.rightstep, resultstep = run.resultstep;
   const bool fresh = run.fresh;
   std::uint32_t kinds = 0;
+  std::int32_t failure = 0;
   std::size_t i = from;
   for (; i < to; ++i, left += leftstep, right += rightstep, result += resultstep) {
-    const std::uint64_t lefthead = headingof(*left), righthead = headingof(*right);
-    if ((((lefthead ^ heading(L, 0)) | (righthead ^ heading(R, 0))) & RELIEDON) != 0) [[unlikely]]
+    if (left->tag != L || right->tag != R) [[unlikely]]
       break;
+    const std::uint64_t lefthead = headingof(*left), righthead = headingof(*right);
     if constexpr (requires { core.bothpolar; }) core.bothpolar = ispolar(lefthead & righthead);
+    // Found before the formula runs, as its terms are computed best where they are stored.
     Octonion *home = nullptr;
-    if constexpr (givesoctonion) {
+    if constexpr (makesoctonion<Core, Kind<L>, Kind<R>>()) {
       home = octonionhome(*result, fresh);
       if (!home) [[unlikely]] {
-        tally.failure = OUTOFSTORAGE;
+        failure = OUTOFSTORAGE;
         break;
       }
     }
-    const auto value = apply(core, valueof<L>(*left), valueof<R>(*right));
-    if constexpr (requires { core.failure; }) {
-      if (core.failure != 0) [[unlikely]] {
-        tally.failure = core.failure;
-        if (fresh) release(home);
-        break;
+    apply(core, valueof<L>(*left), valueof<R>(*right), [&](const auto &value) {
+      if constexpr (requires { core.failure; }) {
+        if (core.failure != 0) [[unlikely]] {
+          failure = core.failure;
+          if (fresh) release(home);
+          return;
+        }
       }
-    }
-    kinds |= place<L, R>(*result, lefthead, righthead, value, fresh, home);
+      kinds |= place<L, R>(*result, lefthead, righthead, value, fresh, home);
+    });
+    if constexpr (requires { core.failure; })
+      if (failure != 0) [[unlikely]]
+        break;
   }
   run.kinds |= kinds;
+  tally.failure = failure;
   tally.flops += static_cast<double>(core.flops);
   return i;
 }

@@ -27,14 +27,14 @@ struct Multiply : Counted {
 
   // In polar form the moduli multiply and the angles add. The cross terms are no matter where an imaginary part is 0,
   // but for infinities.
-  Paired<Complex> operator()(const Complex &a, const Complex &b) {
+  template <class Give>
+  void operator()(const Complex &a, const Complex &b, Give &&give) {
     flops += bothpolar ? 2 : 6;
-    const Paired<Complex> c = fullproduct<false>(a, b);
-    if (mayhavenan(c)) [[unlikely]] {
-      const double re = part(a, 0), im = part(a, 1), rightre = part(b, 0), rightim = part(b, 1);
-      return {{Pair{realpart(re, im, rightre, rightim), imaginarypart(re, im, rightre, rightim)}}};
-    }
-    return c;
+    const Complex c = pairproduct<Right::ITSELF>(a, b);
+    if (std::isunordered(c.re, c.im)) [[unlikely]]
+      give(Complex{realpart(a.re, a.im, b.re, b.im), imaginarypart(a.re, a.im, b.re, b.im)});
+    else
+      give(c);
   }
 
   template <Hyper B>
@@ -50,9 +50,9 @@ struct Multiply : Counted {
     return (*this)(b, a);
   }
 
-  template <Hyper A, Hyper B>
-  Paired<Wider<A, B>> operator()(const A &a, const B &b) {
-    return product(a, b, flops);
+  template <Hyper A, Hyper B, class Give>
+  void operator()(const A &a, const B &b, Give &&give) {
+    product<Right::ITSELF>(a, b, flops, give);
   }
 
   std::int32_t check(Ascii, Integer times) const { return times.value == 0 || times.value == 1 ? 0 : NOTBOOLEAN; }

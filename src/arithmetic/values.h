@@ -66,14 +66,15 @@ struct KindOf<tags::OCTONION> {
 template <std::int32_t tag>
 using Kind = typename KindOf<tag>::Type;
 
-// The value of a record, whose tag is known. The numbers of more than one component stay in the record.
+// The value of a record, whose tag is known. A quaternion stays in the record, where it begins in the word of the name:
+// it is read by part() and pairof() alone.
 template <std::int32_t tag>
 inline decltype(auto) valueof(const Element &e) {
   if constexpr (tag == tags::ASCII) return Ascii{e.ascii};
   if constexpr (tag == tags::UNICODE) return Unicode{e.unicode};
   if constexpr (tag == tags::INTEGER) return Integer{e.integer};
   if constexpr (tag == tags::REAL) return double{e.real};
-  if constexpr (tag == tags::COMPLEX) return static_cast<const Complex &>(e.complex);
+  if constexpr (tag == tags::COMPLEX) return Complex{e.complex};
   if constexpr (tag == tags::QUATERNION) return reinterpret_cast<const Quaternion &>(e.firstpart);
   if constexpr (tag == tags::OCTONION) return static_cast<const Octonion &>(*e.octonion);
 }
@@ -97,39 +98,29 @@ template <class T>
 concept Hyper = PARTS<T> >
 1;
 
-// Component i. Copied out byte by byte, as a record's words may be known under other types as well.
 inline double part(double x, int) {
   return x;
 }
-template <Hyper T>
-inline double part(const T &x, int i) {
+inline double part(const Complex &x, int i) {
+  return i == 0 ? x.re : x.im;
+}
+inline double part(const Quaternion &x, int i) {
   double result;
   std::memcpy(&result, reinterpret_cast<const char *>(&x) + sizeof(double) * static_cast<unsigned>(i), sizeof result);
   return result;
 }
+inline double part(const Octonion &x, int i) {
+  return x.part[i];
+}
 
-// A number as pairs of neighbouring components, which is how products make it.
+// Components i and i + 1, i even.
 using Pair __attribute__((vector_size(16))) = double;
-template <Hyper T>
-struct Paired {
-  Pair pair[PARTS<T> / 2];
-};
 template <Hyper T>
 inline Pair pairof(const T &x, int i) {
   Pair result;
   std::memcpy(&result, reinterpret_cast<const char *>(&x) + sizeof(double) * static_cast<unsigned>(i), sizeof result);
   return result;
 }
-
-// The kind of number that a value is, in pairs or not.
-template <class T>
-struct NumberOf {
-  using Type = T;
-};
-template <Hyper T>
-struct NumberOf<Paired<T>> {
-  using Type = T;
-};
 
 template <Parted A, Parted B>
 using Wider = std::conditional_t<(PARTS<A> >= PARTS<B>), A, B>;
@@ -177,8 +168,6 @@ inline void setheading(Element &e, std::uint64_t word) {
   std::memcpy(static_cast<void *>(&e), &word, sizeof word);
 }
 
-// What a loop relies on in a record: its tag, and that it has no name.
-inline constexpr std::uint64_t RELIEDON = heading(-1, 0, attributes::NAMED);
 // What passes from an operand's heading to a result: all but the name and the silence.
 inline constexpr std::uint64_t INHERITED = ~heading(0, 0, attributes::NAMED | attributes::SILENT);
 

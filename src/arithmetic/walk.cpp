@@ -76,27 +76,6 @@ std::int32_t combine(const Dyadic &d, const Point &left, const Point &right, Poi
 
 // ---- One record.
 
-bool isnamed(const Element &e) {
-  return (e.attributes & attributes::NAMED) != 0;
-}
-Element unnamed(const Element &e) {
-  Element copy = e;
-  copy.attributes = static_cast<std::uint16_t>(copy.attributes & ~attributes::NAMED);
-  return copy;
-}
-
-// What a record of the result owns, where the result is written over it.
-void giveupall(const Run &run, Element &result) {
-  if (run.fresh) return;
-  if (isnamed(result)) release(result.name);
-  if (result.tag == tags::SUBARRAY) {
-    dereferencepoint(result.subarray);
-    release(result.subarray);
-  } else {
-    giveup(result);
-  }
-}
-
 // The one element at i, which no loop takes as it is. Returns a message number.
 std::int32_t single(const Dyadic &d, Run &run, std::size_t i, Tally &tally) {
   const Element left = run.left[i * run.leftstep], right = run.right[i * run.rightstep];
@@ -109,19 +88,7 @@ std::int32_t single(const Dyadic &d, Run &run, std::size_t i, Tally &tally) {
     run.kinds |= STRUCTURED;
     return 0;
   }
-  const Kernel kernel = kernelof(d, left.tag, right.tag);
-  if (!kernel) return d.refusal(left.tag, right.tag);
-  const Check check = checkof(d, left.tag, right.tag);
-  if (const std::int32_t message = check ? check(left, right) : 0; message != 0) return message;
-  const Element plainleft = unnamed(left), plainright = unnamed(right);
-  Element made;
-  Run one{&plainleft, &plainright, &made, 0, 0, 0, 1, true};
-  kernel(one, 0, 1, tally);
-  run.kinds |= one.kinds;
-  if (tally.failure != 0) return tally.failure;
-  giveupall(run, result);
-  result = made;
-  return 0;
+  return d.refusal(left.tag, right.tag);
 }
 
 // Has each pair of the stretch values that the pair's core takes? Up to the first that no loop takes.
@@ -146,7 +113,7 @@ std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept {
       return INTERRUPTED;
     const std::size_t from = run.done, to = std::min(run.count, from + STRETCH);
     const Element &left = run.left[from * run.leftstep], &right = run.right[from * run.rightstep];
-    const Kernel kernel = isnamed(left) || isnamed(right) ? nullptr : kernelof(d, left.tag, right.tag);
+    const Kernel kernel = kernelof(d, left.tag, right.tag);
     std::int32_t message;
     if (kernel) {
       message = checked(d, run, from, to);

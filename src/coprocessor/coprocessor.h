@@ -21,6 +21,7 @@ struct Work {
   Element *second;  // the only source of a monadic instruction
   Element *result;
   Point *context;  // quads
+  std::int64_t origin;  // what #IO held when ROLL began
 };
 
 struct Reply {

@@ -64,7 +64,7 @@ extern Compiler compiler;
 
 // Moves the Point in hand to the position. Messages 27, 807.
 void append();
-// Makes ready the Point in hand, which was moved or released.
+// Begins a Point in hand; the one before was moved away.
 inline Point &newhand(std::int32_t rank, std::uint32_t type) {
   compiler.hand = {};
   compiler.hand.rank = rank;
@@ -79,7 +79,7 @@ void mark(std::uint32_t bit);
 void dropopen();
 // The same, and the Programme.
 void abandon();
-// Adds bytes to what is collected. Message 27.
+// Adds bytes to what is being collected. Message 27.
 void collect(const char *bytes, std::size_t length);
 // The zero-terminated text that was collected; good until the next collect.
 char *collected();
@@ -89,44 +89,54 @@ char *collected();
 // Does the spelling stand for a variable here?
 bool hasmeaning(const char *text);
 // Writes the Point of a keyword: a VARIABLE if the text has a meaning (returns 0), else an OPERATOR (returns 1).
+// Messages 27, 807.
 int oper(const char *text, std::uint16_t instruction);
-// Writes an OPERATOR Point, whatever the text means.
+// Writes an OPERATOR Point, whatever the text means. Messages 27, 807.
 void appendoperator(const char *text, std::uint16_t instruction, std::uint16_t modifier);
-// All that one row of keywords.def asks for. BREAK jumps.
+// All that one row of keywords.def asks for. BREAK jumps. Messages 27, 74, 79, 807.
 void keyword(const Keyword &row, const char *text);
 // MASK after WRAP or REFLECT, however it is spelled.
 void mask();
 
 // ---- Functions (functions.cpp).
 
+// Opens a function with the text of its opening words. Messages 27, 807.
 void openfunction(char *text);
+// Closes the innermost function with a FUNCTIONEND Point of this name; complains where none is open. Messages 27, 807.
 void closefunction(const char *text);
-// The end of a text at a token that says so.
+// Writes the END of the text, after the forced finish of what is open. Messages 27, 807.
 void endtext(const char *text);
 // Ends the innermost function where it stands, without a FUNCTIONEND Point.
 void endfunction();
 
-// ---- Names (names.cpp). `address`: after @.
+// ---- Names (names.cpp). `address`: after @. All that write a Point report 27, 807 and 808.
 
-// Gives the Point in hand the name, the value and the present context.
+// Gives the Point in hand the name and the value of an entry, and the present context.
 void bindhand(const Entry &entry);
 void plainname(const char *name, bool address);
+// `sigil`: one of _ $ .
 void sigilname(char sigil, const char *name, bool address);
+// The token that opens the brackets; the name itself is read from the input. An empty name writes nothing.
 void bracketname(const char *text, bool address);
+// With its %.
 void label(const char *name, bool address);
+// With its &. Reports 150, 151, 152 and writes nothing then.
 void local(char *text, bool address);
 
-// ---- Literals in Points (vectors.cpp); their elements: literals.h.
+// ---- Literals as Points (vectors.cpp); their elements: literals.h. All report 27, and 807 where a Point is written.
 
-// A number, a named constant or a byte given by its bits: a scalar Point, or one element more of the open literal.
+// A number, a named constant or a bit pattern: a scalar Point, or one element more of the literal that is open.
 void elementliteral(const Token &token);
-// The empty vector or a named scalar.
+// A string or a vector (ISVECTOR), or a structure (ISSCALAR); inside an open literal 808.
 void openliteral(std::uint32_t type);
 void characters(const char *bytes, std::size_t length);
 void closestring();
+// `more`: flags for the type word.
 void closevector(std::uint32_t more);
-// From here on the text gives the shape of the innermost literal.
+// The shape of the literal that is open follows: its extents one by one, then its end, which reports what reshape does
+// and jumps.
 void openshape(bool string);
 void extent(char *text, std::size_t length);
 void closeshape();
+// Gives up the literals that are open, but for the Point in hand.
 void dropliterals();

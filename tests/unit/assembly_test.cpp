@@ -85,6 +85,11 @@ TEST_F(Assembly, ALineFeedIsAStepWhileInspecting) {
   EXPECT_EQ(rest, "2 .");
   EXPECT_EQ(compile("\n", ENDS_STEP), 2);
   expectoperator(programme[0], "", instructions::ENDPROCESS);
+  // RUN leaves the inspection, and its line feed still ends the line.
+  EXPECT_EQ(compile("1 RUN 2\n3 .", ENDS_STEP), 3);
+  EXPECT_EQ(stepping, 0);
+  EXPECT_EQ(programme[1].data_pointer->integer, 2);
+  EXPECT_EQ(rest, "3 .");
 }
 
 TEST_F(Assembly, TheEndOfTheInputEndsTheProcess) {
@@ -796,7 +801,7 @@ TEST_F(Assembly, EveryAllocationFailsInTurn) {
       }
       ASSERT_EQ(written, 0) << text << successes;
       ASSERT_TRUE(isend(programme[0])) << text << successes;
-      ASSERT_EQ(chain->next, nullptr) << text << successes;
+      ASSERT_EQ(compiler.chain, chain) << text << successes;
       if (*position == 0) continue;
       ASSERT_STREQ(position, " 42 .") << text << successes;
       ASSERT_EQ(fill(programme, chain, &below, nullptr, &position, SKIPPED), 2) << text << successes;

@@ -1,0 +1,19 @@
+// CONJUGATE: every component but the first changes its sign. An integer or a real stays as it is, form included.
+#include "arithmetic/monadic.h"
+
+namespace {
+
+struct Conjugate : Counted {
+  Formed<Integer> operator()(Integer x, Heading head) { return {x, head.word & INHERITED}; }
+  Formed<double> operator()(double x, Heading head) { return {x, head.word & INHERITED}; }
+
+  template <Hyper T>
+  T operator()(const T &x) {
+    flops += PARTS<T> - 1;
+    return assemble<T>([&](auto i) { return i == 0 ? part(x, i) : -part(x, i); });
+  }
+};
+
+}  // namespace
+
+MONADIC_SCALAR(conjugate, Conjugate)

@@ -1,0 +1,36 @@
+// The core of MINIMUM and MAXIMUM: one of the two elements, in the kind of the higher. Of a tie it is the left one, and
+// an element that is no number outweighs every other.
+#pragma once
+
+#include "arithmetic/dyadic.h"
+#include "arithmetic/ordering.h"
+
+// `Order::better(a, b)` tells whether a goes before b; `Order::weight(x, flops)` is what a higher number goes by.
+template <class Order>
+struct Extremum : Counted {
+  static constexpr std::uint32_t refused = 0;
+
+  Integer operator()(Integer a, Integer b) { return {Order::better(b.value, a.value) ? b.value : a.value}; }
+
+  double operator()(double a, double b) {
+    flops += 1;
+    const double chosen = Order::better(b, a) ? b : a;
+    return b != b ? b : chosen;
+  }
+
+  template <Hyper T>
+  T operator()(const T &a, const T &b) {
+    flops += 1;
+    const double left = Order::weight(a, flops), right = Order::weight(b, flops);
+    const bool choosesright = Order::better(right, left) || (std::isnan(right) && !std::isnan(left));
+    const T &chosen = choosesright ? b : a;
+    return assemble<T>([&](auto i) { return part(chosen, i); });
+  }
+
+  template <Lettered T>
+  T operator()(T a, T b) {
+    return Order::better(b.value, a.value) ? b : a;
+  }
+  Unicode operator()(Ascii a, Unicode b) { return (*this)(Unicode{a.value}, b); }
+  Unicode operator()(Unicode a, Ascii b) { return (*this)(a, Unicode{b.value}); }
+};

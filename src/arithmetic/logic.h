@@ -1,0 +1,62 @@
+// The cores of the logic instructions: truths are numbers from 0 to 1, and a higher number is a row of them. An
+// instruction is one function of two truths, for each component by itself; NaN in either gives NaN.
+#pragma once
+
+#include "arithmetic/dyadic.h"
+
+// What is outside of 0 to 1 is as true as can be, or not at all.
+constexpr double clamped(double x) {
+  return x > 1 ? 1 : x < 0 ? 0 : x;
+}
+
+// Of clamped components. A choice keeps b where one of the two is NaN, so that of a has to be brought in: a - a is 0
+// for all that is clamped, and the sum with it is never the negative zero.
+constexpr double conjunction(double a, double b) {
+  return (a < b ? a : b) + (a - a);
+}
+constexpr double disjunction(double a, double b) {
+  return (a > b ? a : b) + (a - a);
+}
+// The bounded sums.
+constexpr double strongconjunction(double a, double b) {
+  const double sum = a + b - 1;
+  return sum < 0 ? 0 : sum;
+}
+constexpr double strongdisjunction(double a, double b) {
+  const double sum = a + b + 0.0;
+  return sum > 1 ? 1 : sum;
+}
+template <double (*truth)(double, double)>
+constexpr double complement(double a, double b) {
+  return 1 - truth(a, b);
+}
+
+template <double (*truth)(double, double)>
+struct Logic : Counted {
+  static constexpr std::uint32_t refused = 0;
+
+  Truth operator()(Integer a, Integer b) {
+    const bool left = a.value > 0, right = b.value > 0;
+    return {left ? (right ? plain<1, 1> : plain<1, 0>) : (right ? plain<0, 1> : plain<0, 0>)};
+  }
+
+  // A real stands against each component; what only the higher of two rows has passes as it is.
+  template <Parted A, Parted B>
+  Wider<A, B> operator()(const A &a, const B &b) {
+    constexpr bool rows = Hyper<A> && Hyper<B>;
+    constexpr int common = rows && PARTS<A> < PARTS<B> ? PARTS<A> : rows ? PARTS<B> : PARTS<Wider<A, B>>;
+    flops += common;
+    return assemble<Wider<A, B>>([&](auto i) {
+      if constexpr (i < common)
+        return truth(clamped(part(a, i)), clamped(part(b, i)));
+      else if constexpr (i < PARTS<A>)
+        return part(a, i);
+      else
+        return part(b, i);
+    });
+  }
+
+ private:
+  template <int a, int b>
+  static constexpr bool plain = truth(a, b) != 0;
+};

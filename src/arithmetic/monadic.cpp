@@ -1,0 +1,237 @@
+// The frame of the monadic scalar instructions: where the result goes, the walk over records of any kinds, and the end.
+// It knows an instruction by its table.
+//
+// Whether a failure leaves the operand whole:
+// - A result in new blocks always does: what was made goes back.
+// - Over the operand, nothing is written before all records were found to have a core that takes them. Only where the
+//   flag word promises one kind, and no value of it fails, are the records trusted; should one of them turn out to
+//   differ, and have no core, the elements ahead of it are results already, and each record is whole.
+// - An operand whose records own blocks is never written over, but for octonions alone.
+#include "arithmetic/monadic.h"
+
+#include <algorithm>
+
+#include "arithmetic/joint.h"
+#include "coprocessor/slices.h"
+#include "diagnostics/exception.h"
+#include "spaces/hypercomplex.h"
+#include "spaces/refderef.h"
+
+namespace {
+
+Run runover(const Point &operand) {
+  Run run{};
+  run.left = operand.data_pointer;
+  run.leftstep = run.resultstep = 1;
+  run.count = operand.elements;
+  return run;
+}
+
+// The flag word of a result of which these kinds were found.
+std::uint32_t resulttype(const Point &operand, std::uint32_t kinds) {
+  const std::uint32_t type = (operand.type & ~(COMPLEXED | ISEMPTY | ELEMENTBITS)) | kinds;
+  return operand.elements > 1 ? type | complexed(kinds) : type;
+}
+
+// ---- Where the result goes.
+
+// The first message that a record gives. One that only the walk can judge, or that owns a block, sets `owning`.
+std::int32_t survey(const Monadic &m, const Run &run, bool &owning) {
+  for (std::size_t i = 0; i < run.count; ++i) {
+    if (i % STRETCH == 0 && interrupted != 0) return INTERRUPTED;
+    const Element &e = run.left[i];
+    owning = e.tag == tags::OCTONION || kindbit(e.tag) == 0;
+    if (owning) return 0;
+    if (!kernelof(m, e.tag)) return m.refusal(e.tag);
+    const SingleCheck check = checkof(m, e.tag);
+    if (const std::int32_t message = check ? check(e) : 0; message != 0) return message;
+  }
+  return 0;
+}
+
+// May the result overwrite the operand? 0, or the message that the records give before anything is written.
+std::int32_t choosehome(const Monadic &m, const Point &operand, const Run &run, bool &inplace) {
+  inplace = !m.failslate && isowned(operand);
+  if (!inplace) return 0;
+  const std::int32_t tag = run.left->tag;
+  const bool uniform = isuniform(operand);
+  if (uniform && kernelof(m, tag) && !checkof(m, tag)) return 0;
+  bool owning = !uniform && mayown(operand);
+  const std::int32_t message = owning ? 0 : survey(m, run, owning);
+  inplace = !owning;
+  return message;
+}
+
+// ---- Nested spaces.
+
+// All that one enclosed space becomes, in new blocks.
+std::int32_t workspace(const Monadic &m, const Point &operand, Point &result, Tally &tally) {
+  if (!isspace(operand)) return RESTRICTION;
+  result = operand;
+  if (isvoid(operand)) {
+    referencepoint(&result);
+    return 0;
+  }
+  Run run = runover(operand);
+  if (!newrecords(run)) return OUTOFSTORAGE;
+  if (const std::int32_t message = work(m, run, tally); message != 0) {
+    abandon(run);
+    return message;
+  }
+  tally.operations += operand.elements;
+  reference(result.shape_pointer);
+  result.type = resulttype(operand, run.kinds);
+  result.data_pointer = run.result;
+  return 0;
+}
+
+// The one element at i, which no loop takes as it is. Returns a message number.
+std::int32_t single(const Monadic &m, Run &run, std::size_t i, Tally &tally) {
+  const Element &source = run.left[i * run.leftstep];
+  if (source.tag != tags::SUBARRAY) return m.refusal(source.tag);
+  auto *box = static_cast<Point *>(tryblock(sizeof(Point)));
+  if (!box) return OUTOFSTORAGE;
+  if (const std::int32_t message = workspace(m, *source.subarray, *box, tally); message != 0) {
+    freeblock(box);
+    return message;
+  }
+  Element &result = run.result[i * run.resultstep];
+  giveupall(run, result);
+  result = {};
+  setheading(result, heading(tags::SUBARRAY, 0));
+  result.subarray = box;
+  run.kinds |= STRUCTURED | (box->type & ISPROBABLE);
+  return 0;
+}
+
+// Has each record of the stretch a value that its core takes? Up to the first of another kind.
+std::int32_t judged(const Monadic &m, const Run &run, std::size_t from, std::size_t to) {
+  const std::int32_t tag = run.left[from * run.leftstep].tag;
+  const SingleCheck check = checkof(m, tag);
+  if (!check) return 0;
+  for (std::size_t i = from; i < to; ++i) {
+    const Element &e = run.left[i * run.leftstep];
+    if (e.tag != tag) return 0;
+    if (const std::int32_t message = check(e); message != 0) return message;
+  }
+  return 0;
+}
+
+// ---- On the stack.
+
+// True: the pool's threads are on all slices but the first, which is what is left in `run`. What they read must then
+// live until the join.
+bool handout(Run &run, const Point *instruction, Point *operand, const Tally &tally) {
+  Work &w = to_coprocessors;
+  w = {};
+  w.instruction = instruction;
+  w.operand = operand;
+  w.fresh = run.fresh;
+  w.combined = operand->type;
+  w.tolerance = tally.tolerance;
+  w.origin = tally.origin;
+  w.count = run.count;
+  w.second = const_cast<Element *>(run.left);
+  w.result = run.result;
+  if (postcoprocessors()) {
+    run.count = slice(static_cast<std::uint32_t>(run.count), processors, 0).end;
+    return true;
+  }
+  w.instruction = nullptr;
+  return false;
+}
+
+// The result takes the place of the operand, whose shape it keeps.
+void finish(Point *point, const Run &run) {
+  Point spent = *point;
+  point->type = resulttype(spent, run.kinds);
+  point->data_pointer = run.result;
+  if (!run.fresh) return;
+  spent.shape_pointer = nullptr;
+  dereferencepoint(&spent);
+}
+
+}  // namespace
+
+std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept {
+  while (run.done < run.count) {
+    if (tally.interruptible && interrupted != 0) [[unlikely]]
+      return INTERRUPTED;
+    const std::size_t from = run.done, to = std::min(run.count, from + STRETCH);
+    std::int32_t message;
+    if (const Kernel kernel = kernelof(m, run.left[from * run.leftstep].tag)) {
+      message = judged(m, run, from, to);
+      if (message != 0) return message;
+      run.done = kernel(run, from, to, tally);
+      message = tally.failure;
+    } else {
+      message = single(m, run, from, tally);
+      if (message == 0) ++run.done;
+    }
+    if (message != 0) return message;
+  }
+  return 0;
+}
+
+void monadicframe(const Monadic &m, Point *point, const Point *instruction, const Point *context, bool nested,
+                  std::uint64_t *state) {
+  Point *top = point;
+  if (!isspace(*point)) failscalar(RESTRICTION, &top, instruction);
+  if (isvoid(*point)) return;
+  const bool parallel = goesparallel(point->elements);
+  if (parallel) wait_for_coprocessors(point, 1);
+  hypercomplexflops = 0;
+
+  Run run = runover(*point);
+  bool inplace = false;
+  if (!nested)
+    if (const std::int32_t message = choosehome(m, *point, run, inplace); message != 0)
+      failscalar(message, &top, instruction);
+  run.result = point->data_pointer;
+  if (!inplace && !newrecords(run)) failscalar(OUTOFSTORAGE, &top, instruction);
+
+  Tally tally;
+  tally.interruptible = true;
+  tally.state = state;
+  if (m.tolerant && context) tally.tolerance = tolerance(context);
+  if (m.counting && context) tally.origin = indexorigin(context);
+  if (parallel) handout(run, instruction, point, tally);
+  if (const std::int32_t message = work(m, run, tally); message != 0) {
+    abandon(run);
+    failscalar(message, &top, instruction);
+  }
+  finish(point, run);
+  countwork(point->elements + tally.operations, 1 + tally.flops + hypercomplexflops);
+}
+
+std::int32_t monadicslice(const Monadic &m, std::uint32_t index, std::uint64_t *state) noexcept {
+  const Work &w = to_coprocessors;
+  Reply &reply = from_coprocessor[index];
+  reply.flags = 0;
+  reply.failure = 0;
+  const Slice mine = slice(static_cast<std::uint32_t>(w.count), processors, index);
+  if (mine.begin == mine.end) return 0;
+  Run run{};
+  run.left = w.second + mine.begin;
+  run.result = w.result + mine.begin;
+  run.leftstep = run.resultstep = 1;
+  run.count = mine.end - mine.begin;
+  run.fresh = w.fresh != 0;
+
+  Tally tally;
+  tally.tolerance = w.tolerance;
+  tally.origin = w.origin;
+  tally.state = state;
+  hypercomplexflops = 0;
+  reply.failure = work(m, run, tally);
+  if (reply.failure != 0 && run.fresh) {
+    dereferencedataelems(run.result, run.done);
+    run.kinds = 0;
+  }
+  const double done = tally.flops + hypercomplexflops;
+  reply.flags = run.kinds | complexed(run.kinds);
+  reply.flops += done;
+  reply.total_flops += done;
+  reply.operations += tally.operations;
+  return reply.failure;
+}

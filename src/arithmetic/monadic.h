@@ -1,0 +1,317 @@
+// The frame of the monadic scalar instructions: what an instruction needs beside its cores, and how it gets its two
+// functions, the plain one for the stack and the `vec_` twin for a slice. A further instruction is a struct of cores
+//
+//   struct Core : Counted {
+//     R operator()(A);                        one for each kind of element that has a formula of its own
+//     R operator()(A, Heading);               the same, where form and marks of the operand matter
+//     void operator()(A, Give &&give);        the same, where several formulas each end with give(R)
+//     std::int32_t check(A, Heading) const;   optional, for a kind that fails for some values: a message number, 0
+//     static std::int32_t refusal(tag);       optional: the message for tags without a core, otherwise 994
+//     double tolerance;                       optional: is set to what #CT held when the instruction began
+//     std::int64_t origin;                    optional: the same of #IO
+//     std::uint64_t *state;                   optional: the state of the thread's generator
+//     bool drawn;                             optional: a core sets it when a draw decided a truth
+//     std::int32_t failure;                   optional: a core that finds out late sets a message number here
+//   };
+//
+// and a line MONADIC_SCALAR(conjugate, Conjugate), or DRAWING_SCALAR where it draws random numbers. An integer without
+// an operator() is taken as a real. R is any kind of values.h, or a Formed one that says how it is to be written back.
+#pragma once
+
+#include <array>
+
+#include "arithmetic/frame.h"
+#include "arithmetic/scalars.h"
+#include "coprocessor/sysvars.h"
+
+inline constexpr std::int32_t NOTBINARY = 164, IMPOSSIBLE = 991, RESTRICTION = 994;
+
+// One instruction as data: its loops by tag, null where there is none.
+using SingleCheck = std::int32_t (*)(const Element &);
+struct Monadic {
+  bool tolerant, counting, failslate;         // reads #CT, reads #IO, must not write over its operand
+  std::int32_t (*refusal)(std::int32_t tag);  // the message for a tag without a loop
+  std::array<Kernel, LOOPTAGS> kernels;       // of a run only `left` and the result count
+  std::array<SingleCheck, LOOPTAGS> checks;   // null where no value fails
+};
+
+inline Kernel kernelof(const Monadic &m, std::int32_t tag) {
+  return rowof(tag) < LOOPTAGS ? m.kernels[rowof(tag)] : nullptr;
+}
+inline SingleCheck checkof(const Monadic &m, std::int32_t tag) {
+  return rowof(tag) < LOOPTAGS ? m.checks[rowof(tag)] : nullptr;
+}
+
+// Characters are refused as no numbers, everything else as what no core takes.
+inline std::int32_t nocharacters(std::int32_t tag) {
+  return tag == tags::ASCII || tag == tags::UNICODE ? NOTBINARY : RESTRICTION;
+}
+
+// What the macros' functions call: the frame on the stack, and one slice of what to_coprocessors holds. The slice's
+// flags, flops and failure go into its reply; its message number is returned.
+void monadicframe(const Monadic &m, Point *point, const Point *instruction, const Point *context, bool nested,
+                  std::uint64_t *state);
+std::int32_t monadicslice(const Monadic &m, std::uint32_t index, std::uint64_t *state) noexcept;
+// Works all of a run, whatever its records are, nested spaces included; `run.done` tells how far it came. Returns a
+// message number, 0 for none, or INTERRUPTED; never jumps.
+std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept;
+
+// ---- What cores see of a record and may say about their result.
+
+// Tag, form and marks in one word, as headingof gives it.
+struct Heading {
+  std::uint64_t word;
+};
+// A result of the operand's kind that says itself how it is to be written back.
+template <class T>
+struct Formed {
+  T value;
+  std::uint64_t head;
+};
+
+inline constexpr std::uint64_t FORMBITS = heading(0, 0xFFFF);
+
+inline constexpr std::uint16_t formof(std::uint64_t head) {
+  return static_cast<std::uint16_t>(head >> FORMSHIFT);
+}
+inline constexpr std::uint64_t reformed(std::uint64_t head, std::uint16_t form) {
+  return (head & ~FORMBITS & INHERITED) | heading(0, form);
+}
+// How a hypercomplex result looks: in the operand's coordinates, where it has any, with the operand's marks.
+inline constexpr std::uint64_t carried(std::uint64_t head) {
+  const bool coordinates = (formof(head) & (forms::CARTESIAN | forms::POLAR)) != 0;
+  return coordinates ? head & INHERITED : reformed(head, forms::NUMBER);
+}
+
+// The same value again. Not a plain copy, as the number may stand in a record.
+template <class T>
+inline T copyof(const T &x) {
+  if constexpr (Hyper<T>)
+    return assemble<T>([&](auto i) { return part(x, i); });
+  else
+    return x;
+}
+
+// ---- Which formula serves a kind.
+
+template <class Core, class A>
+concept Headed = requires(Core core, const A &a, Heading head) {
+  requires !std::is_void_v<decltype(core(a, head))>;
+};
+template <class Core, class A>
+concept Plain = requires(Core core, const A &a) {
+  core(a);
+};
+template <class Core, class A>
+concept Choosing = requires(Core core, const A &a) {
+  core(a, Anywhere{});
+};
+template <class Core, class A>
+concept Direct = Headed<Core, A> || Plain<Core, A> || Choosing<Core, A>;
+template <class Core, class A>
+concept Takes = Direct<Core, A> ||(std::same_as<A, Integer> &&Direct<Core, double>);
+
+// Hands the result to `give`.
+template <class Core, class A, class Give>
+inline void applyone(Core &core, const A &a, Heading head, Give &&give) {
+  if constexpr (std::same_as<A, Integer> && !Direct<Core, Integer>)
+    applyone(core, static_cast<double>(a.value), head, give);
+  else if constexpr (Headed<Core, A>)
+    give(core(a, head));
+  else if constexpr (Plain<Core, A>)
+    give(core(a));
+  else
+    core(a, give);
+}
+
+// ---- From a result to a record. Each returns the HAS bit of what it wrote.
+
+// A formed result is of the operand's kind.
+template <class T>
+inline void write(Element &to, const Formed<T> &made) {
+  if constexpr (Hyper<T>) {
+    write(to, made.head, made.value);
+  } else {
+    setheading(to, made.head);
+    to.name = nullptr;
+    if constexpr (std::same_as<T, double>)
+      to.real = made.value;
+    else
+      to.integer = made.value.value;
+  }
+}
+
+// Over the operand's record, or into a fresh one; an octonion into its home.
+template <std::int32_t tag, class Value>
+inline std::uint32_t placeone(Element &to, std::uint64_t head, const Value &value, bool fresh, Octonion *home) {
+  if constexpr (std::same_as<Value, Formed<Octonion>>) {
+    return write(to, value.head, value.value, home, fresh);
+  } else if constexpr (requires { value.head; }) {
+    write(to, value);
+    return kindbit(tag);
+  } else {
+    const std::uint64_t shown = carried(head);
+    return place<tag, tag>(to, shown, shown, value, fresh, home);
+  }
+}
+
+// ---- The loop.
+
+template <class Core>
+inline Core startmonadic(const Tally &tally) {
+  Core core = startcore<Core>(tally);
+  if constexpr (requires { core.origin; }) core.origin = tally.origin;
+  if constexpr (requires { core.state; }) core.state = tally.state;
+  return core;
+}
+
+// Under a flag word that is not exact a space may hold any record: each is looked at, and the first that is not
+// expected ends the loop.
+template <class Core, std::int32_t tag>
+std::size_t monadicloop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
+  Core core = startmonadic<Core>(tally);
+  const Element *source = run.left + from * run.leftstep;
+  Element *result = run.result + from * run.resultstep;
+  const std::size_t sourcestep = run.leftstep, resultstep = run.resultstep;
+  const bool fresh = run.fresh;
+  std::uint32_t kinds = 0;
+  std::int32_t failure = 0;
+  std::size_t i = from;
+  for (; i < to; ++i, source += sourcestep, result += resultstep) {
+    if (source->tag != tag) [[unlikely]]
+      break;
+    const std::uint64_t head = headingof(*source);
+    applyone(core, valueof<tag>(*source), Heading{head}, [&](const auto &value) {
+      using Value = std::remove_cvref_t<decltype(value)>;
+      if constexpr (requires { core.failure; })
+        if (core.failure != 0) [[unlikely]]
+          return static_cast<void>(failure = core.failure);
+      Octonion *home = nullptr;
+      if constexpr (std::same_as<Value, Octonion> || std::same_as<Value, Formed<Octonion>>) {
+        home = octonionhome(*result, fresh);
+        if (!home) [[unlikely]]
+          return static_cast<void>(failure = OUTOFSTORAGE);
+      }
+      kinds |= placeone<tag>(*result, head, value, fresh, home);
+    });
+    if (failure != 0) [[unlikely]]
+      break;
+  }
+  if constexpr (requires { core.drawn; }) kinds |= core.drawn ? ISPROBABLE : 0;
+  run.kinds |= kinds;
+  tally.failure = failure;
+  tally.flops += static_cast<double>(core.flops);
+  return i;
+}
+
+template <class Core, class A>
+concept Judged = requires(const Core core, const A &a, Heading head) {
+  core.check(a, head);
+};
+template <class Core, std::int32_t tag>
+std::int32_t judge(const Element &e) {
+  return Core{}.check(valueof<tag>(e), Heading{headingof(e)});
+}
+
+// ---- The table of a struct of cores.
+
+template <class Core, std::int32_t tag>
+constexpr void setrow(Monadic &m) {
+  if constexpr (Takes<Core, Kind<tag>>) m.kernels[rowof(tag)] = &monadicloop<Core, tag>;
+  if constexpr (Judged<Core, Kind<tag>>) m.checks[rowof(tag)] = &judge<Core, tag>;
+}
+
+template <class Core>
+constexpr Monadic monadic() {
+  Monadic m{};
+  m.tolerant = requires(Core core) {
+    core.tolerance;
+  };
+  m.counting = requires(Core core) {
+    core.origin;
+  };
+  m.failslate = requires(Core core) {
+    core.failure;
+  };
+  if constexpr (requires { Core::refusal(0); })
+    m.refusal = Core::refusal;
+  else
+    m.refusal = [](std::int32_t) { return RESTRICTION; };
+  [&]<std::size_t... row>(std::index_sequence<row...>) {
+    (setrow<Core, tagof(row)>(m), ...);
+  }
+  (std::make_index_sequence<LOOPTAGS>{});
+  return m;
+}
+
+// ---- The short way for a plain scalar.
+
+// Where the result of a scalar goes, in a block that nobody else sees. Message 27, the operand left whole.
+inline Element *singlehome(Point *point) {
+  Element *const old = point->data_pointer;
+  if (refr(old) == 1) return old;
+  Element *const home = newelements(1);
+  release(old);
+  return point->data_pointer = home;
+}
+
+// False where the frame has to look closer.
+template <class Core, std::int32_t tag>
+inline bool scalarone(Point *point, const Tally &tally) {
+  if constexpr (Takes<Core, Kind<tag>>) {
+    const Element &e = *point->data_pointer;
+    if constexpr (Judged<Core, Kind<tag>>)
+      if (judge<Core, tag>(e) != 0) return false;
+    Core core = startmonadic<Core>(tally);
+    const std::uint64_t head = headingof(e);
+    bool done = true;
+    applyone(core, valueof<tag>(e), Heading{head}, [&](const auto &value) {
+      if constexpr (requires { core.failure; })
+        if (core.failure != 0) return static_cast<void>(done = false);
+      std::uint32_t kinds = placeone<tag>(*singlehome(point), head, value, true, nullptr);
+      if constexpr (requires { core.drawn; }) kinds |= core.drawn ? ISPROBABLE : 0;
+      point->type = ISSCALAR | kinds;
+      countwork(1, 1 + static_cast<double>(core.flops));
+    });
+    return done;
+  } else {
+    return false;
+  }
+}
+
+template <class Core>
+inline bool workscalar(Point *point, const Point *context, std::uint64_t *state) {
+  if (!isplainscalar(*point)) return false;
+  Tally tally;
+  tally.state = state;
+  if constexpr (requires(Core core) { core.tolerance; }) tally.tolerance = context ? tolerance(context) : 0;
+  if constexpr (requires(Core core) { core.origin; }) tally.origin = context ? indexorigin(context) : 1;
+  const std::uint64_t head = headingof(*point->data_pointer) & heading(-1, 0, attributes::NAMED);
+  if (head == heading(tags::INTEGER, 0)) return scalarone<Core, tags::INTEGER>(point, tally);
+  if (head == heading(tags::REAL, 0)) return scalarone<Core, tags::REAL>(point, tally);
+  return false;
+}
+
+#define MONADIC_TABLE(name, Core)     \
+  extern const Monadic name##monadic; \
+  constinit const Monadic name##monadic = monadic<Core>();
+
+#define MONADIC_SCALAR(name, Core)                                                         \
+  MONADIC_TABLE(name, Core)                                                                \
+  void name(Point *point, const Point *instruction, Point *context, char nested) {         \
+    if (nested == 0 && workscalar<Core>(point, context, nullptr)) return;                  \
+    monadicframe(name##monadic, point, instruction, context, nested != 0, nullptr);        \
+  }                                                                                        \
+  std::int32_t vec_##name(Point *, const Point *, Point *, std::uint32_t index) noexcept { \
+    return monadicslice(name##monadic, index, nullptr);                                    \
+  }
+
+#define DRAWING_SCALAR(name, Core)                                                                               \
+  MONADIC_TABLE(name, Core)                                                                                      \
+  void name(Point *point, const Point *instruction, Point *context, char nested, std::uint64_t *state) {         \
+    if (nested == 0 && workscalar<Core>(point, context, state)) return;                                          \
+    monadicframe(name##monadic, point, instruction, context, nested != 0, state);                                \
+  }                                                                                                              \
+  std::int32_t vec_##name(Point *, const Point *, Point *, std::uint32_t index, std::uint64_t *state) noexcept { \
+    return monadicslice(name##monadic, index, state);                                                            \
+  }

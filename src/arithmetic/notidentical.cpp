@@ -1,0 +1,4 @@
+// NOTIDENTICAL: not the same value.
+#include "arithmetic/comparison.h"
+
+DYADIC_SCALAR(notidentical, Identity<false>)

@@ -1,0 +1,59 @@
+// How numbers and characters of any kind enter a comparison: a number as one double, a character as its code.
+#pragma once
+
+#include "arithmetic/values.h"
+#include "spaces/hypercomplex.h"
+
+template <class T>
+concept Numeric = Parted<T> || std::is_same_v<T, Integer>;
+template <class T>
+concept Lettered = std::is_same_v<T, Ascii> || std::is_same_v<T, Unicode>;
+
+// An integer as a double, any other number as it stands.
+inline double asdouble(Integer x) {
+  return static_cast<double>(x.value);
+}
+template <Parted T>
+inline const T &asdouble(const T &x) {
+  return x;
+}
+
+// The square root of the sum of squares, which is added up from the first component on.
+template <Hyper T>
+inline double modulus(const T &x, std::uint64_t &flops) {
+  flops += 2 * PARTS<T>;
+  return [&]<int... i>(std::integer_sequence<int, i...>) {
+    return std::sqrt((... + (part(x, i) * part(x, i))));
+  }
+  (std::make_integer_sequence<int, PARTS<T>>{});
+}
+
+// The sign of a number whose first component is 0: that of the first that is not.
+inline double latersign(const Complex &x) {
+  return x.im == 0 ? 0 : x.im > 0 ? 1 : -1;
+}
+template <Hyper T>
+[[gnu::cold]] double latersign(const T &x) {
+  double parts[PARTS<T>];
+  for (int i = 0; i < PARTS<T>; ++i) parts[i] = part(x, i);
+  if constexpr (PARTS<T> == PARTS<Quaternion>)
+    return csgnquat(parts);
+  else
+    return csgnocto(parts);
+}
+
+// The sign times the modulus. A real or an integer stands for itself.
+inline double signedmagnitude(Integer x, std::uint64_t &) {
+  return asdouble(x);
+}
+inline double signedmagnitude(double x, std::uint64_t &) {
+  return x;
+}
+template <Hyper T>
+inline double signedmagnitude(const T &x, std::uint64_t &flops) {
+  const double first = part(x, 0), size = modulus(x, flops);
+  flops += 1;
+  if (first == 0) [[unlikely]]
+    return latersign(x) * size;
+  return first < 0 ? -size : size;
+}

@@ -1,0 +1,18 @@
+// PITIMES: pi times the number.
+#include <numbers>
+
+#include "arithmetic/monadic.h"
+
+namespace {
+
+struct PiTimes : Counted {
+  template <Parted T>
+  T operator()(const T &x) {
+    flops += PARTS<T>;
+    return assemble<T>([&](auto i) { return std::numbers::pi * part(x, i); });
+  }
+};
+
+}  // namespace
+
+MONADIC_SCALAR(pitimes, PiTimes)

@@ -1,0 +1,39 @@
+// RECIPROCAL: 1 over the number, by the rules of DIVIDE.
+#include "arithmetic/monadic.h"
+#include "arithmetic/products.h"
+
+namespace {
+
+struct Reciprocal : Counted {
+  // Kept: a quotient is an integer where it is whole and not negative, so that of -1 it is the real -1.
+  Number operator()(Integer x) {
+    flops += x.value == 1 ? 0 : 1;
+    return {1 / static_cast<double>(x.value), x.value == 1};
+  }
+
+  double operator()(double x) {
+    flops += 1;
+    return 1 / x;
+  }
+
+  template <Hyper T>
+  T operator()(const T &x) {
+    flops += 3 * PARTS<T> - 1;
+    if (isreal(x)) return promote<T>(1 / part(x, 0));
+    const double norm = squarednorm(x);
+    return assemble<T>([&](auto i) { return (i == 0 ? part(x, i) : 0.0 - part(x, i)) / norm; });
+  }
+
+ private:
+  template <Hyper T>
+  static bool isreal(const T &x) {
+    return [&]<int... i>(std::integer_sequence<int, i...>) {
+      return ((part(x, i + 1) == 0) && ...);
+    }
+    (std::make_integer_sequence<int, PARTS<T> - 1>{});
+  }
+};
+
+}  // namespace
+
+MONADIC_SCALAR(reciprocal, Reciprocal)
