@@ -27,26 +27,29 @@ Axis axisof(const Point &data, bool last) {
   return axis;
 }
 
-// Are these integers, and at most one axis of them?
+// Does the flag word speak of integers alone, and the rank of one axis at most?
 bool ismask(const Point &mask) {
   if (!isspace(mask) || !mask.data_pointer || (mask.type & STRUCTURED) != 0) return false;
-  if ((mask.type & PURITYBITS) != HASINTEGER || (mask.rank > 1 && mask.elements > 1)) return false;
-  bool integers = true;
-  for (std::uint32_t i = 0; i < mask.elements; ++i) {
-    integers &= mask.data_pointer[i].tag == tags::INTEGER;
-    if (i % CHUNK == CHUNK - 1) safepoint();
-  }
-  return integers;
+  return (mask.type & PURITYBITS) == HASINTEGER && (mask.rank < 2 || mask.elements == 1);
 }
 
-// The places of the axis that are kept. Returns how many.
-std::uint32_t keptplaces(const Point &mask, std::uint32_t *places) {
-  std::uint32_t kept = 0;
-  for (std::uint32_t i = 0; i < mask.elements; ++i) {
-    places[kept] = i;
-    kept += mask.data_pointer[i].integer > 0 ? 1 : 0;
+// The places of the axis that are kept, and how many. False if the mask holds something else than integers after all.
+bool keptplaces(const Point &mask, std::uint32_t *places, std::uint32_t &kept) {
+  kept = 0;
+  std::uint32_t others = 0;
+  for (std::uint32_t i = 0; i < mask.elements;) {
+    const auto end = static_cast<std::uint32_t>(std::min<std::size_t>(mask.elements, i + CHUNK));
+    std::uint32_t k = kept;
+    for (; i < end; ++i) {
+      const Element &e = mask.data_pointer[i];
+      places[k] = i;
+      k += e.integer > 0 ? 1 : 0;
+      others |= static_cast<std::uint32_t>(e.tag ^ tags::INTEGER);
+    }
+    kept = k;
+    safepoint();
   }
-  return kept;
+  return others == 0;
 }
 
 template <typename Out>
@@ -85,11 +88,12 @@ int compressaxis(const Point &mask, Point &data, bool last) {
   auto *places = static_cast<std::uint32_t *>(newblock(mask.elements * sizeof(std::uint32_t)));
   Custody making;
   takecustody(making, releaseblock, places);
-  const std::uint32_t kept = keptplaces(mask, places);
-  if (kept < mask.elements) keepplaces(data, axis, places, kept);
+  std::uint32_t kept;
+  const bool integers = keptplaces(mask, places, kept);
+  if (integers && kept < mask.elements) keepplaces(data, axis, places, kept);
   endcustody(making);
   freeblock(places);
-  return 0;
+  return integers ? 0 : BADMASK;
 }
 
 // The right operand takes the place of the left.
@@ -103,6 +107,7 @@ int compressany(Point &mask, Point &data, bool last) {
   knowkinds(mask);
   if (!ismask(mask)) return BADMASK;
   if (mask.elements == 1) {
+    if (mask.data_pointer->tag != tags::INTEGER) return BADMASK;
     if (mask.data_pointer->integer <= 0) becomeempty(data, ranks::VECTOR, newshape(0));
   } else if (const int fault = compressaxis(mask, data, last)) {
     return fault;
