@@ -3,18 +3,9 @@
 
 #include "spaces/instructions.h"
 
-#define MONADIC(f)
-#define DRAWING(f)
-#define SPACE(f)
-#define HANDLER(f)
-#define NOTIMPLEMENTED
-#define RESTRICTED
-#define NOTHING
 #define INSTRUCTION(number, name, argumentclass, key, handler) handler
 #define DYADIC(f) extern const Dyadic f##cores [[gnu::weak]];
 #include "machine/instructions.def"
-#undef DYADIC
-#undef INSTRUCTION
 
 const Dyadic *dyadiccores(std::uint16_t instruction) {
   switch (instruction) {

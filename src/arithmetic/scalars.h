@@ -31,18 +31,4 @@ using DyadicSlice = std::int32_t(Point **, const Point *, Point *, std::uint32_t
 #define DYADIC(f)   \
   DyadicFunction f; \
   DyadicSlice vec_##f;
-#define SPACE(f)
-#define HANDLER(f)
-#define NOTIMPLEMENTED
-#define RESTRICTED
-#define NOTHING
 #include "machine/instructions.def"
-#undef INSTRUCTION
-#undef MONADIC
-#undef DRAWING
-#undef DYADIC
-#undef SPACE
-#undef HANDLER
-#undef NOTIMPLEMENTED
-#undef RESTRICTED
-#undef NOTHING

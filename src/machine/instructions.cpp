@@ -4,19 +4,16 @@
 const char Instructions[instructions::COUNT][32] = {
 #define INSTRUCTION(number, name, argumentclass, key, handler) #name,
 #include "machine/instructions.def"
-#undef INSTRUCTION
 };
 
 const std::uint16_t Types[instructions::COUNT] = {
 #define INSTRUCTION(number, name, argumentclass, key, handler) argumentclass,
 #include "machine/instructions.def"
-#undef INSTRUCTION
 };
 
 const char Addressnames[instructions::COUNT][2] = {
 #define INSTRUCTION(number, name, argumentclass, key, handler) {key[0], key[1]},
 #include "machine/instructions.def"
-#undef INSTRUCTION
 };
 
 namespace {
@@ -24,7 +21,6 @@ namespace {
 constexpr std::uint16_t numbers[] = {
 #define INSTRUCTION(number, name, argumentclass, key, handler) number,
 #include "machine/instructions.def"
-#undef INSTRUCTION
 };
 constexpr bool inorder() {
   for (std::uint16_t i = 0; i < sizeof numbers / sizeof *numbers; ++i)

@@ -40,24 +40,9 @@ enum class Next { FETCH, JUMPED, AGAIN, LEAVE };
 using Handler = Next(Level &);
 
 #define INSTRUCTION(number, name, argumentclass, key, handler) handler
-#define MONADIC(f)
-#define DRAWING(f)
-#define DYADIC(f)
 #define SPACE(f) void f(Point **, const Point *, Point *);
 #define HANDLER(f) Handler f;
-#define NOTIMPLEMENTED
-#define RESTRICTED
-#define NOTHING
 #include "machine/instructions.def"
-#undef INSTRUCTION
-#undef MONADIC
-#undef DRAWING
-#undef DYADIC
-#undef SPACE
-#undef HANDLER
-#undef NOTIMPLEMENTED
-#undef RESTRICTED
-#undef NOTHING
 
 // By instruction number.
 extern Handler *const Handlers[instructions::COUNT];

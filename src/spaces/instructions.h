@@ -7,7 +7,6 @@ namespace instructions {
 enum Number : std::uint16_t {
 #define INSTRUCTION(number, name, argumentclass, key, handler) name = number,
 #include "machine/instructions.def"
-#undef INSTRUCTION
   COUNT = 270
 };
 // On IF_YES and IF_NO: nothing is decided but what stands on the stack.
