@@ -5,13 +5,8 @@
 #include "spaces/refderef.h"
 
 void giveupall(const Run &run, Element &result) {
-  if (run.fresh) return;
-  if (result.tag == tags::SUBARRAY) {
-    dereferencepoint(result.subarray);
-    release(result.subarray);
-  } else {
-    giveup(result);
-  }
+  // What the record encloses may be seen by others too: it is lowered, and stays as it is.
+  if (!run.fresh) dereferencedataelems(&result, 1);
 }
 
 void failscalar(std::int32_t message, Point **stack, const Point *instruction) {

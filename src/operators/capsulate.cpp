@@ -25,9 +25,7 @@ double real(const Element &e) {
 Point *ownmember(Element &e) {
   if (refr(e.subarray) == 1) return e.subarray;
   Point *own = newpoint();
-  *own = *e.subarray;
-  referencepoint(own);
-  dereferencepoint(e.subarray);
+  *own = *e.subarray;  // this way to what is enclosed moves along
   release(e.subarray);
   e.subarray = own;
   return own;
