@@ -60,15 +60,6 @@ struct Divide : Counted {
       }));
     }
   }
-
- private:
-  template <Hyper T>
-  static bool isreal(const T &x) {
-    return [&]<int... i>(std::integer_sequence<int, i...>) {
-      return ((part(x, i + 1) == 0) && ...);
-    }
-    (std::make_integer_sequence<int, PARTS<T> - 1>{});
-  }
 };
 
 }  // namespace

@@ -1,12 +1,11 @@
-// The frame of the dyadic scalar instructions: which operands fit together, where the result goes, the walk over
-// records of any kinds, and the end. It knows an instruction by its table.
+// The frame of the dyadic scalar instructions on the stack: where the result goes, the share of the pool, and the end.
+// It knows an instruction by its table.
 //
 // Whether a failure leaves the operands whole:
 // - A result in new blocks always does: what was made goes back.
-// - Over an operand, nothing is written before all pairs of records were found to have a core that takes them. Only
-// where
-//   both flag words promise one kind each are the records trusted; should one of them turn out to differ, and have no
-//   core, the elements ahead of it are results already, and each record is whole.
+// - Over an operand, nothing is written before all pairs of records were found to have a core that takes them.
+// - Only where both flag words promise one kind each are the records trusted. Should one of them differ after all, and
+//   have no core, then the elements ahead of it are results already, and each record is whole.
 // - Operands whose records own blocks are never written over, but for octonions over octonions.
 #include "arithmetic/dyadic.h"
 
@@ -134,7 +133,8 @@ void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const
   hypercomplexflops = 0;
 
   Joint joint;
-  if (const std::int32_t message = conform(d, left, right, joint); message != 0) failscalar(message, stack, instruction);
+  if (const std::int32_t message = conform(d, left, right, joint); message != 0)
+    failscalar(message, stack, instruction);
   Run run = runover(left, right, joint);
   Home home = Home::NEW;
   if (!nested)

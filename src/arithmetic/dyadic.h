@@ -22,17 +22,13 @@ struct Dyadic {
   Check checks[LOOPTAGS][LOOPTAGS];
 };
 
-// The place of a tag in the tables, or a number beyond them.
-inline std::uint32_t looptag(std::int32_t tag) {
-  return static_cast<std::uint32_t>(tag) - tags::ASCII;
-}
 // Null for a pair that has no loop, or needs no check.
 inline Kernel kernelof(const Dyadic &d, std::int32_t left, std::int32_t right) {
-  const std::uint32_t l = looptag(left), r = looptag(right);
+  const std::uint32_t l = rowof(left), r = rowof(right);
   return l < LOOPTAGS && r < LOOPTAGS ? d.kernels[l][r] : nullptr;
 }
 inline Check checkof(const Dyadic &d, std::int32_t left, std::int32_t right) {
-  const std::uint32_t l = looptag(left), r = looptag(right);
+  const std::uint32_t l = rowof(left), r = rowof(right);
   return l < LOOPTAGS && r < LOOPTAGS ? d.checks[l][r] : nullptr;
 }
 

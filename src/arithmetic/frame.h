@@ -10,7 +10,7 @@
 inline constexpr std::size_t LOOPTAGS = tags::OCTONION - tags::ASCII + 1;
 // The row of a tag; LOOPTAGS or more where it has none.
 inline constexpr std::uint32_t rowof(std::int32_t tag) {
-  return static_cast<std::uint32_t>(tag - tags::ASCII);
+  return static_cast<std::uint32_t>(tag) - tags::ASCII;
 }
 inline constexpr std::int32_t tagof(std::size_t row) {
   return tags::ASCII + static_cast<std::int32_t>(row);

@@ -56,14 +56,12 @@ Run runover(const Point &left, const Point &right, const Joint &joint) {
   return run;
 }
 
-// A run over new records for the result. False where there is no storage.
 bool newrecords(Run &run) {
   run.fresh = true;
   run.result = run.count == 0 ? nullptr : static_cast<Element *>(tryblock(run.count * sizeof(Element)));
   return run.result || run.count == 0;
 }
 
-// Gives back what a failed run made.
 void abandon(Run &run) {
   if (!run.fresh || !run.result) return;
   dereferencedataelems(run.result, run.done);

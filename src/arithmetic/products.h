@@ -135,3 +135,12 @@ inline double squarednorm(const T &x) {
   }
   (std::make_integer_sequence<int, PARTS<T>>{});
 }
+
+// Are all components but the first 0?
+template <Hyper T>
+inline bool isreal(const T &x) {
+  return [&]<int... i>(std::integer_sequence<int, i...>) {
+    return ((part(x, i + 1) == 0) && ...);
+  }
+  (std::make_integer_sequence<int, PARTS<T> - 1>{});
+}

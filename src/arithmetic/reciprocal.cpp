@@ -23,15 +23,6 @@ struct Reciprocal : Counted {
     const double norm = squarednorm(x);
     return assemble<T>([&](auto i) { return (i == 0 ? part(x, i) : 0.0 - part(x, i)) / norm; });
   }
-
- private:
-  template <Hyper T>
-  static bool isreal(const T &x) {
-    return [&]<int... i>(std::integer_sequence<int, i...>) {
-      return ((part(x, i + 1) == 0) && ...);
-    }
-    (std::make_integer_sequence<int, PARTS<T> - 1>{});
-  }
 };
 
 }  // namespace

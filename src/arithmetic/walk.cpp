@@ -1,5 +1,5 @@
 // The walk of a dyadic scalar instruction over records of any kinds: stretches of one pair of kinds go to their loop,
-// named records and nested spaces are worked one by one. It runs on any thread, so it returns its failures.
+// nested spaces are worked one by one. It runs on any thread, so it returns its failures.
 #include <algorithm>
 
 #include "arithmetic/joint.h"

@@ -46,6 +46,8 @@ Slice slice(std::uint32_t count, std::uint32_t parts, std::uint32_t index) {
   return {cut(index), cut(index + 1)};
 }
 
-bool postcoprocessors() { return false; }
+bool postcoprocessors() {
+  return false;
+}
 
 void wait_for_coprocessors(Point *, int) {}

@@ -20,7 +20,7 @@ struct Work {
   Element *first;
   Element *second;  // the only source of a monadic instruction
   Element *result;
-  Point *context;  // quads
+  Point *context;       // quads
   std::int64_t origin;  // what #IO held when ROLL began
 };
 
@@ -39,13 +39,13 @@ struct Reply {
   double operations;     // element operations on nested spaces in the slice
 };
 
-extern std::uint32_t processors;     // work slots, slot 0 being the main thread
-extern std::uint32_t cpus;           // slots that were started
-extern std::int32_t thrds;           // threads a processor
-extern std::int64_t MIN_PARALLEL;    // an instruction of at most so many elements stays serial
+extern std::uint32_t processors;   // work slots, slot 0 being the main thread
+extern std::uint32_t cpus;         // slots that were started
+extern std::int32_t thrds;         // threads a processor
+extern std::int64_t MIN_PARALLEL;  // an instruction of at most so many elements stays serial
 extern Work to_coprocessors;
-extern Reply *from_coprocessor;      // `processors` records; slot 0 always exists
-extern Point *quads;                 // the 16 system variables of the bank in use
+extern Reply *from_coprocessor;  // `processors` records; slot 0 always exists
+extern Point *quads;             // the 16 system variables of the bank in use
 inline constexpr int IO_SLOT = 2, CT_SLOT = 6;
 
 // The parallel gate: does work over so many elements go to the pool?

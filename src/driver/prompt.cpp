@@ -59,8 +59,9 @@ void onetext(std::FILE *stream) {
 
 void promptloop() {
   while (!endprocess) {
-    prompt();
+    // Ahead of the prompt, so that a key that answers it at once does no harm.
     readingsignals();
+    prompt();
     if (emptyline()) continue;
     onetext(stdin);
   }

@@ -14,5 +14,5 @@ inline constexpr std::uint16_t BARE = 65531;
 }  // namespace instructions
 
 extern const char Instructions[instructions::COUNT][32];
-extern const std::uint16_t Types[instructions::COUNT];        // argument classes
-extern const char Addressnames[instructions::COUNT][2];       // two-byte keys, for memo texts
+extern const std::uint16_t Types[instructions::COUNT];   // argument classes
+extern const char Addressnames[instructions::COUNT][2];  // two-byte keys, for memo texts

@@ -61,7 +61,7 @@ struct Element {
   std::uint16_t form;
   std::uint16_t attributes;
   union {
-    char *name;       // counted; set with attributes::NAMED, and for a file
+    char *name;        // counted; set with attributes::NAMED, and for a file
     double firstpart;  // of a quaternion, which therefore has no name
   };
   union {
@@ -142,12 +142,24 @@ inline constexpr std::uint32_t OWNING = STRUCTURED | HASOCTONION;  // the elemen
 inline constexpr std::uint32_t NAMEBEARING = ISVARIABLE | ISADDRESS | ISFUNCTION | ISOPERATOR;
 inline constexpr std::uint32_t EMPTYVECTOR = ISVECTOR | ISEMPTY;
 
-inline bool isend(const Point &p) { return p.type == 0; }
-inline bool isempty(const Point &p) { return (p.type & ISEMPTY) != 0; }
-inline bool isscalarlike(const Point &p) { return (p.type & SCALARLIKE) != 0; }
-inline bool isspace(const Point &p) { return p.rank >= 0; }
-inline bool isfunction(const Point &p) { return p.rank == ranks::FUNCTION; }
-inline bool isoperator(const Point &p) { return p.rank == ranks::OPERATOR; }
+inline bool isend(const Point &p) {
+  return p.type == 0;
+}
+inline bool isempty(const Point &p) {
+  return (p.type & ISEMPTY) != 0;
+}
+inline bool isscalarlike(const Point &p) {
+  return (p.type & SCALARLIKE) != 0;
+}
+inline bool isspace(const Point &p) {
+  return p.rank >= 0;
+}
+inline bool isfunction(const Point &p) {
+  return p.rank == ranks::FUNCTION;
+}
+inline bool isoperator(const Point &p) {
+  return p.rank == ranks::OPERATOR;
+}
 // A space of characters alone, whose bytes can serve as text.
 inline bool istext(const Point &p) {
   return isspace(p) && (p.type & (HASASCII | COMPLEXED | STRUCTURED)) == HASASCII;

@@ -2,17 +2,21 @@
 // the release of a Programme.
 //
 // Who owns what:
-// - The count of a block is the number of ways that lead to it from a holder: a Point raises its shape, its data and, all
+// - The count of a block is the number of ways that lead to it from a holder: a Point raises its shape, its data and,
+// all
 //   the way down, what the records of its data own. So a count of 1 means at any depth that nobody else sees the block,
 //   and a Point may be moved out of an enclosing block without a change of its own counts.
-// - A record of tag SUBARRAY owns the enclosed Point and its block, OCTONION its eight doubles, HANDLE its name, its cell
+// - A record of tag SUBARRAY owns the enclosed Point and its block, OCTONION its eight doubles, HANDLE its name, its
+// cell
 //   and its descriptor, a symbolic Point (negative tag) what it would own on the stack.
-// - The records of a space of rank 1 or more are walked only where mayown says so. Whoever changes a flag word keeps its
+// - The records of a space of rank 1 or more are walked only where mayown says so. Whoever changes a flag word keeps
+// its
 //   promise: kind bits without STRUCTURED, HASOCTONION, HASFILE and HASFUNCTION say that no record owns a block. A word
 //   without any kind bit (COLLECT) promises nothing. The one record of a scalar is always looked at.
 // - Names of elements (attributes::NAMED) are permanent, made by elementname, so that records can be copied freely. The
 //   counted name of a scalar is tolerated: it counts the scalar's holders.
-// - A Programme block owns the Points in it; FUNCTION Points raise the block alone. Its header owns nothing but its link,
+// - A Programme block owns the Points in it; FUNCTION Points raise the block alone. Its header owns nothing but its
+// link,
 //   the END its name and link.
 // - A symbolic Point owns its name, its link and its data block. The target of an ADDRESS with ISLOCAL is a slot of the
 //   stack and not counted.

@@ -76,12 +76,16 @@ void endharmless() {
   if (fchdir(home) != 0) std::abort();
 }
 
-bool timeisup() { return late != 0; }
+bool timeisup() {
+  return late != 0;
+}
 
 // The host. These stand in for the library's in this binary.
 extern "C" {
 
-int system(const char *) { return 0; }
+int system(const char *) {
+  return 0;
+}
 
 int nanosleep(const timespec *asked, timespec *left) {
   if (fuzzing) return 0;

@@ -1,4 +1,5 @@
-// What keeps a fuzzed programme from doing harm: a scratch directory, a bound on its time, and a host that does nothing.
+// What keeps a fuzzed programme from doing harm: a scratch directory, a bound on its time, and a host that does
+// nothing.
 #pragma once
 
 // Once: the scratch directory, the bound on files, the timer.

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "arithmetic/scalars.h"
+#include "coprocessor/coprocessor.h"
 #include "points.h"
 #include "recount.h"
 #include "spaces/counters.h"

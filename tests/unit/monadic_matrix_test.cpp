@@ -121,10 +121,11 @@ Point shaped(Shape shape, std::int32_t tag) {
   }
 }
 
-void expectresult(const Point &p, const Point &operand, char letter) {
+void expectresult(const Point &p, const Point &operand, char letter, bool shared) {
   ASSERT_EQ(p.rank, operand.rank);
   ASSERT_EQ(p.elements, operand.elements);
   EXPECT_EQ(p.shape_pointer, operand.shape_pointer);
+  if (p.rank > 0) EXPECT_EQ(refr(p.shape_pointer), shared ? 2 : 1);
   EXPECT_EQ(p.depth, operand.depth);
   EXPECT_EQ(p.type & ~ISPROBABLE, (operand.type & RANKBITS) | kindbit(tagof(letter)));
   for (std::uint32_t i = 0; i < p.elements; ++i) {
@@ -149,7 +150,7 @@ void check(const Member &m, Shape shape, std::int32_t tag, char letter, bool sha
   if (messageof(letter) != 0) {
     EXPECT_EQ(std::memcmp(&p, &operand, sizeof p), 0);
   } else {
-    expectresult(p, operand, letter);
+    expectresult(p, operand, letter, shared);
     // FACTORIAL may find out late that it fails, and never writes over its operand.
     EXPECT_EQ(p.data_pointer == operand.data_pointer,
               !shared && (std::strcmp(m.name, "FACTORIAL") != 0 || (shape == Shape::SCALAR && tag < tags::COMPLEX)));
