@@ -1,4 +1,4 @@
-// The dyadic instructions by number.
+// The dyadic instructions by number. Weak: what is not built yet has no cores, and no address.
 #include "arithmetic/cores.h"
 
 #include "spaces/instructions.h"
