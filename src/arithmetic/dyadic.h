@@ -117,7 +117,7 @@ inline bool scalarpair(Point **stack, const Element &left, const Element &right,
         if (core.failure != 0) return static_cast<void>(done = false);
       const std::uint32_t kind = place<L, R>(*scalarhome(stack), lefthead, righthead, value, true);
       (*stack)->type = ISSCALAR | kind;
-      countwork(1, 1 + static_cast<double>(core.flops));
+      countwork(1, 1 + flopsof<Core, Kind<L>, Kind<R>>(core, 1));
     });
     return done;
   } else {

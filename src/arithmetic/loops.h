@@ -5,6 +5,8 @@
 //     R operator()(A, B);                            one for each pair of kinds that has a formula of its own
 //     void operator()(A, B, Give &&give);            the same, where several formulas each end with give(R); R is the
 //                                                    wider kind of the pair
+//     static constexpr std::size_t flopseach(F);     optional, for a pair whose results all cost the same: how much; F is
+//                                                    Formula<A, B>, and the operator() does not count then
 //     std::int32_t check(A, B) const;                optional, for a pair that fails for some values: a message number
 //     static std::int32_t refusal(l, r);             optional: the message for tags without a core, otherwise 162
 //     double tolerance;                              optional: is set to what #CT held when the instruction began
@@ -13,7 +15,7 @@
 //   };
 //
 // A pair without an operator() is promoted: integers to reals, then the lower number to the kind of the higher. A core
-// adds to `flops` what it did. R is any kind of values.h; a loop turns it into a record.
+// adds to `flops` what it did, unless flopseach tells. R is any kind of values.h; a loop turns it into a record.
 #pragma once
 
 #include <concepts>
@@ -145,20 +147,41 @@ inline void apply(Core &core, const A &a, const B &b, Give &&give) {
     core(left, right, give);
 }
 
-// Is the result an octonion? What gives its result, gives one of the wider kind.
-template <class Core, class A, class B>
-constexpr bool makesoctonion() {
-  using F = FormulaFor<Core, A, B>;
-  using L = typename F::Left;
-  using R = typename F::Right;
+// The kind of the result. What gives its result, gives one of the wider kind.
+template <class Core, class L, class R>
+constexpr auto resultfor(Formula<L, R>) {
   if constexpr (Returning<Core, L, R>)
-    return std::same_as<decltype(std::declval<Core &>()(std::declval<const L &>(), std::declval<const R &>())),
-                        Octonion>;
+    return std::type_identity<decltype(std::declval<Core &>()(std::declval<const L &>(), std::declval<const R &>()))>{};
   else
-    return std::same_as<Wider<L, R>, Octonion>;
+    return std::type_identity<Wider<L, R>>{};
+}
+template <class Core, class A, class B>
+using ResultFor = typename decltype(resultfor<Core>(FormulaFor<Core, A, B>{}))::type;
+
+// The flops of so many results of one pair of kinds.
+template <class Core, class A, class B>
+inline double flopsof(const Core &core, std::size_t count) {
+  if constexpr (requires { Core::flopseach(FormulaFor<Core, A, B>{}); })
+    return static_cast<double>(Core::flopseach(FormulaFor<Core, A, B>{}) * count);
+  else
+    return static_cast<double>(core.flops);
 }
 
 // ---- From a result to a record. Each returns the HAS bit of what it wrote.
+
+// The HAS bit of a kind of result, 0 where results differ in it.
+template <class T>
+inline constexpr std::uint32_t KINDBIT = 0;
+template <>
+inline constexpr std::uint32_t KINDBIT<double> = HASREAL;
+template <>
+inline constexpr std::uint32_t KINDBIT<Truth> = HASINTEGER;
+template <>
+inline constexpr std::uint32_t KINDBIT<Complex> = HASCOMPLEX;
+template <>
+inline constexpr std::uint32_t KINDBIT<Quaternion> = HASQUATERNION;
+template <>
+inline constexpr std::uint32_t KINDBIT<Octonion> = HASOCTONION;
 
 // Form and marks of a hypercomplex result: a complex number takes them from the complex operand, the left one of two;
 // so does a higher number where both operands are of its kind. A mixed pair gives the ordinary form.
@@ -267,30 +290,27 @@ inline Core startcore(const Tally &tally) {
 // space may hold any record: each is looked at, and the first that is not expected ends the loop.
 template <class Core, std::int32_t L, std::int32_t R>
 std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
+  using Result = ResultFor<Core, Kind<L>, Kind<R>>;
   Core core = startcore<Core>(tally);
-  const Element *left = run.left + from * run.leftstep;
-  const Element *right = run.right + from * run.rightstep;
-  Element *result = run.result + from * run.resultstep;
-  const std::size_t leftstep = run.leftstep, rightstep = run.rightstep, resultstep = run.resultstep;
   const bool fresh = run.fresh;
   std::uint32_t kinds = 0;
   std::int32_t failure = 0;
-  std::size_t i = from;
-  for (; i < to; ++i, left += leftstep, right += rightstep, result += resultstep) {
-    if (left->tag != L || right->tag != R) [[unlikely]]
-      break;
-    const std::uint64_t lefthead = headingof(*left), righthead = headingof(*right);
+  // False where the pair is not for this loop, or fails.
+  const auto one = [&](const Element &left, const Element &right, Element &result) {
+    if (left.tag != L || right.tag != R) [[unlikely]]
+      return false;
+    const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
     if constexpr (requires { core.bothpolar; }) core.bothpolar = ispolar(lefthead & righthead);
     // Found before the formula runs, as its terms are computed best where they are stored.
     Octonion *home = nullptr;
-    if constexpr (makesoctonion<Core, Kind<L>, Kind<R>>()) {
-      home = octonionhome(*result, fresh);
+    if constexpr (std::same_as<Result, Octonion>) {
+      home = octonionhome(result, fresh);
       if (!home) [[unlikely]] {
         failure = OUTOFSTORAGE;
-        break;
+        return false;
       }
     }
-    apply(core, valueof<L>(*left), valueof<R>(*right), [&](const auto &value) {
+    apply(core, valueof<L>(left), valueof<R>(right), [&](const auto &value) {
       if constexpr (requires { core.failure; }) {
         if (core.failure != 0) [[unlikely]] {
           failure = core.failure;
@@ -298,15 +318,24 @@ std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
           return;
         }
       }
-      kinds |= place<L, R>(*result, lefthead, righthead, value, fresh, home);
+      const std::uint32_t kind = place<L, R>(result, lefthead, righthead, value, fresh, home);
+      if constexpr (KINDBIT<Result> == 0) kinds |= kind;
     });
-    if constexpr (requires { core.failure; })
-      if (failure != 0) [[unlikely]]
-        break;
-  }
-  run.kinds |= kinds;
+    if constexpr (requires { core.failure; }) return failure == 0;
+    return true;
+  };
+
+  const Element *const left = run.left, *const right = run.right;
+  Element *const result = run.result;
+  const std::size_t leftstep = run.leftstep, rightstep = run.rightstep, resultstep = run.resultstep;
+  std::size_t i = from;
+  if (leftstep == 1 && rightstep == 1 && resultstep == 1)
+    while (i < to && one(left[i], right[i], result[i])) ++i;
+  else
+    while (i < to && one(left[i * leftstep], right[i * rightstep], result[i * resultstep])) ++i;
+  run.kinds |= i > from ? kinds | KINDBIT<Result> : 0;
   tally.failure = failure;
-  tally.flops += static_cast<double>(core.flops);
+  tally.flops += flopsof<Core, Kind<L>, Kind<R>>(core, i - from);
   return i;
 }
 
