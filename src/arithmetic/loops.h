@@ -5,8 +5,8 @@
 //     R operator()(A, B);                            one for each pair of kinds that has a formula of its own
 //     void operator()(A, B, Give &&give);            the same, where several formulas each end with give(R); R is the
 //                                                    wider kind of the pair
-//     static constexpr std::size_t flopseach(F);     optional, for a pair whose results all cost the same: how much; F is
-//                                                    Formula<A, B>, and the operator() does not count then
+//     static constexpr std::size_t flopseach(F);     optional, for a pair whose results all cost the same: how
+//                                                    much; F is Formula<A, B>, and operator() does not count then
 //     std::int32_t check(A, B) const;                optional, for a pair that fails for some values: a message number
 //     static std::int32_t refusal(l, r);             optional: the message for tags without a core, otherwise 162
 //     double tolerance;                              optional: is set to what #CT held when the instruction began
