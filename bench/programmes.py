@@ -1,0 +1,65 @@
+#!/usr/bin/env python3
+"""Whole programmes beside the same in CPython and, where it is installed, Lua: programmes.py FOLDER.
+
+Each is run in turn with the others, several times; the ratio of the medians of user time is printed. Every run checks its
+answer.
+"""
+import resource
+import shutil
+import statistics
+import subprocess
+import sys
+
+RUNS = 7
+PROGRAMMES = {
+    "a million additions in a loop": (
+        "500000500000",
+        "0 1000000 DYADIC + ; LOOP .",
+        "s = 0\nfor i in range(1, 1000001): s = s + i\nprint(s)",
+        "local s = 0 for i = 1, 1000000 do s = s + i end print(s)",
+    ),
+    "naive Fibonacci of 24": (
+        "46368",
+        "MONADIC DUP 1 - CHECK : DUP 1 - f ! SWAP 2 - f ! + ; ?Y ; @f SET 24 f ! .",
+        "def f(n): return n if n < 2 else f(n - 1) + f(n - 2)\nprint(f(24))",
+        "local function f(n) if n < 2 then return n end return f(n - 1) + f(n - 2) end print(f(24))",
+    ),
+    "a million calls of one argument": (
+        "1000000",
+        "MONADIC 1 + ; @inc SET 0 1000000 DYADIC DISCARD inc ! ; LOOP .",
+        "def inc(x): return x + 1\ns = 0\nfor i in range(1000000): s = inc(s)\nprint(s)",
+        "local function inc(x) return x + 1 end local s = 0 for i = 1, 1000000 do s = inc(s) end print(s)",
+    ),
+    "a function over 100000 elements": (
+        "100000",
+        "(0)[100000] MONADIC 1 + ; EACH SUM .",
+        "print(sum(map(lambda x: x + 1, [0] * 100000)))",
+        "local t = {} for i = 1, 100000 do t[i] = 0 + 1 end local s = 0 for i = 1, 100000 do s = s + t[i] end print(s)",
+    ),
+}
+
+
+def usertime(command, text, answer):
+    before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
+    run = subprocess.run(command, input=text, capture_output=True, text=True, check=True)
+    if answer not in run.stdout.split():
+        raise SystemExit("%s answered %r" % (command[0], run.stdout))
+    return resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before
+
+
+def main():
+    languages = [("morvik", [sys.argv[1] + "/morvik", "-q"], 1), ("python3", [sys.executable, "-"], 2)]
+    if shutil.which("lua5.4"):
+        languages.append(("lua5.4", ["lua5.4", "-"], 3))
+    for title, programme in PROGRAMMES.items():
+        times = {name: [] for name, _, _ in languages}
+        for _ in range(RUNS):
+            for name, command, index in languages:
+                times[name].append(usertime(command, programme[index], programme[0]))
+        medians = {name: max(statistics.median(found), 1e-4) for name, found in times.items()}
+        ratios = ", ".join("%.2f of %s" % (medians["morvik"] / medians[name], name) for name, _, _ in languages[1:])
+        print("%-34s %6.0f ms: %s" % (title, medians["morvik"] * 1000, ratios))
+
+
+if __name__ == "__main__":
+    main()

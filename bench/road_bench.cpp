@@ -1,0 +1,124 @@
+// The road of a line against plain loops: a long literal read from a stream against strtod over the same text, and a
+// text of scalar pushes and additions against a loop that copies Points and takes blocks from a free list.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "frontend/assembly.h"
+#include "machine/machine.h"
+#include "spaces/refderef.h"
+
+namespace {
+
+constexpr int MEMBERS = 1000000;
+constexpr int ROUNDS = 250;  // of four Points each, which fit one text
+
+// Names and a stack of its own, for as long as a measurement lasts.
+struct Bank {
+  Entry *table = makehashtab();
+  Context *chain = makemeaning(table);
+  std::vector<Point> stack = std::vector<Point>(64);
+  std::vector<Point> programme = std::vector<Point>(PROGRAMME_POINTS);
+  Bank() { stacktop = &stack.back(); }
+  ~Bank() {
+    release(chain);
+    releasetable(table);
+  }
+};
+
+std::string literal() {
+  std::mt19937_64 random(1);
+  std::uniform_real_distribution<double> spread(-1000, 1000);
+  std::string text = "(";
+  char number[32];
+  for (int i = 0; i < MEMBERS; ++i) {
+    std::snprintf(number, sizeof number, "%.6f ", spread(random));
+    text += number;
+  }
+  return text + ") .\n";
+}
+
+void readliteral(benchmark::State &state) {
+  Bank bank;
+  const std::string text = literal();
+  for (auto _ : state) {
+    std::FILE *stream = fmemopen(const_cast<char *>(text.data()), text.size(), "r");
+    fill(bank.programme.data(), bank.chain, bank.stack.data(), stream, nullptr, SKIPPED);
+    if (bank.programme[0].elements != MEMBERS) state.SkipWithError("a literal of another length");
+    cleanup(bank.programme.data());
+    std::fclose(stream);
+  }
+  state.SetItemsProcessed(state.iterations() * MEMBERS);
+}
+BENCHMARK(readliteral)->Unit(benchmark::kMillisecond);
+
+void readbystrtod(benchmark::State &state) {
+  const std::string text = literal();
+  for (auto _ : state) {
+    const char *at = text.c_str() + 1;
+    double sum = 0;
+    for (int i = 0; i < MEMBERS; ++i) {
+      char *end;
+      sum += std::strtod(at, &end);
+      at = end;
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetItemsProcessed(state.iterations() * MEMBERS);
+}
+BENCHMARK(readbystrtod)->Unit(benchmark::kMillisecond);
+
+void scalartext(benchmark::State &state) {
+  Bank bank;
+  std::string text;
+  for (int i = 0; i < ROUNDS; ++i) text += "1 2 + DISCARD ";
+  text += ".";
+  const char *position = text.c_str();
+  fill(bank.programme.data(), bank.chain, bank.stack.data(), nullptr, &position, SKIPPED);
+  Point *const bottom = bank.stack.data(), *const floor = bottom + 1;
+  for (auto _ : state) {
+    const Point *top = machine(bank.programme.data(), bank.chain, floor, floor, bottom, &bank.table, 1, 0);
+    if (top != bottom) state.SkipWithError("something is left on the stack");
+  }
+  cleanup(bank.programme.data());
+  state.SetItemsProcessed(state.iterations() * ROUNDS * 4);
+}
+BENCHMARK(scalartext);
+
+// For each addition: two Points copied, a block of 64 bytes taken from a free list, the sum, and the block given back.
+void scalarloop(benchmark::State &state) {
+  struct Block {
+    Block *next;
+    double values[7];
+  };
+  std::vector<Block> blocks(16);
+  Block *free = nullptr;
+  for (Block &b : blocks) {
+    b.next = free;
+    free = &b;
+  }
+  const Point literals[2] = {};
+  Point stack[4];
+  double one = 1, two = 2;
+  for (auto _ : state)
+    for (int i = 0; i < ROUNDS; ++i) {
+      stack[1] = literals[0];
+      stack[2] = literals[1];
+      benchmark::DoNotOptimize(stack);
+      benchmark::DoNotOptimize(one);
+      Block *taken = free;
+      free = taken->next;
+      taken->values[0] = one + two;
+      benchmark::DoNotOptimize(taken->values);
+      taken->next = free;
+      free = taken;
+    }
+  state.SetItemsProcessed(state.iterations() * ROUNDS * 4);
+}
+BENCHMARK(scalarloop);
+
+}  // namespace
