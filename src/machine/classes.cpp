@@ -18,14 +18,14 @@ struct Class {
 
 constexpr std::array<Class, 37> makeclasses() {
   std::array<Class, 37> c{};
-  for (const int n : {1, 5, 7}) c[n].wait = Wait::ALWAYS;
-  for (const int n : {10, 11, 12, 13, 14, 15}) c[n].operands = 1;
-  for (const int n : {18, 19, 20, 21, 22, 23}) c[n].operands = 2;
-  for (const int n : {28, 29, 30, 31}) c[n].operands = 3;
-  for (const int n : {13, 15}) c[n].wait = Wait::ALWAYS;
-  for (const int n : {11, 19, 21, 23, 25, 29, 31}) c[n].wait = Wait::WHEN_LARGE;
-  for (const int n : {10, 11, 18, 19}) c[n].scalar = true;
-  for (const int n : {18, 19}) c[n].empties = true;
+  for (const unsigned n : {1U, 5U, 7U}) c[n].wait = Wait::ALWAYS;
+  for (const unsigned n : {10U, 11U, 12U, 13U, 14U, 15U}) c[n].operands = 1;
+  for (const unsigned n : {18U, 19U, 20U, 21U, 22U, 23U}) c[n].operands = 2;
+  for (const unsigned n : {28U, 29U, 30U, 31U}) c[n].operands = 3;
+  for (const unsigned n : {13U, 15U}) c[n].wait = Wait::ALWAYS;
+  for (const unsigned n : {11U, 19U, 21U, 23U, 25U, 29U, 31U}) c[n].wait = Wait::WHEN_LARGE;
+  for (const unsigned n : {10U, 11U, 18U, 19U}) c[n].scalar = true;
+  for (const unsigned n : {18U, 19U}) c[n].empties = true;
   return c;
 }
 constexpr std::array<Class, 37> Classes = makeclasses();

@@ -22,7 +22,11 @@ char *makekey(Level &level, int arguments) {
     argument->type &= ~ISPROBABLE;
     key = TOAddr1(key, argument);
   }
-  return stringcat(key, end.name);
+  Custody kept;
+  takecustody(kept, releaseblock, key);
+  char *joined = stringcat(key, end.name);
+  endcustody(kept);
+  return joined;
 }
 
 // Keeps the top as the value of the key, which it takes over; or forgets the key, if the run left nothing to keep.
