@@ -4,7 +4,7 @@
 
 namespace {
 
-// Functions that draw, read, write or change globals are never kept.
+// Functions that draw, or that read or write anything outside, are never kept.
 constexpr std::uint32_t UNKEPT = ISPROBABLE | INOUT;
 
 // The END of a body: where the text of the function itself is kept, in the name word, once it was made.
