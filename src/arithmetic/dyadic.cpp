@@ -12,7 +12,6 @@
 #include <algorithm>
 
 #include "arithmetic/joint.h"
-#include "coprocessor/slices.h"
 #include "diagnostics/exception.h"
 #include "spaces/hypercomplex.h"
 #include "spaces/refderef.h"
@@ -86,39 +85,29 @@ bool passvoid(Point **stack) {
   return true;
 }
 
-// The one place where work goes to the pool. True: its threads are on all slices but the first, which is what is left
-// in `run`. What they read must then live until the join, which is also where the operands may go.
-bool handout(Run &run, const Point *instruction, Point *operand, const Point &left, const Point &right,
-             const Tally &tally) {
+// What the slices need to know of the operands. The one that extends, where there is one, is the first; a structure of
+// several members has the flags of a scalar, and does not extend.
+void describe(const Run &run, const Point &left, const Point &right) {
   const bool swapped = run.rightstep == 0;
   Work &w = to_coprocessors;
   w = {};
-  w.instruction = instruction;
-  w.operand = operand;
-  w.fresh = run.fresh;
   w.swapped = swapped;
   w.combined = left.type | right.type | (left.rank == right.rank ? SAMERANK : 0);
-  w.tolerance = tally.tolerance;
-  w.count = run.count;
+  if (run.leftstep != 0 && run.rightstep != 0) w.combined &= ~SCALARLIKE;
   w.first = const_cast<Element *>(swapped ? run.right : run.left);
   w.second = const_cast<Element *>(swapped ? run.left : run.right);
-  w.result = run.result;
-  if (postcoprocessors()) {
-    run.count = slice(static_cast<std::uint32_t>(run.count), processors, 0).end;
-    return true;
-  }
-  w.instruction = nullptr;
-  return false;
 }
 
-// The result takes the place of its operands; what it did not take over of them is given up.
-void finish(Point **stack, const Point &result, Home home) {
+// The result takes the place of its operands; what it did not take over of them is given up, at the join if the pool is
+// at work on it.
+void finish(Point **stack, const Point &result, Home home, bool handed) {
   Point &left = (*stack)[-1], &right = **stack;
   Point spentleft = left, spentright = right;
   if (home == Home::LEFT) spentleft.data_pointer = nullptr;
   if (home == Home::RIGHT) spentright.data_pointer = nullptr;
   left = result;
   --*stack;
+  if (handed) return defer(spentleft, spentright);
   dereferencepoint(&spentright);
   dereferencepoint(&spentleft);
 }
@@ -133,62 +122,43 @@ void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const
   hypercomplexflops = 0;
 
   Joint joint;
-  if (const std::int32_t message = conform(d, left, right, joint); message != 0)
-    failscalar(message, stack, instruction);
+  if (const std::int32_t message = conform(d, left, right, joint); message != 0) failwork(message, stack, instruction);
   Run run = runover(left, right, joint);
   Home home = Home::NEW;
   if (!nested)
     if (const std::int32_t message = choosehome(d, left, right, joint, run, home); message != 0)
-      failscalar(message, stack, instruction);
+      failwork(message, stack, instruction);
   run.result = home == Home::LEFT ? left.data_pointer : right.data_pointer;
-  if (home == Home::NEW && !newrecords(run)) failscalar(OUTOFSTORAGE, stack, instruction);
+  if (home == Home::NEW && !newrecords(run)) failwork(OUTOFSTORAGE, stack, instruction);
 
   Tally tally;
-  tally.interruptible = true;
+  tally.stopped = isinterrupted;
   if (d.tolerant) tally.tolerance = tolerancein(context);
-  if (parallel) handout(run, instruction, *stack - 1, left, right, tally);
-  if (const std::int32_t message = work(d, run, tally); message != 0) {
-    abandon(run);
-    failscalar(message, stack, instruction);
+  bool handed = false;
+  if (parallel && !isdeep(left) && !isdeep(right)) {
+    describe(run, left, right);
+    handed = handout(run, instruction, *stack - 1, tally);
   }
-  finish(stack, resultof(left, right, joint, run), home);
+  if (const std::int32_t message = work(d, run, tally); message != 0) {
+    if (handed) recall(run);
+    abandon(run);
+    failwork(message, stack, instruction);
+  }
+  finish(stack, resultof(left, right, joint, run), home, handed);
   countwork(joint.count + tally.operations, 1 + tally.flops + hypercomplexflops);
 }
 
 std::int32_t dyadicslice(const Dyadic &d, std::uint32_t index) noexcept {
   const Work &w = to_coprocessors;
-  Reply &reply = from_coprocessor[index];
-  reply.flags = 0;
-  reply.failure = 0;
-  const Slice mine = slice(static_cast<std::uint32_t>(w.count), processors, index);
-  if (mine.begin == mine.end) return 0;
-  // The scalar-like operand, where there is one, is always the first.
   const bool swapped = w.swapped != 0, extends = (w.combined & SCALARLIKE) != 0;
-  const std::size_t firststep = extends ? 0 : 1, begin = mine.begin;
   Run run{};
-  run.left = swapped ? w.second + begin : w.first + begin * firststep;
-  run.right = swapped ? w.first + begin * firststep : w.second + begin;
-  run.leftstep = swapped ? 1 : firststep;
-  run.rightstep = swapped ? firststep : 1;
-  run.result = w.result + begin;
-  run.resultstep = 1;
-  run.count = mine.end - mine.begin;
-  run.fresh = w.fresh != 0;
-
-  Tally tally;
-  tally.tolerance = w.tolerance;
-  hypercomplexflops = 0;
-  reply.failure = work(d, run, tally);
-  if (reply.failure != 0 && run.fresh) {
-    dereferencedataelems(run.result, run.done);
-    run.kinds = 0;
-  }
-  const double done = tally.flops + hypercomplexflops;
-  reply.flags = run.kinds | complexed(run.kinds);
-  reply.flops += done;
-  reply.total_flops += done;
-  reply.operations += tally.operations;
-  return reply.failure;
+  run.left = swapped ? w.second : w.first;
+  run.right = swapped ? w.first : w.second;
+  run.leftstep = extends && !swapped ? 0 : 1;
+  run.rightstep = extends && swapped ? 0 : 1;
+  Tally tally = startslice();
+  const std::int32_t message = cutslice(run, index) ? work(d, run, tally) : 0;
+  return endslice(run, tally, message, index);
 }
 
 double tolerancein(const Point *context) {

@@ -1,5 +1,5 @@
 // What the frames of the monadic and of the dyadic scalar instructions share: questions about operands, what becomes of
-// a record that is written over, and how an instruction counts and fails.
+// a record that is written over, how an instruction counts and fails, and how it is shared with the pool.
 #pragma once
 
 #include "arithmetic/loops.h"
@@ -44,6 +44,23 @@ inline bool isowned(const Point &p) {
 // What a record of the result owns, where the result is written over it.
 void giveupall(const Run &run, Element &result);
 
-// The end of an instruction that failed with this message, INTERRUPTED included. `stack` is the address of the stack
-// top.
-[[noreturn]] void failscalar(std::int32_t message, Point **stack, const Point *instruction);
+// New records for the result of a run. False where there is no storage.
+bool newrecords(Run &run);
+// Gives back what a run that failed made; nothing where it wrote over an operand.
+void abandon(Run &run);
+
+// ---- The share of the pool. What is peculiar to a family stands in to_coprocessors already: its operands.
+
+// Is an operand nested too deeply for a coprocessor's stack?
+bool isdeep(const Point &operand);
+// The one place where work goes to the pool. True: its threads are on all slices but the first, which is what is left
+// in `run`. What they read must then live until the join, which is also where the operands may go.
+bool handout(Run &run, const Point *instruction, Point *operand, const Tally &tally);
+// The main thread's slice failed: the pool stops, and what all slices made is the run's to abandon.
+void recall(Run &run);
+
+// A slice begins with a run over whole operands, and becomes the run over its own part. False where that is empty.
+bool cutslice(Run &run, std::uint32_t index);
+Tally startslice();
+// Leaves all in the thread's reply, and gives back what a slice that failed made. Returns the message.
+std::int32_t endslice(Run &run, const Tally &tally, std::int32_t message, std::uint32_t index);

@@ -56,18 +56,6 @@ Run runover(const Point &left, const Point &right, const Joint &joint) {
   return run;
 }
 
-bool newrecords(Run &run) {
-  run.fresh = true;
-  run.result = run.count == 0 ? nullptr : static_cast<Element *>(tryblock(run.count * sizeof(Element)));
-  return run.result || run.count == 0;
-}
-
-void abandon(Run &run) {
-  if (!run.fresh || !run.result) return;
-  dereferencedataelems(run.result, run.done);
-  freeblock(run.result);
-}
-
 Point resultof(const Point &left, const Point &right, const Joint &joint, const Run &run) {
   Point result = *joint.shaped;
   reference(result.shape_pointer);

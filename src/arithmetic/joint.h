@@ -19,10 +19,6 @@ std::int32_t conform(const Dyadic &d, const Point &left, const Point &right, Joi
 
 // The run over two operands that fit; where its result goes is left open.
 Run runover(const Point &left, const Point &right, const Joint &joint);
-// New records for the result of a run. False where there is no storage.
-bool newrecords(Run &run);
-// Gives back what a run that failed made; nothing where it wrote over an operand.
-void abandon(Run &run);
 
 // The Point of what a run made, with a reference of its own on the shape.
 Point resultof(const Point &left, const Point &right, const Joint &joint, const Run &run);

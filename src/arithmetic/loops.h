@@ -22,6 +22,7 @@
 #include <cstddef>
 
 #include "arithmetic/values.h"
+#include "diagnostics/exception.h"
 #include "spaces/blocks.h"
 
 inline constexpr std::int32_t NOTCONFORMABLE = 17, OUTOFSTORAGE = 27, NOTBOOLEAN = 149, INCOMPATIBLE = 162;
@@ -46,9 +47,9 @@ struct Tally {
   std::int64_t origin = 1;         // what #IO held when the instruction began
   std::uint64_t *state = nullptr;  // of the thread's generator, for an instruction that draws
   double flops = 0;
-  double operations = 0;       // of nested spaces
-  std::int32_t failure = 0;    // a message number
-  bool interruptible = false;  // the main thread: an interrupt ends the work
+  double operations = 0;        // of nested spaces
+  std::int32_t failure = 0;     // a message number
+  bool (*stopped)() = nullptr;  // is the work to end with INTERRUPTED?
 };
 
 // One stretch of work over records. The steps are in records; a scalar operand has step 0.
@@ -71,7 +72,6 @@ using Check = std::int32_t (*)(const Element &left, const Element &right);
 // message number, 0 for none, or INTERRUPTED; never jumps. For slices, and for folds: steps may be any number of
 // records, and steps of 0 for left and result make each result the next left.
 struct Dyadic;
-inline constexpr std::int32_t INTERRUPTED = -1;
 inline constexpr std::size_t STRETCH = 65536;  // elements between two looks at an interrupt
 std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept;
 

@@ -12,7 +12,6 @@
 #include <algorithm>
 
 #include "arithmetic/joint.h"
-#include "coprocessor/slices.h"
 #include "diagnostics/exception.h"
 #include "spaces/hypercomplex.h"
 #include "spaces/refderef.h"
@@ -119,43 +118,32 @@ std::int32_t judged(const Monadic &m, const Run &run, std::size_t from, std::siz
 
 // ---- On the stack.
 
-// True: the pool's threads are on all slices but the first, which is what is left in `run`. What they read must then
-// live until the join.
-bool handout(Run &run, const Point *instruction, Point *operand, const Tally &tally) {
-  Work &w = to_coprocessors;
-  w = {};
-  w.instruction = instruction;
-  w.operand = operand;
-  w.fresh = run.fresh;
-  w.combined = operand->type;
-  w.tolerance = tally.tolerance;
-  w.origin = tally.origin;
-  w.count = run.count;
-  w.second = const_cast<Element *>(run.left);
-  w.result = run.result;
-  if (postcoprocessors()) {
-    run.count = slice(static_cast<std::uint32_t>(run.count), processors, 0).end;
-    return true;
-  }
-  w.instruction = nullptr;
-  return false;
+// What the slices need to know of the operand.
+void describe(const Point &operand) {
+  to_coprocessors = {};
+  to_coprocessors.combined = operand.type;
+  to_coprocessors.second = operand.data_pointer;
 }
 
-// The result takes the place of the operand, whose shape it keeps.
-void finish(Point *point, const Run &run) {
+// The result takes the place of the operand, which is given up, at the join if the pool is at work on it.
+void finish(Point *point, const Run &run, bool handed) {
   Point spent = *point;
   point->type = resulttype(spent, run.kinds);
   point->data_pointer = run.result;
-  if (!run.fresh) return;
-  spent.shape_pointer = nullptr;
-  dereferencepoint(&spent);
+  if (!run.fresh) spent.data_pointer = nullptr;
+  if (handed) {
+    reference(point->shape_pointer);
+    return defer(spent);
+  }
+  spent.shape_pointer = nullptr;  // which the result keeps
+  if (run.fresh) dereferencepoint(&spent);
 }
 
 }  // namespace
 
 std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept {
   while (run.done < run.count) {
-    if (tally.interruptible && interrupted != 0) [[unlikely]]
+    if (tally.stopped && tally.stopped()) [[unlikely]]
       return INTERRUPTED;
     const std::size_t from = run.done, to = std::min(run.count, from + STRETCH);
     std::int32_t message;
@@ -176,62 +164,45 @@ std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept {
 void monadicframe(const Monadic &m, Point *point, const Point *instruction, const Point *context, bool nested,
                   std::uint64_t *state) {
   Point *top = point;
-  if (!isspace(*point)) failscalar(RESTRICTION, &top, instruction);
+  if (!isspace(*point)) failwork(RESTRICTION, &top, instruction);
   if (isvoid(*point)) return;
   const bool parallel = goesparallel(point->elements);
-  if (parallel) wait_for_coprocessors(point, 1);
+  if (parallel) wait_for_coprocessors(top, 1);
   hypercomplexflops = 0;
 
   Run run = runover(*point);
   bool inplace = false;
   if (!nested)
     if (const std::int32_t message = choosehome(m, *point, run, inplace); message != 0)
-      failscalar(message, &top, instruction);
+      failwork(message, &top, instruction);
   run.result = point->data_pointer;
-  if (!inplace && !newrecords(run)) failscalar(OUTOFSTORAGE, &top, instruction);
+  if (!inplace && !newrecords(run)) failwork(OUTOFSTORAGE, &top, instruction);
 
   Tally tally;
-  tally.interruptible = true;
+  tally.stopped = isinterrupted;
   tally.state = state;
   if (m.tolerant && context) tally.tolerance = tolerance(context);
   if (m.counting && context) tally.origin = indexorigin(context);
-  if (parallel) handout(run, instruction, point, tally);
-  if (const std::int32_t message = work(m, run, tally); message != 0) {
-    abandon(run);
-    failscalar(message, &top, instruction);
+  bool handed = false;
+  if (parallel && !isdeep(*point)) {
+    describe(*point);
+    handed = handout(run, instruction, point, tally);
   }
-  finish(point, run);
+  if (const std::int32_t message = work(m, run, tally); message != 0) {
+    if (handed) recall(run);
+    abandon(run);
+    failwork(message, &top, instruction);
+  }
+  finish(point, run, handed);
   countwork(point->elements + tally.operations, 1 + tally.flops + hypercomplexflops);
 }
 
 std::int32_t monadicslice(const Monadic &m, std::uint32_t index, std::uint64_t *state) noexcept {
-  const Work &w = to_coprocessors;
-  Reply &reply = from_coprocessor[index];
-  reply.flags = 0;
-  reply.failure = 0;
-  const Slice mine = slice(static_cast<std::uint32_t>(w.count), processors, index);
-  if (mine.begin == mine.end) return 0;
   Run run{};
-  run.left = w.second + mine.begin;
-  run.result = w.result + mine.begin;
-  run.leftstep = run.resultstep = 1;
-  run.count = mine.end - mine.begin;
-  run.fresh = w.fresh != 0;
-
-  Tally tally;
-  tally.tolerance = w.tolerance;
-  tally.origin = w.origin;
+  run.left = to_coprocessors.second;
+  run.leftstep = 1;
+  Tally tally = startslice();
   tally.state = state;
-  hypercomplexflops = 0;
-  reply.failure = work(m, run, tally);
-  if (reply.failure != 0 && run.fresh) {
-    dereferencedataelems(run.result, run.done);
-    run.kinds = 0;
-  }
-  const double done = tally.flops + hypercomplexflops;
-  reply.flags = run.kinds | complexed(run.kinds);
-  reply.flops += done;
-  reply.total_flops += done;
-  reply.operations += tally.operations;
-  return reply.failure;
+  const std::int32_t message = cutslice(run, index) ? work(m, run, tally) : 0;
+  return endslice(run, tally, message, index);
 }

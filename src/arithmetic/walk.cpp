@@ -109,7 +109,7 @@ std::int32_t checked(const Dyadic &d, const Run &run, std::size_t from, std::siz
 
 std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept {
   while (run.done < run.count) {
-    if (tally.interruptible && interrupted != 0) [[unlikely]]
+    if (tally.stopped && tally.stopped()) [[unlikely]]
       return INTERRUPTED;
     const std::size_t from = run.done, to = std::min(run.count, from + STRETCH);
     const Element &left = run.left[from * run.leftstep], &right = run.right[from * run.rightstep];

@@ -1,20 +1,20 @@
-// The state of the pool, and how work is cut up for it. There are no threads yet: nothing is ever in flight.
+// The main thread's side of the pool: how work is cut up and posted, and what the join makes of it.
 #include "coprocessor/coprocessor.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "coprocessor/slices.h"
+#include "coprocessor/threads.h"
+#include "diagnostics/exception.h"
+#include "diagnostics/text.h"
 #include "spaces/convert.h"
+#include "spaces/counters.h"
+#include "spaces/refderef.h"
 
 namespace {
 
 constexpr double ROUNDING = 0.25;
-
-Reply mainreply = [] {
-  Reply reply{};
-  reply.done = 1;
-  return reply;
-}();
 
 // Where slice `index` begins, before it is clipped.
 std::int64_t boundary(double count, double parts, double index) {
@@ -33,8 +33,8 @@ std::uint32_t cpus = 1;
 std::int32_t thrds = 1;
 std::int64_t MIN_PARALLEL = 1001;
 Work to_coprocessors;
-Reply *from_coprocessor = &mainreply;
 Point *quads;
+std::atomic<bool> slicesstopped;
 
 Slice slice(std::uint32_t count, std::uint32_t parts, std::uint32_t index) {
   const auto cut = [=](std::uint32_t i) -> std::uint32_t {
@@ -46,8 +46,160 @@ Slice slice(std::uint32_t count, std::uint32_t parts, std::uint32_t index) {
   return {cut(index), cut(index + 1)};
 }
 
-bool postcoprocessors() {
+namespace {
+
+Point posted;  // the instruction at work, as its Programme may be gone at the join
+
+void post(std::uint32_t slots) {
+  posted = *to_coprocessors.instruction;
+  to_coprocessors.instruction = &posted;
+  to_coprocessors.context = quads;
+  unfinished = to_coprocessors.operand;
+  slicesstopped = false;
+  coprocessors_running = true;
+  for (std::uint32_t i = slots - 1; i > 0; --i) {
+    from_coprocessor[i].done = 0;
+    postslot(i);
+  }
+}
+
+// What the slices found, put together.
+struct Found {
+  bool any;  // was there anything to collect?
+  std::uint32_t flags;
+  std::int32_t failure;  // that of the first slice that failed
+};
+
+Found collect(std::uint32_t slots) {
+  Found found{};
+  for (std::uint32_t i = slots - 1; i > 0; --i) {
+    Reply &reply = from_coprocessor[i];
+    if (reply.done) continue;
+    awaitslot(i);
+    reply.done = 1;
+    found.any = true;
+    found.flags |= static_cast<std::uint32_t>(reply.flags);
+    if (reply.failure != 0) found.failure = reply.failure;
+    operations += reply.operations;
+    InstructionTiming[posted.instruction].flops += reply.flops;
+  }
+  if (found.any) std::fflush(stdout);
+  return found;
+}
+
+// All slots sleep again.
+void endwork() {
+  coprocessors_running = false;
+  unfinished = nullptr;
+  dereference(to_coprocessors.release);
+}
+
+// Does what a coprocessor asked the main thread for, which then is not done yet. Did one ask?
+bool serverequest() {
+  for (std::uint32_t i = processors - 1; i > 0; --i) {
+    Reply &reply = from_coprocessor[i];
+    if (!reply.request) continue;
+    std::fputs("REQ", stdout);
+    reply.request = reply.done = 0;
+    reply.request_function(&reply.operand, reply.instruction, reply.context);
+    return true;
+  }
   return false;
 }
 
-void wait_for_coprocessors(Point *, int) {}
+void dropdeferred(Point &operand) {
+  dereferencepoint(&operand);
+  operand = {};
+}
+
+// The result is whole: what the slices found joins its flag word, and the operands may go.
+void complete(std::uint32_t flags) {
+  if (Point *const result = to_coprocessors.operand) {
+    const auto operands = static_cast<std::uint32_t>(to_coprocessors.combined);
+    result->type |= flags | ((flags & STRUCTURED) != 0 ? operands & ISSTRUCTURE : 0);
+    if (result->elements > 1) result->type |= complexed(result->type);
+  }
+  dropdeferred(from_coprocessor[0].deferred);
+  dropdeferred(from_coprocessor[1].deferred);
+}
+
+// The instruction failed: the result goes, and its operands stand where they stood. The right one only where the stack
+// did not grow over its slot.
+void restore(Point *&top) {
+  Point &result = *to_coprocessors.operand;
+  Point &left = from_coprocessor[0].deferred, &right = from_coprocessor[1].deferred;
+  const bool dyadic = to_coprocessors.first != nullptr;
+  Element *const records = result.data_pointer;
+  release(result.shape_pointer);
+  if (!left.data_pointer) {
+    left.data_pointer = records;
+  } else if (dyadic && !right.data_pointer) {
+    right.data_pointer = records;
+  } else {
+    dereferencedataelems(records, result.elements);
+    release(records);
+  }
+  const bool room = &result == top;
+  result = left;
+  left = {};
+  if (dyadic && room)
+    *++top = right;
+  else
+    dereferencepoint(&right);
+  right = {};
+}
+
+}  // namespace
+
+bool postcoprocessors() {
+  if (processors < 2 || !poolstarted()) return false;
+  post(processors);
+  return true;
+}
+
+void defer(const Point &left) {
+  from_coprocessor[0].deferred = left;
+}
+
+void defer(const Point &left, const Point &right) {
+  defer(left);
+  from_coprocessor[1].deferred = right;
+}
+
+void recallslices() {
+  slicesstopped = true;
+  collect(processors);
+  endwork();
+}
+
+void wait_for_coprocessors(Point *&top, int) {
+  if (!poolstarted()) return;
+  const Found found = collect(processors);
+  if (serverequest() || !found.any || !to_coprocessors.instruction) return;
+  const bool hadresult = unfinished != nullptr;
+  endwork();
+  if (found.failure == 0) return complete(found.flags);
+  if (hadresult) restore(top);
+  failwork(found.failure, &top, &posted);
+}
+
+void dropwork(Point *&top) {
+  if (!unfinished) return;
+  slicesstopped = true;
+  const Found found = collect(processors);
+  endwork();
+  if (found.failure == 0)
+    complete(found.flags);
+  else
+    restore(top);
+}
+
+void wakecoprocessors(const Point &instruction, std::int64_t number) {
+  if (cpus < 2 || !poolstarted()) return;
+  to_coprocessors = {};
+  to_coprocessors.instruction = &instruction;
+  to_coprocessors.origin = number;
+  post(cpus);
+  collect(cpus);
+  endwork();
+}

@@ -1,14 +1,25 @@
-// The pool of coprocessor threads: one work record, one reply record a thread, and the join.
+// The pool of coprocessor threads as the main thread sees it: one work record, one reply record a thread, the gate, the
+// post and the join. What the threads do is in vector_coprocessor.cpp.
+//
+// The main thread hands an instruction out, works the first slice, and goes on with the programme. Who keeps two
+// instructions from meeting on one space:
+// - There is one work record: whoever hands out joins first.
+// - The result in flight stays in its stack slot until the join. Whoever reads, moves or drops that slot joins first:
+//   the argument classes see to the operands of an instruction, `settle` to the rest.
+// - What the slices read lives until the join: the operands are kept back in `deferred`.
+// - A slice writes its own records alone, and the counts that it changes are under the lock.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
+#include "diagnostics/text.h"
 #include "spaces/point.h"
 
 // The one channel from the main thread to the pool; written only while all coprocessors are idle.
 struct Work {
   const Point *instruction;  // null: no work
-  Point *operand;            // the stack Point that receives the result
+  Point *operand;            // the stack Point that receives the result; null: there is none
   std::uint64_t fresh;       // the result block is new: octonions need blocks of their own
   std::uint64_t swapped;     // `first` is the right operand
   std::uint64_t combined;    // the operands' flag words ORed, with SAMERANK
@@ -17,22 +28,23 @@ struct Work {
   std::uint64_t form;        // INTERVAL: the form to write
   std::uint64_t count;       // elements of the result: what is sliced
   void *release;             // a block that the join must release
-  Element *first;
-  Element *second;  // the only source of a monadic instruction
+  Element *first;            // null but for a dyadic instruction
+  Element *second;           // the only source of a monadic instruction
   Element *result;
   Point *context;       // quads
-  std::int64_t origin;  // what #IO held when ROLL began
+  std::int64_t origin;  // what #IO held when ROLL began; SEED: the seed
 };
 
 struct Reply {
   const Point *instruction;
   Point *operand;
   std::uint64_t flags;  // HAS bits and COMPLEXED found in the slice
-  Point deferred;       // slot 0: the operand to release after the join
+  Point deferred;       // slots 0 and 1: the left and the right operand, as they are to stand again if a slice fails
   double flops;         // of the present instruction
   double total_flops;
   char request;
   void (*request_function)(Point **operand, const Point *instruction, Point *context);
+  Point *context;
   char done;
   char busy;
   std::int32_t failure;  // a message number noted by the slice, 0 for none
@@ -54,8 +66,43 @@ inline bool goesparallel(std::int64_t count) {
 }
 
 // Starts the pool on what to_coprocessors holds and returns at once; the caller works slice 0. False where there is no
-// pool to start: the caller works all of it.
+// pool to start: the caller works all of it. After it the caller defers the operands, or calls the slices back.
 bool postcoprocessors();
+// Keeps the operands of what was posted until the join, which releases them; the data of the one whose block the result
+// is written to is null. A monadic instruction has no right one.
+void defer(const Point &left);
+void defer(const Point &left, const Point &right);
+// Stops the slices and waits for them: the main thread's own slice failed. All records of theirs are whole then.
+void recallslices();
 
-// The join: returns when no slice is in flight. The arguments document the call site and are not examined.
-void wait_for_coprocessors(Point *stack, int operands);
+// The join: returns when no slice is in flight, the result is whole, and the operands are released. Where a slice
+// failed, the operands stand on the stack again, as far as no other value took the place of the right one, and the
+// failure is reported and jumps. `top` is the caller's stack top; the number of operands documents the call site.
+void wait_for_coprocessors(Point *&top, int operands);
+// The same on the way of a jump, which goes on: slices are stopped, nothing is reported.
+void dropwork(Point *&top);
+// Joins if anything is in flight.
+inline void settle(Point *&top) {
+  if (unfinished) [[unlikely]]
+    wait_for_coprocessors(top, 0);
+}
+
+// Set while slices are to stop at the next look: they give INTERRUPTED back then.
+extern std::atomic<bool> slicesstopped;
+inline bool isstopped() {
+  return slicesstopped.load(std::memory_order_relaxed);
+}
+
+// One thread's share of an instruction: its slice, or what SEED and RANDOMISE want of it. `state` is that of the
+// thread's generator. What was found, and what failed, is left in the thread's reply.
+using Worker = void(const Point &instruction, std::uint32_t index, std::uint64_t *state) noexcept;
+// Starts the threads of the slots from 1 up; `processors` and `cpus` become the number of slots that there are. Message
+// 27 where the records do not fit.
+void startcoprocessors(Worker *worker);
+// Gives every thread that was started an instruction without slices, SEED or RANDOMISE, and joins. The number is what
+// they find in `origin`.
+void wakecoprocessors(const Point &instruction, std::int64_t number);
+inline constexpr std::int64_t CLOCK_SEED = -1;  // RANDOMISE's number
+// Ends and joins all threads. Nothing may be in flight. The replies stay, for who reports of them, until the last.
+void endcoprocessors();
+void freereplies();

@@ -48,7 +48,7 @@ void report(std::int32_t number, Point **stackpointer, const Point *instruction)
     return;
   }
   if (instruction) dumpcopy("\nInstruction:\n", instruction);
-  if (stackpointer && A_Problem != 0) dumpcopy("Top of stack:\n", *stackpointer);
+  if (stackpointer && A_Problem != 0 && *stackpointer != unfinished) dumpcopy("Top of stack:\n", *stackpointer);
   std::fflush(stderr);
 }
 
@@ -76,6 +76,12 @@ void exceptionjump(std::int32_t number) {
 
 void outofstorage() {
   exceptionjump(OUTOFSTORAGE);
+}
+
+void failwork(std::int32_t message, Point **stackpointer, const Point *instruction) {
+  if (message == INTERRUPTED) takeinterrupt();
+  if (message == OUTOFSTORAGE) outofstorage();
+  exceptionjump(message, stackpointer, instruction);
 }
 
 void jump(int value) {

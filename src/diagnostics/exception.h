@@ -26,6 +26,9 @@ void exception(std::int32_t number, Point **stackpointer, const Point *instructi
 [[noreturn]] void exceptionjump(std::int32_t number);
 // exception(...), then the jump: how an array or scalar instruction fails.
 [[noreturn]] void exceptionjump(std::int32_t number, Point **stackpointer, const Point *instruction);
+// The end of work that returned a message number, which may be INTERRUPTED.
+inline constexpr std::int32_t INTERRUPTED = -1;
+[[noreturn]] void failwork(std::int32_t message, Point **stackpointer, const Point *instruction);
 // The one jump to error_jump. Where none is armed, as at the start, it ends the process with status 1.
 [[noreturn]] void jump(int value);
 
@@ -48,6 +51,9 @@ void disarmlanding(const Landing &outer);
 
 // Signals. The handlers of interrupt and quit only note the signal; it is taken at the next safe point.
 extern volatile std::sig_atomic_t interrupted;
+inline bool isinterrupted() {
+  return interrupted != 0;
+}
 // Takes a noted interrupt: prints it, sets A_Problem and jumps. Not for coprocessor threads.
 [[noreturn]] void takeinterrupt();
 // A safe point: between Points, and at least every 50 ms in long loops, sleeps and reads.

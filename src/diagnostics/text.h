@@ -11,8 +11,9 @@
 // the display form for people; an `indent` (function nesting) above 0 counts as source for symbolic Points. Printing
 // may retag whole reals as integers and set COMPLEXED.
 void disass(std::FILE *stream, const char *prefix, Point *point, int indent, int source);
-// Set by the pool while slices are in flight: printing then leaves all records and flags as they are.
-extern bool recordsinuse;
+// The stack slot of the result that the pool is at work on, null for none. While there is one, printing leaves all
+// records and flags as they are, and the slot itself is not to be looked at.
+extern Point *unfinished;
 // disass in display form with PrintOut set for the call.
 void dump(std::FILE *stream, const char *prefix, Point *point);
 // The Points from bottom to top in source form, a line each, then a "." line.

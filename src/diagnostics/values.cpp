@@ -7,7 +7,7 @@
 #include "diagnostics/text.h"
 #include "spaces/convert.h"
 
-bool recordsinuse;
+Point *unfinished;
 
 namespace printer {
 
@@ -189,7 +189,7 @@ void element(const Element &e, bool source) {
   Element copy = e;
   const bool changed = lower(copy, complexes);
   element(copy, source);
-  if (!changed || recordsinuse) return 0;
+  if (!changed || unfinished) return 0;
   e = copy;
   return kindbit(e.tag);
 }
@@ -202,7 +202,7 @@ void scalar(Point &space, bool source) {
 
 // The flags are counted anew: what they claim beyond the records stays, and a word without any kind stays without.
 void recount(Point &space, std::uint32_t kinds, std::uint32_t gained) {
-  if (recordsinuse) return;
+  if (unfinished) return;
   if ((space.type & ELEMENTBITS) != 0) space.type |= gained;
   if (space.elements > 1) space.type |= complexed(kinds);
 }

@@ -11,12 +11,14 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "arithmetic/random.h"
 #include "coprocessor/coprocessor.h"
 #include "diagnostics/exception.h"
 #include "diagnostics/text.h"
 #include "driver/architecture.h"
 #include "driver/options.h"
 #include "driver/reports.h"
+#include "machine/slicing.h"
 #include "machine/timing.h"
 #include "spaces/counters.h"
 #include "spaces/refderef.h"
@@ -142,12 +144,16 @@ void closebank(std::size_t bank, Point *top) {
   dereference(banks[bank].ct);
 }
 
-// The one place that starts the coprocessor threads. None is started yet: every run is serial, whatever was asked for.
 void startpool() {
-  processors = cpus = 1;
+  const std::uint32_t wanted = processors;
+  startcoprocessors(workslice);
+  if (processors < wanted && !quiet) std::printf(", Succeeded to start %d threads.", static_cast<int>(processors));
 }
 
-void stoppool() {}
+void stoppool() {
+  dropwork(sp);
+  endcoprocessors();
+}
 
 void spent() {
   constexpr std::int64_t SECOND = 1000000, MINUTE = 60 * SECOND, HOUR = 60 * MINUTE;
@@ -194,6 +200,7 @@ void startsystem() {
   if (!quiet) exception(0, nullptr, nullptr);
   MIN_PARALLEL = processors * PARALLEL_GATE;
   startpool();
+  SEED_PRNGS(0, &prngs_seed, CLOCK_SEED);
   verbs = 0;
 }
 
@@ -205,6 +212,7 @@ int shutdownsystem() {
   }
   std::putchar('\n');
   closebanks();
+  freereplies();
   spent();
 #ifdef MORVIK_CHECKING
   constexpr int LEAKED = 99;

@@ -10,6 +10,7 @@ namespace {
 // Moves the arguments up and makes fresh locals below them. Returns the first local.
 Point *makelocals(Level &level, int arguments, int locals) {
   Point *frame = level.sp - arguments + 1;
+  if (unfinished >= frame) settle(level.sp);
   std::memmove(frame + locals, frame, static_cast<std::size_t>(arguments) * sizeof(Point));
   for (int i = 0; i < locals; ++i) {
     frame[i] = {};

@@ -23,7 +23,8 @@ constexpr std::array<Class, 37> makeclasses() {
   for (const unsigned n : {18U, 19U, 20U, 21U, 22U, 23U}) c[n].operands = 2;
   for (const unsigned n : {28U, 29U, 30U, 31U}) c[n].operands = 3;
   for (const unsigned n : {13U, 15U}) c[n].wait = Wait::ALWAYS;
-  for (const unsigned n : {11U, 19U, 21U, 23U, 25U, 29U, 31U}) c[n].wait = Wait::WHEN_LARGE;
+  // The scalar ones wait here rather than in their frames, where a failure of the join could not move the stack.
+  for (const unsigned n : {10U, 11U, 18U, 19U, 21U, 23U, 25U, 29U, 31U}) c[n].wait = Wait::WHEN_LARGE;
   for (const unsigned n : {10U, 11U, 18U, 19U}) c[n].scalar = true;
   for (const unsigned n : {18U, 19U}) c[n].empties = true;
   return c;
@@ -38,8 +39,13 @@ bool large(const Level &level, int operands) {
   return goesparallel(elements);
 }
 
-void await(const Level &level, const Class &c) {
-  if (c.wait == Wait::ALWAYS || (c.wait == Wait::WHEN_LARGE && large(level, c.operands)))
+// The classes that never wait take no result in flight either.
+bool takesunfinished(const Level &level, const Class &c) {
+  return unfinished && unfinished > level.sp - c.operands;
+}
+
+void await(Level &level, const Class &c) {
+  if (c.wait == Wait::ALWAYS || (c.wait == Wait::WHEN_LARGE && large(level, c.operands)) || takesunfinished(level, c))
     wait_for_coprocessors(level.sp, c.operands);
 }
 

@@ -67,6 +67,7 @@ Next conditional(Level &level, int wanted, int missing) {
     return Next::AGAIN;
   }
   if (!hasvalues(level, 1)) return fail(level, 800);
+  settle(level.sp);
   if (allowed) return executetop(level);
   droptop(level);
   return Next::FETCH;

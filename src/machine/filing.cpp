@@ -19,11 +19,6 @@ constexpr Access READING = {701, 702, 710, "r"}, WRITING = {703, 704, 711, "w"},
                  LOADING = {715, 716, 710, "r"}, DUMPING = {721, 722, 723, "w"}, REMEMBERING = {724, 725, 726, "w"};
 constexpr int REFUSED = 720, CANNOT_OPEN = 712, PATTERN_DATA = 205, PATTERN_STRUCTURE = 206;
 
-// For the classes that do not wait: what is moved or released here, the pool may still be writing.
-void join(const Level &level, int operands) {
-  if (processors > 1) wait_for_coprocessors(level.sp, operands);
-}
-
 // Does the top name a file? If not, that is reported and the level left.
 bool named(Level &level, const Access &access) {
   const int fault = namefault(*level.sp, access.data, access.structure);
@@ -124,7 +119,6 @@ void runstream(Level &level, std::FILE *stream) {
 }
 
 Next doread(Level &level) {
-  join(level, 1);
   Held file;
   if (!opennamed(level, READING, file)) return Next::LEAVE;
   droptop(level);
@@ -134,7 +128,6 @@ Next doread(Level &level) {
 }
 
 Next doload(Level &level) {
-  join(level, 1);
   Held file;
   if (!opennamed(level, LOADING, file)) return Next::LEAVE;
   while (hasvalues(level, 1)) droptop(level);
@@ -205,7 +198,6 @@ Next dotextappend(Level &level) {
 }
 
 Next dotextread(Level &level) {
-  join(level, 1);
   Held file;
   if (!opennamed(level, READING, file)) return Next::LEAVE;
   const Point text = readcharacters(file.stream);
@@ -217,7 +209,6 @@ Next dotextread(Level &level) {
 
 // What can be no name opens again, whatever it is: a name has two characters or more.
 Next doopen(Level &level) {
-  join(level, 2);
   return (level.sp[-1].type & (SCALARLIKE | HASFILE | SAMERANK)) == 0 ? opennew(level) : openagain(level);
 }
 
@@ -228,7 +219,6 @@ Next doclose(Level &level) {
 }
 
 Next dorewind(Level &level) {
-  join(level, 1);
   rewindfile(&level.sp, level.instruction);
   droptop(level);
   return Next::FETCH;

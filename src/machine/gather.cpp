@@ -69,6 +69,7 @@ void gather(Level &level, Gathering &g) {
   Point *const base = level.sp - 1;
   if (level.sp + g.function.locals > stacktop) failgathering(level, 806);
   callheld(level, g.function);
+  settle(level.sp);
   // A function that leaves nothing leaves the empty vector; one that leaves more, the topmost.
   if (level.sp <= base) {
     Point empty;

@@ -56,6 +56,7 @@ bool inspectline(Level &level, Text &line) {
 }  // namespace
 
 void watch(Level &level) {
+  settle(level.sp);
   if (Trace || level.trace) traceline(level);
   if (!Step && !level.step) return;
   Text line;

@@ -16,6 +16,7 @@ Next levelreturn(Level &level) {
     return Next::LEAVE;
   }
   if (endprocess || level.level != 0 || A_Problem != 1 || !hasvalues(level, 1)) return Next::LEAVE;
+  settle(level.sp);
   std::fputs("\n-- - Discarding the bad TOS value...\n", stdout);
   const std::uint32_t kept = level.sp->type & HASASCII;
   A_Problem = 0;
@@ -75,6 +76,7 @@ Next reachend(Level &level) {
 
 Next endlevel(Level &level) {
   if (level.ownsframe && level.frame < level.floor) {
+    if (unfinished >= level.frame) settle(level.sp);
     for (Point *local = level.frame; local < level.floor; ++local) dereferencepoint(local);
     const std::ptrdiff_t results = level.sp - level.floor + 1;
     std::memmove(level.frame, level.floor, static_cast<std::size_t>(results) * sizeof(Point));

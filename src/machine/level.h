@@ -1,6 +1,8 @@
 // One activation of the machine, and what the handlers of instructions share.
 #pragma once
 
+#include <cassert>
+
 #include "coprocessor/coprocessor.h"
 #include "diagnostics/exception.h"
 #include "machine/machine.h"
@@ -71,6 +73,7 @@ inline const Element *oneelement(const Point &point) {
 
 // Releases the top and drops it.
 inline void droptop(Level &level) {
+  assert(level.sp != unfinished);
   dereferencepoint(level.sp--);
 }
 // Pushes a Point whose references the stack takes over. The caller has checked for room.
@@ -79,6 +82,7 @@ inline void pushowned(Level &level, const Point &point) {
 }
 // Pushes a copy and raises its references.
 inline void pushcopy(Level &level, const Point &point) {
+  assert(&point != unfinished);
   *++level.sp = point;
   referencepoint(level.sp);
 }

@@ -43,6 +43,7 @@ int round(Level &level, Loop &loop, std::int64_t index) {
   runbody(level, loop.function, floor, floor);
   const Point *expected = floor + (arguments > 0 ? arguments - 2 : -1);
   if (level.sp == expected) return 0;
+  settle(level.sp);
   while (level.sp > expected) droptop(level);
   return 978;
 }

@@ -5,7 +5,8 @@
 //     instruction that fails reports and jumps, which drops every level down to level 0.
 //  3. What a handler holds in hand across a call goes into custody; no frame here keeps an object with a destructor.
 //  4. The Programme is never changed but for the bindings of its names: recursion meets it whole.
-//  5. The classes say who waits for the pool, and the end of a run does; nothing else here touches a result in flight.
+//  5. A result in flight is not looked at, moved or dropped: the classes wait for the pool, the end of a run does, and
+//     so does whoever else reaches into the stack (settle).
 //  6. An interrupt is taken between Points, never inside one, unless its handler offers a safe point of its own.
 #include "machine/machine.h"
 
@@ -60,6 +61,7 @@ Next pushnamed(Level &level, Point &name) {
 
 Next pushlocal(Level &level, const Point &name) {
   const Point *local = level.frame + name.data_pointer->integer;
+  if (local == unfinished) settle(level.sp);
   if (local >= level.floor || local->rank == ranks::VARIABLE) return fail(level, 23);
   pushcopy(level, *local);
   return Next::FETCH;
@@ -147,6 +149,7 @@ void run(Level &level) {
 void droplevels() {
   Point *top = running->sp;
   for (; running->level != 0; running = running->caller) popcontexts(*running);
+  if (unfinished > running->sp) dropwork(top);
   if (top < running->sp) running->sp = top;
   while (top > running->sp) dereferencepoint(top--);
 }

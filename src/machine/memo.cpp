@@ -59,6 +59,7 @@ Next memo(Level &level, bool anew) {
   const int arguments = level.sp->arguments;
   if (arguments < 0 || (level.sp->programme->type & UNKEPT) != 0) return call(level);
   if (level.sp - 1 < level.floor + arguments - 1) return call(level);  // which reports it
+  settle(level.sp);
   char *key = makekey(level, arguments);
   const Entry *entry = checkhash(*level.memory, key);
   if (!anew && entry && !isend(*entry->meaning)) {
@@ -73,6 +74,7 @@ Next memo(Level &level, bool anew) {
   takecustody(kept, releasepoint, &function);
   takecustody(keykept, releaseblock, key);
   const Next next = call(level);
+  settle(level.sp);
   endcustody(keykept);
   if (next == Next::FETCH)
     keep(level, key, *function.programme, floor);

@@ -26,7 +26,9 @@ Next doparallel(Level &level) {
   return Next::FETCH;
 }
 
+// The slices of a result in flight were cut by the old threshold.
 Next doserial(Level &level) {
+  settle(level.sp);
   const Element *least = oneinteger(*level.sp);
   if (!least) return fail(level, 203);
   MIN_PARALLEL = std::max<std::int64_t>(least->integer, processors);

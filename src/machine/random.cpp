@@ -12,6 +12,13 @@ namespace {
 
 constexpr double SEED_SCALE = 1000000;
 
+// The generators of all threads.
+void seedall(Level &level, std::int64_t seed) {
+  settle(level.sp);
+  SEED_PRNGS(0, &prngs_seed, seed);
+  wakecoprocessors(*level.instruction, seed);
+}
+
 bool isreal(const Element *element) {
   return element && (element->tag == tags::INTEGER || element->tag == tags::REAL);
 }
@@ -78,13 +85,13 @@ Next doseed(Level &level) {
   const std::int64_t value = seed->tag == tags::INTEGER
                                  ? seed->integer
                                  : std::clamp<std::int64_t>(saturate(seed->real * SEED_SCALE), INT32_MIN, INT32_MAX);
-  SEED_PRNGS(0, &prngs_seed, value);
+  seedall(level, value);
   droptop(level);
   return Next::FETCH;
 }
 
-Next dorandomise(Level &) {
-  SEED_PRNGS(0, &prngs_seed, -1);
+Next dorandomise(Level &level) {
+  seedall(level, CLOCK_SEED);
   return Next::FETCH;
 }
 

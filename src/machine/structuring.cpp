@@ -6,11 +6,6 @@
 
 namespace {
 
-// What an instruction of a class that does not wait is about to move may still be in the hands of the pool.
-void jointop(const Level &level) {
-  if (processors > 1) wait_for_coprocessors(level.sp, 1);
-}
-
 Next done(Level &level, int fault) {
   return fault == 0 ? Next::FETCH : fail(level, fault);
 }
@@ -33,19 +28,16 @@ Next becomeinteger(Level &level, std::int64_t value) {
 }  // namespace
 
 Next doravel(Level &level) {
-  jointop(level);
   ravel(*level.sp);
   return Next::FETCH;
 }
 
 Next doshape(Level &level) {
-  jointop(level);
   extents(*level.sp);
   return Next::FETCH;
 }
 
 Next dorank(Level &level) {
-  jointop(level);
   return becomeinteger(level, level.sp->rank);
 }
 
@@ -54,7 +46,6 @@ Next dodepth(Level &level) {
 }
 
 Next doenclose(Level &level) {
-  jointop(level);
   enclose(*level.sp, level.instruction->modifier == instructions::NUMBER);
   return Next::FETCH;
 }

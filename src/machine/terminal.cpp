@@ -140,7 +140,7 @@ Next doinput(Level &level) {
     makeempty(empty);
     pushowned(level, empty);
   } else if (results > 1) {
-    if (processors > 1) wait_for_coprocessors(level.sp, 0);
+    settle(level.sp);
     const Point last = *level.sp--;
     while (level.sp > base) droptop(level);
     pushowned(level, last);

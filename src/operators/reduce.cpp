@@ -154,7 +154,7 @@ void foldspace(Point **stackpointer, const Point *instruction, Point *context, b
   const Axis axis = axisof(space, last);
   Tally tally;
   tally.tolerance = tolerancein(context);
-  tally.interruptible = true;
+  tally.stopped = isinterrupted;
   Folded f;
   beginfold(f, space, axis);
   for (std::size_t i = 0; i < axis.groups; ++i) {

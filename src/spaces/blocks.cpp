@@ -11,7 +11,6 @@
 #include <limits>
 
 pthread_mutex_t mp1 = PTHREAD_MUTEX_INITIALIZER;
-bool coprocessors_running = false;
 
 namespace {
 
@@ -53,14 +52,14 @@ std::int64_t liveblocks() {
 namespace {
 
 constexpr std::int64_t NEVER = -1, UNREAD = -2;
-std::int64_t countdown = UNREAD;
+std::atomic<std::int64_t> countdown{UNREAD};
 
 bool mustfail() {
   if (countdown == UNREAD) {
     const char *set = std::getenv("MORVIK_FAIL_ALLOCATION");
     countdown = set ? std::strtoll(set, nullptr, 10) : NEVER;
   }
-  return countdown >= 0 && countdown-- == 0;
+  return countdown >= 0 && countdown.fetch_sub(1) == 0;
 }
 
 [[noreturn]] void blockfault(const char *what, const void *block) {

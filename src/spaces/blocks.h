@@ -7,14 +7,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "spaces/memory.h"
 #include "spaces/point.h"
 
 inline constexpr std::size_t BLOCKPREFIX = 16;
 
 // Guards every reference word while coprocessors run; taken before `mp`, never after it.
 extern pthread_mutex_t mp1;
-// Set before the first coprocessor starts and cleared after the last has ended: without it no lock is taken.
-extern bool coprocessors_running;
 
 struct ReferenceLock {
   ReferenceLock() {
@@ -34,9 +33,14 @@ struct ReferenceLock {
 inline std::int64_t *refer(void *block) {
   return block ? reinterpret_cast<std::int64_t *>(static_cast<char *>(block) - BLOCKPREFIX) : nullptr;
 }
-// The count of a block, -777 for null.
+// The count of a block, -777 for null. It may be asked for without the lock: who finds 1 is the only one who sees the
+// block, and all that others did with it before they let go of it has happened.
 inline std::int64_t refr(const void *block) {
-  return block ? *refer(const_cast<void *>(block)) : -777;
+  return block ? __atomic_load_n(refer(const_cast<void *>(block)), __ATOMIC_ACQUIRE) : -777;
+}
+// Writes a count, under the lock.
+inline void setrefr(void *block, std::int64_t count) {
+  __atomic_store_n(refer(block), count, __ATOMIC_RELEASE);
 }
 
 // A counted block of so many bytes with count 1, owned by the caller, contents undefined. 0 bytes are asked for as 1.
@@ -87,7 +91,7 @@ inline void reference(void *block) {
   if (!block) return;
   const ReferenceLock lock;
   checkblock(block);
-  if (std::int64_t *count = refer(block); *count >= 0) ++*count;
+  if (const std::int64_t count = refr(block); count >= 0) setrefr(block, count + 1);
 }
 
 // Lowers a count by one and frees the block at 0; null and permanent blocks are left alone.
@@ -95,10 +99,10 @@ inline void release(void *block) {
   if (!block) return;
   const ReferenceLock lock;
   checkblock(block);
-  std::int64_t *count = refer(block);
-  if (*count < 0) return;
-  if (*count > 0) --*count;
-  if (*count == 0) freeblock(block);
+  const std::int64_t count = refr(block);
+  if (count < 0) return;
+  if (count > 1) return setrefr(block, count - 1);
+  freeblock(block);
 }
 
 // The same, and nulls the pointer in the record at hand.

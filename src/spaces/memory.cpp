@@ -21,6 +21,7 @@
                                                           4, 4, 4, 4,  4,    4,   4,       4,  4,  2, 2, 2, 1, 1, 1};
 
 pthread_mutex_t mp = PTHREAD_MUTEX_INITIALIZER;
+bool coprocessors_running = false;
 
 void morvik_allocator_init() {}
 void dumpstats() {}
@@ -218,12 +219,6 @@ bool Heap::resizes(void *payload, std::size_t size, bool &moves) {
 
 #ifndef MORVIK_SYSTEM_HEAP
 
-#if __has_include(<sys/single_threaded.h>)
-#include <sys/single_threaded.h>
-#else
-constexpr bool __libc_single_threaded = false;
-#endif
-
 namespace {
 
 constinit Heap heap{sbrk, {}, nullptr, 0};
@@ -231,7 +226,7 @@ constinit Heap heap{sbrk, {}, nullptr, 0};
 // Does a piece of work on the heap, under the lock where there is anybody to lock out.
 template <typename Work>
 inline auto locked(Work work) {
-  const bool shared = !__libc_single_threaded;
+  const bool shared = coprocessors_running;
   if (shared) [[unlikely]]
     pthread_mutex_lock(&mp);
   const auto result = work();

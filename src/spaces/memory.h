@@ -9,9 +9,11 @@
 #include <cstddef>
 #include <cstdint>
 
-// Guards the heap of the process; taken after `mp1` where both are held. No lock is needed, and none taken, while the
-// process has a single thread.
+// Guards the heap of the process; taken after `mp1` where both are held.
 extern pthread_mutex_t mp;
+// Set while any thread but the main one may touch the heap or a reference word: coprocessors that start, end, or have
+// work. They all sleep otherwise, and no lock is taken. Written by the main thread alone, while they sleep.
+extern bool coprocessors_running;
 
 // What an area comes from, as sbrk: moves the break up and returns where it was, or (void *)-1.
 using AreaSource = void *(*)(std::intptr_t bytes);

@@ -17,10 +17,10 @@ bool lowered(void *block) {
   if (!block) return false;
   const ReferenceLock lock;
   checkblock(block);
-  std::int64_t *count = refer(block);
-  if (*count < 0) return false;
-  if (*count > 0) --*count;
-  return *count == 0;
+  const std::int64_t count = refr(block);
+  if (count < 0) return false;
+  if (count > 0) setrefr(block, count - 1);
+  return count <= 1;
 }
 
 bool issymbolic(std::int32_t rank) {

@@ -433,6 +433,7 @@ TEST(Malloc, TheAlignedFamily) {
 #endif
 
 TEST(Malloc, ThreadsShareTheHeap) {
+  coprocessors_running = true;
   std::vector<std::thread> threads;
   std::vector<int> broken(4, 0);
   for (std::size_t t = 0; t < broken.size(); ++t)
@@ -453,6 +454,7 @@ TEST(Malloc, ThreadsShareTheHeap) {
       for (auto &[block, size] : blocks) std::free(block);
     });
   for (std::thread &thread : threads) thread.join();
+  coprocessors_running = false;
   EXPECT_EQ(broken, std::vector<int>(4, 0));
 }
 

@@ -400,7 +400,8 @@ TEST(TextRetagging, AWordWithoutKindsGainsNone) {
 }
 
 TEST(TextRetagging, NothingChangesWhileSlicesAreInFlight) {
-  recordsinuse = true;
+  Point elsewhere{};
+  unfinished = &elsewhere;
   Point p = vector({whole(1), real(2)}), q = scalar(real(3));
   p.type &= ~COMPLEXED;
   EXPECT_EQ(print(p, false), " 1 2\n");
@@ -408,7 +409,7 @@ TEST(TextRetagging, NothingChangesWhileSlicesAreInFlight) {
   EXPECT_EQ(p.data_pointer[1].tag, tags::REAL);
   EXPECT_EQ(p.type & COMPLEXED, 0u);
   EXPECT_EQ(q.data_pointer->tag, tags::REAL);
-  recordsinuse = false;
+  unfinished = nullptr;
   drop(p);
   drop(q);
 }

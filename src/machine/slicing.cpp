@@ -1,0 +1,33 @@
+// One thread's share of an instruction of the pool, by number: the twins of the scalar instructions, and the seeds of
+// the generators.
+#include "machine/slicing.h"
+
+#include "arithmetic/random.h"
+#include "arithmetic/scalars.h"
+#include "spaces/instructions.h"
+
+// Until the last of them is built.
+#define INSTRUCTION(number, name, argumentclass, key, handler) handler
+#define MONADIC(f) [[gnu::weak]] MonadicSlice vec_##f;
+#define DYADIC(f) [[gnu::weak]] DyadicSlice vec_##f;
+#include "machine/instructions.def"
+
+#define INSTRUCTION(number, name, argumentclass, key, handler) \
+  case number:                                                 \
+    handler;                                                   \
+    break;
+#define MONADIC(f) vec_##f(work.operand, &instruction, work.context, index)
+#define DRAWING(f) vec_##f(work.operand, &instruction, work.context, index, state)
+#define DYADIC(f) vec_##f(&stack, &instruction, work.context, index)
+
+void workslice(const Point &instruction, std::uint32_t index, std::uint64_t *state) noexcept {
+  const Work &work = to_coprocessors;
+  Point *stack = work.operand;
+  if (instruction.instruction == instructions::SEED || instruction.instruction == instructions::RANDOMISE)
+    return SEED_PRNGS(static_cast<std::int32_t>(index), state, work.origin);
+  switch (instruction.instruction) {
+#include "machine/instructions.def"
+    default:
+      break;
+  }
+}

@@ -1,0 +1,76 @@
+#!/usr/bin/env python3
+"""Parallel work gives what serial work gives, to the last bit: the same programmes with and without coprocessors."""
+import difflib
+import os
+import random
+import re
+import subprocess
+import sys
+import unittest
+
+import programmes
+
+BINARY = sys.argv.pop(1)
+SLOTS = [2, 3, 4, 5, 8, 17]
+QUICK = os.environ.get("MORVIK_SANITIZED") == "1"
+
+
+def run(text, *options):
+    done = subprocess.run([BINARY, "-q", *options], input=text.encode("latin-1"), capture_output=True, timeout=600,
+                          check=False)
+    spent = re.compile(rb"--- Spent: [0-9:.]+ ---")
+    return done.returncode, spent.sub(b"", done.stdout), done.stderr
+
+
+class Parallel(unittest.TestCase):
+    maxDiff = None
+
+    def agree(self, text, slots, threshold):
+        """`threshold` None leaves the default."""
+        text = ("" if threshold is None else "%d SERIAL .\n" % threshold) + text
+        serial, parallel = run(text), run(text, "-c%d" % (slots - 1))
+        if serial == parallel:
+            return
+        for one, other in zip(serial, parallel):
+            if one == other or isinstance(one, int):
+                continue
+            lines = [part.decode("latin-1").splitlines() for part in (one, other)]
+            self.fail("%d slots: %d and %d\n" % (slots, serial[0], parallel[0]) +
+                      "\n".join(list(difflib.unified_diff(*lines, lineterm="", n=4))[:40]))
+        self.fail("%d slots: status %d and %d" % (slots, serial[0], parallel[0]))
+
+    def test_dyadic_instructions(self):
+        for i, slots in enumerate(SLOTS[::3] if QUICK else SLOTS):
+            with self.subTest(slots=slots):
+                self.agree("".join(programmes.dyads(random.Random(i), programmes.DYADIC)), slots, slots)
+
+    def test_monadic_instructions(self):
+        for i, slots in enumerate(SLOTS[::3] if QUICK else SLOTS):
+            with self.subTest(slots=slots):
+                self.agree("".join(programmes.monads(random.Random(100 + i), programmes.MONADIC)), slots, slots)
+
+    def test_counts_around_the_threshold(self):
+        for slots in SLOTS:
+            gate = slots * 1001
+            counts = sorted({slots - 1, slots, slots + 1, gate - 1, gate, gate + 1, gate + slots, gate * 2 + 3,
+                             gate * slots, gate * slots + 1})
+            with self.subTest(slots=slots):
+                text = "".join("CLEAR %d INTERVAL DUP 1.5 * + 2i1 * NEGATIVE DUP 7 + - '' DUMPSTACK .\n" % n
+                               for n in counts)
+                self.agree(text, slots, None)
+                self.agree(text, slots, 1)  # which cannot go below the number of slots
+
+    def test_chains(self):
+        for seed in range(4 if QUICK else 24):
+            r = random.Random(1000 + seed)
+            slots = r.choice(SLOTS)
+            with self.subTest(seed=seed, slots=slots):
+                self.agree(programmes.chain(r, 1000, r.choice([slots + 1, 30, 61])), slots, slots)
+
+    def test_the_tables_name_all_instructions(self):
+        self.assertGreaterEqual(len(programmes.DYADIC), 25)
+        self.assertGreaterEqual(len(programmes.MONADIC), 29)
+
+
+if __name__ == "__main__":
+    unittest.main()

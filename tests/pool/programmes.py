@@ -1,0 +1,164 @@
+"""Programmes for the pool: what the scalar instructions are called, values of every kind and shape, and random chains.
+
+Everything is drawn from a generator with a seed, so that a programme is the same in every run."""
+import pathlib
+import re
+
+ROOT = pathlib.Path(__file__).resolve().parents[2] / "src"
+
+
+def instructions(kind):
+    """The names of the rows of this kind of handler."""
+    rows = (ROOT / "machine/instructions.def").read_text(encoding="latin-1")
+    return re.findall(r'^INSTRUCTION\(\d+, (\w+), .*%s\(\w+\)\)$' % kind, rows, re.MULTILINE)
+
+
+def spelling(name):
+    """A word for an instruction, with nothing hidden in it."""
+    rows = (ROOT / "frontend/keywords.def").read_text(encoding="latin-1")
+    spellings = re.findall(r'^KEYWORD\(PLAIN, \w+, %s, NIHIL, \w+, NOTHING_HIDDEN, (.*)\)$' % name, rows, re.MULTILINE)
+    words = re.findall(r'"([A-Z][A-Za-z0-9]+)"', " ".join(spellings))
+    return words[-1] if words else None
+
+
+MONADIC = [word for word in map(spelling, instructions("MONADIC")) if word]
+DYADIC = [word for word in map(spelling, instructions("DYADIC")) if word]
+
+PARTS = ["", "i", "jk", "lmno"]
+
+
+def real(r):
+    return r.choice(["%.3f" % r.uniform(-9, 9), "0.5", "-0.25", "1E-3", "%.17g" % r.uniform(-1e9, 1e9)])
+
+
+def hyper(r, letters):
+    return str(r.randint(-9, 9)) + "".join(c + str(r.randint(-9, 9)) for c in letters)
+
+
+KINDS = {
+    "integer": lambda r: str(r.choice([r.randint(-9, 9), r.randint(-9, 9), r.randint(-2**62, 2**62), 0, 1])),
+    "real": real,
+    "complex": lambda r: hyper(r, "i"),
+    "polar": lambda r: "%dp%.2f" % (r.randint(0, 9), r.uniform(-3, 3)),
+    "quaternion": lambda r: hyper(r, "ijk"),
+    "octonion": lambda r: hyper(r, "ijklmno"),
+    "truth": lambda r: r.choice("TF"),
+    "character": lambda r: "'%s'" % r.choice("abcXYZ 019"),
+    "number": lambda r: KINDS[r.choice(["integer", "real", "complex", "quaternion", "octonion"])](r),
+    "mixed": lambda r: KINDS[r.choice(["integer", "real", "complex", "octonion", "character"])](r),
+}
+
+
+def nested(r, depth=2):
+    return "(" + " ".join(nested(r, depth - 1) if depth and r.random() < 0.4 else KINDS["number"](r)
+                          for _ in range(r.randint(2, 4))) + ")"
+
+
+KINDS["nested"] = lambda r: nested(r) if r.random() < 0.5 else KINDS["number"](r)
+NUMBERS = ["integer", "real", "complex", "polar", "quaternion", "octonion", "number", "truth"]
+
+
+def vector(r, kind, count):
+    if kind == "character":
+        return "'%s'" % "".join(r.choice("abcXYZ 019") for _ in range(count))
+    return "(" + " ".join(KINDS[kind](r) for _ in range(count)) + ")"
+
+
+def shapes(r, count):
+    """Pairs of shapes that may meet: literal makers of a kind."""
+    array = lambda kind: vector(r, kind, count)
+    scalar = lambda kind: KINDS[kind](r)
+    one = lambda kind: "(%s)" % KINDS[kind](r)
+    square = lambda kind: vector(r, kind, 4 * count) + "[%d 4]" % count
+    other = lambda kind: vector(r, kind, count + 1)
+    return [(array, array), (array, scalar), (scalar, array), (array, one), (one, array), (square, square),
+            (square, scalar), (array, other), (array, square)]
+
+
+SHOW = " . '' DUMPSTACK .\n"
+
+
+def dyads(r, words):
+    """Every word over every pair of kinds, in a shape pattern of each sort in turn."""
+    turn = 0
+    for word in words:
+        for left in KINDS:
+            for right in KINDS:
+                patterns = shapes(r, r.randint(3, 40))
+                first, second = patterns[turn % len(patterns)]
+                turn += 1
+                shared = " DUP" if r.random() < 0.2 and first == second else " " + second(right)
+                held = r.choice(["", " @x ASSIGN"])
+                yield "CLEAR " + first(left) + held + shared + " " + word + SHOW
+
+
+def monads(r, words):
+    for word in words:
+        for kind in KINDS:
+            for held in ["", " DUP", " @x ASSIGN"]:
+                yield "CLEAR " + vector(r, kind, r.randint(3, 40)) + held + " " + word + SHOW
+            yield "CLEAR " + vector(r, kind, 24) + "[2 3 4] " + word + SHOW
+
+
+SAFE_DYADS = ["ADD", "SUBTRACT", "MULTIPLY", "DIVIDE", "IDENTICAL", "NOTIDENTICAL"]
+SAFE_MONADS = ["CONJUGATE", "NEGATIVE", "MAGNITUDE", "SIGNUM"]
+NAMES = ["a", "b", "c"]
+
+
+def conformable(r, count):
+    """A nested vector of a shape that all of its kind have."""
+    number = KINDS["number"]
+    return "(" + " ".join("(%s (%s %s) %s)" % (number(r), number(r), number(r), number(r)) if i % 3 == 1 else number(r)
+                          for i in range(count)) + ")"
+
+
+def chain(r, steps, count):
+    """Instructions one after the other over spaces of one length, which are reused, aliased and dropped at once, between
+    functions, locals, names and small work that runs ahead. Nothing in it fails."""
+    value = lambda: conformable(r, count) if r.random() < 0.15 else vector(r, r.choice(NUMBERS), count)
+    words, depth = [], 0
+    for name in NAMES:
+        words.append(value() + " @%s SET" % name)
+    for _ in range(steps):
+        choice = r.random()
+        if depth < 2 or (depth < 8 and choice < 0.15):
+            words.append(r.choice([value(), r.choice(NAMES), r.choice(NAMES), KINDS["number"](r)]))
+            depth += 1
+        elif choice < 0.45:
+            words.append(r.choice(SAFE_DYADS))
+            depth -= 1
+        elif choice < 0.60:
+            words.append(r.choice(SAFE_MONADS))
+        elif choice < 0.66:
+            words.append("DUP")
+            depth += 1
+        elif choice < 0.70:
+            words.append("SWAP")
+        elif choice < 0.74:
+            words.append("DISCARD")
+            depth -= 1
+        elif choice < 0.78:
+            words.append("@%s %s" % (r.choice(NAMES), r.choice(["ASSIGN", "SET"])))
+            depth -= words[-1].endswith("SET")
+        elif choice < 0.82:
+            words.append("RIGHT")
+            depth -= 1
+        elif choice < 0.86:
+            words.append(": %s ; !" % r.choice(SAFE_MONADS + ["1 +", "DUP *", "2 3 + *"]))
+        elif choice < 0.90:
+            words.append("MONADIC @.t SET .t %s .t RIGHT FUNCTIONEND !" % r.choice(["NEGATIVE", "3 4 + +"]))
+        elif choice < 0.93:
+            words.append("1 2 + 3 * DISCARD")
+        elif choice < 0.95:
+            words.append(": 1 + ; DIP")
+        elif choice < 0.97:
+            words.append("DYADIC + 2 * FUNCTIONEND !")
+            depth -= 1
+        else:
+            words.append(r.choice(["SHAPE DISCARD", "FIRST DISCARD", "DEPTH DISCARD", "ENLIST DISCARD", "PRINT"]))
+            depth -= 1
+    # A text is limited in length: the chain goes on in the next.
+    text = ""
+    for i, word in enumerate(words):
+        text += word + (" .\n" if i % 60 == 59 else " ")
+    return text + SHOW

@@ -1,0 +1,271 @@
+// The pool itself, with threads that do what the test tells them: who is woken, what is joined when, and what becomes
+// of the operands.
+#include <gtest/gtest.h>
+#include <semaphore.h>
+
+#include <string>
+#include <vector>
+
+#include "coprocessor/coprocessor.h"
+#include "coprocessor/threads.h"
+#include "failures.h"
+#include "spaces/instructions.h"
+#include "spaces/refderef.h"
+
+namespace {
+
+constexpr std::int32_t NOTCONFORMABLE = 17;
+constexpr std::uint32_t MOST = 8;
+
+// What the threads of a test do: they wait where they are told to, and answer what they are told to.
+sem_t gate;
+bool gated;
+std::int32_t failing[MOST];
+std::uint32_t found[MOST];
+std::uint32_t seen[MOST];  // how many times each was woken with work
+
+void obey(const Point &instruction, std::uint32_t index, std::uint64_t *) noexcept {
+  if (instruction.instruction == instructions::RANDOMISE) return;
+  ++seen[index];
+  if (gated)
+    while (sem_wait(&gate) != 0) {
+    }
+  from_coprocessor[index].failure = failing[index];
+  from_coprocessor[index].flags = found[index];
+}
+
+Point instructionof(std::uint16_t number) {
+  Point p{};
+  p.rank = ranks::OPERATOR;
+  p.type = ISOPERATOR;
+  p.instruction = number;
+  return p;
+}
+
+class Pool : public failures::Quiet {
+ protected:
+  std::uint32_t oldprocessors = processors, oldcpus = cpus;
+  std::int64_t oldleast = MIN_PARALLEL, before = liveblocks();
+  Point slots[8] = {};
+  Point *top = slots;
+
+  void begin(std::uint32_t count, Worker *worker = obey) {
+    for (std::uint32_t i = 0; i < MOST; ++i) failing[i] = 0, found[i] = seen[i] = 0;
+    gated = false;
+    sem_init(&gate, 0, 0);
+    processors = count;
+    MIN_PARALLEL = count;
+    startcoprocessors(worker);
+    ASSERT_EQ(processors, count);
+  }
+  void end() {
+    endcoprocessors();
+    freereplies();
+    sem_destroy(&gate);
+    processors = oldprocessors;
+    cpus = oldcpus;
+    MIN_PARALLEL = oldleast;
+  }
+  // An instruction at work over slots[1], as a frame leaves it: a new result, its operand kept back.
+  void post(std::uint16_t number, const Point &result, const Point &operand) {
+    instruction = instructionof(number);
+    slots[1] = result;
+    top = slots + 1;
+    to_coprocessors = {};
+    to_coprocessors.instruction = &instruction;
+    to_coprocessors.operand = slots + 1;
+    to_coprocessors.count = result.elements;
+    to_coprocessors.result = result.data_pointer;
+    ASSERT_TRUE(postcoprocessors());
+    defer(operand);
+  }
+  void open(std::uint32_t times) {
+    for (std::uint32_t i = 0; i < times; ++i) sem_post(&gate);
+  }
+  Point instruction;
+};
+
+Point ones(int count, std::int64_t value) {
+  Point p{};
+  p.rank = ranks::VECTOR;
+  p.type = ISVECTOR | HASINTEGER;
+  p.depth = 1;
+  p.elements = static_cast<std::uint32_t>(count);
+  p.shape_pointer = newshape(count);
+  p.data_pointer = newelements(p.elements);
+  for (int i = 0; i < count; ++i) {
+    p.data_pointer[i] = {};
+    p.data_pointer[i].tag = tags::INTEGER;
+    p.data_pointer[i].form = forms::NUMBER;
+    p.data_pointer[i].integer = value;
+  }
+  return p;
+}
+
+// The messages that a join reported, each by its number; it jumps if there is one.
+std::string reported(Point *&top) {
+  Point **const at = &top;
+  int landed = 0;
+  const failures::Printed printed =
+      failures::printed([at, &landed] { landed = failures::landingof([at] { wait_for_coprocessors(*at, 2); }); });
+  const std::string text = printed.err.substr(0, printed.err.find(" - "));
+  return (landed == 0 ? "goes on" : "jumps") + text;
+}
+
+TEST_F(Pool, TheGateWantsMoreThanTheThresholdAndOneElementASlot) {
+  processors = 4;
+  MIN_PARALLEL = 4004;
+  EXPECT_FALSE(goesparallel(4004));
+  EXPECT_TRUE(goesparallel(4005));
+  MIN_PARALLEL = 2;  // which SERIAL never leaves below the number of slots
+  EXPECT_FALSE(goesparallel(3));
+  EXPECT_TRUE(goesparallel(4));
+  processors = 1;
+  EXPECT_FALSE(goesparallel(1000000));
+  end();
+}
+
+TEST_F(Pool, TheMainThreadGoesOnWhileSlicesAreInFlight) {
+  begin(3);
+  gated = true;
+  post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
+  // Small work, with counts that change and storage that comes and goes, while both threads are held.
+  for (int i = 0; i < 1000; ++i) {
+    Point small = ones(3, i), copy = small;
+    referencepoint(&copy);
+    dereferencepoint(&copy);
+    EXPECT_EQ(refr(small.data_pointer), 1);
+    dereferencepoint(&small);
+  }
+  EXPECT_EQ(unfinished, slots + 1);
+  EXPECT_EQ(from_coprocessor[1].done, 0);
+  EXPECT_EQ(from_coprocessor[2].done, 0);
+  open(2);
+  wait_for_coprocessors(top, 1);
+  EXPECT_EQ(unfinished, nullptr);
+  EXPECT_EQ(from_coprocessor[1].done, 1);
+  dereferencepoint(slots + 1);
+  end();
+  EXPECT_EQ(liveblocks(), before);
+}
+
+TEST_F(Pool, TheJoinPutsTogetherWhatTheSlicesFound) {
+  begin(4);
+  found[1] = HASREAL;
+  found[3] = STRUCTURED | ISPROBABLE;
+  post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
+  wait_for_coprocessors(top, 0);
+  EXPECT_EQ(slots[1].type, ISVECTOR | HASINTEGER | HASREAL | COMPLEXED | STRUCTURED | ISPROBABLE);
+  slots[1].type = ISVECTOR | HASINTEGER;
+  found[1] = HASCOMPLEX;
+  wait_for_coprocessors(top, 0);  // nothing is in flight: nothing is applied
+  EXPECT_EQ(slots[1].type, ISVECTOR | HASINTEGER);
+  dereferencepoint(slots + 1);
+  end();
+  EXPECT_EQ(liveblocks(), before);
+}
+
+TEST_F(Pool, AFailedSliceIsReportedOnceAndTheOperandStandsAgain) {
+  begin(4);
+  failing[2] = NOTCONFORMABLE;
+  failing[3] = 162;
+  post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
+  EXPECT_EQ(reported(top), "jumps\n17") << "that of the lowest slot";
+  EXPECT_EQ(top, slots + 1);
+  EXPECT_EQ(slots[1].data_pointer[8].integer, -5);
+  EXPECT_EQ(reported(top), "goes on");
+  dereferencepoint(slots + 1);
+  end();
+  EXPECT_EQ(liveblocks(), before);
+}
+
+// A dyadic instruction over its left operand, with what came to stand on the stack since.
+TEST_F(Pool, TheRightOperandStandsAgainWhereItsSlotIsFree) {
+  for (const bool grown : {false, true}) {
+    begin(2);
+    failing[1] = NOTCONFORMABLE;
+    Point left = ones(5, 1), right = ones(5, 2), result = left;
+    reference(result.shape_pointer);
+    left.data_pointer = nullptr;
+    slots[1] = result;
+    top = slots + 1;
+    instruction = instructionof(instructions::ADD);
+    to_coprocessors = {};
+    to_coprocessors.instruction = &instruction;
+    to_coprocessors.operand = slots + 1;
+    to_coprocessors.first = result.data_pointer;
+    to_coprocessors.count = 5;
+    ASSERT_TRUE(postcoprocessors());
+    defer(left, right);
+    if (grown) *++top = ones(1, 7);
+    EXPECT_EQ(reported(top), "jumps\n17");
+    EXPECT_EQ(top, slots + 2);
+    EXPECT_EQ(slots[1].data_pointer[0].integer, 1);
+    EXPECT_EQ(slots[2].data_pointer[0].integer, grown ? 7 : 2);
+    for (; top > slots; --top) dereferencepoint(top);
+    end();
+    EXPECT_EQ(liveblocks(), before);
+  }
+}
+
+TEST_F(Pool, WhatIsDroppedReportsNothing) {
+  begin(3);
+  failing[1] = 162;
+  post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
+  dropwork(top);
+  EXPECT_EQ(slots[1].data_pointer[0].integer, -5);
+  EXPECT_EQ(unfinished, nullptr);
+  dereferencepoint(slots + 1);
+  end();
+  EXPECT_EQ(liveblocks(), before);
+}
+
+TEST_F(Pool, OnlyTheSlotsInUseAreWokenButASeedReachesAll) {
+  begin(5);
+  processors = 3;
+  post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
+  wait_for_coprocessors(top, 1);
+  dereferencepoint(slots + 1);
+  EXPECT_EQ(std::vector<std::uint32_t>(seen + 1, seen + 5), (std::vector<std::uint32_t>{1, 1, 0, 0}));
+  wakecoprocessors(instructionof(instructions::SEED), 1);
+  EXPECT_EQ(std::vector<std::uint32_t>(seen + 1, seen + 5), (std::vector<std::uint32_t>{2, 2, 1, 1}));
+  end();
+  EXPECT_EQ(liveblocks(), before);
+}
+
+// ---- A coprocessor that needs the main thread.
+
+int served;
+void serve(Point **, const Point *, Point *) {
+  ++served;
+  sem_post(&gate);
+}
+
+void request(const Point &instruction, std::uint32_t index, std::uint64_t *state) noexcept {
+  obey(instruction, index, state);
+  if (seen[index] != 1 || instruction.instruction == instructions::RANDOMISE) return;
+  from_coprocessor[index].request_function = serve;
+  from_coprocessor[index].request = 1;
+}
+
+TEST_F(Pool, ARequestIsServedAtTheJoinWhichReturnsAtOnce) {
+  begin(2, request);
+  served = 0;
+  post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
+  testing::internal::CaptureStdout();
+  wait_for_coprocessors(top, 1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "REQ");
+  EXPECT_EQ(served, 1);
+  EXPECT_EQ(unfinished, slots + 1) << "the work goes on";
+  EXPECT_EQ(from_coprocessor[1].done, 0);
+  // What it asked for is there: it is woken to go on, and is done.
+  postslot(1);
+  wait_for_coprocessors(top, 1);
+  EXPECT_EQ(unfinished, nullptr);
+  EXPECT_EQ(seen[1], 2u);
+  dereferencepoint(slots + 1);
+  end();
+  EXPECT_EQ(liveblocks(), before);
+}
+
+}  // namespace
