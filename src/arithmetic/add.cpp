@@ -9,9 +9,12 @@ struct Add : Counted {
   Number operator()(Integer a, Integer b) { return whole(static_cast<double>(a.value) + static_cast<double>(b.value)); }
 
   template <Parted A, Parted B>
+  static constexpr std::size_t flopseach(Formula<A, B>) {
+    return PARTS<A> < PARTS<B> ? PARTS<A> : PARTS<B>;
+  }
+  template <Parted A, Parted B>
   Wider<A, B> operator()(const A &a, const B &b) {
-    constexpr int common = PARTS<A> < PARTS<B> ? PARTS<A> : PARTS<B>;
-    flops += common;
+    constexpr int common = flopseach(Formula<A, B>{});
     return assemble<Wider<A, B>>([&](auto i) {
       if constexpr (i < common)
         return part(a, i) + part(b, i);

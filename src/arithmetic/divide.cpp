@@ -15,14 +15,14 @@ struct Divide : Counted {
     return {q, whole};
   }
 
-  double operator()(double a, double b) {
-    flops += 1;
-    return a / b;
+  template <Parted A>
+  static constexpr std::size_t flopseach(Formula<A, double>) {
+    return PARTS<A>;
   }
+  double operator()(double a, double b) { return a / b; }
 
   template <Hyper A>
   A operator()(const A &a, double b) {
-    flops += PARTS<A>;
     return assemble<A>([&](auto i) { return part(a, i) / b; });
   }
 

@@ -3,8 +3,8 @@
 //   struct Core : Counted {
 //     static constexpr std::uint32_t refused = ...;  flags that make operands not conformable
 //     R operator()(A, B);                            one for each pair of kinds that has a formula of its own
-//     void operator()(A, B, Give &&give);            the same, where several formulas each end with give(R); R is the
-//                                                    wider kind of the pair
+//     void operator()(A, B, Give &&give);            the same, where several formulas each end with give(R); R is
+//                                                    mostly the wider kind of the pair
 //     static constexpr std::size_t flopseach(F);     optional, for a pair whose results all cost the same: how
 //                                                    much; F is Formula<A, B>, and operator() does not count then
 //     std::int32_t check(A, B) const;                optional, for a pair that fails for some values: a message number
@@ -147,7 +147,7 @@ inline void apply(Core &core, const A &a, const B &b, Give &&give) {
     core(left, right, give);
 }
 
-// The kind of the result. What gives its result, gives one of the wider kind.
+// The kind of the result, or of most results: what gives its result, mostly gives one of the wider kind.
 template <class Core, class L, class R>
 constexpr auto resultfor(Formula<L, R>) {
   if constexpr (Returning<Core, L, R>)
@@ -169,19 +169,23 @@ inline double flopsof(const Core &core, std::size_t count) {
 
 // ---- From a result to a record. Each returns the HAS bit of what it wrote.
 
-// The HAS bit of a kind of result, 0 where results differ in it.
+// The HAS bit that results of a kind have, or nearly all of them.
 template <class T>
-inline constexpr std::uint32_t KINDBIT = 0;
+inline constexpr std::uint32_t USUALBIT = 0;
 template <>
-inline constexpr std::uint32_t KINDBIT<double> = HASREAL;
+inline constexpr std::uint32_t USUALBIT<double> = HASREAL;
 template <>
-inline constexpr std::uint32_t KINDBIT<Truth> = HASINTEGER;
+inline constexpr std::uint32_t USUALBIT<Number> = HASINTEGER;
 template <>
-inline constexpr std::uint32_t KINDBIT<Complex> = HASCOMPLEX;
+inline constexpr std::uint32_t USUALBIT<Integer> = HASINTEGER;
 template <>
-inline constexpr std::uint32_t KINDBIT<Quaternion> = HASQUATERNION;
+inline constexpr std::uint32_t USUALBIT<Truth> = HASINTEGER;
 template <>
-inline constexpr std::uint32_t KINDBIT<Octonion> = HASOCTONION;
+inline constexpr std::uint32_t USUALBIT<Complex> = HASCOMPLEX;
+template <>
+inline constexpr std::uint32_t USUALBIT<Quaternion> = HASQUATERNION;
+template <>
+inline constexpr std::uint32_t USUALBIT<Octonion> = HASOCTONION;
 
 // Form and marks of a hypercomplex result: a complex number takes them from the complex operand, the left one of two;
 // so does a higher number where both operands are of its kind. A mixed pair gives the ordinary form.
@@ -293,7 +297,8 @@ std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   using Result = ResultFor<Core, Kind<L>, Kind<R>>;
   Core core = startcore<Core>(tally);
   const bool fresh = run.fresh;
-  std::uint32_t kinds = 0;
+  std::uint32_t kinds = 0;  // of the results that are not of the usual kind, of which there are
+  std::size_t others = 0;
   std::int32_t failure = 0;
   // False where the pair is not for this loop, or fails.
   const auto one = [&](const Element &left, const Element &right, Element &result) {
@@ -319,21 +324,31 @@ std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
         }
       }
       const std::uint32_t kind = place<L, R>(result, lefthead, righthead, value, fresh, home);
-      if constexpr (KINDBIT<Result> == 0) kinds |= kind;
+      if (kind != USUALBIT<Result>) [[unlikely]] {
+        kinds |= kind;
+        ++others;
+      }
     });
     if constexpr (requires { core.failure; }) return failure == 0;
     return true;
   };
 
-  const Element *const left = run.left, *const right = run.right;
-  Element *const result = run.result;
   const std::size_t leftstep = run.leftstep, rightstep = run.rightstep, resultstep = run.resultstep;
+  const Element *left = run.left + from * leftstep, *right = run.right + from * rightstep;
+  Element *result = run.result + from * resultstep;
   std::size_t i = from;
-  if (leftstep == 1 && rightstep == 1 && resultstep == 1)
-    while (i < to && one(left[i], right[i], result[i])) ++i;
-  else
-    while (i < to && one(left[i * leftstep], right[i * rightstep], result[i * resultstep])) ++i;
-  run.kinds |= i > from ? kinds | KINDBIT<Result> : 0;
+  if (leftstep == 1 && rightstep == 1 && resultstep == 1) {
+    Element *const first = result, *const end = result + (to - from);
+    while (result != end && one(*left, *right, *result)) ++left, ++right, ++result;
+    i += static_cast<std::size_t>(result - first);
+  } else {
+    for (; i < to && one(*left, *right, *result); ++i) {
+      left += leftstep;
+      right += rightstep;
+      result += resultstep;
+    }
+  }
+  run.kinds |= i - from > others ? kinds | USUALBIT<Result> : kinds;
   tally.failure = failure;
   tally.flops += flopsof<Core, Kind<L>, Kind<R>>(core, i - from);
   return i;

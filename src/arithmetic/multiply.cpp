@@ -19,11 +19,12 @@ struct Multiply : Counted {
 
   Number operator()(Integer a, Integer b) { return whole(static_cast<double>(a.value) * static_cast<double>(b.value)); }
 
+  template <Parted A, Parted B>
+  requires std::same_as<A, double> || std::same_as<B, double>
+  static constexpr std::size_t flopseach(Formula<A, B>) { return PARTS<Wider<A, B>>; }
+
   // 0 times an infinity is 0.
-  double operator()(double a, double b) {
-    flops += 1;
-    return a == 0 || b == 0 ? 0 : a * b;
-  }
+  double operator()(double a, double b) { return a == 0 || b == 0 ? 0 : a * b; }
 
   // In polar form the moduli multiply and the angles add. The cross terms are no matter where an imaginary part is 0,
   // but for infinities.
@@ -39,7 +40,6 @@ struct Multiply : Counted {
 
   template <Hyper B>
   B operator()(double a, const B &b) {
-    flops += PARTS<B>;
     return assemble<B>([&](auto i) {
       const double x = a * part(b, i);
       return PARTS<B> == PARTS<Complex> ? shown(x) : x;

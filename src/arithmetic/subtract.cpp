@@ -8,11 +8,14 @@ struct Subtract : Counted {
 
   Number operator()(Integer a, Integer b) { return whole(static_cast<double>(a.value) - static_cast<double>(b.value)); }
 
+  template <Parted A, Parted B>
+  static constexpr std::size_t flopseach(Formula<A, B>) {
+    return PARTS<B>;
+  }
   // What only the right number has is taken from 0, so that no component becomes a negative zero.
   template <Parted A, Parted B>
   Wider<A, B> operator()(const A &a, const B &b) {
     constexpr int lefts = PARTS<A>, rights = PARTS<B>;
-    flops += rights;
     return assemble<Wider<A, B>>([&](auto i) {
       if constexpr (i < lefts && i < rights)
         return part(a, i) - part(b, i);
