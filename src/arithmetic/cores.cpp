@@ -1,10 +1,10 @@
-// The dyadic instructions by number. Weak: what is not built yet has no cores, and no address.
+// The dyadic instructions by number.
 #include "arithmetic/cores.h"
 
 #include "spaces/instructions.h"
 
 #define INSTRUCTION(number, name, argumentclass, key, handler) handler
-#define DYADIC(f) extern const Dyadic f##cores [[gnu::weak]];
+#define DYADIC(f) extern const Dyadic f##cores;
 #include "machine/instructions.def"
 
 const Dyadic *dyadiccores(std::uint16_t instruction) {

@@ -4,5 +4,5 @@
 #include "arithmetic/dyadic.h"
 
 extern const Dyadic multiplycores;
-// By instruction number; null for a number that is no dyadic scalar instruction, or is not built yet.
+// By instruction number; null for a number that is no dyadic scalar instruction.
 const Dyadic *dyadiccores(std::uint16_t instruction);

@@ -21,15 +21,17 @@ inline double angleof(double re, double im) {
   return std::atan2(im, re);
 }
 
-// Of a number without a vector part every unit would serve: the first one does.
+// Of a number without a vector part every unit would serve: the first one does. No component becomes a negative zero.
 template <Hyper T, class F>
 inline T alongunit(const T &x, F &&f) {
   const double v = lengthfrom<1>(x);
   const Complex w = f(Complex{part(x, 0), v});
   return assemble<T>([&](auto i) {
-    if constexpr (i == 0)
+    if constexpr (i == 0) {
       return w.re;
-    else
-      return v == 0 ? (i == 1 ? w.im : 0) : part(x, i) / v * w.im;
+    } else {
+      const double share = v == 0 ? (i == 1 ? w.im : 0) : part(x, i) / v * w.im;
+      return share == 0 ? 0 : share;
+    }
   });
 }

@@ -1,18 +1,9 @@
-// EXPONENTIAL: e to the power of the number.
-#include "arithmetic/elementary.h"
+// EXPONENTIAL and POWE: e to the power of the number. The base is e itself and not the double nearest to it, whose
+// error would grow with the exponent.
+#include "arithmetic/functions.h"
 #include "arithmetic/monadic.h"
 
 namespace {
-
-// By its modulus and its angle. A modulus past the doubles may still have components within them.
-Complex exponentialof(const Complex &z) {
-  const double sine = clean(std::sin(z.im)), cosine = clean(std::cos(z.im));
-  double size = std::exp(z.re), again = 1;
-  if (std::isinf(size) && std::isfinite(z.re)) [[unlikely]]
-    size = again = std::exp(z.re / 2);
-  // A direction of 0 outweighs a modulus without end.
-  return {cosine == 0 ? 0 : size * cosine * again, sine == 0 ? 0 : size * sine * again};
-}
 
 struct Exponential : Counted {
   double operator()(double x) {
@@ -21,15 +12,16 @@ struct Exponential : Counted {
   }
   Complex operator()(const Complex &x) {
     flops += 5;
-    return exponentialof(x);
+    return complexexponential(x);
   }
   template <Hyper T>
   T operator()(const T &x) {
     flops += 5 + 4 * PARTS<T>;
-    return alongunit(x, exponentialof);
+    return alongunit(x, complexexponential);
   }
 };
 
 }  // namespace
 
 MONADIC_SCALAR(exponential, Exponential)
+MONADIC_SCALAR(powe, Exponential)

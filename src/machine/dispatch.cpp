@@ -5,15 +5,6 @@
 
 namespace {
 
-// The rows of unbuilt.def by number.
-constexpr bool isunbuilt(int number) {
-#define UNBUILT(name) \
-  if (number == instructions::name) return true;
-#include "machine/unbuilt.def"
-#undef UNBUILT
-  return false;
-}
-
 template <MonadicFunction f>
 Next monadic(Level &level) {
   f(level.sp, level.instruction, quads, 0);
@@ -48,7 +39,6 @@ Next nothing(Level &) {
   return Next::FETCH;
 }
 
-// A row that is not built yet needs no function behind its handler: the branch that names it is discarded.
 #define MONADIC(f) &monadic<f>
 #define DRAWING(f) &drawing<f>
 #define DYADIC(f) &dyadic<f>
@@ -57,13 +47,7 @@ Next nothing(Level &) {
 #define NOTIMPLEMENTED &notimplemented
 #define RESTRICTED &restricted
 #define NOTHING &nothing
-#define INSTRUCTION(number, name, argumentclass, key, handler) \
-  []<int row>() -> Handler * {                                 \
-    if constexpr (isunbuilt(row))                              \
-      return &notimplemented;                                  \
-    else                                                       \
-      return handler;                                          \
-  }.template operator()<number>(),
+#define INSTRUCTION(number, name, argumentclass, key, handler) handler,
 
 }  // namespace
 

@@ -20,6 +20,7 @@ struct Value {
   std::uint16_t form = 0, attributes = 0;
   std::int64_t whole = 0;
   std::array<double, 8> parts{};
+  double tolerance = 0;  // of an expected value: how far components may be off, over the greatest of them
 };
 using Values = std::vector<Value>;
 
@@ -88,7 +89,10 @@ inline bool same(double a, double b) {
 }
 inline bool same(const Value &a, const Value &b) {
   bool equal = a.tag == b.tag && a.form == b.form && a.attributes == b.attributes && a.whole == b.whole;
-  for (std::size_t k = 0; k < a.parts.size(); ++k) equal = equal && same(a.parts[k], b.parts[k]);
+  double room = 0;
+  for (const double x : b.parts) room = std::fmax(room, std::fabs(x) * b.tolerance);
+  for (std::size_t k = 0; k < a.parts.size(); ++k)
+    equal = equal && (same(a.parts[k], b.parts[k]) || std::fabs(a.parts[k] - b.parts[k]) <= room);
   return equal;
 }
 inline std::ostream &operator<<(std::ostream &out, const Value &v) {

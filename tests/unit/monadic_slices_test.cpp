@@ -89,7 +89,9 @@ TEST_F(MonadicSlices, AgreeWithThePlainFunction) {
   for (const Member &m : monadics::members())
     for (const std::int32_t tag : {tags::INTEGER, tags::REAL, tags::COMPLEX, tags::QUATERNION, tags::OCTONION, MIXED})
       for (const bool fresh : {false, true}) {
-        if (std::string(m.name) == "ROLL" && tag != tags::INTEGER && tag != tags::REAL) continue;
+        const std::string name = m.name;
+        if (name == "ROLL" && tag != tags::INTEGER && tag != tags::REAL) continue;
+        if ((name == "LD" || name == "LOG10") && (tag > tags::COMPLEX || tag == MIXED)) continue;
         SCOPED_TRACE(std::string(m.name) + " tag " + std::to_string(tag) + (fresh ? " fresh" : ""));
         if (!fresh && tag == MIXED) continue;  // owning records are never written over
         Point expected = monadics::result(m.name, vector(plain(tag)));

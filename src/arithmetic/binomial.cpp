@@ -1,0 +1,32 @@
+// BINOMIAL: how many ways there are to choose left out of right, continued to reals and complex numbers. What the
+// formulas cannot say is 0 or an infinity: nothing is reported.
+#include "arithmetic/dyadic.h"
+#include "arithmetic/gamma.h"
+#include "arithmetic/refusal.h"
+
+namespace {
+
+struct Binomial : Counted {
+  static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
+  static std::int32_t refusal(std::int32_t left, std::int32_t right) { return nohigher(left, right); }
+  double tolerance = 0;
+
+  // Whole numbers have a whole coefficient, which the quotient misses by its last bits.
+  Number operator()(Integer k, Integer n) {
+    return whole(std::nearbyint(binom(static_cast<double>(k.value), static_cast<double>(n.value))));
+  }
+  double operator()(double k, double n) {
+    flops += 1;
+    return binom(k, n);
+  }
+  Complex operator()(const Complex &a, const Complex &b) {
+    flops += 100;
+    double out[2];
+    binomC(a, b, out, tolerance);
+    return {out[0], out[1]};
+  }
+};
+
+}  // namespace
+
+DYADIC_SCALAR(binomial, Binomial)

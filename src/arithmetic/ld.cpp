@@ -1,0 +1,4 @@
+// LD: the logarithm to the base 2.
+#include "arithmetic/fixedbase.h"
+
+MONADIC_SCALAR(ld, LogarithmOf<Two>)

@@ -1,0 +1,4 @@
+// POW10: 10 to the power of the number.
+#include "arithmetic/fixedbase.h"
+
+MONADIC_SCALAR(pow10, PowerOf<Ten>)

@@ -1,0 +1,4 @@
+// POW2: 2 to the power of the number.
+#include "arithmetic/fixedbase.h"
+
+MONADIC_SCALAR(pow2, PowerOf<Two>)

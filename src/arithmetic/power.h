@@ -1,0 +1,52 @@
+// The core of POWER, which the instructions of one fixed base share.
+#pragma once
+
+#include "arithmetic/dyadic.h"
+#include "arithmetic/functions.h"
+
+struct Power : Counted {
+  static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
+
+  // Of integers too the result is real, and of a negative base it is complex where the exponent has a fraction.
+  template <class Give>
+  void operator()(double base, double exponent, Give &&give) {
+    flops += 1;
+    if (exponent == THIRD)
+      give(std::cbrt(base));
+    else if (!(base < 0) || !hasfraction(exponent))
+      give(exponent == HALF ? std::sqrt(base) : std::pow(base, exponent));
+    else
+      give(ofnegative(-base, exponent));
+  }
+
+  Complex operator()(const Complex &base, const Complex &exponent) {
+    flops += 12;
+    return complexpower(base, exponent);
+  }
+
+  // Where both numbers lie in one plane with the real axis, the power is that of its complex numbers. Otherwise it is
+  // the exponential of the logarithm of the base times the exponent, in that order.
+  template <Hyper T>
+  T operator()(const T &base, const T &exponent) {
+    flops += 24 + 8 * PARTS<T>;
+    if (isreal(exponent))
+      return alongunit(base, [&](const Complex &z) { return complexpower(z, {part(exponent, 0), 0}); });
+    if (isreal(base)) return alongunit(exponent, [&](const Complex &z) { return complexpower({part(base, 0), 0}, z); });
+    const T logarithm = alongunit(base, complexlogarithm);
+    T result;
+    product<Right::ITSELF>(logarithm, exponent, flops, [&](const T &x) { result = alongunit(x, complexexponential); });
+    return result;
+  }
+
+ private:
+  static constexpr double THIRD = 1.0 / 3.0, HALF = 0.5;
+
+  // NaN has none, and an infinity is whole.
+  static bool hasfraction(double x) { return std::isfinite(x) && std::trunc(x) != x; }
+
+  // Kept: a component below 1e-15 is 0, however small the other one is.
+  [[gnu::noinline]] static Complex ofnegative(double size, double exponent) {
+    const Complex w = frompolar(std::exp(exponent * std::log(size)), exponent * std::numbers::pi);
+    return {clean(w.re), clean(w.im)};
+  }
+};

@@ -1,0 +1,11 @@
+// The message for a pair of kinds, where an instruction has no formula for quaternions and octonions.
+#pragma once
+
+#include "arithmetic/frame.h"
+
+inline constexpr std::int32_t RESTRICTED_KIND = 994;
+
+inline std::int32_t nohigher(std::int32_t left, std::int32_t right) {
+  const auto isnumber = [](std::int32_t tag) { return tag >= tags::INTEGER && tag <= tags::OCTONION; };
+  return isnumber(left) && isnumber(right) ? RESTRICTED_KIND : INCOMPATIBLE;
+}

@@ -1,0 +1,44 @@
+// RESIDUE: left modulo right, with the sign of the left. The quotient is cut to 64 bits, so that of a left far greater
+// than right not much is taken away.
+#include "arithmetic/dyadic.h"
+#include "arithmetic/functions.h"
+#include "arithmetic/refusal.h"
+
+namespace {
+
+struct Residue : Counted {
+  static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
+  static std::int32_t refusal(std::int32_t left, std::int32_t right) { return nohigher(left, right); }
+
+  // Exact for every pair, where doubles would lose low bits. By -1 nothing is left, and the machine's division fails.
+  Integer operator()(Integer a, Integer b) {
+    if (b.value == 0) return a;
+    return {b.value == -1 ? 0 : a.value % b.value};
+  }
+
+  double operator()(double a, double b) {
+    flops += 3;
+    return b == 0 ? a : a - cut(a / b) * b;
+  }
+
+  // Kept: the quotient is cut towards 0 and goes up by 1 where its two fractions together reach 1 and the imaginary one
+  // is not above the real one.
+  Complex operator()(const Complex &a, const Complex &b) {
+    flops += 20;
+    const Complex q = quotient(a, b);
+    Complex whole = {cut(q.re), cut(q.im)};
+    const double across = q.re - whole.re, up = q.im - whole.im;
+    if (across + up >= 1 && up <= across) whole.re += 1;
+    const Complex part = b.im == 0 ? Complex{whole.re * b.re, whole.im * b.re} : pairproduct<Right::ITSELF>(whole, b);
+    return {shown(a.re - part.re), shown(a.im - part.im)};
+  }
+
+ private:
+  static double cut(double x) { return static_cast<double>(saturate(x)); }
+  // A component that is no number shows infinity.
+  static double shown(double x) { return std::isnan(x) ? std::numeric_limits<double>::infinity() : x; }
+};
+
+}  // namespace
+
+DYADIC_SCALAR(residue, Residue)
