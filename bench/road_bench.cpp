@@ -30,47 +30,64 @@ struct Bank {
   }
 };
 
-std::string literal() {
+// How the numbers are written; Exact as the printer writes them in source form, with all their digits.
+enum Writing : int { Decimals, Exact, Whole };
+constexpr const char *FORMATS[] = {"%.6f ", "%.17g ", "%.0f "};
+
+std::string literal(std::int64_t writing) {
   std::mt19937_64 random(1);
   std::uniform_real_distribution<double> spread(-1000, 1000);
   std::string text = "(";
   char number[32];
   for (int i = 0; i < MEMBERS; ++i) {
-    std::snprintf(number, sizeof number, "%.6f ", spread(random));
+    std::snprintf(number, sizeof number, FORMATS[writing], spread(random));
     text += number;
   }
   return text + ") .\n";
 }
 
+double sumof(const std::string &text) {
+  const char *at = text.c_str() + 1;
+  double sum = 0;
+  for (int i = 0; i < MEMBERS; ++i) {
+    char *end;
+    sum += std::strtod(at, &end);
+    at = end;
+  }
+  return sum;
+}
+
+double sumof(const Point &space) {
+  double sum = 0;
+  for (const Element *e = space.data_pointer, *end = e + space.elements; e < end; ++e)
+    sum += e->tag == tags::REAL ? e->real : static_cast<double>(e->integer);
+  return sum;
+}
+
 void readliteral(benchmark::State &state) {
   Bank bank;
-  const std::string text = literal();
+  const std::string text = literal(state.range(0));
+  const double sum = sumof(text);
   for (auto _ : state) {
     std::FILE *stream = fmemopen(const_cast<char *>(text.data()), text.size(), "r");
     fill(bank.programme.data(), bank.chain, bank.stack.data(), stream, nullptr, SKIPPED);
-    if (bank.programme[0].elements != MEMBERS) state.SkipWithError("a literal of another length");
+    state.PauseTiming();
+    if (bank.programme[0].elements != MEMBERS || sumof(bank.programme[0]) != sum)
+      state.SkipWithError("a literal of another value");
+    state.ResumeTiming();
     cleanup(bank.programme.data());
     std::fclose(stream);
   }
   state.SetItemsProcessed(state.iterations() * MEMBERS);
 }
-BENCHMARK(readliteral)->Unit(benchmark::kMillisecond);
+BENCHMARK(readliteral)->Arg(Decimals)->Arg(Exact)->Arg(Whole)->Unit(benchmark::kMillisecond);
 
 void readbystrtod(benchmark::State &state) {
-  const std::string text = literal();
-  for (auto _ : state) {
-    const char *at = text.c_str() + 1;
-    double sum = 0;
-    for (int i = 0; i < MEMBERS; ++i) {
-      char *end;
-      sum += std::strtod(at, &end);
-      at = end;
-    }
-    benchmark::DoNotOptimize(sum);
-  }
+  const std::string text = literal(state.range(0));
+  for (auto _ : state) benchmark::DoNotOptimize(sumof(text));
   state.SetItemsProcessed(state.iterations() * MEMBERS);
 }
-BENCHMARK(readbystrtod)->Unit(benchmark::kMillisecond);
+BENCHMARK(readbystrtod)->Arg(Decimals)->Arg(Exact)->Arg(Whole)->Unit(benchmark::kMillisecond);
 
 void scalartext(benchmark::State &state) {
   Bank bank;

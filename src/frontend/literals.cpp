@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 #include "diagnostics/exception.h"
 #include "frontend/compiler.h"
@@ -19,7 +20,6 @@ namespace {
 
 constexpr char HIGH_MINUS = '\xAF';
 constexpr std::int32_t LONG_BINARY = 809, LONG_BINARY_CHARACTER = 810;
-constexpr std::size_t EXACT_DIGITS = 15;  // so many decimal digits pass through a double unchanged
 constexpr std::size_t NUMBER_BITS = 64, CHARACTER_BITS = 8;
 constexpr std::size_t BINARY_PREFIX = 2;  // 0#
 constexpr double HALF_TURN = 180.0, PI = 3.141592653589793;
@@ -32,46 +32,52 @@ Element makeelement(std::int32_t tag, std::uint16_t form) {
   return element;
 }
 
-Element integerelement(std::int64_t value) {
-  Element element = makeelement(tags::INTEGER, forms::NUMBER);
-  element.integer = value;
-  return element;
-}
+// The powers of 10 that a double holds exactly.
+constexpr double POWERS[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                             1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr int HIGHEST_POWER = static_cast<int>(std::size(POWERS)) - 1;
+constexpr std::uint64_t EXACT_DIGITS = std::uint64_t{1} << 53;  // integers up to here are doubles
 
-Element realelement(double value) {
-  Element element = makeelement(tags::REAL, forms::NUMBER);
-  element.real = value;
-  return element;
-}
-
-// Integers of few digits need no double on their way.
-bool readsmall(const char *text, std::size_t length, std::int64_t &value) {
-  const bool minus = *text == '-' || *text == HIGH_MINUS;
-  const char *const end = text + length;
-  if (minus) ++text;
-  if (static_cast<std::size_t>(end - text) > EXACT_DIGITS) return false;
-  std::int64_t sum = 0;
-  for (; text < end; ++text) {
-    if (*text < '0' || *text > '9') return false;
-    sum = 10 * sum + (*text - '0');
-  }
-  value = minus ? -sum : sum;
+// One operation on two numbers that are exact rounds as it must. All others need the text.
+bool readexact(const Decimal &decimal, double &value) {
+  if (!decimal.whole || decimal.digits > EXACT_DIGITS) return false;
+  if (decimal.exponent < -HIGHEST_POWER || decimal.exponent > HIGHEST_POWER) return false;
+  const auto digits = static_cast<double>(decimal.digits);
+  value = decimal.exponent < 0 ? digits / POWERS[-decimal.exponent] : digits * POWERS[decimal.exponent];
+  if (decimal.minus) value = -value;
   return true;
 }
 
-Element readinteger(char *text, std::size_t length) {
-  std::int64_t value;
-  if (readsmall(text, length, value)) return integerelement(value);
-  fixsign(text, length);
+double readvalue(const Token &token) {
+  double value;
+  if (readexact(*token.decimal, value)) [[likely]]
+    return value;
   const char *after;
-  const double real = readdouble(text, &after);
-  return std::fabs(real) <= INTEGER_LIMIT ? integerelement(saturate(real)) : realelement(real);
+  fixsign(token.text, token.length);
+  return readdouble(token.text, &after);
 }
 
-Element readreal(char *text, std::size_t length) {
-  fixsign(text, length);
-  const char *after;
-  return realelement(readdouble(text, &after));
+// In place, since a copy of a record that was just written waits for each of its parts.
+void setinteger(Element &element, std::int64_t value) {
+  element = {};
+  element.tag = tags::INTEGER;
+  element.form = forms::NUMBER;
+  element.integer = value;
+}
+
+void setreal(Element &element, double value) {
+  element = {};
+  element.tag = tags::REAL;
+  element.form = forms::NUMBER;
+  element.real = value;
+}
+
+void readinteger(const Token &token, Element &element) {
+  const double value = readvalue(token);
+  if (std::fabs(value) <= INTEGER_LIMIT)
+    setinteger(element, saturate(value));
+  else
+    setreal(element, value);
 }
 
 // The token as far as the buffer holds it.
@@ -275,25 +281,32 @@ std::int64_t saturate(double value) {
   return std::isnan(value) ? 0 : static_cast<std::int64_t>(value);
 }
 
-Element readelement(const Token &token, bool member) {
+void readelement(const Token &token, bool member, Element &element) {
   switch (token.rule) {
     case Rule::INTEGER:
-      return readinteger(token.text, token.length);
+      readinteger(token, element);
+      return;
     case Rule::REAL:
-      return readreal(token.text, token.length);
+      setreal(element, readvalue(token));
+      return;
     case Rule::COMPLEX:
     case Rule::QUATERNION:
     case Rule::OCTONION:
-      return readcartesian(token.rule, token.text, token.length);
+      element = readcartesian(token.rule, token.text, token.length);
+      return;
     case Rule::POLARCOMPLEX:
     case Rule::POLARQUATERNION:
     case Rule::POLAROCTONION:
-      return readpolar(token.rule, token.text, token.length);
+      element = readpolar(token.rule, token.text, token.length);
+      return;
     case Rule::BINARYNUMBER:
-      return readbinary(token.text, token.length, member);
+      element = readbinary(token.text, token.length, member);
+      return;
     case Rule::BINARYCHARACTER:
-      return readbinarycharacter(token.text, token.length);
+      element = readbinarycharacter(token.text, token.length);
+      return;
     default:
-      return readconstant(Constants[token.row], token.text);
+      element = readconstant(Constants[token.row], token.text);
+      return;
   }
 }

@@ -17,7 +17,7 @@ std::int64_t saturate(double value);
 // The largest magnitude that a literal may have as an integer or an extent.
 inline constexpr double INTEGER_LIMIT = 9.223372036854776e18;
 
-// The element of a number (INTEGER to POLAROCTONION), of a named constant, or of a byte or number given by its bits
-// (BINARYNUMBER, BINARYCHARACTER). `member`: it stands in a vector literal. The block of an octonion belongs to the
-// caller. The text may be changed. Messages 27, 809, 810.
-Element readelement(const Token &token, bool member);
+// Makes the element of a number (INTEGER to POLAROCTONION), of a named constant, or of a byte or number given by its
+// bits (BINARYNUMBER, BINARYCHARACTER). `member`: it stands in a vector literal. The block of an octonion belongs to
+// the caller. The text may be changed. Messages 27, 809, 810.
+void readelement(const Token &token, bool member, Element &element);

@@ -16,27 +16,47 @@ struct Component {
 
 constexpr Component NOCOMPONENT = {0, false};
 
+// More of them might not fit 64 bits, leading zeros or not.
+constexpr std::size_t MOST_DIGITS = 19, MOST_EXPONENT_DIGITS = 3;
+
+// The exponent from its letter on. No digits: no exponent.
+Component exponent(std::size_t at, bool integral, Decimal &decimal) {
+  std::size_t begin = at + 1;
+  const int sign = peek(begin);
+  if (sign == '+' || is(sign, MINUS)) ++begin;
+  if (!is(peek(begin), DIGIT)) return {at, integral};
+  std::uint64_t power = 0;
+  const std::size_t end = passdigits(begin, power);
+  if (end - begin > MOST_EXPONENT_DIGITS)
+    decimal.whole = false;
+  else
+    decimal.exponent = static_cast<std::int16_t>(is(sign, MINUS) ? decimal.exponent - static_cast<int>(power)
+                                                                 : decimal.exponent + static_cast<int>(power));
+  return {end, integral && !is(sign, MINUS)};
+}
+
 // A point counts only with a digit after it, an exponent likewise.
-Component decimals(std::size_t at) {
-  std::size_t end = pass(at, DIGIT);
-  bool integral = end > at;
+Component decimals(std::size_t at, Decimal &decimal) {
+  decimal.digits = 0;
+  std::size_t end = passdigits(at, decimal.digits), digits = end - at, decimals = 0;
+  bool integral = digits > 0;
   if (peek(end) == '.' && is(peek(end + 1), DIGIT)) {
-    end = pass(end + 1, DIGIT);
+    const std::size_t begin = end + 1;
+    end = passdigits(begin, decimal.digits);
+    decimals = end - begin;
     integral = false;
   }
   if (end == at) return NOCOMPONENT;
+  decimal.whole = digits + decimals <= MOST_DIGITS;
+  decimal.exponent = decimal.whole ? static_cast<std::int16_t>(-static_cast<int>(decimals)) : std::int16_t{0};
   const int letter = peek(end);
-  if (letter != 'E' && letter != 'e') return {end, integral};
-  std::size_t exponent = end + 1;
-  const int sign = peek(exponent);
-  if (sign == '+' || is(sign, MINUS)) ++exponent;
-  if (!is(peek(exponent), DIGIT)) return {end, integral};
-  return {pass(exponent, DIGIT), integral && !is(sign, MINUS)};
+  return letter == 'E' || letter == 'e' ? exponent(end, integral, decimal) : Component{end, integral};
 }
 
-Component component(std::size_t at) {
-  const bool minus = is(peek(at), MINUS);
-  if (minus) ++at;
+Component component(std::size_t at, Decimal &decimal) {
+  decimal.whole = false;
+  decimal.minus = is(peek(at), MINUS);
+  if (decimal.minus) ++at;
   switch (peek(at)) {
     case 'I':
       if (!matchbytes(at, "Inf")) return NOCOMPONENT;
@@ -44,11 +64,11 @@ Component component(std::size_t at) {
     case 'i':
       return matchbytes(at, "inf") ? Component{at + 3, false} : NOCOMPONENT;
     case 'N':
-      return !minus && matchbytes(at, "NaN") ? Component{at + 3, false} : NOCOMPONENT;
+      return !decimal.minus && matchbytes(at, "NaN") ? Component{at + 3, false} : NOCOMPONENT;
     case 'n':
-      return !minus && matchbytes(at, "nan") ? Component{at + 3, false} : NOCOMPONENT;
+      return !decimal.minus && matchbytes(at, "nan") ? Component{at + 3, false} : NOCOMPONENT;
     default:
-      return decimals(at);
+      return decimals(at, decimal);
   }
 }
 
@@ -107,17 +127,18 @@ Match matchbinarycharacter() {
   return {end > 3 && peek(end) == '`' ? end + 1 : 0, Rule::BINARYCHARACTER};
 }
 
-Match matchnumber() {
+Match matchnumber(Decimal &decimal) {
   unsigned families;
   const std::size_t begin = prefix(families);
-  Component part = component(begin);
+  Component part = component(begin, decimal);
   if (part.end == 0) return {0, Rule::REAL};
   // A prefix asks for a letter.
   Match best = {begin == 0 ? part.end : 0, part.integral ? Rule::INTEGER : Rule::REAL};
   for (int last = 'i' - 1;;) {
     const int letter = peek(part.end);
     if (letter <= last || !isletterof(letter, families)) return best;
-    part = component(part.end + 1);
+    Decimal other;
+    part = component(part.end + 1, other);
     if (part.end == 0) return best;
     best = {part.end, formof(letter)};
     families = letter <= 'o' ? CARTESIANLETTERS : POLARLETTERS;

@@ -11,9 +11,9 @@ struct Match {
   Rule rule;
 };
 
-// 12 -3 2E3 2.5 Inf NaN, the cartesian and the polar forms with their prefixes. Looks no further than the first byte
-// that no number goes on with.
-Match matchnumber();
+// 12 -3 2E3 2.5 Inf NaN, the cartesian and the polar forms with their prefixes; `decimal` is the value of one part.
+// Looks no further than the first byte that no number goes on with.
+Match matchnumber(Decimal &decimal);
 // 0#101
 Match matchbinary();
 // The same between backquotes.

@@ -12,8 +12,11 @@ namespace {
 
 constexpr int NAMEOPENER = 2;
 
+// Of the number matched last.
+Decimal decimal;
+
 Token token(Rule rule, std::size_t length, std::uint16_t row = 0) {
-  return {rule, row, take(length), length};
+  return {rule, row, take(length), length, &decimal};
 }
 Token token(const Match &match) {
   return token(match.rule, match.length);
@@ -152,15 +155,14 @@ bool minusbeforename() {
 }
 
 Token scaninitial() {
-  skip(SKIPPED);
-  const int first = peek(0);
+  const int first = skip(SKIPPED);
   if (first == EOF) return endofinput();
   if (state.namenext) {
     state.namenext = false;
     return token(Rule::NAMESTART, 1);
   }
   Match match = matchother(first);
-  if (match.length == 0) match = matchnumber();
+  if (match.length == 0) match = matchnumber(decimal);
   if (is(first, DIGIT)) return token(match);
   Word word = matchword(vocabulary::INITIAL);
   if (word.matched == 0 || word.matched < match.length)
@@ -191,14 +193,14 @@ Token closevector() {
 
 Token scanvector() {
   for (;; echo()) {
-    skip(WHITE);
-    const int first = peek(0);
+    const int first = skip(WHITE);
     if (first == EOF) return endofinput();
     if (first == ')') return closevector();
     Match match = {0, Rule::INTEGER};
-    if (is(first, DIGIT) || is(first, OPENSMEMBER)) match = matchother(first);
-    if (match.length == 0) match = matchnumber();
-    if (is(first, DIGIT)) return token(match);
+    if (first == '0' || is(first, OPENSMEMBER)) match = matchother(first);
+    if (match.length == 0) match = matchnumber(decimal);
+    // No word of a vector begins as a number does, but for those that begin with its prefix.
+    if (match.length != 0 && is(first, DIGIT | MINUS)) return token(match);
     const Word word = matchword(vocabulary::VECTOR);
     if (word.matched != 0 && word.matched >= match.length) return token(word);
     if (match.length != 0) return token(match);
@@ -207,8 +209,7 @@ Token scanvector() {
 
 Token scanshape(bool white) {
   for (;; echo()) {
-    if (white) skip(WHITE);
-    const int first = peek(0);
+    const int first = white ? skip(WHITE) : peek(0);
     if (first == EOF) return endofinput();
     if (first == ']') return token(Rule::CLOSESHAPE, 1);
     if (const std::size_t length = matchcount(0)) return token(Rule::EXTENT, length);
@@ -245,8 +246,7 @@ Token scancomment() {
 // A line feed goes by the default rule; anything else but MASK is left for the rules of INITIAL.
 Token scanmasked() {
   for (;; echo()) {
-    skip(BLANKORTAB);
-    const int first = peek(0);
+    const int first = skip(BLANKORTAB);
     if (first == EOF) return endofinput();
     if (first == '\n') continue;
     const Word word = matchword(vocabulary::MASKED);

@@ -65,12 +65,21 @@ enum class Rule : std::uint8_t {
   UNMASKED,        // MASKED: anything but a blank or MASK; the text is empty and the token stays in the input
 };
 
-// A token. The text is zero-terminated and may be changed in place; it is valid until the next scan.
+// The value of a number of one part, as far as it was found on the way: digits times a power of 10.
+struct Decimal {
+  std::uint64_t digits;
+  std::int16_t exponent;
+  bool minus;
+  bool whole;  // nothing is left out; else all but the text means nothing
+};
+
+// A token. The text is zero-terminated and may be changed in place; it and the decimal are valid until the next scan.
 struct Token {
   Rule rule;
   std::uint16_t row;
   char *text;
   std::size_t length;
+  const Decimal *decimal;  // INTEGER and REAL: what the text spells
 };
 
 // What is read from now on: the string if it is not null (a NUL ends it), else the stream.

@@ -113,7 +113,10 @@ void elementliteral(const Token &token) {
   Compiler &c = compiler;
   if (c.literal) {
     reserve(*c.literal, c.room, 1);
-    add(*c.literal, readelement(token, c.condition == Condition::VECTOR));
+    Element &record = c.literal->data_pointer[c.literal->elements];
+    readelement(token, c.condition == Condition::VECTOR, record);
+    c.literal->type |= kindbit(record.tag);
+    ++c.literal->elements;
     return;
   }
   if (token.rule == Rule::CONSTANT && Constants[token.row].tag == 0) {
@@ -121,7 +124,7 @@ void elementliteral(const Token &token) {
   } else {
     Point &scalar = newhand(ranks::SCALAR, ISSCALAR);
     scalar.data_pointer = newelement(tags::FILLER, forms::NUMBER);
-    *scalar.data_pointer = readelement(token, false);
+    readelement(token, false, *scalar.data_pointer);
     scalar.elements = 1;
     scalar.type |= kindbit(scalar.data_pointer->tag);
   }

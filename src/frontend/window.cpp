@@ -19,13 +19,19 @@ constexpr std::size_t LONGEST_RETURN = 16;
 
 char firstwindow[FIRST_CAPACITY + 1];
 
-int readbyte(std::FILE *stream) {
-  for (;;) {
-    const int byte = getc_unlocked(stream);
-    if (byte != EOF || !ferror_unlocked(stream) || errno != EINTR) [[likely]]
-      return byte;
+// The stream has no byte at hand: its end, or a read that a signal broke off.
+[[gnu::cold, gnu::noinline]] int readagain(std::FILE *stream) {
+  int byte = EOF;
+  while (byte == EOF && ferror_unlocked(stream) && errno == EINTR) {
     clearerr_unlocked(stream);
+    byte = getc_unlocked(stream);
   }
+  return byte;
+}
+
+inline int readbyte(std::FILE *stream) {
+  const int byte = getc_unlocked(stream);
+  return byte != EOF ? byte : readagain(stream);
 }
 
 // The next byte of the source, EOF from its end on.
@@ -71,15 +77,18 @@ void makeroom() {
     growwindow(0);
 }
 
-// Takes bytes of these classes, as many as come, fit and are asked for; from a stream also the first other one.
-void takerun(std::uint16_t classes, std::size_t most) {
-  if (state.ended != Ended::NOT) return;
+// Takes bytes that belong to the run, as many as come, fit and are asked for, and counts them in `at`; from a stream
+// also the first other one. Has it been found?
+template <typename Belongs>
+inline bool takerun(std::size_t &at, std::size_t most, Belongs belongs) {
+  if (state.ended != Ended::NOT) return false;
   const std::size_t room = state.capacity - state.filled;
-  char *place = state.bytes + state.filled;
-  char *const end = place + (room < most ? room : most);
+  char *const first = state.bytes + state.filled, *const end = first + (room < most ? room : most);
+  char *place = first;
+  bool other = false;
   if (state.string) {
     const char *from = state.string;
-    while (place < end && is(static_cast<unsigned char>(*from), classes)) *place++ = *from++;
+    while (place < end && belongs(static_cast<unsigned char>(*from))) *place++ = *from++;
     state.string = from;
   } else {
     std::FILE *const stream = state.stream;
@@ -90,10 +99,26 @@ void takerun(std::uint16_t classes, std::size_t most) {
         break;
       }
       *place++ = static_cast<char>(byte);
-      if (!is(byte, classes)) break;
+      other = !belongs(byte);
+      if (other) break;
     }
   }
-  state.filled = static_cast<std::size_t>(place - state.bytes);
+  const auto taken = static_cast<std::size_t>(place - first);
+  state.filled += taken;
+  at += taken - (other ? 1 : 0);
+  return other;
+}
+
+// Each byte that belongs is asked once.
+template <typename Belongs>
+inline std::size_t passrun(std::size_t at, std::size_t limit, Belongs belongs) {
+  for (;;) {
+    const std::size_t there = state.filled - state.token, stop = there < limit ? there : limit;
+    const char *bytes = state.bytes + state.token;
+    while (at < stop && belongs(static_cast<unsigned char>(bytes[at]))) ++at;
+    if (at < stop || at == limit) return at;
+    if (takerun(at, limit - at, belongs) || at == limit || fetch() == EOF) return at;
+  }
 }
 
 void restoreheld() {
@@ -114,18 +139,32 @@ int fetch() {
 }
 
 std::size_t pass(std::size_t at, std::uint16_t classes, std::size_t limit) {
-  for (;;) {
-    const std::size_t there = state.filled - state.token, stop = there < limit ? there : limit;
-    const char *bytes = state.bytes + state.token;
-    while (at < stop && is(static_cast<unsigned char>(bytes[at]), classes)) ++at;
-    if (at < stop || at == limit) return at;
-    takerun(classes, limit - at);
-    if (state.filled - state.token == at && fetch() == EOF) return at;
-  }
+  return passrun(at, limit, [classes](int byte) { return is(byte, classes); });
 }
 
-void skip(std::uint16_t classes) {
-  while (is(peek(0), classes)) dropbyte();
+std::size_t passdigits(std::size_t at, std::uint64_t &number) {
+  std::uint64_t sum = number;
+  const std::size_t end = passrun(at, SIZE_MAX, [&sum](int byte) {
+    const unsigned digit = static_cast<unsigned>(byte) - '0';
+    if (digit > 9) return false;
+    sum = 10 * sum + digit;
+    return true;
+  });
+  number = sum;
+  return end;
+}
+
+int skip(std::uint16_t classes) {
+  for (; state.token < state.filled; ++state.token) {
+    const int byte = static_cast<unsigned char>(state.bytes[state.token]);
+    if (!is(byte, classes)) return byte;
+  }
+  state.token = 0;
+  int byte = takebyte();
+  while (is(byte, classes)) byte = takebyte();
+  state.filled = byte != EOF ? 1 : 0;
+  state.bytes[0] = static_cast<char>(byte);
+  return byte;
 }
 
 void begin() {

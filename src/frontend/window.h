@@ -108,14 +108,17 @@ inline int peek(std::size_t at) {
 // been looked at if it is below the limit.
 std::size_t pass(std::size_t at, std::uint16_t classes, std::size_t limit = SIZE_MAX);
 
+// The same for digits, which are written behind those of `number`, modulo 2^64.
+std::size_t passdigits(std::size_t at, std::uint64_t &number);
+
 // Comes before any peek for a new token: the last one is done with.
 void begin();
 // Drops the first byte, which has been looked at.
 inline void dropbyte() {
   if (++state.token == state.filled) state.token = state.filled = 0;
 }
-// Drops the bytes of these classes, as many as come.
-void skip(std::uint16_t classes);
+// Drops the bytes of these classes, as many as come. Returns the first other one, EOF at the end of input.
+int skip(std::uint16_t classes);
 // Ends the token: its first `length` bytes as a zero-terminated text, good until the next begin() or yyunput().
 char *take(std::size_t length);
 
