@@ -31,6 +31,23 @@ constexpr std::array<Class, 37> makeclasses() {
 }
 constexpr std::array<Class, 37> Classes = makeclasses();
 
+// By instruction number; the last row is that of every number above.
+struct ClassTable {
+  Class row[instructions::COUNT + 1];
+};
+constexpr ClassTable maketable() {
+  constexpr std::uint16_t numbers[] = {
+#define INSTRUCTION(number, name, argumentclass, key, handler) argumentclass,
+#include "machine/instructions.def"
+#undef INSTRUCTION
+  };
+  ClassTable table = {};
+  std::size_t number = 0;
+  for (const std::uint16_t n : numbers) table.row[number++] = Classes[n];
+  return table;
+}
+constexpr ClassTable Instructionclasses = maketable();
+
 // Do the operands pass the gate of the pool? Those that stand there: the count is checked only afterwards.
 bool large(const Level &level, int operands) {
   std::int64_t elements = 0;
@@ -64,8 +81,7 @@ bool emptyrule(Level &level) {
 }
 
 Admission admit(Level &level) {
-  const std::uint16_t number = level.instruction->instruction;
-  const Class &c = Classes[number < instructions::COUNT ? Types[number] : 0];
+  const Class &c = Instructionclasses.row[std::min<std::size_t>(level.instruction->instruction, instructions::COUNT)];
   if (processors > 1) await(level, c);
   if (c.operands == 0) return Admission::RUN;
   int failure = 0;
@@ -77,5 +93,6 @@ Admission admit(Level &level) {
     fail(level, failure);
     return Admission::LEAVE;
   }
-  return c.empties && emptyrule(level) ? Admission::PASS : Admission::RUN;
+  const bool empty = c.empties && (isempty(level.sp[0]) || isempty(level.sp[-1]));
+  return empty && emptyrule(level) ? Admission::PASS : Admission::RUN;
 }

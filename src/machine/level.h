@@ -83,8 +83,11 @@ inline void pushowned(Level &level, const Point &point) {
 // Pushes a copy and raises its references.
 inline void pushcopy(Level &level, const Point &point) {
   assert(&point != unfinished);
+  if (ownsoneblock(point)) [[likely]]
+    reference(point.data_pointer);
+  else
+    referencepoint(&point);
   *++level.sp = point;
-  referencepoint(level.sp);
 }
 // Pushes an integer scalar. Message 27.
 inline void pushinteger(Level &level, std::int64_t value) {

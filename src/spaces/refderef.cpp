@@ -221,27 +221,15 @@ void lowerpoint(Point held) {
 
 }  // namespace
 
-namespace {
-
-// A number or character without a name, which is what most Points are: one count, and nothing below.
-bool isplainscalar(const Point &point) {
-  if (point.rank != ranks::SCALAR || !point.data_pointer) return false;
-  const Element &e = *point.data_pointer;
-  return e.tag >= tags::ASCII && e.tag <= tags::QUATERNION && (e.attributes & attributes::NAMED) == 0 &&
-         !point.shape_pointer;
-}
-
-}  // namespace
-
-void referencepoint(Point *point) {
-  if (point && isplainscalar(*point)) [[likely]]
+void referencepoint(const Point *point) {
+  if (point && ownsoneblock(*point)) [[likely]]
     return reference(point->data_pointer);
   raisepoint(point);
 }
 
 void dereferencepoint(Point *point) {
   if (!point) return;
-  if (isplainscalar(*point)) [[likely]]
+  if (ownsoneblock(*point)) [[likely]]
     return dereference(point->data_pointer);
   const Point held = *point;
   point->shape_pointer = nullptr;

@@ -32,8 +32,16 @@ inline bool mayown(const Point &space) {
   return (space.type & (OWNING | HASFILE | HASFUNCTION)) != 0 || (space.type & ELEMENTBITS) == 0;
 }
 
+// A number or character without a name, which is what most Points are: one count, and nothing below.
+inline bool ownsoneblock(const Point &point) {
+  if (point.rank != ranks::SCALAR || !point.data_pointer) return false;
+  const Element &e = *point.data_pointer;
+  return e.tag >= tags::ASCII && e.tag <= tags::QUATERNION && (e.attributes & attributes::NAMED) == 0 &&
+         !point.shape_pointer;
+}
+
 // Raise every block that a Point holds, through the whole value. Null does nothing. Message 991 on an unknown tag.
-void referencepoint(Point *point);
+void referencepoint(const Point *point);
 // Lower them, releasing what falls to 0, and null the pointers of the Point. Message 991 on an unknown tag.
 void dereferencepoint(Point *point);
 
