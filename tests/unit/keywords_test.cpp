@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <map>
 #include <set>
@@ -11,6 +13,7 @@
 #include "frontend/keywords.h"
 #include "spaces/instructions.h"
 #include "spaces/point.h"
+#include "unit/fnv.h"
 #include "unit/scan_tokens.h"
 
 namespace {
@@ -78,6 +81,29 @@ TEST(Keywords, NoSpellingStandsTwice) {
   for (std::size_t row = 0; row < Keywords.size(); ++row)
     for (const char *spelling : Keywords[row].spellings)
       EXPECT_TRUE(rows.emplace(spelling, row).second) << spelling << " in rows " << rows[spelling] << " and " << row;
+}
+
+// FNV-1a over one line a spelling, by rising bytes: the spelling, its instruction, its modifier, its mark and its
+// hidden constant. Worked out outside this programme from the written description of the language.
+TEST(Keywords, WhatEachSpellingMeans) {
+  const std::map<std::uint32_t, std::string> marks = {
+      {0, ""}, {INOUT, "INOUT"}, {GLOBAL, "GLOBAL"}, {GLOBALCHANGE, "GLOBALCHANGE"}, {ISPROBABLE, "ISPROBABLE"}};
+  std::map<std::string, std::string> lines;
+  for (const Keyword &row : Keywords)
+    for (const std::string spelling : row.spellings) {
+      char hidden[32] = "";
+      if (row.hidden.kind == Hidden::INTEGER) std::snprintf(hidden, sizeof hidden, "i%d", int(row.hidden.value));
+      if (row.hidden.kind == Hidden::REAL)
+        std::snprintf(hidden, sizeof hidden, "r%016llx",
+                      static_cast<unsigned long long>(std::bit_cast<std::uint64_t>(row.hidden.value)));
+      lines[spelling] = "\t" + std::to_string(row.instruction) + "\t" + std::to_string(row.modifier) + "\t" +
+                        marks.at(row.mark) + "\t" + hidden + "\n";
+    }
+  std::string all;
+  for (const auto &[spelling, rest] : lines) all += spelling + rest;
+  EXPECT_EQ(lines.size(), 582u);
+  EXPECT_EQ(all.size(), 9050u);
+  EXPECT_EQ(fnv(all), 0x49CDD133E61862D7u) << all;
 }
 
 TEST(Keywords, SynonymsWithAModifierOfTheirOwn) {
