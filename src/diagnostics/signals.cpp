@@ -27,7 +27,7 @@ constexpr bool FAULTS_ARE_OURS = true;
 #endif
 
 // Room for the deepest release that a jump may have to do there.
-constexpr std::size_t FAULT_STACK = 256 * 1024;
+constexpr std::size_t FAULT_STACK = std::size_t{256} * 1024;
 alignas(64) char faultstack[FAULT_STACK];
 
 // Where the limit of the process stack is lifted, a recursion without end would take all of the memory before it is
@@ -112,9 +112,11 @@ void handlefault(int signal) {
 void raisewall() {
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
   const std::uintptr_t top = (here - DEEPEST_STACK) & ~(WALL - 1);
+  // Nothing points there yet: the place can only be told by its number.
+  auto *const wall = reinterpret_cast<void *>(top - WALL);  // NOLINT(performance-no-int-to-ptr)
+  constexpr int FLAGS = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE;
   // Where something stands already, that is the wall.
-  mmap(reinterpret_cast<void *>(top - WALL), WALL, PROT_NONE,
-       MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE, -1, 0);
+  if (mmap(wall, WALL, PROT_NONE, FLAGS, -1, 0) == MAP_FAILED) return;
 }
 
 }  // namespace

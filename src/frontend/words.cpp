@@ -36,9 +36,9 @@ void extendname(Point &point, const char *word) {
   const char *old = point.name ? point.name : "";
   const std::size_t before = std::strlen(old), more = std::strlen(word);
   auto *name = static_cast<char *>(newblock(before + more + sizeof " "));
-  std::memcpy(name, old, before);
-  name[before] = ' ';
-  std::memcpy(name + before + 1, word, more + 1);
+  char *after = std::copy_n(old, before, name);
+  *after++ = ' ';
+  std::memcpy(after, word, more + 1);
   release(point.name);
   point.name = name;
 }

@@ -23,7 +23,7 @@ constexpr std::uint16_t numbers[] = {
 #include "machine/instructions.def"
 };
 constexpr bool inorder() {
-  for (std::uint16_t i = 0; i < sizeof numbers / sizeof *numbers; ++i)
+  for (std::size_t i = 0; i < sizeof numbers / sizeof *numbers; ++i)
     if (numbers[i] != i) return false;
   return true;
 }

@@ -179,7 +179,7 @@ void runlanded(Level &level) {
 
 // Where the process stack ends, it is to end here, where a fault finds everything whole, and not a few calls further
 // in, inside the heap: the room that a level needs for its own work is touched before it begins.
-constexpr std::size_t WORKING_ROOM = 256 * 1024;
+constexpr std::size_t WORKING_ROOM = std::size_t{256} * 1024;
 [[gnu::noinline]] void touchstack() {
   [[maybe_unused]] volatile char room[WORKING_ROOM];
   room[0] = 0;

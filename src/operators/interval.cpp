@@ -175,7 +175,7 @@ std::int32_t characters(Point **stackpointer, const Operand &o) {
     if (o.elements[i].tag != tags::ASCII) return HALFCHARACTERS;
   const int from = o.count > 1 ? o.elements[0].ascii : 0, to = o.elements[o.count - 1].ascii;
   const int step = from <= to ? 1 : -1;
-  const auto count = static_cast<std::uint64_t>((to - from) * step + 1);
+  const std::uint64_t count = static_cast<std::uint64_t>((to - from) * step) + 1;
   Made made;
   beginvector(made, count, HASASCII);
   fill(made, count, [from, step](Element &e, std::uint64_t i) {

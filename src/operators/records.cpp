@@ -108,7 +108,7 @@ void cut(Point &space, std::uint32_t count) {
 }
 
 Element *copyshape(const Element *shape, std::int32_t rank, std::int32_t more) {
-  Element *copy = newelements(static_cast<std::size_t>(rank + more));
+  Element *copy = newelements(static_cast<std::size_t>(rank) + static_cast<std::size_t>(more));
   if (rank > 0) std::memcpy(copy, shape, static_cast<std::size_t>(rank) * sizeof(Element));
   for (std::int32_t axis = rank; axis < rank + more; ++axis) {
     copy[axis] = {};

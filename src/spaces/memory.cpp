@@ -90,9 +90,9 @@ unsigned bucketof(std::size_t size) {
 bool Heap::newarea(std::size_t block) {
   if (block > LARGESTAREA - PAGE) return false;
   const std::size_t bytes = (block + PAGE - 1) / PAGE * PAGE;
-  void *const none = reinterpret_cast<void *>(std::intptr_t{-1});
+  const auto isnone = [](const void *made) { return reinterpret_cast<std::intptr_t>(made) == -1; };
   void *const area = source(static_cast<std::intptr_t>(bytes));
-  if (area == none) return false;
+  if (isnone(area)) return false;
   if (misfits(area)) say(STDOUT_FILENO, "BRRRRRmallocSB ");
   char *start = static_cast<char *>(area);
   std::size_t left = bytes;
@@ -101,7 +101,7 @@ bool Heap::newarea(std::size_t block) {
   const std::size_t off = (BLOCKHEADER - reinterpret_cast<std::uintptr_t>(area)) % PAYLOADALIGNMENT;
   if (off != 0) {
     const void *const more = source(static_cast<std::intptr_t>(off));
-    if (more == none) return false;
+    if (isnone(more)) return false;
     start += off;
     if (more != static_cast<char *>(area) + bytes) left -= off;
   }
