@@ -6,12 +6,6 @@
 #include "arithmetic/scalars.h"
 #include "spaces/instructions.h"
 
-// Until the last of them is built.
-#define INSTRUCTION(number, name, argumentclass, key, handler) handler
-#define MONADIC(f) [[gnu::weak]] MonadicSlice vec_##f;
-#define DYADIC(f) [[gnu::weak]] DyadicSlice vec_##f;
-#include "machine/instructions.def"
-
 #define INSTRUCTION(number, name, argumentclass, key, handler) \
   case number:                                                 \
     handler;                                                   \
