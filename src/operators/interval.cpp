@@ -7,6 +7,7 @@
 
 #include "coprocessor/sysvars.h"
 #include "diagnostics/exception.h"
+#include "operators/progression.h"
 #include "spaces/convert.h"
 #include "spaces/counters.h"
 #include "spaces/hypercomplex.h"
@@ -17,7 +18,6 @@ namespace {
 constexpr std::int32_t UNAVAILABLE = 142, TOOBIG = 146, NOTWHOLE = 153, BADCOUNT = 154, STEPPEDCHARACTERS = 155,
                        HALFCHARACTERS = 156, MIXED = 157, INFINITE = 158;
 constexpr std::uint32_t STRETCH = 65536;  // elements between two safe points
-constexpr int PARTS = 8;
 
 struct Operand {
   const Element *elements;
@@ -52,19 +52,9 @@ double real(const Element &e) {
 
 // ---- The result.
 
-// A vector of so many elements, in custody until it is ended.
-struct Made {
-  Point point;
-  Custody custody;
-};
-
-void beginvector(Made &made, std::uint64_t count, std::uint32_t kind) {
-  made.point = {};
-  made.point.rank = ranks::VECTOR;
-  made.point.type = ISVECTOR | kind | (count == 1 ? ISONEELEMENT : 0);
-  takecustody(made.custody, releasepoint, &made.point);
-  made.point.shape_pointer = newshape(static_cast<std::int64_t>(count));
-  made.point.data_pointer = newelements(count);
+// A count that a space cannot have is a message.
+std::int32_t checkcount(double count) {
+  return count <= static_cast<double>(std::numeric_limits<std::uint32_t>::max()) ? 0 : TOOBIG;
 }
 
 void replacetop(Point **stackpointer, const Point &value) {
@@ -73,41 +63,51 @@ void replacetop(Point **stackpointer, const Point &value) {
   operations += value.elements;
 }
 
-// Writes elements 0 to count - 1 by `write(element, index)`; those that are written belong to the vector.
-template <typename Write>
-void fill(Made &made, std::uint64_t count, Write write) {
-  for (std::uint64_t i = 0; i < count;) {
-    const std::uint64_t end = std::min<std::uint64_t>(count, i + STRETCH);
-    for (; i < end; ++i) write(made.point.data_pointer[i], i);
-    made.point.elements = std::max(made.point.elements, static_cast<std::uint32_t>(end));
-    safepoint();
+// The doubles of all octonions, before any is written: where there is no storage for them, what was made goes as it is.
+void makeblocks(Point &vector, std::uint64_t count) {
+  for (std::uint64_t i = 0; i < count; ++i) {
+    Element &e = vector.data_pointer[i];
+    e = {};
+    e.tag = tags::OCTONION;
+    e.octonion = static_cast<Octonion *>(newblock(sizeof(Octonion)));
+    vector.elements = static_cast<std::uint32_t>(i + 1);
+    if (i % STRETCH == STRETCH - 1) safepoint();
   }
-  endcustody(made.custody);
 }
 
-// A count that a space cannot have is a message.
-std::int32_t checkcount(double count) {
-  return count <= static_cast<double>(std::numeric_limits<std::uint32_t>::max()) ? 0 : TOOBIG;
+// A vector of so many elements in the place of the top.
+void makevector(Point **stackpointer, const Progression &progression, std::uint64_t count) {
+  Point made{};
+  made.rank = ranks::VECTOR;
+  made.type = ISVECTOR | kindbit(progression.tag) | (count == 1 ? ISONEELEMENT : 0);
+  Custody making;
+  takecustody(making, releasepoint, &made);
+  made.shape_pointer = newshape(static_cast<std::int64_t>(count));
+  made.data_pointer = newelements(count);
+  if (progression.tag == tags::OCTONION) makeblocks(made, count);
+  for (std::uint64_t i = 0; i < count; i += STRETCH) {
+    writeinterval(progression, made.data_pointer, i, std::min(count, i + STRETCH));
+    safepoint();
+  }
+  endcustody(making);
+  made.elements = static_cast<std::uint32_t>(count);
+  replacetop(stackpointer, made);
+}
+
+Progression startprogression(std::int32_t tag, std::uint16_t form) {
+  Progression p{};
+  p.tag = tag;
+  p.form = form;
+  return p;
 }
 
 // ---- Integers.
 
-struct Integers {
-  std::int64_t from, step;
-  std::uint64_t count;
-};
-
-void writeintegers(Point **stackpointer, const Integers &run) {
-  Made made;
-  beginvector(made, run.count, HASINTEGER);
-  fill(made, run.count, [&run](Element &e, std::uint64_t i) {
-    e = {};
-    e.tag = tags::INTEGER;
-    e.form = forms::NUMBER;
-    e.integer =
-        static_cast<std::int64_t>(static_cast<std::uint64_t>(run.from) + i * static_cast<std::uint64_t>(run.step));
-  });
-  replacetop(stackpointer, made.point);
+void writewhole(Point **stackpointer, std::int64_t from, std::int64_t step, std::uint64_t count) {
+  Progression p = startprogression(tags::INTEGER, forms::NUMBER);
+  p.from = from;
+  p.step = step;
+  makevector(stackpointer, p, count);
 }
 
 std::int32_t counted(Point **stackpointer, const Operand &o) {
@@ -122,7 +122,7 @@ std::int32_t counted(Point **stackpointer, const Operand &o) {
     return 0;
   }
   const auto origin = static_cast<std::uint64_t>(o.origin);
-  writeintegers(stackpointer, {static_cast<std::int64_t>(n > 0 ? origin : 0 - origin), n > 0 ? 1 : -1, count});
+  writewhole(stackpointer, static_cast<std::int64_t>(n > 0 ? origin : 0 - origin), n > 0 ? 1 : -1, count);
   return 0;
 }
 
@@ -133,7 +133,7 @@ std::int32_t integers(Point **stackpointer, std::int64_t from, std::int64_t to, 
   const std::uint64_t stride = step < 0 ? 0 - static_cast<std::uint64_t>(step) : static_cast<std::uint64_t>(step);
   const std::uint64_t steps = width / stride;
   if (const std::int32_t message = checkcount(static_cast<double>(steps) + 1); message != 0) return message;
-  writeintegers(stackpointer, {from, step, steps + 1});
+  writewhole(stackpointer, from, step, steps + 1);
   return 0;
 }
 
@@ -144,15 +144,10 @@ std::int32_t reals(Point **stackpointer, double from, double to, double step) {
   const double count = std::trunc(std::fabs((to - from) / step)) + 1;
   if (std::isnan(count)) return INFINITE;
   if (const std::int32_t message = checkcount(count); message != 0) return message;
-  Made made;
-  beginvector(made, static_cast<std::uint64_t>(count), HASREAL);
-  fill(made, static_cast<std::uint64_t>(count), [from, step](Element &e, std::uint64_t i) {
-    e = {};
-    e.tag = tags::REAL;
-    e.form = forms::COMPUTED;
-    e.real = from + static_cast<double>(i) * step;
-  });
-  replacetop(stackpointer, made.point);
+  Progression p = startprogression(tags::REAL, forms::COMPUTED);
+  p.first[0] = from;
+  p.steps[0] = step;
+  makevector(stackpointer, p, static_cast<std::uint64_t>(count));
   return 0;
 }
 
@@ -175,29 +170,14 @@ std::int32_t characters(Point **stackpointer, const Operand &o) {
     if (o.elements[i].tag != tags::ASCII) return HALFCHARACTERS;
   const int from = o.count > 1 ? o.elements[0].ascii : 0, to = o.elements[o.count - 1].ascii;
   const int step = from <= to ? 1 : -1;
-  const std::uint64_t count = static_cast<std::uint64_t>((to - from) * step) + 1;
-  Made made;
-  beginvector(made, count, HASASCII);
-  fill(made, count, [from, step](Element &e, std::uint64_t i) {
-    e = {};
-    e.tag = tags::ASCII;
-    e.ascii = static_cast<std::uint8_t>(from + static_cast<int>(i) * step);
-  });
-  replacetop(stackpointer, made.point);
+  Progression p = startprogression(tags::ASCII, 0);
+  p.from = from;
+  p.step = step;
+  makevector(stackpointer, p, static_cast<std::uint64_t>((to - from) * step) + 1);
   return 0;
 }
 
 // ---- Grids of hypercomplex numbers.
-
-struct Grid {
-  std::int32_t tag;
-  int parts;
-  bool polar;
-  std::uint16_t marks;
-  double from[PARTS], to[PARTS], step[PARTS];
-  std::uint64_t counts[PARTS];
-  std::uint64_t total;
-};
 
 int partsof(std::int32_t tag) {
   return tag == tags::COMPLEX ? 2 : tag == tags::QUATERNION ? 4 : 8;
@@ -213,7 +193,7 @@ void readparts(const Element &e, double *parts) {
       std::copy_n(quaternion(e).part, 4, parts);
       break;
     default:
-      std::copy_n(e.octonion->part, PARTS, parts);
+      std::copy_n(e.octonion->part, PROGRESSION_PARTS, parts);
   }
 }
 
@@ -228,104 +208,61 @@ void turnpolar(std::int32_t tag, double *parts) {
   }
 }
 
-void turncartesian(std::int32_t tag, double *parts) {
-  switch (tag) {
-    case tags::COMPLEX:
-      return cartesiancomplex(parts, parts);
-    case tags::QUATERNION:
-      return cartesianquat(parts, parts);
-    default:
-      return cartesianocto(parts, parts);
-  }
-}
-
 bool ispolar(const Element &e) {
   return (e.form & forms::POLAR) != 0;
 }
 
 // From and to, the step if there is one, in the coordinates of the grid.
-std::int32_t readgrid(const Operand &o, Grid &g) {
+std::int32_t readgrid(const Operand &o, Progression &g, double *to) {
   const Element &last = o.elements[o.count > 1 ? 1 : 0];
-  g.tag = last.tag;
+  g = startprogression(last.tag, forms::CARTESIAN);
   g.parts = partsof(g.tag);
   g.polar = ispolar(last) || (o.count > 1 && ispolar(o.elements[0]));
-  g.marks = last.attributes & attributes::DEGREES;
-  std::fill_n(g.from, PARTS, 0.0);
-  g.from[0] = static_cast<double>(o.origin);
-  if (o.count > 1) readparts(o.elements[0], g.from);
-  readparts(last, g.to);
-  if (o.count > 2) readparts(o.elements[2], g.step);
+  if (g.polar) g.form = forms::POLAR;
+  g.attributes = last.attributes & attributes::DEGREES;
+  g.first[0] = static_cast<double>(o.origin);
+  if (o.count > 1) readparts(o.elements[0], g.first);
+  readparts(last, to);
+  if (o.count > 2) readparts(o.elements[2], g.steps);
   if (g.polar) {
-    turnpolar(g.tag, g.from);
-    turnpolar(g.tag, g.to);
-    if (o.count > 2) turnpolar(g.tag, g.step);
+    turnpolar(g.tag, g.first);
+    turnpolar(g.tag, to);
+    if (o.count > 2) turnpolar(g.tag, g.steps);
   }
   for (int k = 0; k < g.parts; ++k) {
-    if (o.count == 1 && !(std::fabs(g.to[k]) < INTEGERBOUND)) return NOTWHOLE;
-    g.from[k] = tolerant(g.from[k], o.tolerance);
-    g.to[k] = tolerant(g.to[k], o.tolerance);
-    if (o.count < 3) g.step[k] = g.to[k] < g.from[k] ? -1 : 1;
+    if (o.count == 1 && !(std::fabs(to[k]) < INTEGERBOUND)) return NOTWHOLE;
+    g.first[k] = tolerant(g.first[k], o.tolerance);
+    to[k] = tolerant(to[k], o.tolerance);
+    if (o.count < 3) g.steps[k] = to[k] < g.first[k] ? -1 : 1;
   }
   return 0;
 }
 
 // How many values each component takes, and all together.
-std::int32_t countgrid(Grid &g) {
+std::int32_t countgrid(Progression &g, const double *to, std::uint64_t &count) {
   double total = 1;
   for (int k = 0; k < g.parts; ++k) {
-    const double width = g.to[k] - g.from[k];
-    double count = 1;
+    const double width = to[k] - g.first[k];
+    double values = 1;
     if (width != 0) {
-      count = std::trunc(std::fabs(width / g.step[k])) + 1;
-      if (g.step[k] == 0 || width * g.step[k] < 0 || std::isnan(count)) return INFINITE;
+      values = std::trunc(std::fabs(width / g.steps[k])) + 1;
+      if (g.steps[k] == 0 || width * g.steps[k] < 0 || std::isnan(values)) return INFINITE;
     }
-    total *= count;
+    total *= values;
     if (const std::int32_t message = checkcount(total); message != 0) return message;
-    g.counts[k] = static_cast<std::uint64_t>(count);
+    g.counts[k] = static_cast<std::uint64_t>(values);
   }
-  g.total = static_cast<std::uint64_t>(total);
+  count = static_cast<std::uint64_t>(total);
   return 0;
 }
 
-void writepoint(const Grid &g, Element &e, std::uint64_t index) {
-  double parts[PARTS] = {};
-  for (int k = 0; k < g.parts; ++k) {
-    parts[k] = g.from[k] + static_cast<double>(index % g.counts[k]) * g.step[k];
-    index /= g.counts[k];
-  }
-  if (g.polar) turncartesian(g.tag, parts);
-  Octonion *block = e.octonion;
-  e = {};
-  e.tag = g.tag;
-  e.form = g.polar ? forms::POLAR : forms::CARTESIAN;
-  e.attributes = g.marks;
-  if (g.tag == tags::COMPLEX) {
-    e.complex = {parts[0], parts[1]};
-  } else if (g.tag == tags::QUATERNION) {
-    setquaternion(e, {{parts[0], parts[1], parts[2], parts[3]}});
-  } else {
-    e.octonion = block;
-    std::copy_n(parts, PARTS, block->part);
-  }
-}
-
 std::int32_t grid(Point **stackpointer, const Operand &o) {
-  Grid g;
-  if (const std::int32_t message = readgrid(o, g); message != 0) return message;
-  if (const std::int32_t message = countgrid(g); message != 0) return message;
-  Made made;
-  beginvector(made, g.total, kindbit(g.tag));
-  // The doubles of an octonion come first: where there is no storage for them, what was made goes as it is.
-  if (g.tag == tags::OCTONION)
-    for (std::uint64_t i = 0; i < g.total; ++i) {
-      Element &e = made.point.data_pointer[i];
-      e = {};
-      e.tag = tags::OCTONION;
-      e.octonion = static_cast<Octonion *>(newblock(sizeof(Octonion)));
-      made.point.elements = static_cast<std::uint32_t>(i + 1);
-    }
-  fill(made, g.total, [&g](Element &e, std::uint64_t i) { writepoint(g, e, i); });
-  replacetop(stackpointer, made.point);
+  Progression g;
+  double to[PROGRESSION_PARTS] = {};
+  std::uint64_t count;
+  if (const std::int32_t message = readgrid(o, g, to); message != 0) return message;
+  if (const std::int32_t message = countgrid(g, to, count); message != 0) return message;
+  makevector(stackpointer, g, count);
   return 0;
 }
 

@@ -1,0 +1,127 @@
+// The values of an interval.
+#include "operators/progression.h"
+
+#include <algorithm>
+
+#include "spaces/hypercomplex.h"
+
+namespace {
+
+void makehead(const Progression &p, Element &e) {
+  e = {};
+  e.tag = p.tag;
+  e.form = p.form;
+  e.attributes = p.attributes;
+}
+
+// The arithmetic is done without a sign, where it may wrap.
+std::int64_t integerat(const Progression &p, std::uint64_t i) {
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(p.from) + i * static_cast<std::uint64_t>(p.step));
+}
+
+void writeintegers(const Progression &p, Element *result, std::uint64_t begin, std::uint64_t end) {
+  for (std::uint64_t i = begin; i < end; ++i) {
+    makehead(p, result[i]);
+    result[i].integer = integerat(p, i);
+  }
+}
+
+void writecharacters(const Progression &p, Element *result, std::uint64_t begin, std::uint64_t end) {
+  for (std::uint64_t i = begin; i < end; ++i) {
+    makehead(p, result[i]);
+    result[i].ascii = static_cast<std::uint8_t>(integerat(p, i));
+  }
+}
+
+void writereals(const Progression &p, Element *result, std::uint64_t begin, std::uint64_t end) {
+  for (std::uint64_t i = begin; i < end; ++i) {
+    makehead(p, result[i]);
+    result[i].real = p.first[0] + static_cast<double>(i) * p.steps[0];
+  }
+}
+
+// ---- Grids.
+
+// Where a walk over a grid stands: the number of the value in each part, and that value.
+struct Place {
+  std::uint64_t number[PROGRESSION_PARTS];
+  double part[PROGRESSION_PARTS];
+};
+
+void setnumber(const Progression &p, Place &place, int k, std::uint64_t number) {
+  place.number[k] = number;
+  place.part[k] = p.first[k] + static_cast<double>(number) * p.steps[k];
+}
+
+Place placeof(const Progression &p, std::uint64_t index) {
+  Place place{};
+  for (int k = 0; k < p.parts; ++k) {
+    setnumber(p, place, k, index % p.counts[k]);
+    index /= p.counts[k];
+  }
+  return place;
+}
+
+void nextplace(const Progression &p, Place &place) {
+  for (int k = 0; k < p.parts; ++k) {
+    const std::uint64_t next = place.number[k] + 1;
+    setnumber(p, place, k, next < p.counts[k] ? next : 0);
+    if (next < p.counts[k]) return;
+  }
+}
+
+void turncartesian(std::int32_t tag, double *parts) {
+  switch (tag) {
+    case tags::COMPLEX:
+      return cartesiancomplex(parts, parts);
+    case tags::QUATERNION:
+      return cartesianquat(parts, parts);
+    default:
+      return cartesianocto(parts, parts);
+  }
+}
+
+void writevalue(const Progression &p, const double *parts, Element &e) {
+  Octonion *const block = e.octonion;
+  makehead(p, e);
+  switch (p.tag) {
+    case tags::COMPLEX:
+      e.complex = {parts[0], parts[1]};
+      break;
+    case tags::QUATERNION:
+      setquaternion(e, {{parts[0], parts[1], parts[2], parts[3]}});
+      break;
+    default:
+      e.octonion = block;
+      std::copy_n(parts, PROGRESSION_PARTS, block->part);
+  }
+}
+
+void writegrid(const Progression &p, Element *result, std::uint64_t begin, std::uint64_t end) {
+  Place place = placeof(p, begin);
+  for (std::uint64_t i = begin; i < end; ++i, nextplace(p, place)) {
+    if (!p.polar) {
+      writevalue(p, place.part, result[i]);
+      continue;
+    }
+    double parts[PROGRESSION_PARTS];
+    std::copy_n(place.part, PROGRESSION_PARTS, parts);
+    turncartesian(p.tag, parts);
+    writevalue(p, parts, result[i]);
+  }
+}
+
+}  // namespace
+
+void writeinterval(const Progression &progression, Element *result, std::uint64_t begin, std::uint64_t end) noexcept {
+  switch (progression.tag) {
+    case tags::INTEGER:
+      return writeintegers(progression, result, begin, end);
+    case tags::ASCII:
+      return writecharacters(progression, result, begin, end);
+    case tags::REAL:
+      return writereals(progression, result, begin, end);
+    default:
+      return writegrid(progression, result, begin, end);
+  }
+}
