@@ -45,9 +45,10 @@ const Element *groupat(const Point &space, const Axis &axis, std::size_t group) 
 
 // What a fold can't begin with. 0, or the message.
 std::int32_t refused(const Point &space, std::uint16_t modifier) {
-  if (space.rank == ranks::ADDRESS) return ADDRESSED;
+  if (!space.data_pointer) return 0;
+  if (space.rank == ranks::ADDRESS || space.rank == ranks::LOCALADDRESS) return ADDRESSED;
   if (!isspace(space)) return UNFOLDED;
-  if (space.rank == 0 || !space.data_pointer) return 0;
+  if (space.rank == 0) return 0;
   if (!coresof(modifier)) return MISSING;
   if (isarithmetic(modifier) && (space.type & (HASASCII | HASUNICODE)) != 0) return CHARACTERS;
   if (modifier != instructions::ADD || (space.type & COMPLEXED) == 0) return 0;
