@@ -1,4 +1,6 @@
 // MASK: a function applied to the weighted neighbourhood of every element of a space.
+#include <algorithm>
+
 #include "arithmetic/cores.h"
 #include "machine/gather.h"
 
@@ -66,16 +68,39 @@ Row *makerows(const Point &data, const Point &weights) {
   return rows;
 }
 
+bool arezero(const double *parts, int count) {
+  return std::all_of(parts, parts + count, [](double part) { return part == 0; });
+}
+
 bool iszero(const Element &e) {
-  return (e.tag == tags::INTEGER && e.integer == 0) || (e.tag == tags::REAL && e.real == 0);
+  switch (e.tag) {
+    case tags::INTEGER:
+      return e.integer == 0;
+    case tags::REAL:
+      return e.real == 0;
+    case tags::COMPLEX:
+      return e.complex.re == 0 && e.complex.im == 0;
+    case tags::QUATERNION:
+      return arezero(quaternion(e).part, 4);
+    case tags::OCTONION:
+      return arezero(e.octonion->part, 8);
+    default:
+      return false;
+  }
+}
+
+// The zero of a weight's kind, or of an integer where there is no weight to go by.
+void writezero(const Element *weight, Element &to) {
+  if (weight && weight->tag >= tags::COMPLEX) return copyelement(to, *weight);
+  to = {};
+  to.tag = weight ? weight->tag : tags::INTEGER;
+  to.form = forms::NUMBER;
 }
 
 // One element of a neighbourhood: weight times datum. A weight of zero, and a place outside, never touch the data.
 std::int32_t weigh(const Element &weight, const Element *datum, Element &to, std::uint32_t &kinds, Tally &tally) {
   if (!datum || iszero(weight)) {
-    to = {};
-    to.tag = datum ? weight.tag : tags::INTEGER;
-    to.form = forms::NUMBER;
+    writezero(datum ? &weight : nullptr, to);
     kinds |= kindbit(to.tag);
     return 0;
   }
