@@ -1,6 +1,7 @@
 // The handlers of encapsulation and of MATCH.
 #include <algorithm>
 
+#include "arithmetic/frame.h"
 #include "coprocessor/sysvars.h"
 #include "machine/level.h"
 #include "operators/capsulate.h"
@@ -75,7 +76,7 @@ Next domatch(Level &level) {
   const Point &left = level.sp[-1], &right = level.sp[0];
   Similarity s = match(left, right);
   s.score += (left.depth == right.depth ? 1U : 0U) + (left.rank == right.rank ? 1U : 0U) + sameaxes(left, right);
-  operations += static_cast<double>(s.weight) / 2;
+  countwork(static_cast<double>(s.weight) / 2, 1 + s.flops);
   const auto possible = static_cast<double>(s.weight) + std::max(rankof(left), rankof(right)) + 2;
   Point result;
   makereal(result, static_cast<double>(s.score) / possible, forms::COMPUTED);

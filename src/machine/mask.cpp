@@ -151,8 +151,7 @@ Next mask(Level &level) {
     for (std::int32_t d = 0; d < g.data.rank; ++d) rows[d].offset = -rows[d].reach;
     nextposition(rows, g.data.rank);
   }
-  operations += g.data.elements;
-  flopos = tally.flops;
+  countwork(g.data.elements, tally.flops);
   endcustody(walked);
   freeblock(rows);
   endgathering(level, g, KEPT);

@@ -20,8 +20,10 @@ struct Elements {
   }
 };
 
-bool sameparts(const double *a, const double *b, int count) {
-  return std::equal(a, a + count, b, [](double x, double y) {
+// The first difference ends the comparison; each part compared is one flop.
+bool sameparts(const double *a, const double *b, int count, double &flops) {
+  return std::equal(a, a + count, b, [&flops](double x, double y) {
+    flops += 1;
     constexpr double LARGEST = std::numeric_limits<double>::max();
     if (std::isnan(x) && std::isnan(y)) return true;
     if (std::fabs(x) > LARGEST && std::fabs(y) > LARGEST) return std::signbit(x) == std::signbit(y);
@@ -30,7 +32,7 @@ bool sameparts(const double *a, const double *b, int count) {
 }
 
 // Two elements of one tag. What is no number and no character is never the same, unless it is one and the same thing.
-bool samevalue(const Element &a, const Element &b) {
+bool samevalue(const Element &a, const Element &b, double &flops) {
   switch (a.tag) {
     case tags::ASCII:
       return a.ascii == b.ascii;
@@ -39,17 +41,17 @@ bool samevalue(const Element &a, const Element &b) {
     case tags::INTEGER:
       return a.integer == b.integer;
     case tags::REAL:
-      return sameparts(&a.real, &b.real, 1);
+      return sameparts(&a.real, &b.real, 1, flops);
     case tags::COMPLEX: {
       const double x[2] = {a.complex.re, a.complex.im}, y[2] = {b.complex.re, b.complex.im};
-      return sameparts(x, y, 2);
+      return sameparts(x, y, 2, flops);
     }
     case tags::QUATERNION: {
       const Quaternion x = quaternion(a), y = quaternion(b);
-      return sameparts(x.part, y.part, 4);
+      return sameparts(x.part, y.part, 4, flops);
     }
     case tags::OCTONION:
-      return sameparts(a.octonion->part, b.octonion->part, 8);
+      return sameparts(a.octonion->part, b.octonion->part, 8, flops);
     case tags::HANDLE:
       return a.file.reserved == b.file.reserved && a.file.descriptor == b.file.descriptor;
     default:
@@ -65,7 +67,7 @@ std::uint64_t weightof(const Point &p) {
 
 Similarity match(const Point &left, const Point &right) {
   const Elements l(left), r(right);
-  Similarity s{2 * static_cast<std::uint64_t>(std::max(l.count, r.count)), 0};
+  Similarity s{2 * static_cast<std::uint64_t>(std::max(l.count, r.count)), 0, 0};
   for (std::uint32_t i = 0; i < std::min(l.count, r.count); ++i) {
     const Element &a = l.records[i], &b = r.records[i];
     const bool leftencloses = a.tag == tags::SUBARRAY, rightencloses = b.tag == tags::SUBARRAY;
@@ -73,22 +75,24 @@ Similarity match(const Point &left, const Point &right) {
       const Similarity inner = match(*a.subarray, *b.subarray);
       s.weight += inner.weight - 2;
       s.score += inner.score;
+      s.flops += inner.flops;
     } else if (leftencloses || rightencloses) {
       s.weight += weightof(leftencloses ? *a.subarray : *b.subarray);
     } else if (a.tag == b.tag) {
-      s.score += samevalue(a, b) ? 2 : 1;
+      s.score += samevalue(a, b, s.flops) ? 2 : 1;
     }
   }
   return s;
 }
 
 int exactmatch(const Point &left, const Point &right) {
+  double uncounted = 0;
   const Elements l(left), r(right);
   if (l.count != r.count) return 0;
   for (std::uint32_t i = 0; i < l.count; ++i) {
     const Element &a = l.records[i], &b = r.records[i];
     if (a.tag != b.tag) return 0;
-    if (a.tag == tags::SUBARRAY ? exactmatch(*a.subarray, *b.subarray) == 0 : !samevalue(a, b)) return 0;
+    if (a.tag == tags::SUBARRAY ? exactmatch(*a.subarray, *b.subarray) == 0 : !samevalue(a, b, uncounted)) return 0;
   }
   return 1;
 }
