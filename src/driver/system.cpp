@@ -86,7 +86,9 @@ void machineline() {
     const std::int32_t slots = static_cast<std::int32_t>(processors);
     const std::int32_t installed = (slots - 1) / thrds;
     std::printf("Processors: %d, Threads: %d", installed, slots);
-    if (processor_performance) std::printf("\nCumulative clock: %ld MHz", MHz * installed);
+    std::int64_t cumulative;
+    if (__builtin_mul_overflow(MHz, std::int64_t{installed}, &cumulative)) cumulative = MHz < 0 ? INT64_MIN : INT64_MAX;
+    if (processor_performance) std::printf("\nCumulative clock: %ld MHz", cumulative);
   }
   std::fputs("\n\n", stdout);
   if (memoryfound) std::printf("Available memory: %lg MiB\n", std::min(physmem, MOST_MEMORY) / MEBIBYTE);

@@ -49,10 +49,10 @@ void reportrun() {
     std::printf(
         "\n-->\tExecuted %.0lf operators, %.0lf operations.\n-->\tPerformance:\t%.2lf Morvik operators/sec,\n"
         "\t\t\t%.2lf scalar operations/sec.\n",
-        operators, operations, operators / duration, operations / duration);
+        operators, operations, persecond(operators, duration), persecond(operations, duration));
   if (processor_performance)
     std::printf("\n-->\tProcessor performance: %lg Morvik operations per Mhz\n",
-                (operators + operations) / duration / static_cast<double>(MHz));
+                persecond(operators + operations, duration) / static_cast<double>(MHz));
   if (timing) writetime(duration);
 }
 

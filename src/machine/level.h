@@ -30,6 +30,7 @@ struct Level {
   bool trace, step;
   bool ownsframe;          // frame and floor are not the caller's: the end of the level cleans them
   double stamp, operated;  // the clock and the count of operations when the instruction began; only with opstime
+  bool stamped;            // the level began a moment ago: its first instruction needs no reading of its own
   Point rotation;          // an instruction under IF_YES or IF_NO, as it reads without them
 };
 

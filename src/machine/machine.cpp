@@ -10,6 +10,7 @@
 //  6. An interrupt is taken between Points, never inside one, unless its handler offers a safe point of its own.
 #include "machine/machine.h"
 
+#include <algorithm>
 #include <csetjmp>
 
 #include "diagnostics/text.h"
@@ -21,17 +22,21 @@ Point *stacktop;
 
 namespace {
 
+// The loop exists twice, with the timing hook and without, so that a hook that is off costs nothing.
+enum class Hook { OFF, ON };
+
 // Reads the instruction number of what runs and gives the work to its handler, again as long as it asks for it.
+template <Hook hook>
 Next perform(Level &level) {
   from_coprocessor[0].flops = 0;
-  if (opstime) beginstamp(level);
+  if (hook == Hook::ON) beginstamp(level);
   for (;;) {
     const Admission admission = admit(level);
     if (admission != Admission::RUN) return admission == Admission::PASS ? Next::FETCH : Next::LEAVE;
     const std::uint16_t number = level.instruction->instruction;
     const Next next = number < instructions::COUNT ? Handlers[number](level) : fail(level, 993);
     if (next == Next::AGAIN) continue;
-    if (opstime && next == Next::FETCH) charge(level);
+    if (hook == Hook::ON && next != Next::LEAVE) charge(level);
     return next;
   }
 }
@@ -117,11 +122,12 @@ Next pushpoint(Level &level) {
   }
 }
 
+template <Hook hook>
 Next execute(Level &level) {
   level.instruction = level.current;
   switch (level.current->rank) {
     case ranks::OPERATOR:
-      return perform(level);
+      return perform<hook>(level);
     case ranks::FUNCTION:
       if (stackfull(level)) return fail(level, 806);
       pushcopy(level, *level.current);
@@ -131,17 +137,25 @@ Next execute(Level &level) {
   }
 }
 
-void run(Level &level) {
+template <Hook hook>
+void loop(Level &level) {
   while (!isend(*level.current)) {
     safepoint();
-    flopos = 0;
     if (stepping && watched(level)) watch(level);
+    flopos = 0;
     operators += 1;
-    const Next next = execute(level);
+    const Next next = execute<hook>(level);
     if (next == Next::LEAVE) return;
     if (next != Next::JUMPED) ++level.current;
   }
   reachend(level);
+}
+
+void run(Level &level) {
+  if (opstime)
+    loop<Hook::ON>(level);
+  else
+    loop<Hook::OFF>(level);
 }
 
 // A jump drops every level down to level 0, while their frames still stand. Values that they pushed are released; what
@@ -177,6 +191,25 @@ void runlanded(Level &level) {
   disarmlanding(outer);
 }
 
+// A run of level 0: a text, or a line at the Inspect prompt inside of one.
+void runtimed(Level &level) {
+  const bool timed = opstime || timing || performance || processor_performance;
+  if (!timed) return runlanded(level);
+  const double outer = prevtime;
+  tval = prevtime = clocktime();
+  runlanded(level);
+  if (!level.caller) ran += std::max(clocktime() - prevtime, 0.0);
+  prevtime = outer;
+}
+
+void runinner(Level &level) {
+  if (!opstime) return run(level);
+  const double entered = tval = clocktime();
+  level.stamped = !(stepping && watched(level));
+  run(level);
+  duration = clocktime() - entered;
+}
+
 // Where the process stack ends, it is to end here, where a fault finds everything whole, and not a few calls further
 // in, inside the heap: the room that a level needs for its own work is touched before it begins.
 constexpr std::size_t WORKING_ROOM = std::size_t{256} * 1024;
@@ -206,17 +239,14 @@ Point *machine(Point *start, Context *meaning, Point *frame, Point *floor, Point
   self.slot = slot;
   self.decision = -1;
   self.trace = self.step = false;
+  self.stamp = self.operated = 0;
+  self.stamped = false;
   self.ownsframe = !running || frame != running->frame || floor != running->floor;
-  if (opstime || timing || performance) tval = clocktime();
-  const double entered = tval;
   running = &self;
-  if (level == 0) {
-    if (timing || performance || processor_performance) prevtime = tval;
-    runlanded(self);
-  } else {
-    run(self);
-    if (opstime) duration = clocktime() - entered;
-  }
+  if (level == 0)
+    runtimed(self);
+  else
+    runinner(self);
   running = self.caller;
   return self.sp;
 }
@@ -226,4 +256,5 @@ void runnested(Level &level, Point *start, Context *meaning, Point *frame, Point
   if (!opstime) return;
   level.stamp += duration;
   level.operated = operations;
+  flopos = 0;
 }

@@ -1,4 +1,4 @@
-// The clock, and the switches of the reports.
+// The clock, what is measured with it, and the switches of the reports.
 #pragma once
 
 #include <cstdint>
@@ -8,9 +8,13 @@ extern char timing, performance, processor_performance, flops, just_summary, ter
 extern std::int64_t MHz;
 
 // In seconds.
-extern double tval;      // the clock at the last reading
-extern double prevtime;  // the clock at the start of the run
-extern double duration;  // the time of the last run
-double clocktime();      // the clock now
+extern double tval;            // the clock at the last reading
+extern double prevtime;        // the clock at the start of the run
+extern double duration;        // the time of the last run
+extern double ran;             // the time of all runs together, for the reports
+extern double (*clocktime)();  // reads the clock, which may be set back at any time; a test puts its own in this place
 
 extern double verbs;  // the sum of `operators` over all inputs
+
+// How often a second; 0 for what was never done, whatever the time, and infinity for what took no time.
+double persecond(double count, double seconds);

@@ -63,6 +63,13 @@ class Runner(unittest.TestCase):
         self.assertFalse(self.run_against("printf '12a and x\\n" + CLOSING + "'", expected))
         self.assertFalse(self.run_against("printf '12 and x y\\n" + CLOSING + "'", expected))
 
+    def test_figures(self):
+        expected = "=== stdout\nADD<figure><figure><figure>\n"
+        self.assertTrue(self.run_against(r"echo 'ADD  12.345   Mop/S   1:1.500 m:S,   100.000 %t'", expected))
+        self.assertTrue(self.run_against(r"echo 'ADD inf Gop/S 0.000   nS,   7.500 %t'", expected))
+        self.assertFalse(self.run_against(r"echo 'ADD  12.345   Mop/S  1.500 mS,'", expected))
+        self.assertFalse(self.run_against(r"echo 'ADD  nan   Mop/S  1.500 mS,   1.000 %t'", expected))
+
     def test_what_is_blessed_passes(self):
         script = r"printf '<time> \\ \001\377\n=== x\n5 s \n" + CLOSING + r"end\\'; exit 2"
         self.assertTrue(self.run_against(script, None, "--bless"))

@@ -6,6 +6,7 @@ PLACEHOLDERS = {
     "<path>": r"[^ \n]+",
     "<number>": r"-?\d+(?:\.\d+)?(?:e[-+]?\d+)?",
     "<word>": r"[^ \n]+",
+    "<figure>": r" *(?:(?:\d+:)?\d+\.\d+|inf) *[A-Za-z:/%]+,? *",
     "<any>": r"[^\n]*",
 }
 PLACEHOLDER = re.compile("|".join(map(re.escape, PLACEHOLDERS)))
