@@ -191,15 +191,21 @@ void runlanded(Level &level) {
   disarmlanding(outer);
 }
 
-// A run of level 0: a text, or a line at the Inspect prompt inside of one.
+// A run of level 0: a text, or a line at the Inspect prompt inside of one, which counts for itself first.
 void runtimed(Level &level) {
   const bool timed = opstime || timing || performance || processor_performance;
   if (!timed) return runlanded(level);
-  const double outer = prevtime;
+  const double outertime = prevtime, outeroperators = operators, outeroperations = operations;
+  if (level.caller) operators = operations = 0;
   tval = prevtime = clocktime();
   runlanded(level);
-  if (!level.caller) ran += std::max(clocktime() - prevtime, 0.0);
-  prevtime = outer;
+  if (!level.caller) {
+    ran += std::max(clocktime() - prevtime, 0.0);
+    return;
+  }
+  prevtime = outertime;
+  operators += outeroperators;
+  operations += outeroperations;
 }
 
 void runinner(Level &level) {

@@ -246,14 +246,6 @@ TEST_F(Timed, AClockSetBackInACallLeavesTheCallerAlone) {
   EXPECT_EQ(InstructionTiming[instructions::EXECUTE].time, 2);
 }
 
-// A line at the Inspect prompt is a run inside of one.
-TEST_F(Timed, ARunPutsTheStartOfTheOuterOneBack) {
-  timing = 1;
-  prevtime = 42;
-  run("1 2 +");
-  EXPECT_EQ(prevtime, 42);
-}
-
 TEST_F(Timed, NothingIsReadOrChargedWhenTheHookIsOff) {
   opstime = 0;
   run(": 1 2 + ; ! 3 *");
