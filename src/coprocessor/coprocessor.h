@@ -23,11 +23,9 @@ struct Work {
   std::uint64_t fresh;       // the result block is new: octonions need blocks of their own
   std::uint64_t swapped;     // `first` is the right operand
   std::uint64_t combined;    // the operands' flag words ORed, with SAMERANK
-  std::uint64_t kind;        // INTERVAL: the element type to fill in
   double tolerance;          // what #CT held when a comparison began
-  std::uint64_t form;        // INTERVAL: the form to write
   std::uint64_t count;       // elements of the result: what is sliced
-  void *release;             // a block that the join must release
+  void *release;             // a counted block that the join must release: what INTERVAL writes
   Element *first;            // null but for a dyadic instruction
   Element *second;           // the only source of a monadic instruction
   Element *result;

@@ -4,6 +4,7 @@
 
 #include "arithmetic/random.h"
 #include "arithmetic/scalars.h"
+#include "operators/interval.h"
 #include "spaces/instructions.h"
 
 #define INSTRUCTION(number, name, argumentclass, key, handler) \
@@ -19,6 +20,7 @@ void workslice(const Point &instruction, std::uint32_t index, std::uint64_t *sta
   Point *stack = work.operand;
   if (instruction.instruction == instructions::SEED || instruction.instruction == instructions::RANDOMISE)
     return SEED_PRNGS(static_cast<std::int32_t>(index), state, work.origin);
+  if (instruction.instruction == instructions::INTERVAL) return vec_interval(index);
   switch (instruction.instruction) {
 #include "machine/instructions.def"
     default:

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "coprocessor/coprocessor.h"
+#include "coprocessor/slices.h"
 #include "coprocessor/sysvars.h"
 #include "diagnostics/exception.h"
 #include "operators/progression.h"
@@ -20,6 +22,8 @@ constexpr std::int32_t UNAVAILABLE = 142, TOOBIG = 146, NOTWHOLE = 153, BADCOUNT
 constexpr std::uint32_t STRETCH = 65536;  // elements between two safe points
 
 struct Operand {
+  Point **stackpointer;
+  const Point *instruction;
   const Element *elements;
   std::uint32_t count;
   std::int64_t origin;
@@ -75,8 +79,34 @@ void makeblocks(Point &vector, std::uint64_t count) {
   }
 }
 
-// A vector of so many elements in the place of the top.
-void makevector(Point **stackpointer, const Progression &progression, std::uint64_t count) {
+// Writes elements `begin` to `end` - 1 as long as nobody says stop. Where did it end?
+std::uint64_t writestretches(const Progression &p, Element *result, std::uint64_t begin, std::uint64_t end,
+                             bool (*stopped)()) {
+  for (; begin < end && !stopped(); begin = std::min(end, begin + STRETCH))
+    writeinterval(p, result, begin, std::min(end, begin + STRETCH));
+  return begin;
+}
+
+// Gives all but the first slice to the pool, where the gate lets it: how many elements are left to do here.
+std::uint64_t handout(const Operand &o, const Progression &progression, const Point &made, std::uint64_t count) {
+  if (!goesparallel(static_cast<std::int64_t>(count))) return count;
+  wait_for_coprocessors(*o.stackpointer, 1);
+  auto *parameters = static_cast<Progression *>(newblock(sizeof(Progression)));
+  *parameters = progression;
+  to_coprocessors = {};
+  to_coprocessors.instruction = o.instruction;
+  to_coprocessors.operand = *o.stackpointer;
+  to_coprocessors.fresh = 1;
+  to_coprocessors.count = count;
+  to_coprocessors.release = parameters;
+  to_coprocessors.result = made.data_pointer;
+  if (postcoprocessors()) return slice(static_cast<std::uint32_t>(count), processors, 0).end;
+  dereference(to_coprocessors.release);
+  return count;
+}
+
+// A vector of so many elements in the place of the top, which lives until the join if the pool is at work.
+void makevector(const Operand &o, const Progression &progression, std::uint64_t count) {
   Point made{};
   made.rank = ranks::VECTOR;
   made.type = ISVECTOR | kindbit(progression.tag) | (count == 1 ? ISONEELEMENT : 0);
@@ -85,13 +115,18 @@ void makevector(Point **stackpointer, const Progression &progression, std::uint6
   made.shape_pointer = newshape(static_cast<std::int64_t>(count));
   made.data_pointer = newelements(count);
   if (progression.tag == tags::OCTONION) makeblocks(made, count);
-  for (std::uint64_t i = 0; i < count; i += STRETCH) {
-    writeinterval(progression, made.data_pointer, i, std::min(count, i + STRETCH));
-    safepoint();
+  const std::uint64_t own = handout(o, progression, made, count);
+  const bool handed = own < count;
+  if (writestretches(progression, made.data_pointer, 0, own, isinterrupted) < own) {
+    if (handed) recallslices();
+    takeinterrupt();
   }
   endcustody(making);
   made.elements = static_cast<std::uint32_t>(count);
-  replacetop(stackpointer, made);
+  if (!handed) return replacetop(o.stackpointer, made);
+  defer(**o.stackpointer);
+  **o.stackpointer = made;
+  operations += made.elements;
 }
 
 Progression startprogression(std::int32_t tag, std::uint16_t form) {
@@ -103,14 +138,14 @@ Progression startprogression(std::int32_t tag, std::uint16_t form) {
 
 // ---- Integers.
 
-void writewhole(Point **stackpointer, std::int64_t from, std::int64_t step, std::uint64_t count) {
+void writewhole(const Operand &o, std::int64_t from, std::int64_t step, std::uint64_t count) {
   Progression p = startprogression(tags::INTEGER, forms::NUMBER);
   p.from = from;
   p.step = step;
-  makevector(stackpointer, p, count);
+  makevector(o, p, count);
 }
 
-std::int32_t counted(Point **stackpointer, const Operand &o) {
+std::int32_t counted(const Operand &o) {
   std::int64_t n;
   if (!whole(o.elements[0], o.tolerance, n)) return NOTWHOLE;
   const std::uint64_t count = n < 0 ? 0 - static_cast<std::uint64_t>(n) : static_cast<std::uint64_t>(n);
@@ -118,28 +153,28 @@ std::int32_t counted(Point **stackpointer, const Operand &o) {
   if (count == 0) {
     Point empty;
     makeempty(empty);
-    replacetop(stackpointer, empty);
+    replacetop(o.stackpointer, empty);
     return 0;
   }
   const auto origin = static_cast<std::uint64_t>(o.origin);
-  writewhole(stackpointer, static_cast<std::int64_t>(n > 0 ? origin : 0 - origin), n > 0 ? 1 : -1, count);
+  writewhole(o, static_cast<std::int64_t>(n > 0 ? origin : 0 - origin), n > 0 ? 1 : -1, count);
   return 0;
 }
 
-std::int32_t integers(Point **stackpointer, std::int64_t from, std::int64_t to, std::int64_t step) {
+std::int32_t integers(const Operand &o, std::int64_t from, std::int64_t to, std::int64_t step) {
   if (step == 0 || (to > from && step < 0) || (to < from && step > 0)) return INFINITE;
   const std::uint64_t width = to >= from ? static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from)
                                          : static_cast<std::uint64_t>(from) - static_cast<std::uint64_t>(to);
   const std::uint64_t stride = step < 0 ? 0 - static_cast<std::uint64_t>(step) : static_cast<std::uint64_t>(step);
   const std::uint64_t steps = width / stride;
   if (const std::int32_t message = checkcount(static_cast<double>(steps) + 1); message != 0) return message;
-  writewhole(stackpointer, from, step, steps + 1);
+  writewhole(o, from, step, steps + 1);
   return 0;
 }
 
 // ---- Reals.
 
-std::int32_t reals(Point **stackpointer, double from, double to, double step) {
+std::int32_t reals(const Operand &o, double from, double to, double step) {
   if (!(step > 0 || step < 0) || (to > from && step < 0) || (to < from && step > 0)) return INFINITE;
   const double count = std::trunc(std::fabs((to - from) / step)) + 1;
   if (std::isnan(count)) return INFINITE;
@@ -147,24 +182,24 @@ std::int32_t reals(Point **stackpointer, double from, double to, double step) {
   Progression p = startprogression(tags::REAL, forms::COMPUTED);
   p.first[0] = from;
   p.steps[0] = step;
-  makevector(stackpointer, p, static_cast<std::uint64_t>(count));
+  makevector(o, p, static_cast<std::uint64_t>(count));
   return 0;
 }
 
-std::int32_t numbers(Point **stackpointer, const Operand &o) {
-  if (o.count == 1) return counted(stackpointer, o);
+std::int32_t numbers(const Operand &o) {
+  if (o.count == 1) return counted(o);
   std::int64_t w[3] = {0, 0, 0};
   bool allwhole = true;
   for (std::uint32_t i = 0; i < o.count; ++i) allwhole = whole(o.elements[i], o.tolerance, w[i]) && allwhole;
-  if (allwhole) return integers(stackpointer, w[0], w[1], o.count > 2 ? w[2] : w[0] <= w[1] ? 1 : -1);
+  if (allwhole) return integers(o, w[0], w[1], o.count > 2 ? w[2] : w[0] <= w[1] ? 1 : -1);
   const double from = tolerant(real(o.elements[0]), o.tolerance), to = tolerant(real(o.elements[1]), o.tolerance);
   const double step = o.count > 2 ? tolerant(real(o.elements[2]), o.tolerance) : from > to ? -1.0 : 1.0;
-  return reals(stackpointer, from, to, step);
+  return reals(o, from, to, step);
 }
 
 // ---- Characters.
 
-std::int32_t characters(Point **stackpointer, const Operand &o) {
+std::int32_t characters(const Operand &o) {
   if (o.count > 2) return STEPPEDCHARACTERS;
   for (std::uint32_t i = 0; i < o.count; ++i)
     if (o.elements[i].tag != tags::ASCII) return HALFCHARACTERS;
@@ -173,7 +208,7 @@ std::int32_t characters(Point **stackpointer, const Operand &o) {
   Progression p = startprogression(tags::ASCII, 0);
   p.from = from;
   p.step = step;
-  makevector(stackpointer, p, static_cast<std::uint64_t>((to - from) * step) + 1);
+  makevector(o, p, static_cast<std::uint64_t>((to - from) * step) + 1);
   return 0;
 }
 
@@ -256,19 +291,19 @@ std::int32_t countgrid(Progression &g, const double *to, std::uint64_t &count) {
   return 0;
 }
 
-std::int32_t grid(Point **stackpointer, const Operand &o) {
+std::int32_t grid(const Operand &o) {
   Progression g;
   double to[PROGRESSION_PARTS] = {};
   std::uint64_t count;
   if (const std::int32_t message = readgrid(o, g, to); message != 0) return message;
   if (const std::int32_t message = countgrid(g, to, count); message != 0) return message;
-  makevector(stackpointer, g, count);
+  makevector(o, g, count);
   return 0;
 }
 
 // ---- What kind of interval?
 
-std::int32_t describe(Point **stackpointer, const Operand &o) {
+std::int32_t describe(const Operand &o) {
   bool hascharacter = false, hashyper = false, mixed = false;
   for (std::uint32_t i = 0; i < o.count; ++i) {
     const std::int32_t tag = o.elements[i].tag;
@@ -278,12 +313,27 @@ std::int32_t describe(Point **stackpointer, const Operand &o) {
     hashyper |= tag >= tags::COMPLEX;
     mixed |= tag != o.elements[0].tag;
   }
-  if (hascharacter) return characters(stackpointer, o);
-  if (!hashyper) return numbers(stackpointer, o);
-  return mixed ? MIXED : grid(stackpointer, o);
+  if (hascharacter) return characters(o);
+  if (!hashyper) return numbers(o);
+  return mixed ? MIXED : grid(o);
 }
 
 }  // namespace
+
+// What a stopped slice leaves is whole: an octonion owns its block already, anything else owns nothing.
+void vec_interval(std::uint32_t index) noexcept {
+  const Work &work = to_coprocessors;
+  const auto &progression = *static_cast<const Progression *>(work.release);
+  const Slice mine = slice(static_cast<std::uint32_t>(work.count), processors, index);
+  std::uint64_t done = writestretches(progression, work.result, mine.begin, mine.end, isstopped);
+  if (done == mine.end) return;
+  from_coprocessor[index].failure = INTERRUPTED;
+  if (progression.tag == tags::OCTONION) return;
+  for (; done < mine.end; ++done) {
+    work.result[done] = {};
+    work.result[done].tag = tags::FILLER;
+  }
+}
 
 void interval(Point **stackpointer, const Point *instruction, Point *context) {
   const Point &top = **stackpointer;
@@ -295,6 +345,7 @@ void interval(Point **stackpointer, const Point *instruction, Point *context) {
   }
   std::int32_t message = BADCOUNT;
   if (top.elements <= 3 && (top.type & STRUCTURED) == 0)
-    message = describe(stackpointer, {top.data_pointer, top.elements, indexorigin(context), tolerance(context)});
+    message =
+        describe({stackpointer, instruction, top.data_pointer, top.elements, indexorigin(context), tolerance(context)});
   if (message != 0) exceptionjump(message, stackpointer, instruction);
 }
