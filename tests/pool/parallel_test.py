@@ -12,6 +12,7 @@ import programmes
 
 BINARY = sys.argv.pop(1)
 SLOTS = [2, 3, 4, 5, 8, 17]
+SHOW = programmes.SHOW
 QUICK = os.environ.get("MORVIK_SANITIZED") == "1"
 
 
@@ -59,6 +60,14 @@ class Parallel(unittest.TestCase):
                                for n in counts)
                 self.agree(text, slots, None)
                 self.agree(text, slots, 1)  # which cannot go below the number of slots
+
+    def test_intervals(self):
+        for slots in SLOTS:
+            with self.subTest(slots=slots):
+                self.agree("".join("CLEAR %s .." % description + SHOW for description in (
+                    str(slots), str(slots + 1), str(-7 * slots), "(3 100)", "(100 3)", "(1 30 0.25)", "'az'", "'za'",
+                    "(1i1 7i9)", "(1i2j3k4 3i4j5k6)", "(1p0 4p1)", "1i1j1k1l2m2n2o2", "40 .. 50 .. 60", "'abcd'", "2.5")),
+                    slots, slots)
 
     def test_chains(self):
         for seed in range(4 if QUICK else 24):
