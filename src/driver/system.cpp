@@ -1,6 +1,7 @@
 // Start and shutdown: limits raised, slots counted, banks made, and all of it given back.
 #include "driver/system.h"
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -49,6 +50,15 @@ struct Bank {
 Bank banks[BANKS];
 
 bool memoryfound;
+
+// A standard stream that the process was started without would lend its number to the first file that is opened, and
+// what is printed would go into that file.
+void holdstreams() {
+  int descriptor;
+  do descriptor = open("/dev/null", O_RDWR);
+  while (descriptor >= STDIN_FILENO && descriptor <= STDERR_FILENO);
+  if (descriptor >= 0) close(descriptor);
+}
 
 void countslots() {
   if (processors == 0) {
@@ -187,6 +197,7 @@ void closebanks() {
 }
 
 void startsystem() {
+  holdstreams();
   initsignals();
   if (!quiet) banner();
   countslots();

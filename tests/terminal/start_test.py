@@ -4,6 +4,7 @@ import os
 import resource
 import subprocess
 import sys
+import tempfile
 import unittest
 
 from terminal import Terminal
@@ -47,6 +48,22 @@ class Start(unittest.TestCase):
         # The heap says so first.
         self.assertEqual((run.returncode, run.stdout, run.stderr),
                          (1, b"", b"No more active memory available\n\n27 - out of main storage.\n"))
+
+    def test_a_stream_that_is_closed_lends_its_number_to_no_file(self):
+        text = b"'kept' 1 OPEN 'printed' PRINT nosuch .\n5 'written' WRITE CLOSE .\n"
+        for closed in (1, 2):
+            with self.subTest(closed=closed), tempfile.TemporaryDirectory() as folder:
+                kept = os.path.join(folder, "kept")
+                with open(kept, "wb") as stream:
+                    stream.write(b"what stands in the file")
+                run = subprocess.run([os.path.abspath(BINARY), "-q"], input=text, cwd=folder, timeout=60, check=False,
+                                     stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                     preexec_fn=lambda number=closed: os.close(number))
+                self.assertEqual(run.returncode, 0)
+                with open(kept, "rb") as stream:
+                    self.assertEqual(stream.read(), b"what stands in the file")
+                with open(os.path.join(folder, "written"), "rb") as stream:
+                    self.assertEqual(stream.read(), b" 5\n")
 
 
 if __name__ == "__main__":
