@@ -69,6 +69,10 @@ void initsignals();
 void readingsignals();
 // While a Programme runs: interrupt, quit, bus and floating point signals are handled.
 void runningsignals();
+// While a Programme that runs compiles a text: interrupt and quit wait, and are noted when they are admitted again.
+// Takes one that was noted before.
+void deferinterrupts();
+void admitinterrupts();
 // The handler itself.
 void signalexception(int signal);
 // What a signal does, at once: the report and the jump.

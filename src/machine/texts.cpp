@@ -20,9 +20,11 @@ void closetext(Text &text) {
 }
 
 std::int64_t compiletext(Level &level, Text &text, std::FILE *stream, const char **string, int flag) {
-  readingsignals();
+  // What a person types while asked for it is not meant for what runs; a text that is at hand takes no time to read.
+  const bool typed = stream == stdin;
+  typed ? readingsignals() : deferinterrupts();
   const std::int64_t points = fill(text.programme, level.meaning, level.sp, stream, string, flag);
-  runningsignals();
+  typed ? runningsignals() : admitinterrupts();
   return points;
 }
 

@@ -15,7 +15,8 @@ struct Text {
 };
 void opentext(Text &text);
 void closetext(Text &text);
-// Compiles one text into it, with the signals of reading meanwhile. Returns what fill returns.
+// Compiles one text into it. An interrupt is ignored meanwhile if a person types the text, and waits otherwise. Returns
+// what fill returns.
 std::int64_t compiletext(Level &level, Text &text, std::FILE *stream, const char **string, int flag);
 // Runs what was compiled in this frame and floor, and releases its Points.
 void runtext(Level &level, Text &text, Point *frame, Point *floor);
