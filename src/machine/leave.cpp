@@ -75,7 +75,8 @@ Next reachend(Level &level) {
 }
 
 Next endlevel(Level &level) {
-  if (level.ownsframe && level.frame < level.floor) {
+  // Kept: a function of one local that leaves nothing leaves the local, since the top stands where the frame begins.
+  if (level.ownsframe && level.frame < level.floor && level.sp != level.frame) {
     if (unfinished >= level.frame) settle(level.sp);
     for (Point *local = level.frame; local < level.floor; ++local) dereferencepoint(local);
     const std::ptrdiff_t results = level.sp - level.floor + 1;
