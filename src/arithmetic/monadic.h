@@ -10,7 +10,7 @@
 //     double tolerance;                       optional: is set to what #CT held when the instruction began
 //     std::int64_t origin;                    optional: the same of #IO
 //     std::uint64_t *state;                   optional: the state of the thread's generator
-//     bool drawn;                             optional: a core sets it when a draw decided a truth
+//     bool drawn;                             optional: set where a draw decided a value
 //     std::int32_t failure;                   optional: a core that finds out late sets a message number here
 //   };
 //

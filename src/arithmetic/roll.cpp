@@ -12,6 +12,7 @@ double drawunit(std::uint64_t *state) {
 }
 
 struct Roll : Counted {
+  static constexpr bool drawn = true;
   std::int64_t origin = 1;
   std::uint64_t *state = nullptr;
 
@@ -32,13 +33,14 @@ struct Roll : Counted {
 };
 
 struct Randomised : Counted {
+  static constexpr bool drawn = true;
   std::uint64_t *state = nullptr;
 
   template <Parted T>
   T operator()(const T &x) {
     flops += PARTS<T>;
-    const double drawn = drawunit(state);
-    return assemble<T>([&](auto i) { return drawn * part(x, i); });
+    const double share = drawunit(state);
+    return assemble<T>([&](auto i) { return share * part(x, i); });
   }
 };
 

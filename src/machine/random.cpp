@@ -106,7 +106,7 @@ Next dodeal(Level &level) {
   Custody made, packed;
   takecustody(made, releasepoint, &dealt);
   dealt.rank = ranks::VECTOR;
-  dealt.type = ISVECTOR | HASINTEGER | (count == 1 ? ISONEELEMENT : 0);
+  dealt.type = ISVECTOR | HASINTEGER | ISPROBABLE | (count == 1 ? ISONEELEMENT : 0);
   dealt.depth = 1;
   dealt.shape_pointer = newshape(count);
   dealt.data_pointer = newelements(static_cast<std::size_t>(count));
