@@ -102,6 +102,7 @@ Next pushpoint(Level &level) {
   }
   if (point.rank == ranks::UNUSED) return unusable(level, " Unused type:");
   if (point.rank == ranks::INVALID) return unusable(level, " Unusable symbol:");
+  if (point.rank == ranks::LABEL && isend(*point.target)) return fail(level, 23);
   if (stackfull(level)) return fail(level, 806);
   switch (point.rank) {
     case ranks::VARIABLE:
@@ -109,7 +110,6 @@ Next pushpoint(Level &level) {
     case ranks::ADDRESS:
       return pushaddress(level, point);
     case ranks::LABEL:
-      if (isend(*point.target)) return fail(level, 23);
       pushcopy(level, *point.target);
       return Next::FETCH;
     case ranks::LOCALVARIABLE:
