@@ -19,8 +19,7 @@ std::uint32_t rankbits(const Point &space) {
 }  // namespace
 
 bool hascountedname(const Element &e) {
-  return e.tag >= tags::ASCII && e.tag != tags::QUATERNION && e.tag != tags::HANDLE &&
-         (e.attributes & attributes::NAMED) != 0 && refr(e.name) >= 0;
+  return isnamed(e) && e.tag != tags::HANDLE && refr(e.name) >= 0;
 }
 
 std::uint32_t recordbits(const Element &e) {

@@ -9,9 +9,12 @@
 #include <utility>
 
 #include "diagnostics/exception.h"
+#include "operators/records.h"
 #include "spaces/refderef.h"
 
 namespace {
+
+using records::hascountedname;
 
 constexpr int NOTONEAXIS = 10, FROMNOTHING = 11, NOTINTEGERS = 113, IMPOSSIBLE = 991, NOBRANCH = 994, TOOLARGE = 1100,
               NESTEDSHAPE = 1101, TEXTSHAPE = 1102;
@@ -84,12 +87,6 @@ int judge(const Point &shape, std::uint64_t &product) {
   }
   if (fault != 0) return fault;
   return (product != 0 && !fits) || shape.elements > MOSTAXES ? TOOLARGE : 0;
-}
-
-// A counted name belongs to a scalar: it can't go along where the record becomes part of something else.
-bool hascountedname(const Element &e) {
-  return (e.attributes & attributes::NAMED) != 0 && e.tag != tags::QUATERNION && e.tag != tags::HANDLE &&
-         refr(e.name) >= 0;
 }
 
 // Can the records serve as a shape as they stand?

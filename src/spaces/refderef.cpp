@@ -30,10 +30,6 @@ bool iswholepoint(std::int32_t tag) {
   return issymbolic(tag) && tag != ranks::OPERATOR;
 }
 
-bool isnamed(const Element &e) {
-  return (e.attributes & attributes::NAMED) != 0 && e.tag >= tags::ASCII && e.tag != tags::QUATERNION;
-}
-
 bool isslot(const Point &point) {
   return point.rank == ranks::ADDRESS && (point.type & ISLOCAL) != 0;
 }
@@ -248,6 +244,10 @@ void referencedataelems(Element *records, std::size_t count) {
   raisepoint(raiserecords(records, count));
 }
 
+void referencerecord(const Element &record) {
+  raisepoint(raiserecord(record));
+}
+
 void dereferencedataelems(Element *records, std::size_t count) {
   Point last;
   if (lowerrecords(records, count, last)) lowerpoint(last);
@@ -266,154 +266,4 @@ void dereferencefun(Point *function) {
 void cleanup(Point *programme) {
   for (Point *p = programme; !isend(*p); ++p) dereferencepoint(p);
   *programme = {};
-}
-
-Point *copyfun(const Point *function) {
-  const Point *body = function->programme;
-  std::size_t count = 1;
-  while (!isend(body[count])) ++count;
-  ++count;
-  Point *copy = static_cast<Point *>(newblock(count * sizeof(Point)));
-  std::memcpy(copy, body, count * sizeof(Point));
-  copy->programme = copy;
-  copy->link = nullptr;
-  copy[count - 1] = {};
-  copy[count - 1].rank = body[count - 1].rank;
-  for (Point *p = copy + 1; !isend(*p); ++p) raisepoint(p);
-  return copy;
-}
-
-// ---- Copies of records.
-
-namespace {
-
-// Gives an octonion record a fresh block of its own, null where there is no storage. Nothing is lowered.
-bool ownoctonion(Element &e) {
-  if (e.tag != tags::OCTONION || !e.octonion) return true;
-  const Octonion *value = e.octonion;
-  e.octonion = static_cast<Octonion *>(tryblock(sizeof(Octonion)));
-  if (e.octonion) *e.octonion = *value;
-  return e.octonion != nullptr;
-}
-
-// A name that is counted after all is exchanged for its permanent twin, as the copy may end up in any space.
-void ownname(Element &e) {
-  if (!isnamed(e) || e.tag == tags::HANDLE) return;
-  if (!e.name)
-    e.attributes = static_cast<std::uint16_t>(e.attributes & ~attributes::NAMED);
-  else if (refr(e.name) >= 0)
-    e.name = elementname(e.name);
-}
-
-void ownrest(const Element &e) {
-  if (e.tag != tags::OCTONION) raisepoint(raiserecord(e));
-}
-
-}  // namespace
-
-void copyelement(Element &to, const Element &from) {
-  Element copy = from;
-  ownname(copy);
-  if (!ownoctonion(copy)) outofstorage();
-  ownrest(copy);
-  to = copy;
-}
-
-Element *copyelements(const Element *records, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i)
-    if (isnamed(records[i]) && records[i].tag != tags::HANDLE && records[i].name) elementname(records[i].name);
-  Element *copy = newelements(count);
-  if (!copy) return nullptr;
-  std::memcpy(copy, records, count * sizeof(Element));
-  for (std::size_t i = 0; i < count; ++i) {
-    ownname(copy[i]);
-    if (ownoctonion(copy[i])) continue;
-    while (i-- > 0)
-      if (copy[i].tag == tags::OCTONION) freeblock(copy[i].octonion);
-    freeblock(copy);
-    outofstorage();
-  }
-  for (std::size_t i = 0; i < count; ++i) ownrest(copy[i]);
-  return copy;
-}
-
-void makeprivate(Point &point) {
-  if (!point.data_pointer || refr(point.data_pointer) == 1) return;
-  Element *copy = copyelements(point.data_pointer, point.elements);
-  Point old = point;
-  old.shape_pointer = nullptr;
-  point.data_pointer = copy;
-  lowerpoint(old);
-}
-
-// ---- Small values.
-
-namespace {
-
-void makescalar(Point &point, Element *element, std::uint32_t kind) {
-  point = {};
-  point.type = ISSCALAR | kind;
-  point.elements = 1;
-  point.data_pointer = element;
-}
-
-}  // namespace
-
-void makeinteger(Point &point, std::int64_t value) {
-  Element *element = newelement(tags::INTEGER, forms::NUMBER);
-  element->integer = value;
-  makescalar(point, element, HASINTEGER);
-}
-
-void makereal(Point &point, double value, std::uint16_t form) {
-  Element *element = newelement(tags::REAL, form);
-  element->real = value;
-  makescalar(point, element, HASREAL);
-}
-
-void makeempty(Point &point) {
-  Element *shape = newshape(0);
-  point = {};
-  point.rank = ranks::VECTOR;
-  point.type = EMPTYVECTOR;
-  point.depth = 1;
-  point.shape_pointer = shape;
-}
-
-// ---- FILE elements.
-
-namespace {
-
-std::FILE **cell(const Element &e) {
-  return static_cast<std::FILE **>(e.file.reserved);
-}
-
-constexpr std::uint16_t HANDLEFORM = forms::BINARY;
-
-}  // namespace
-
-void makehandle(Element &element, char *name, std::FILE *stream, const Point &descriptor) {
-  auto *shared = static_cast<std::FILE **>(newblock(sizeof(std::FILE *)));
-  auto *described = static_cast<Point *>(tryblock(sizeof(Point)));
-  if (!described) {
-    freeblock(shared);
-    outofstorage();
-  }
-  *shared = stream;
-  *described = descriptor;
-  element = {};
-  element.tag = tags::HANDLE;
-  element.form = HANDLEFORM;
-  element.attributes = attributes::NAMED;
-  element.name = name;
-  element.file = {stream, shared, described};
-}
-
-std::FILE *handlestream(const Element &element) {
-  return element.file.reserved ? *cell(element) : element.file.stream;
-}
-
-void sethandlestream(Element &element, std::FILE *stream) {
-  element.file.stream = stream;
-  if (element.file.reserved) *cell(element) = stream;
 }

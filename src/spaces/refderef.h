@@ -40,6 +40,11 @@ inline bool ownsoneblock(const Point &point) {
          !point.shape_pointer;
 }
 
+// Does the name word of a record hold a name?
+inline bool isnamed(const Element &e) {
+  return (e.attributes & attributes::NAMED) != 0 && e.tag >= tags::ASCII && e.tag != tags::QUATERNION;
+}
+
 // Raise every block that a Point holds, through the whole value. Null does nothing. Message 991 on an unknown tag.
 void referencepoint(const Point *point);
 // Lower them, releasing what falls to 0, and null the pointers of the Point. Message 991 on an unknown tag.
@@ -51,6 +56,8 @@ void dereferencebinding(Point *&target);
 // The same over element records.
 void referencedataelems(Element *records, std::size_t count);
 void dereferencedataelems(Element *records, std::size_t count);
+// Raises what one record owns, whatever its tag.
+void referencerecord(const Element &record);
 
 // The same over a FUNCTION Point's Programme.
 void referencefun(Point *function);
