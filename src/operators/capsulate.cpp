@@ -13,6 +13,7 @@ namespace {
 constexpr std::int32_t COMPLEXED_STRUCTURE = 1003, MULTIDIMENSIONAL = 1004;
 constexpr std::uint32_t UNFOLDED = HASASCII | HASCOMPLEX | HASQUATERNION | HASOCTONION;
 constexpr int PARTS = 8;
+constexpr std::uint32_t STRETCH = 65536;  // records between two safe points, which also stand before each member
 
 bool isreal(const Element &e) {
   return e.tag == tags::INTEGER || e.tag == tags::REAL;
@@ -156,6 +157,7 @@ void writeparts(const Point &point, std::size_t width, Element *to) {
   double parts[PARTS];
   for (std::uint32_t i = 0; i < point.elements; ++i) {
     const Element &e = point.data_pointer[i];
+    if (i % STRETCH == 0) safepoint();
     readparts(e, parts);
     for (std::size_t k = 0; k < width; ++k, ++to) {
       *to = {};
@@ -177,9 +179,11 @@ void encapsulate(Point *point, Point **stackpointer, const Point *instruction) {
   if (structured && (point->type & COMPLEXED) != 0) return exception(COMPLEXED_STRUCTURE, stackpointer, instruction);
   if (structured) {
     makeprivate(*point);
-    for (std::uint32_t i = 0; i < point->elements; ++i)
+    for (std::uint32_t i = 0; i < point->elements; ++i) {
+      if (i % STRETCH == 0) safepoint();
       if (point->data_pointer[i].tag == tags::SUBARRAY)
         encapsulate(ownmember(point->data_pointer[i]), stackpointer, instruction);
+    }
     return;
   }
   if (point->rank != ranks::VECTOR) return exception(MULTIDIMENSIONAL, stackpointer, instruction);
@@ -214,6 +218,7 @@ void enascii(Point *point, double tolerance) {
   if (!isspace(*point) || isempty(*point)) return;
   makeprivate(*point);
   for (std::uint32_t i = 0; i < point->elements; ++i) {
+    if (i % STRETCH == 0) safepoint();
     Element &e = point->data_pointer[i];
     if (e.tag == tags::SUBARRAY) enascii(ownmember(e), tolerance);
     if (!isreal(e)) continue;
@@ -231,6 +236,7 @@ void deascii(Point *point) {
   if (!isspace(*point) || isempty(*point)) return;
   makeprivate(*point);
   for (std::uint32_t i = 0; i < point->elements; ++i) {
+    if (i % STRETCH == 0) safepoint();
     Element &e = point->data_pointer[i];
     if (e.tag == tags::SUBARRAY) deascii(ownmember(e));
     if (e.tag < 0 || e.tag == tags::HANDLE) continue;

@@ -1,5 +1,6 @@
 // ENLIST: the leaves of a structured space as one vector.
 #include <bit>
+#include <utility>
 
 #include "operators/records.h"
 #include "operators/structure.h"
@@ -24,6 +25,7 @@ struct Walk {
 };
 
 constexpr std::size_t FIRSTLEVELS = 16;
+constexpr std::uint32_t FEW = 64;
 
 void startwalk(Walk &w) {
   w.open = static_cast<Open *>(newblock(FIRSTLEVELS * sizeof(Open)));
@@ -60,26 +62,22 @@ void poll(Walk &w, std::size_t records) {
 }
 
 // Meets the leaves in order: `visit.level` each space, `visit.plain` the records of one that owns nothing, `visit.leaf`
-// any other record, a symbolic Point included.
+// any other record, a symbolic Point included. Returns at the member that has to be opened, null for none.
 template <typename Visit>
-void walkleaves(const Point &space, Visit &visit) {
-  Walk w;
-  startwalk(w);
-  visit.level(space);
-  openlevel(w, space);
-  while (w.depth > 0) {
-    Open &level = w.open[w.depth - 1];
-    if (level.next == level.end) {
-      --w.depth;
+const Point *walklevel(Walk &w, Open &level, Visit &visit) {
+  const Element *const end = level.end;
+  std::size_t records = 0;
+  for (const Element *e = level.next; e < end; ++e) {
+    if (records >= CHUNK) {
+      level.next = e;
+      poll(w, std::exchange(records, 0));
+    }
+    ++records;
+    if (e->tag != tags::SUBARRAY) {
+      visit.leaf(*e);
       continue;
     }
-    const Element &e = *level.next++;
-    poll(w, 1);
-    if (e.tag != tags::SUBARRAY) {
-      visit.leaf(e);
-      continue;
-    }
-    const Point &member = *e.subarray;
+    const Point &member = *e->subarray;
     if (!isspace(member)) {
       visit.leaf(std::bit_cast<Element>(member));
       continue;
@@ -87,11 +85,29 @@ void walkleaves(const Point &space, Visit &visit) {
     visit.level(member);
     if (!member.data_pointer) continue;
     if (owns(member)) {
-      openlevel(w, member);
-    } else {
-      visit.plain(member);
-      poll(w, member.elements);
+      level.next = e + 1;
+      poll(w, records);
+      return &member;
     }
+    visit.plain(member);
+    records += member.elements;
+  }
+  level.next = end;
+  poll(w, records);
+  return nullptr;
+}
+
+template <typename Visit>
+void walkleaves(const Point &space, Visit &visit) {
+  Walk w;
+  startwalk(w);
+  visit.level(space);
+  openlevel(w, space);
+  while (w.depth > 0) {
+    if (const Point *member = walklevel(w, w.open[w.depth - 1], visit))
+      openlevel(w, *member);
+    else
+      --w.depth;
   }
   endwalk(w);
 }
@@ -117,8 +133,13 @@ struct Taking {
   Making m;
 
   void level(const Point &) {}
+  // A few records are not worth a call.
   void plain(const Point &space) {
-    copyrecords(m.made.data_pointer + m.made.elements, space.data_pointer, space.elements, true);
+    Element *to = m.made.data_pointer + m.made.elements;
+    if (space.elements > FEW)
+      copyrecords(to, space.data_pointer, space.elements, true);
+    else
+      std::copy_n(space.data_pointer, space.elements, to);
     m.made.elements += space.elements;
   }
   void leaf(const Element &e) { makecopies(m, &e, 1, 1); }

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
+#include <utility>
 
 #include "arithmetic/cores.h"
 #include "diagnostics/exception.h"
@@ -60,42 +62,186 @@ std::int32_t refused(const Point &space, std::uint16_t modifier) {
   return 0;
 }
 
-// ---- Sums of plain numbers, which need no record between the steps.
+// ---- Folds of plain numbers, which need no record between the steps.
 
 // What makes a record plain: its tag, and that it has no name.
-constexpr std::uint64_t PLAIN = heading(-1, 0, attributes::NAMED);
+constexpr std::uint64_t LOOKED = heading(-1, 0, attributes::NAMED);
+constexpr std::uint64_t PLAININTEGER = heading(tags::INTEGER, 0), PLAINREAL = heading(tags::REAL, 0);
 
-// Sums the first records of a group as long as they are plain integers or reals of one kind. The rule of each step is
-// ADD's: a sum of integers that passes their bound is real from there on. Returns how many records were taken.
-std::size_t plainsum(const Element *e, const Axis &axis, Element &to, Tally &tally) {
-  const std::uint64_t kind = headingof(*e) & PLAIN;
-  const bool integer = kind == heading(tags::INTEGER, 0);
-  if (!integer && kind != heading(tags::REAL, 0)) return 1;
-  double sum = integer ? static_cast<double>(e->integer) : e->real;
-  std::size_t i = 1;
-  for (e += axis.stride; i < axis.extent && (headingof(*e) & PLAIN) == kind; ++i, e += axis.stride) {
-    sum += integer ? static_cast<double>(e->integer) : e->real;
-    if (integer && std::fabs(sum) > INTEGERBOUND) break;
+bool isplain(const Element &e, std::uint64_t kind) {
+  return (headingof(e) & LOOKED) == kind;
+}
+
+// Records of a group that are still to come, up to the next look at an interrupt.
+struct Stretch {
+  const Element *next;
+  std::size_t stride, count;
+};
+
+// A fold over integers: where it stands, and whether that is still what the integers' own rule gives.
+struct Truth {
+  bool value;
+  bool holds() const { return true; }
+};
+struct Extremum {
+  std::int64_t value;
+  bool holds() const { return true; }
+};
+// Made in doubles, as ADD does it, and a sum of integers as long as it is one.
+struct Sum {
+  double value;
+  bool beyond = false;
+  bool holds() const { return !beyond; }
+};
+
+constexpr std::size_t TOGETHER = 8;
+
+// Takes as many integers as are plain, so many together: whether they all were is asked afterwards, and if not, it is
+// as if they had not been looked at. `advance(state, integer)` makes one step.
+template <typename State, typename Advance, typename Stride>
+std::size_t takentogether(const Stretch &s, State &state, Advance advance, Stride stride) {
+  const Element *e = s.next;
+  std::size_t i = 0;
+  for (; s.count - i >= TOGETHER; i += TOGETHER, e += TOGETHER * stride) {
+    State further = state;
+    std::uint64_t others = 0;
+    [&]<std::size_t... k>(std::index_sequence<k...>) {
+      ((others |= headingof(e[k * stride]) ^ PLAININTEGER, advance(further, e[k * stride].integer)), ...);
+    }
+    (std::make_index_sequence<TOGETHER>{});
+    if ((others & LOOKED) != 0 || !further.holds()) break;
+    state = further;
   }
-  if (i == 1 || (integer && std::fabs(sum) > INTEGERBOUND)) return 1;
-  if (integer)
-    write(to, saturate(sum), forms::NUMBER);
-  else
-    write(to, sum);
-  tally.flops += integer ? 0 : static_cast<double>(i - 1);
   return i;
+}
+
+template <typename State, typename Advance>
+std::size_t takenintegers(const Stretch &s, State &state, Advance advance) {
+  // Neighbours are reached without arithmetic.
+  std::size_t i = s.stride == 1 ? takentogether(s, state, advance, std::integral_constant<std::size_t, 1>{})
+                                : takentogether(s, state, advance, s.stride);
+  for (const Element *e = s.next + i * s.stride; i < s.count && isplain(*e, PLAININTEGER); ++i, e += s.stride) {
+    State further = state;
+    advance(further, e->integer);
+    if (!further.holds()) break;
+    state = further;
+  }
+  return i;
+}
+
+// Each continues a fold that stands in a plain record, and returns how many records it took.
+std::size_t integersum(Element &to, const Stretch &s) {
+  Sum sum = {static_cast<double>(to.integer)};
+  const std::size_t count = takenintegers(s, sum, [](Sum &sofar, std::int64_t next) {
+    sofar.value += static_cast<double>(next);
+    sofar.beyond |= std::fabs(sofar.value) > INTEGERBOUND;
+  });
+  if (count > 0) write(to, saturate(sum.value), forms::NUMBER);
+  return count;
+}
+
+// The smaller or the larger of integers.
+template <bool smaller>
+std::size_t integerextremum(Element &to, const Stretch &s) {
+  Extremum found = {to.integer};
+  const std::size_t count = takenintegers(s, found, [](Extremum &sofar, std::int64_t next) {
+    sofar.value = smaller ? std::min(sofar.value, next) : std::max(sofar.value, next);
+  });
+  if (count > 0) write(to, found.value, forms::NUMBER);
+  return count;
+}
+
+// Are all of the integers above 0, or is one?
+template <bool all>
+std::size_t integertruth(Element &to, const Stretch &s) {
+  Truth found = {to.integer > 0};
+  const std::size_t count = takenintegers(s, found, [](Truth &sofar, std::int64_t next) {
+    sofar.value = all ? sofar.value & (next > 0) : sofar.value | (next > 0);
+  });
+  if (count > 0) write(to, found.value ? 1 : 0, forms::BOOLEAN);
+  return count;
+}
+
+// Takes reals as long as they are plain. Returns how many.
+template <typename Step>
+std::size_t takenreals(const Stretch &s, Step step) {
+  const Element *e = s.next;
+  std::size_t i = 0;
+  for (; i < s.count && isplain(*e, PLAINREAL); ++i, e += s.stride) step(e->real);
+  return i;
+}
+
+std::size_t realsum(Element &to, const Stretch &s) {
+  double sum = to.real;
+  const std::size_t count = takenreals(s, [&](double x) { sum += x; });
+  if (count > 0) write(to, sum);
+  return count;
+}
+
+// The first of equals, and what is no number outweighs every other.
+template <bool smaller>
+std::size_t realextremum(Element &to, const Stretch &s) {
+  double found = to.real;
+  const std::size_t count = takenreals(s, [&](double x) {
+    if ((smaller ? x < found : x > found) || std::isnan(x)) found = x;
+  });
+  if (count > 0) write(to, found);
+  return count;
+}
+
+// The loops for a fold that begins with a plain integer, or with a plain real; null for none. What they do is what the
+// scalar instruction would do record by record.
+using PlainFold = std::size_t (*)(Element &to, const Stretch &s);
+struct PlainFolds {
+  PlainFold integers, reals;
+};
+
+PlainFolds plainfolds(std::uint16_t modifier) {
+  switch (modifier) {
+    case instructions::ADD:
+      return {integersum, realsum};
+    case instructions::MINIMUM:
+      return {integerextremum<true>, realextremum<true>};
+    case instructions::MAXIMUM:
+      return {integerextremum<false>, realextremum<false>};
+    case instructions::AND:
+      return {integertruth<true>, nullptr};
+    case instructions::OR:
+      return {integertruth<false>, nullptr};
+    default:
+      return {nullptr, nullptr};
+  }
+}
+
+// Folds the first records of a group so; `to` holds the very first one. Returns how many records are in it then, one
+// flop for each step on reals, or 0 after an interrupt.
+std::size_t plainfold(const PlainFolds &folds, Element &to, const Element *first, const Axis &axis, Tally &tally) {
+  const bool reals = isplain(to, PLAINREAL);
+  const PlainFold fold = reals ? folds.reals : isplain(to, PLAININTEGER) ? folds.integers : nullptr;
+  std::size_t done = 1;
+  while (fold && done < axis.extent) {
+    if (interrupted != 0) return 0;
+    const Stretch s = {first + done * axis.stride, axis.stride, std::min(axis.extent - done, STRETCH)};
+    const std::size_t count = fold(to, s);
+    done += count;
+    if (count < s.count) break;
+  }
+  if (reals) tally.flops += static_cast<double>(done - 1);
+  return done;
 }
 
 // ---- One group, and all of them.
 
-std::int32_t fold(const Dyadic &d, const Element *first, const Axis &axis, Element &to, bool sums, Tally &tally) {
-  std::size_t taken = sums ? plainsum(first, axis, to, tally) : 1;
-  if (taken == axis.extent) return 0;
+std::int32_t fold(const Dyadic &d, const PlainFolds &plain, const Element *first, const Axis &axis, Element &to,
+                  Tally &tally) {
+  const std::size_t done = plainfold(plain, to, first, axis, tally);
+  if (done == 0) return INTERRUPTED;
+  if (done == axis.extent) return 0;
   Run run{};
   run.left = run.result = &to;
-  run.right = first + taken * axis.stride;
+  run.right = first + done * axis.stride;
   run.rightstep = axis.stride;
-  run.count = axis.extent - taken;
+  run.count = axis.extent - done;
   return work(d, run, tally);
 }
 
@@ -153,6 +299,7 @@ void foldspace(Point **stackpointer, const Point *instruction, Point *context, b
   if (space.rank == 0 || !space.data_pointer) return;
   const Dyadic &d = *coresof(instruction->modifier);
   const Axis axis = axisof(space, last);
+  const PlainFolds plain = plainfolds(instruction->modifier);
   Tally tally;
   tally.tolerance = tolerancein(context);
   tally.stopped = isinterrupted;
@@ -164,7 +311,7 @@ void foldspace(Point **stackpointer, const Point *instruction, Point *context, b
     copyelement(to, *first);
     if (axis.extent > 1) unname(to);
     f.point.elements = static_cast<std::uint32_t>(i + 1);
-    const std::int32_t message = fold(d, first, axis, to, instruction->modifier == instructions::ADD, tally);
+    const std::int32_t message = fold(d, plain, first, axis, to, tally);
     if (message != 0) failfold(message, stackpointer, instruction);
     if ((i & 0xFFF) == 0) safepoint();
   }

@@ -244,7 +244,7 @@ TEST_P(Structure, FirstOfAVector) {
 
 TEST_P(Structure, Catenate) {
   for (int round = 0; round < 120; ++round) {
-    Extents shape = anyshape(random, random() % 5);
+    Extents shape = anyshape(random, random() % 7);
     for (std::int64_t &extent : shape) extent = std::max<std::int64_t>(extent, 1);
     Extents other = shape;
     switch (random() % 4) {
@@ -258,7 +258,7 @@ TEST_P(Structure, Catenate) {
         other.push_back(static_cast<std::int64_t>(random() % 3) + 1);
         break;
       default:
-        other = anyshape(random, random() % 5);
+        other = anyshape(random, random() % 7);
         for (std::int64_t &extent : other) extent = std::max<std::int64_t>(extent, 1);
     }
     const Point left = anyspace(random, shape), right = anyspace(random, other);
@@ -305,7 +305,7 @@ TEST_P(Structure, Replicate) {
 
 TEST_P(Structure, Enlist) {
   for (int round = 0; round < 60; ++round) {
-    const Point data = some(1, 4);
+    const Point data = some(1);
     Texts leaves;
     leavesof(data, leaves);
     bool structured = false;
