@@ -138,15 +138,23 @@ void giveup(Part &part) {
     release(part.point.data_pointer);
 }
 
+// Does the left's own block grow, rather than both go into a new one? It does for a short right, so that what is
+// appended bit by bit costs no more than that. A block that grows much is copied with all the room that it had.
+bool grows(const Point &left, const Part &l, const Part &r) {
+  constexpr std::uint32_t SHORT = 4;
+  if (!isspace(left) || !isunique(left) || l.way == Way::COPIED) return false;
+  return l.way == Way::MOVED || r.count <= l.count / SHORT;
+}
+
 void join(Point &left, Point &right, Part &l, Part &r, std::uint32_t total) {
   Point result{};
   result.shape_pointer = joinedshape(left, right, total, result.rank);
   Custody making;
   takecustody(making, releaseblock, result.shape_pointer);
-  const bool grows = isspace(left) && isunique(left) && l.way != Way::COPIED;
-  result.data_pointer = grows ? appended(left, r) : joined(l, r);
+  const bool grown = grows(left, l, r);
+  result.data_pointer = grown ? appended(left, r) : joined(l, r);
   endcustody(making);
-  if (grows) l.point.data_pointer = nullptr;
+  if (grown) l.point.data_pointer = nullptr;
   giveup(l);
   giveup(r);
   result.type = ((l.bits | r.bits) & (ELEMENTBITS | STRUCTURED | ISSTRUCTURE)) |

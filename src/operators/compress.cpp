@@ -1,4 +1,6 @@
 // COMPRESS and COMPRESSLASTAXIS: what a mask keeps of an axis. REPLICATE: the whole again and again.
+#include <utility>
+
 #include "operators/records.h"
 #include "operators/reshape.h"
 #include "operators/structure.h"
@@ -33,20 +35,33 @@ bool ismask(const Point &mask) {
   return (mask.type & PURITYBITS) == HASINTEGER && (mask.rank < 2 || mask.elements == 1);
 }
 
+// Notes the places that are kept of so many records, the first of which has this number.
+void noteplaces(const Element *e, std::uint32_t first, std::uint32_t count, std::uint32_t *places, std::uint32_t &kept,
+                std::uint32_t &others) {
+  constexpr std::uint32_t TOGETHER = 8;
+  std::uint32_t k = kept, i = 0;
+  const auto note = [&](std::uint32_t at) {
+    places[k] = first + at;
+    k += e[at].integer > 0 ? 1 : 0;
+    others |= static_cast<std::uint32_t>(e[at].tag ^ tags::INTEGER);
+  };
+  for (; count - i >= TOGETHER; i += TOGETHER)
+    [&]<std::uint32_t... ahead>(std::integer_sequence<std::uint32_t, ahead...>) {
+      (note(i + ahead), ...);
+    }
+  (std::make_integer_sequence<std::uint32_t, TOGETHER>{});
+  for (; i < count; ++i) note(i);
+  kept = k;
+}
+
 // The places of the axis that are kept, and how many. False if the mask holds something else than integers after all.
 bool keptplaces(const Point &mask, std::uint32_t *places, std::uint32_t &kept) {
   kept = 0;
   std::uint32_t others = 0;
   for (std::uint32_t i = 0; i < mask.elements;) {
-    const auto end = static_cast<std::uint32_t>(std::min<std::size_t>(mask.elements, i + CHUNK));
-    std::uint32_t k = kept;
-    for (; i < end; ++i) {
-      const Element &e = mask.data_pointer[i];
-      places[k] = i;
-      k += e.integer > 0 ? 1 : 0;
-      others |= static_cast<std::uint32_t>(e.tag ^ tags::INTEGER);
-    }
-    kept = k;
+    const auto count = static_cast<std::uint32_t>(std::min<std::size_t>(mask.elements - i, CHUNK));
+    noteplaces(mask.data_pointer + i, i, count, places, kept, others);
+    i += count;
     safepoint();
   }
   return others == 0;

@@ -118,8 +118,15 @@ Element *copyshape(const Element *shape, std::int32_t rank, std::int32_t more) {
 }
 
 void copyrecords(Element *to, const Element *from, std::size_t count, bool polls) {
-  for (std::size_t done = 0; done < count; done += CHUNK) {
-    std::memcpy(to + done, from + done, std::min(CHUNK, count - done) * sizeof(Element));
+  // What does not fit the caches goes faster record by record than the library's way.
+  constexpr std::size_t CACHED = 8192;
+  if (count <= CACHED) {
+    std::memcpy(to, from, count * sizeof(Element));
+    return;
+  }
+  for (std::size_t i = 0; i < count;) {
+    const std::size_t end = std::min(count, i + CHUNK);
+    for (; i < end; ++i) to[i] = from[i];
     if (polls) safepoint();
   }
 }
