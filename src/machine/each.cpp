@@ -18,16 +18,22 @@ bool hasungivable(const Point &data) {
 
 // Pushes what the function sees of an element: a scalar of it, the enclosed space, or the symbolic Point that stands
 // there.
-void pushelement(Level &level, const Point &data, const Element &element) {
+void pushelement(Level &level, Gathering &g, const Element &element) {
   Point argument{};
   if (element.tag == tags::SUBARRAY) return pushcopy(level, *element.subarray);
   if (element.tag < 0) {
     std::memcpy(&argument, &element, sizeof argument);
     return pushcopy(level, argument);
   }
-  argument.type = ISSCALAR | (data.type & PURITYBITS) | kindbit(element.tag);
+  argument.type = ISSCALAR | (g.data.type & PURITYBITS) | kindbit(element.tag);
   argument.elements = 1;
-  argument.data_pointer = newelement(tags::FILLER, 0);
+  argument.data_pointer = takerecord(g);
+  if (isplainrecord(element)) {
+    *argument.data_pointer = element;
+    return pushowned(level, argument);
+  }
+  *argument.data_pointer = {};
+  argument.data_pointer->tag = tags::FILLER;
   pushowned(level, argument);
   copyelement(*argument.data_pointer, element);
 }
@@ -36,7 +42,7 @@ Next monadiceach(Level &level) {
   Gathering g;
   begingathering(level, g, 2);
   for (std::uint32_t i = 0; i < g.data.elements; ++i) {
-    pushelement(level, g.data, g.data.data_pointer[i]);
+    pushelement(level, g, g.data.data_pointer[i]);
     gather(level, g);
   }
   endgathering(level, g, KEPT);

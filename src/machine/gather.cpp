@@ -3,15 +3,30 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace {
 
 void releasegathering(Custody &c) {
   auto *g = static_cast<Gathering *>(c.held);
+  release(g->spare);
   dereferencepoint(&g->result);
   dereferencepoint(&g->weights);
   dereferencepoint(&g->data);
   dereferencepoint(&g->function);
+}
+
+// Takes over the record of a scalar on top.
+void takescalar(Level &level, Gathering &g, Element &element) {
+  Element *const record = level.sp->data_pointer;
+  if (!isplainrecord(*record)) {
+    copyelement(element, *record);
+    return droptop(level);
+  }
+  element = *record;
+  if (g.spare || refr(record) != 1) return droptop(level);
+  g.spare = record;
+  --level.sp;
 }
 
 // The last record of a result that was just enclosed, or copied, or moved in whole.
@@ -33,11 +48,10 @@ void append(Level &level, Gathering &g) {
     enclose(g, element, value);
     --level.sp;
   } else if (value.rank == ranks::SCALAR) {
-    copyelement(element, value.data_pointer[0]);
+    takescalar(level, g, element);
     g.kinds |= kindbit(element.tag);
     if (element.tag == tags::HANDLE) g.kinds |= HASFILE;
     if (element.tag < 0 || element.tag == tags::SUBARRAY) g.kinds |= STRUCTURED;
-    droptop(level);
   } else {
     std::memcpy(&element, &value, sizeof element);
     g.kinds |= STRUCTURED | (isfunction(value) ? HASFUNCTION : 0);
@@ -47,6 +61,14 @@ void append(Level &level, Gathering &g) {
 }
 
 }  // namespace
+
+bool isplainrecord(const Element &e) {
+  return e.tag >= tags::ASCII && e.tag <= tags::QUATERNION && (e.attributes & attributes::NAMED) == 0;
+}
+
+Element *takerecord(Gathering &g) {
+  return g.spare ? std::exchange(g.spare, nullptr) : newelements(1);
+}
 
 void begingathering(Level &level, Gathering &g, int operands) {
   const Point *data = level.sp - operands + 1;
@@ -82,6 +104,7 @@ void gather(Level &level, Gathering &g) {
 
 void endgathering(Level &level, Gathering &g, std::uint32_t kept) {
   endcustody(g.held);
+  release(g.spare);
   Point result = g.data;
   result.data_pointer = g.result.data_pointer;
   result.type = (result.type & kept) | g.kinds | complexed(g.kinds);

@@ -7,8 +7,9 @@
 struct Gathering {
   Point function;
   Point data;
-  Point weights;  // the mask; of MASK only
-  Point result;   // a vector of `elements` records so far, while it is made
+  Point weights;   // the mask; of MASK only
+  Point result;    // a vector of `elements` records so far, while it is made
+  Element *spare;  // the block of the last scalar, for the next one; null for none
   std::uint32_t kinds;
   std::int16_t depth;
   Custody held;
@@ -17,6 +18,10 @@ struct Gathering {
 // Takes so many operands off the stack: the function, and the data below it, or the mask and the data. Message 27, with
 // the operands in place.
 void begingathering(Level &level, Gathering &g, int operands);
+// A block of one record of undefined contents. Message 27.
+Element *takerecord(Gathering &g);
+// Does a record own nothing, whoever holds it?
+bool isplainrecord(const Element &e);
 // Calls the function on the space on top, and makes its topmost value the next element of the result. Messages 806, 27.
 void gather(Level &level, Gathering &g);
 // Puts the result in the place of the operands, in the shape of the data; its kinds go into the flags that are kept.
