@@ -3,9 +3,10 @@
 
     run.py BINARY PAGE.md...
 
-A session is a fenced block whose info line is `morvik`; `morvik more` goes on with the session before it on the page.
-What follows `Morvik [n]> ` is typed, and so are the lines after it until one ends with `.` or `END`; the rest is
-expected. Blank lines at the end of a block count for nothing.
+A session is a fenced block whose info line is `morvik`, with the options of the run if it has any; `morvik more` goes on
+with the session before it on the page. What follows `Morvik [n]> ` is typed, and so are the lines after it until one ends
+with `.` or `END`; what follows `Inspect [n]: ` is typed too. The rest is expected. Blank lines at the end of a block, and
+blanks at the end of a line, count for nothing. Where the run has options, measured figures stand for any others.
 """
 import difflib
 import pathlib
@@ -15,13 +16,21 @@ import sys
 sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "terminal"))
 from terminal import Silence, Terminal  # noqa: E402
 
-FENCE = re.compile(r"^```(\S*) *(\S*)$")
-PROMPT = re.compile(r"^Morvik \[\d+\]> ")
+FENCE = re.compile(r"^```(\S*) *(.*)$")
+PROMPT = re.compile(r"^(?:Morvik \[\d+\]>|Inspect \[\d+\]:) ?")
+LASTPROMPT = re.compile(r"(?:Morvik \[\d+\]> |Inspect \[\d+\]: |)$")
+MEASURED = (
+    # A figure and its unit; what is counted, and not timed, is the same in every run.
+    re.compile(r" *(?:(?:\d+:)?\d+\.\d+|inf) *(?!(?:[GMK]?(?:ops|flops?(?!/S)|verbs))\b)[A-Za-z:/%]+,? *"),
+    re.compile(r"(?<=performance: )\S+"),
+    re.compile(r"\d\d\.\d\d \d{3}mS \d{3}uS"),
+    re.compile(r"\d\d:\d\d:\d\d\.\d{6}"),
+)
 ENDED = re.compile(r"(?:\.|(?<![A-Za-z_0-9])END)$")
 
 
 def sessions(page):
-    """The sessions of a page: lists of blocks, each the number of its first line and its lines."""
+    """The sessions of a page: options, and blocks, each the number of its first line and its lines."""
     found, block, kind = [], None, None
     for number, line in enumerate(page.read_text().splitlines(), 1):
         fence = FENCE.match(line)
@@ -29,9 +38,9 @@ def sessions(page):
             block, kind = (number + 1, []), fence.groups()
         elif fence:
             if kind == ("morvik", "more") and found:
-                found[-1].append(block)
+                found[-1][1].append(block)
             elif kind[0] == "morvik":
-                found.append([block])
+                found.append((kind[1].split(), [block]))
             block = None
         elif block is not None:
             block[1].append(line)
@@ -48,7 +57,7 @@ def typed(lines):
             texts[-1].append(line)
         else:
             continue
-        unfinished = not ENDED.search(line.rstrip())
+        unfinished = not line.startswith("Inspect") and not ENDED.search(line.rstrip())
     return texts
 
 
@@ -56,15 +65,25 @@ def perform(terminal, prompt, lines):
     """Types what a block types. Returns what the terminal shows from the block's first prompt on, and the last one."""
     shown = ""
     for text in typed(lines):
-        answer = terminal.say("\n".join(text))
-        shown += prompt + answer[: answer.rindex("Morvik [")]
-        prompt = answer[answer.rindex("Morvik [") :]
+        terminal.type("\n".join(text) + "\n")
+        answer = terminal.answer()
+        start = LASTPROMPT.search(answer).start()
+        shown += prompt + answer[:start]
+        prompt = answer[start:]
     return shown, prompt
 
 
-def checksession(binary, page, blocks):
+def compared(text, measured):
+    """What of a text counts."""
+    if measured:
+        for pattern in MEASURED:
+            text = pattern.sub("<figure>", text)
+    return "\n".join(map(str.rstrip, text.split("\n"))).rstrip("\n")
+
+
+def checksession(binary, page, options, blocks):
     complaints = []
-    with Terminal(binary) as terminal:
+    with Terminal(binary, *options) as terminal:
         prompt = terminal.untilprompt()
         prompt = prompt[prompt.rindex("Morvik [") :]
         for number, lines in blocks:
@@ -72,10 +91,10 @@ def checksession(binary, page, blocks):
                 complaints.append("%s:%d: nothing is typed in this session\n" % (page, number))
                 continue
             shown, prompt = perform(terminal, prompt, lines)
-            expected = "\n".join(lines).rstrip("\n")
-            if shown.rstrip("\n") != expected:
+            expected, actual = compared("\n".join(lines), options), compared(shown, options)
+            if actual != expected:
                 complaints.append("%s:%d: the session reads otherwise\n" % (page, number) + "".join(
-                    difflib.unified_diff(expected.splitlines(True), shown.rstrip("\n").splitlines(True), "page", "run")))
+                    difflib.unified_diff(expected.splitlines(True), actual.splitlines(True), "page", "run")))
     return complaints
 
 
@@ -83,10 +102,10 @@ def main():
     binary, pages = sys.argv[1], [pathlib.Path(name) for name in sys.argv[2:]]
     ran, failed = 0, 0
     for page in pages:
-        for blocks in sessions(page):
+        for options, blocks in sessions(page):
             ran += 1
             try:
-                complaints = checksession(binary, page, blocks)
+                complaints = checksession(binary, page, options, blocks)
             except Silence as fault:
                 complaints = ["%s:%d: %s\n" % (page, blocks[0][0], fault)]
             failed += bool(complaints)

@@ -12,6 +12,7 @@ import time
 
 PATIENCE = 60.0
 PROMPT = re.compile(r"\n\nMorvik \[\d+\]> $")
+ANYPROMPT = re.compile(r"\n(?:\nMorvik \[\d+\]> |Inspect \[\d+\]: )$")
 
 
 class Silence(Exception):
@@ -71,6 +72,15 @@ class Terminal:
 
     def untilprompt(self):
         return self.until(PROMPT)
+
+    def answer(self):
+        """Reads up to the next prompt of either kind, or to the end of the process."""
+        end = time.monotonic() + PATIENCE
+        while not ANYPROMPT.search(self.text) and self.read(0.1):
+            if time.monotonic() > end:
+                raise Silence("waited for a prompt, have %r" % self.text)
+        taken, self.text = self.text, ""
+        return taken
 
     def type(self, text):
         os.write(self.master, text.encode("latin-1"))
