@@ -20,9 +20,9 @@ FENCE = re.compile(r"^```(\S*) *(.*)$")
 PROMPT = re.compile(r"^(?:Morvik \[\d+\]>|Inspect \[\d+\]:) ?")
 LASTPROMPT = re.compile(r"(?:Morvik \[\d+\]> |Inspect \[\d+\]: |)$")
 MEASURED = (
+    re.compile(r"(?<=performance: )\S+"),
     # A figure and its unit; what is counted, and not timed, is the same in every run.
     re.compile(r" *(?:(?:\d+:)?\d+\.\d+|inf) *(?!(?:[GMK]?(?:ops|flops?(?!/S)|verbs))\b)[A-Za-z:/%]+,? *"),
-    re.compile(r"(?<=performance: )\S+"),
     re.compile(r"\d\d\.\d\d \d{3}mS \d{3}uS"),
     re.compile(r"\d\d:\d\d:\d\d\.\d{6}"),
 )

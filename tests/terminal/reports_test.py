@@ -9,6 +9,7 @@ import unittest
 from terminal import Terminal
 
 BINARY = sys.argv.pop(1)
+TIMECHART = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools", "timechart")
 ROW = re.compile(r"^(\w+) \t+(?P<rate>[ .\dinf]+ [GMK]?op/S) .* (?P<share>\d+\.\d{3}) %t$", re.M)
 WORK = "0 20000 DYADIC + ; LOOP (1.5 2.5)[100000] 2 * SHAPE : 1 2 / ; ! 'abc' RANK 0.02 SLEEP .\n"
 
@@ -49,6 +50,16 @@ class Exit(unittest.TestCase):
             text = run(*options)
             for line in text[text.rindex("Morvik [") :].split("\n"):
                 self.assertLessEqual(len(line.expandtabs()), 80, line)
+
+    def test_the_picture_of_a_report(self):
+        for options in (["-i"], ["-if"], ["-if", "-pp2400"]):
+            text = run(*options)
+            picture = subprocess.run([sys.executable, "-B", TIMECHART], input=text, capture_output=True, text=True,
+                                     check=True).stdout
+            largest = max(shares(text).items(), key=lambda row: row[1])
+            drawn = re.findall(r"<text[^>]*>([^<]*)</text>", picture)
+            self.assertEqual(drawn[4], largest[0])
+            self.assertEqual(drawn[5], "%.1f %%" % largest[1])
 
     def test_after_an_interrupt(self):
         with Terminal(BINARY, "-i") as terminal:
