@@ -91,6 +91,7 @@ def checksession(binary, page, options, blocks):
                 complaints.append("%s:%d: nothing is typed in this session\n" % (page, number))
                 continue
             shown, prompt = perform(terminal, prompt, lines)
+            shown = shown.encode("latin-1").decode("utf-8", "replace")
             expected, actual = compared("\n".join(lines), options), compared(shown, options)
             if actual != expected:
                 complaints.append("%s:%d: the session reads otherwise\n" % (page, number) + "".join(
