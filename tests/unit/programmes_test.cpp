@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "diagnostics/exception.h"
 #include "driver/prompt.h"
 #include "driver/system.h"
 #include "spaces/instructions.h"
