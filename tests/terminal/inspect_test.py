@@ -117,7 +117,7 @@ class Inspect(unittest.TestCase):
             terminal.say("")
             terminal.type("OFF .\n")
             text, _ = terminal.ending()
-            average = re.search(r"\nADD \t\t +\S+ +\S+ +(\S+) +([nu])S, 100\.000 %t\n", text)
+            average = re.search(r"\nADD \t\t *\S+ +\S+ +(\S+) +([nu])S, 100\.000 %t\n", text)
             self.assertTrue(average, text)
 
 
