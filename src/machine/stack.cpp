@@ -24,10 +24,12 @@ Next pushcount(Level &level, std::int64_t count) {
   return Next::FETCH;
 }
 
+// What COLLECT makes of nothing: like any vector that it makes of scalars, it has depth 0.
 Next pushempty(Level &level) {
   if (stackfull(level)) return fail(level, 806);
   Point empty;
   makeempty(empty);
+  empty.depth = 0;
   pushowned(level, empty);
   return Next::FETCH;
 }

@@ -59,7 +59,7 @@ TEST_F(Programmes, CollectedFlagWords) {
   EXPECT_EQ(flags("1 2.5 'a' 1i2 1i2j3k4 1i2j3k4l5m6n7o8 COLLECT"), 0x40006U);
   EXPECT_EQ(flags("4 (5 6) COLLECT"), 0x40002U) << "integers, and a structure";
   EXPECT_EQ(flags("(5 6) (7 8) COLLECT"), 0x40002U);
-  EXPECT_EQ(flags("(5 'a') (7 8) COLLECT"), 0x40003U);
+  EXPECT_EQ(flags("(5 1.5) (7 8) COLLECT"), 0x40003U);
   EXPECT_EQ(flags("MARK COLLECT"), 0x240000U);
   EXPECT_EQ(flags("COLLECT"), 0x240000U);
   EXPECT_EQ(flags("MARK 1 COLLECT"), 0x10400U);
