@@ -72,6 +72,7 @@ void vector_coprocessor(std::uint32_t index) {
     const Point &instruction = *reply.instruction;
     const bool ends = instruction.instruction == instructions::ENDPROCESS;
     if (isoperator(instruction) && !ends) work(instruction, index, &state);
+    handinlive();
     sem_post(&threads[index].mainprocess);
     if (ends) return;
   }

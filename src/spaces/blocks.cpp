@@ -14,12 +14,14 @@ pthread_mutex_t mp1 = PTHREAD_MUTEX_INITIALIZER;
 
 namespace {
 
+// A number that all threads write to would cost more than the rest of an allocation: while coprocessors run, each
+// counts for itself.
 std::atomic<std::int64_t> live{0};
+thread_local std::int64_t livehere;
 
-// A locked instruction costs more than the rest of an allocation: without coprocessors there is nobody to lock out.
 void countlive(std::int64_t change) {
   if (coprocessors_running)
-    live.fetch_add(change, std::memory_order_relaxed);
+    livehere += change;
   else
     live.store(live.load(std::memory_order_relaxed) + change, std::memory_order_relaxed);
 }
@@ -44,7 +46,12 @@ constexpr bool fits(std::size_t bytes) {
 }  // namespace
 
 std::int64_t liveblocks() {
-  return live.load(std::memory_order_relaxed);
+  return live.load(std::memory_order_relaxed) + livehere;
+}
+
+void handinlive() {
+  live.fetch_add(livehere, std::memory_order_relaxed);
+  livehere = 0;
 }
 
 #ifdef MORVIK_CHECKING

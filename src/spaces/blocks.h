@@ -51,6 +51,8 @@ void *newblock(std::size_t bytes);
 void freeblock(void *block);
 // How many counted blocks are alive, names of constants aside.
 std::int64_t liveblocks();
+// Adds what a coprocessor counted to it, before the coprocessor sleeps.
+void handinlive();
 
 #ifdef MORVIK_CHECKING
 // Lets so many allocations succeed from now on and fails the one after them, once; below 0 fails none. The environment

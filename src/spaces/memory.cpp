@@ -20,7 +20,7 @@
                                                           6, 6,  //
                                                           4, 4, 4, 4,  4,    4,   4,       4,  4,  2, 2, 2, 1, 1, 1};
 
-pthread_mutex_t mp = PTHREAD_MUTEX_INITIALIZER;
+pthread_mutex_t mp = PTHREAD_ADAPTIVE_MUTEX_INITIALIZER_NP;
 bool coprocessors_running = false;
 
 void morvik_allocator_init() {}
@@ -235,8 +235,33 @@ inline auto locked(Work work) {
   return result;
 }
 
+// While coprocessors run, every thread takes small blocks a handful at a time, so that it rarely waits for the others.
+constexpr unsigned SMALLBUCKETS = 9;
+constexpr int HANDFUL = 128;
+thread_local constinit void *handful[SMALLBUCKETS] = {};
+
+void *takehandful(unsigned k) {
+  void *head = nullptr;
+  for (int i = 0; i < HANDFUL; ++i) {
+    void *const payload = heap.take((std::size_t{1} << k) - BLOCKHEADER);
+    if (!payload) break;
+    setnext(payload, head);
+    head = payload;
+  }
+  return head;
+}
+
+[[gnu::noinline]] void *takeshared(std::size_t size) {
+  const unsigned k = bucketof(size);
+  if (k >= SMALLBUCKETS) return locked([size] { return heap.take(size); });
+  if (!handful[k]) handful[k] = locked([k] { return takehandful(k); });
+  void *const payload = handful[k];
+  if (payload) handful[k] = next(payload);
+  return payload;
+}
+
 void *take(std::size_t size) {
-  return locked([size] { return heap.take(size); });
+  return coprocessors_running ? takeshared(size) : heap.take(size);
 }
 
 void *takealigned(std::size_t alignment, std::size_t size) {
