@@ -106,10 +106,9 @@ Next doat(Level &level) {
     release(text);
     return fail(level, 23);
   }
-  char *name = stringdup(bare);
-  release(text);
+  std::memmove(text, bare, std::strlen(bare) + 1);
   Entry *table;
-  const Entry *entry = sigil != 0 ? meaning(level.meaning, name, &table, sigil) : entername(*level.memory, name, sigil);
+  const Entry *entry = sigil != 0 ? meaning(level.meaning, text, &table, sigil) : entername(*level.memory, text, sigil);
   Point address{};
   address.rank = ranks::ADDRESS;
   address.type = ISADDRESS;
