@@ -61,6 +61,17 @@ class Exit(unittest.TestCase):
             self.assertEqual(drawn[4], largest[0])
             self.assertEqual(drawn[5], "%.1f %%" % largest[1])
 
+    def test_the_processors_of_a_pool(self):
+        text = run("-if", "-c2", "-th2", text="(1.5)[1000000] 2.5 * 3.5 + DISCARD .\n")
+        rates = re.findall(r"^Processor (\d):\t *([\d.]+) ([GMK]?)flop/S$", text, re.M)
+        self.assertEqual([number for number, _, _ in rates], ["0", "1", "2", "3", "4"])
+        done = [float(rate) * {"": 1, "K": 1e3, "M": 1e6, "G": 1e9}[unit] for _, rate, unit in rates]
+        # The main thread takes a small head, the others share the rest evenly.
+        self.assertLess(done[0], done[1] / 10)
+        for rate in done[2:]:
+            self.assertAlmostEqual(rate / done[1], 1, delta=0.01)
+        self.assertRegex(text, r"\nSummary:\t.* n=2000001   2\.000 Mflops\n")
+
     def test_after_an_interrupt(self):
         with Terminal(BINARY, "-i") as terminal:
             terminal.untilprompt()
