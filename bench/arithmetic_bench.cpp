@@ -1,18 +1,5 @@
-// The loops of the dyadic scalar instructions beside hand-written loops over the same records, run in turns on thread
-// time: `ratio` is what counts, nanoseconds are for an element. Each pair is first compared record by record. The
-// hand-written loops do what the instruction must do and nothing else: they trust every tag.
-#include <benchmark/benchmark.h>
-#include <time.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstring>
-#include <limits>
-#include <random>
-
-#include "arithmetic/cores.h"
-#include "spaces/instructions.h"
-#include "spaces/refderef.h"
+// The four operations beside hand-written loops, two scalars on the stack, and a whole instruction.
+#include "kernels.h"
 
 #ifndef __clang__
 #pragma GCC optimize("O3")  // as arithmetic/ is
@@ -20,28 +7,9 @@
 
 namespace {
 
-constexpr std::int64_t SMALL = 1000, MIDDLE = 100000, LARGE = 10000000;
-constexpr double NANOSECONDS = 1e9;
-constexpr int ROUNDS = 5;  // in each turn the best of so many counts
-
-double threadtime() {
-  timespec now;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / NANOSECONDS;
-}
+using namespace kernels;
 
 // ---- The hand-written loops.
-
-using Plain = void(Element *result, const Element *left, const Element *right, std::size_t count);
-
-inline void head(Element &e, std::int32_t tag, std::uint16_t form, std::uint16_t marks) {
-  e.tag = tag;
-  e.form = form;
-  e.attributes = marks;
-}
-inline void looklike(Element &e, std::int32_t tag, const Element &other) {
-  head(e, tag, other.form, other.attributes & 0x3fff);
-}
 
 [[gnu::noinline]] void addreals(Element *r, const Element *a, const Element *b, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
@@ -146,104 +114,7 @@ inline void looklike(Element &e, std::int32_t tag, const Element &other) {
   }
 }
 
-// ---- Operands: products keep their size, as all right operands but the first component's sign have the modulus 1.
-
-class Records {
- public:
-  Records(std::int32_t tag, std::size_t count, std::uint64_t seed) : size(count), data(newelements(count)) {
-    std::mt19937_64 random(seed);
-    std::uniform_real_distribution<double> spread(0.5, 1);
-    for (std::size_t i = 0; i < count; ++i) {
-      Element &e = data[i] = {};
-      e.tag = tag;
-      e.form = tag == tags::INTEGER ? forms::NUMBER : forms::CARTESIAN;
-      double part[8];
-      double squares = 0;
-      for (double &x : part) x = spread(random);
-      const int parts = tag == tags::OCTONION ? 8 : tag == tags::QUATERNION ? 4 : tag == tags::COMPLEX ? 2 : 1;
-      for (int k = 0; k < parts; ++k) squares += part[k] * part[k];
-      for (double &x : part) x /= std::sqrt(squares);
-      switch (tag) {
-        case tags::INTEGER:
-          e.integer = static_cast<std::int64_t>(random() % 1000);
-          break;
-        case tags::REAL:
-          e.real = part[0];
-          break;
-        case tags::COMPLEX:
-          e.complex = {part[0], part[1]};
-          break;
-        case tags::QUATERNION:
-          setquaternion(e, {{part[0], part[1], part[2], part[3]}});
-          break;
-        default:
-          e.octonion = static_cast<Octonion *>(newblock(sizeof(Octonion)));
-          std::copy_n(part, 8, e.octonion->part);
-      }
-    }
-  }
-  ~Records() {
-    dereferencedataelems(data, size);
-    freeblock(data);
-  }
-  Records(const Records &) = delete;
-  Records &operator=(const Records &) = delete;
-
-  Element *get() { return data; }
-  // The same values, to the last bit?
-  bool equals(const Records &other) const {
-    for (std::size_t i = 0; i < size; ++i) {
-      const Element &a = data[i], &b = other.data[i];
-      if (std::memcmp(&a, &b, offsetof(Element, name)) != 0) return false;
-      if (a.tag == tags::OCTONION && std::memcmp(a.octonion, b.octonion, sizeof(Octonion)) != 0) return false;
-      if (a.tag == tags::QUATERNION && std::memcmp(&a.name, &b.name, sizeof(Quaternion)) != 0) return false;
-      if (a.tag == tags::COMPLEX && std::memcmp(&a.complex, &b.complex, sizeof(Complex)) != 0) return false;
-      if (a.tag < tags::COMPLEX && a.integer != b.integer) return false;
-    }
-    return true;
-  }
-
- private:
-  std::size_t size;
-  Element *data;
-};
-
 // ---- The benchmarks.
-
-template <class Work>
-void best(double &least, Work &&work) {
-  for (int round = 0; round < ROUNDS; ++round) {
-    const double start = threadtime();
-    work();
-    least = std::min(least, threadtime() - start);
-  }
-}
-
-// Each side writes over its own left operand.
-void kernel(benchmark::State &state, std::uint16_t instruction, std::int32_t tag, Plain *plain, bool scalar) {
-  const Dyadic &cores = *dyadiccores(instruction);
-  const auto count = static_cast<std::size_t>(state.range(0));
-  Records mine(tag, count, 1), theirs(tag, count, 1), right(tag, scalar ? 1 : count, 2);
-  const auto system = [&] {
-    Run run{mine.get(), right.get(), mine.get(), 1, scalar ? std::size_t{0} : 1, 1, count, false};
-    Tally tally;
-    if (work(cores, run, tally) != 0) state.SkipWithError("a failure");
-  };
-  const auto byhand = [&] { plain(theirs.get(), theirs.get(), right.get(), count); };
-  system();
-  byhand();
-  if (!mine.equals(theirs)) state.SkipWithError("different results");
-  double systemtime = std::numeric_limits<double>::infinity(), handtime = systemtime;
-  for (auto _ : state) {
-    best(systemtime, system);
-    best(handtime, byhand);
-  }
-  if (!mine.equals(theirs)) state.SkipWithError("different results");
-  const double each = NANOSECONDS / static_cast<double>(count);
-  state.counters["ns"] = systemtime * each;
-  state.counters["byhand_ns"] = handtime * each;
-  state.counters["ratio"] = systemtime / handtime;
-}
 
 #define KERNEL(name, instruction, tag, plain, scalar)                                  \
   BENCHMARK_CAPTURE(kernel, name, instructions::instruction, tags::tag, plain, scalar) \

@@ -6,7 +6,13 @@ namespace {
 struct Add : Counted {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
 
-  Number operator()(Integer a, Integer b) { return whole(static_cast<double>(a.value) + static_cast<double>(b.value)); }
+  template <class Give>
+  void operator()(Integer a, Integer b, Give &&give) {
+    if (summable(a, b)) [[likely]]
+      give(Integer{a.value + b.value});
+    else
+      give(whole(static_cast<double>(a.value) + static_cast<double>(b.value)));
+  }
 
   template <Parted A, Parted B>
   static constexpr std::size_t flopseach(Formula<A, B>) {

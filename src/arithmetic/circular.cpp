@@ -20,7 +20,7 @@ double rootofsquareless(double x) {
   return size > GREAT ? size : std::sqrt((x - 1) * (x + 1));
 }
 
-double realfunction(std::int64_t number, double x) {
+[[gnu::always_inline]] inline double realfunction(std::int64_t number, double x) {
   switch (number) {
     case 0:
       return std::sqrt((1 - x) * (1 + x));
@@ -191,11 +191,10 @@ struct Circular : Counted {
     return number.value >= -GREATESTFUNCTION && number.value <= GREATESTFUNCTION ? 0 : NOFUNCTION;
   }
 
+  static constexpr std::size_t flopseach(Formula<double, Integer>) { return 1; }
+  static constexpr std::size_t flopseach(Formula<Integer, Integer>) { return 1; }
   double operator()(Integer x, Integer number) { return (*this)(static_cast<double>(x.value), number); }
-  double operator()(double x, Integer number) {
-    flops += 1;
-    return realfunction(number.value, x);
-  }
+  double operator()(double x, Integer number) { return realfunction(number.value, x); }
   Complex operator()(const Complex &x, Integer number) {
     flops += 8;
     return cleanedfunction(number.value, x);

@@ -49,10 +49,11 @@ struct Comparison : Counted {
 
 // Kept: positive infinity is identical to negative infinity, but not the other way round.
 inline bool isident(double a, double b) {
-  if (a == b) return true;
-  if (std::isnan(a) && std::isnan(b)) return true;
   constexpr double GREATEST = std::numeric_limits<double>::max();
-  return std::fabs(a) > GREATEST && std::fabs(b) > GREATEST && a > b;
+  if (a == b) return true;
+  if (std::fabs(a) <= GREATEST) [[likely]]
+    return false;
+  return std::isnan(a) ? std::isnan(b) : std::fabs(b) > GREATEST && a > b;
 }
 
 // What only the higher number has is compared with 0.

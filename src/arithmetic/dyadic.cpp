@@ -34,7 +34,7 @@ std::int32_t survey(const Dyadic &d, const Run &run, bool &owning) {
     }
     if (!kernelof(d, left->tag, right->tag)) return d.refusal(left->tag, right->tag);
     const Check check = checkof(d, left->tag, right->tag);
-    if (const std::int32_t message = check ? check(*left, *right) : 0; message != 0) return message;
+    if (const std::int32_t message = check ? check(run, i, i + 1) : 0; message != 0) return message;
   }
   return 0;
 }

@@ -19,6 +19,7 @@ struct Dyadic {
   bool failslate;         // a core may fail half-way, so results never overwrite an operand
   std::int32_t (*refusal)(std::int32_t left, std::int32_t right);  // the message for a pair without a loop
   Kernel kernels[LOOPTAGS][LOOPTAGS];
+  Single singles[LOOPTAGS][LOOPTAGS];  // of pairs that need no check
   Check checks[LOOPTAGS][LOOPTAGS];
 };
 
@@ -26,6 +27,10 @@ struct Dyadic {
 inline Kernel kernelof(const Dyadic &d, std::int32_t left, std::int32_t right) {
   const std::uint32_t l = rowof(left), r = rowof(right);
   return l < LOOPTAGS && r < LOOPTAGS ? d.kernels[l][r] : nullptr;
+}
+inline Single singleof(const Dyadic &d, std::int32_t left, std::int32_t right) {
+  const std::uint32_t l = rowof(left), r = rowof(right);
+  return l < LOOPTAGS && r < LOOPTAGS ? d.singles[l][r] : nullptr;
 }
 inline Check checkof(const Dyadic &d, std::int32_t left, std::int32_t right) {
   const std::uint32_t l = rowof(left), r = rowof(right);
@@ -45,6 +50,14 @@ template <class Core, std::int32_t L, std::int32_t R>
 constexpr Kernel kernelfor() {
   if constexpr (Supported<Core, Kind<L>, Kind<R>>)
     return &loop<Core, L, R>;
+  else
+    return nullptr;
+}
+
+template <class Core, std::int32_t L, std::int32_t R>
+constexpr Single singlefor() {
+  if constexpr (Supported<Core, Kind<L>, Kind<R>> && !Checked<Core, Kind<L>, Kind<R>>)
+    return &single<Core, L, R>;
   else
     return nullptr;
 }
@@ -74,6 +87,7 @@ constexpr Dyadic dyadic() {
   [&]<std::size_t... cell>(std::index_sequence<cell...>) {
     constexpr auto tag = [](std::size_t i) { return tags::ASCII + static_cast<std::int32_t>(i); };
     ((d.kernels[cell / LOOPTAGS][cell % LOOPTAGS] = kernelfor<Core, tag(cell / LOOPTAGS), tag(cell % LOOPTAGS)>(),
+      d.singles[cell / LOOPTAGS][cell % LOOPTAGS] = singlefor<Core, tag(cell / LOOPTAGS), tag(cell % LOOPTAGS)>(),
       d.checks[cell / LOOPTAGS][cell % LOOPTAGS] = checkfor<Core, tag(cell / LOOPTAGS), tag(cell % LOOPTAGS)>()),
      ...);
   }

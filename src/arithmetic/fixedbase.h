@@ -16,11 +16,10 @@ template <class Base>
 struct PowerOf : Counted {
   double operator()(double x) {
     double result = 0;
-    Power core;
-    core(Base::VALUE, x, [&](const auto &value) {
+    flops += 1;
+    Power{}(Base::VALUE, x, [&](const auto &value) {
       if constexpr (std::is_same_v<std::remove_cvref_t<decltype(value)>, double>) result = value;
     });
-    flops += core.flops;
     return result;
   }
   template <Hyper T>

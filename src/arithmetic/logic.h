@@ -9,13 +9,16 @@ constexpr double clamped(double x) {
   return x > 1 ? 1 : x < 0 ? 0 : x;
 }
 
-// Of clamped components. A choice keeps b where one of the two is NaN, so that of a has to be brought in: a - a is 0
-// for all that is clamped, and the sum with it is never the negative zero.
+// Of clamped components. The choice is b where one of the two is NaN; the sum is never the negative zero.
 constexpr double conjunction(double a, double b) {
-  return (a < b ? a : b) + (a - a);
+  if (a != a) [[unlikely]]
+    return a;
+  return (a < b ? a : b) + 0.0;
 }
 constexpr double disjunction(double a, double b) {
-  return (a > b ? a : b) + (a - a);
+  if (a != a) [[unlikely]]
+    return a;
+  return (a > b ? a : b) + 0.0;
 }
 // The bounded sums.
 constexpr double strongconjunction(double a, double b) {

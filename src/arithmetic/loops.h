@@ -41,6 +41,13 @@ struct Counted {
   }
 };
 
+// Are two integers so small that doubles hold them, their sum and their difference? Then the rule of integer arithmetic
+// says what integers say, and faster.
+inline bool summable(Integer a, Integer b) {
+  constexpr std::uint64_t HALF = 1ULL << 52;
+  return ((static_cast<std::uint64_t>(a.value) + HALF) | (static_cast<std::uint64_t>(b.value) + HALF)) < 2 * HALF;
+}
+
 // What an instruction counts and finds on one thread, through all the spaces that it meets.
 struct Tally {
   double tolerance = 0;
@@ -65,8 +72,10 @@ struct Run {
 
 // Works elements from `from` up to `to` as long as both records are what it is for; returns where it ended.
 using Kernel = std::size_t (*)(Run &run, std::size_t from, std::size_t to, Tally &tally);
-// The message for a pair of records whose values fail, 0 for none.
-using Check = std::int32_t (*)(const Element &left, const Element &right);
+// The same for one pair, where few of its like stand together; false where the pair is not for it, or fails.
+using Single = bool (*)(Run &run, std::size_t at, Tally &tally);
+// The message for the first of such pairs of records whose values fail, 0 for none; ends as a kernel does.
+using Check = std::int32_t (*)(const Run &run, std::size_t from, std::size_t to);
 
 // Works all of a run, whatever its records are, nested spaces included. `run.done` tells how far it came. Returns a
 // message number, 0 for none, or INTERRUPTED; never jumps. For slices, and for folds: steps may be any number of
@@ -152,6 +161,8 @@ template <class Core, class L, class R>
 constexpr auto resultfor(Formula<L, R>) {
   if constexpr (Returning<Core, L, R>)
     return std::type_identity<decltype(std::declval<Core &>()(std::declval<const L &>(), std::declval<const R &>()))>{};
+  else if constexpr (std::same_as<L, Integer>)
+    return std::type_identity<Number>{};
   else
     return std::type_identity<Wider<L, R>>{};
 }
@@ -202,14 +213,12 @@ inline std::uint64_t inherited(std::uint64_t left, std::uint64_t right) {
 }
 
 inline std::uint32_t write(Element &to, std::int64_t value, std::uint16_t form) {
-  setheading(to, heading(tags::INTEGER, form));
-  to.name = nullptr;
+  settitle(to, heading(tags::INTEGER, form));
   to.integer = value;
   return HASINTEGER;
 }
 inline std::uint32_t write(Element &to, double value) {
-  setheading(to, heading(tags::REAL, forms::COMPUTED));
-  to.name = nullptr;
+  settitle(to, heading(tags::REAL, forms::COMPUTED));
   to.real = value;
   return HASREAL;
 }
@@ -225,8 +234,7 @@ inline std::uint32_t write(Element &to, Number number) {
   return write(to, saturate(number.value), forms::NUMBER);
 }
 inline std::uint32_t write(Element &to, std::uint64_t head, const Complex &value) {
-  setheading(to, head);
-  to.name = nullptr;
+  settitle(to, head);
   to.complex = value;
   return HASCOMPLEX;
 }
@@ -290,8 +298,41 @@ inline Core startcore(const Tally &tally) {
   return core;
 }
 
-// Reads a pair of records before it writes the result, which may be one of them. Under a flag word that is not exact a
-// space may hold any record: each is looked at, and the first that is not expected ends the loop.
+// Works one pair: reads it before it writes the result, which may be one of the two. Hands the HAS bit of the result to
+// `note`. False where the pair is not for this formula, or fails, which sets `failure`.
+template <class Core, std::int32_t L, std::int32_t R, class Note>
+[[gnu::always_inline]] inline bool workpair(Core &core, const Element &left, const Element &right, Element &result,
+                                            bool fresh, std::int32_t &failure, Note &&note) {
+  using Result = ResultFor<Core, Kind<L>, Kind<R>>;
+  if (left.tag != L || right.tag != R) [[unlikely]]
+    return false;
+  const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
+  if constexpr (requires { core.bothpolar; }) core.bothpolar = ispolar(lefthead & righthead);
+  // Found before the formula runs, as its terms are computed best where they are stored.
+  Octonion *home = nullptr;
+  if constexpr (std::same_as<Result, Octonion>) {
+    home = octonionhome(result, fresh);
+    if (!home) [[unlikely]] {
+      failure = OUTOFSTORAGE;
+      return false;
+    }
+  }
+  apply(core, valueof<L>(left), valueof<R>(right), [&](const auto &value) {
+    if constexpr (requires { core.failure; }) {
+      if (core.failure != 0) [[unlikely]] {
+        failure = core.failure;
+        if (fresh) release(home);
+        return;
+      }
+    }
+    note(place<L, R>(result, lefthead, righthead, value, fresh, home));
+  });
+  if constexpr (requires { core.failure; }) return failure == 0;
+  return true;
+}
+
+// Under a flag word that is not exact a space may hold any record: each is looked at, and the first that is not
+// expected ends the loop.
 template <class Core, std::int32_t L, std::int32_t R>
 std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   using Result = ResultFor<Core, Kind<L>, Kind<R>>;
@@ -300,53 +341,39 @@ std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   std::uint32_t kinds = 0;  // of the results that are not of the usual kind, of which there are
   std::size_t others = 0;
   std::int32_t failure = 0;
-  // False where the pair is not for this loop, or fails.
   const auto one = [&](const Element &left, const Element &right, Element &result) {
-    if (left.tag != L || right.tag != R) [[unlikely]]
-      return false;
-    const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
-    if constexpr (requires { core.bothpolar; }) core.bothpolar = ispolar(lefthead & righthead);
-    // Found before the formula runs, as its terms are computed best where they are stored.
-    Octonion *home = nullptr;
-    if constexpr (std::same_as<Result, Octonion>) {
-      home = octonionhome(result, fresh);
-      if (!home) [[unlikely]] {
-        failure = OUTOFSTORAGE;
-        return false;
-      }
-    }
-    apply(core, valueof<L>(left), valueof<R>(right), [&](const auto &value) {
-      if constexpr (requires { core.failure; }) {
-        if (core.failure != 0) [[unlikely]] {
-          failure = core.failure;
-          if (fresh) release(home);
-          return;
-        }
-      }
-      const std::uint32_t kind = place<L, R>(result, lefthead, righthead, value, fresh, home);
+    return workpair<Core, L, R>(core, left, right, result, fresh, failure, [&](std::uint32_t kind) {
       if (kind != USUALBIT<Result>) [[unlikely]] {
         kinds |= kind;
         ++others;
       }
     });
-    if constexpr (requires { core.failure; }) return failure == 0;
-    return true;
   };
 
   const std::size_t leftstep = run.leftstep, rightstep = run.rightstep, resultstep = run.resultstep;
-  const Element *left = run.left + from * leftstep, *right = run.right + from * rightstep;
   Element *result = run.result + from * resultstep;
+  // Records to records one by one, and steps that the compiler knows: nearly all there is to do.
+  const auto along = [&](const Element *left, const Element *right, auto leftby, auto rightby) {
+    left += from * leftby;
+    right += from * rightby;
+    Element *const first = result, *const end = result + (to - from);
+    while (result != end && one(*left, *right, *result)) left += leftby, right += rightby, ++result;
+    return from + static_cast<std::size_t>(result - first);
+  };
+  constexpr std::integral_constant<std::size_t, 0> none;
+  constexpr std::integral_constant<std::size_t, 1> unit;
   std::size_t i = from;
   if (leftstep == 1 && rightstep == 1 && resultstep == 1) {
-    Element *const first = result, *const end = result + (to - from);
-    while (result != end && one(*left, *right, *result)) ++left, ++right, ++result;
-    i += static_cast<std::size_t>(result - first);
+    i = along(run.left, run.right, unit, unit);
+  } else if (!Hyper<Result> && leftstep == 1 && rightstep == 0 && resultstep == 1) {
+    const Element lone = *run.right;
+    i = along(run.left, &lone, unit, none);
+  } else if (!Hyper<Result> && leftstep == 0 && rightstep == 1 && resultstep == 1) {
+    const Element lone = *run.left;
+    i = along(&lone, run.right, none, unit);
   } else {
-    for (; i < to && one(*left, *right, *result); ++i) {
-      left += leftstep;
-      right += rightstep;
-      result += resultstep;
-    }
+    const Element *left = run.left + from * leftstep, *right = run.right + from * rightstep;
+    for (; i < to && one(*left, *right, *result); ++i) left += leftstep, right += rightstep, result += resultstep;
   }
   run.kinds |= i - from > others ? kinds | USUALBIT<Result> : kinds;
   tally.failure = failure;
@@ -355,6 +382,22 @@ std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
 }
 
 template <class Core, std::int32_t L, std::int32_t R>
-std::int32_t check(const Element &left, const Element &right) {
-  return Core{}.check(valueof<L>(left), valueof<R>(right));
+bool single(Run &run, std::size_t at, Tally &tally) {
+  Core core = startcore<Core>(tally);
+  const bool done = workpair<Core, L, R>(core, run.left[at * run.leftstep], run.right[at * run.rightstep],
+                                         run.result[at * run.resultstep], run.fresh, tally.failure,
+                                         [&](std::uint32_t kind) { run.kinds |= kind; });
+  tally.flops += flopsof<Core, Kind<L>, Kind<R>>(core, done ? 1 : 0);
+  return done;
+}
+
+template <class Core, std::int32_t L, std::int32_t R>
+std::int32_t check(const Run &run, std::size_t from, std::size_t to) {
+  const Element *left = run.left + from * run.leftstep, *right = run.right + from * run.rightstep;
+  for (std::size_t i = from; i < to && left->tag == L && right->tag == R; ++i) {
+    if (const std::int32_t message = Core{}.check(valueof<L>(*left), valueof<R>(*right)); message != 0) return message;
+    left += run.leftstep;
+    right += run.rightstep;
+  }
+  return 0;
 }

@@ -43,7 +43,7 @@ std::int32_t survey(const Monadic &m, const Run &run, bool &owning) {
     if (owning) return 0;
     if (!kernelof(m, e.tag)) return m.refusal(e.tag);
     const SingleCheck check = checkof(m, e.tag);
-    if (const std::int32_t message = check ? check(e) : 0; message != 0) return message;
+    if (const std::int32_t message = check ? check(run, i, i + 1) : 0; message != 0) return message;
   }
   return 0;
 }
@@ -103,19 +103,6 @@ std::int32_t single(const Monadic &m, Run &run, std::size_t i, Tally &tally) {
   return 0;
 }
 
-// Has each record of the stretch a value that its core takes? Up to the first of another kind.
-std::int32_t judged(const Monadic &m, const Run &run, std::size_t from, std::size_t to) {
-  const std::int32_t tag = run.left[from * run.leftstep].tag;
-  const SingleCheck check = checkof(m, tag);
-  if (!check) return 0;
-  for (std::size_t i = from; i < to; ++i) {
-    const Element &e = run.left[i * run.leftstep];
-    if (e.tag != tag) return 0;
-    if (const std::int32_t message = check(e); message != 0) return message;
-  }
-  return 0;
-}
-
 // ---- On the stack.
 
 // What the slices need to know of the operand.
@@ -147,8 +134,10 @@ std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept {
       return INTERRUPTED;
     const std::size_t from = run.done, to = std::min(run.count, from + STRETCH);
     std::int32_t message;
-    if (const Kernel kernel = kernelof(m, run.left[from * run.leftstep].tag)) {
-      message = judged(m, run, from, to);
+    const std::int32_t tag = run.left[from * run.leftstep].tag;
+    if (const Kernel kernel = kernelof(m, tag)) {
+      const SingleCheck check = checkof(m, tag);
+      message = check ? check(run, from, to) : 0;
       if (message != 0) return message;
       run.done = kernel(run, from, to, tally);
       message = tally.failure;

@@ -27,7 +27,7 @@
 inline constexpr std::int32_t NOTBINARY = 164, IMPOSSIBLE = 991, RESTRICTION = 994;
 
 // One instruction as data: its loops by tag, null where there is none.
-using SingleCheck = std::int32_t (*)(const Element &);
+using SingleCheck = std::int32_t (*)(const Run &run, std::size_t from, std::size_t to);
 struct Monadic {
   bool tolerant, counting, failslate;         // reads #CT, reads #IO, must not write over its operand
   std::int32_t (*refusal)(std::int32_t tag);  // the message for a tag without a loop
@@ -209,8 +209,15 @@ concept Judged = requires(const Core core, const A &a, Heading head) {
   core.check(a, head);
 };
 template <class Core, std::int32_t tag>
-std::int32_t judge(const Element &e) {
+inline std::int32_t judge(const Element &e) {
   return Core{}.check(valueof<tag>(e), Heading{headingof(e)});
+}
+// The message for the first record whose value fails, up to the first of another kind.
+template <class Core, std::int32_t tag>
+std::int32_t judgeall(const Run &run, std::size_t from, std::size_t to) {
+  for (std::size_t i = from; i < to && run.left[i * run.leftstep].tag == tag; ++i)
+    if (const std::int32_t message = judge<Core, tag>(run.left[i * run.leftstep]); message != 0) return message;
+  return 0;
 }
 
 // ---- The table of a struct of cores.
@@ -218,7 +225,7 @@ std::int32_t judge(const Element &e) {
 template <class Core, std::int32_t tag>
 constexpr void setrow(Monadic &m) {
   if constexpr (Takes<Core, Kind<tag>>) m.kernels[rowof(tag)] = &monadicloop<Core, tag>;
-  if constexpr (Judged<Core, Kind<tag>>) m.checks[rowof(tag)] = &judge<Core, tag>;
+  if constexpr (Judged<Core, Kind<tag>>) m.checks[rowof(tag)] = &judgeall<Core, tag>;
 }
 
 template <class Core>

@@ -23,8 +23,13 @@ struct Multiply : Counted {
   requires std::same_as<A, double> || std::same_as<B, double>
   static constexpr std::size_t flopseach(Formula<A, B>) { return PARTS<Wider<A, B>>; }
 
-  // 0 times an infinity is 0.
-  double operator()(double a, double b) { return a == 0 || b == 0 ? 0 : a * b; }
+  // 0 times an infinity is 0, and no product of 0 has a sign.
+  double operator()(double a, double b) {
+    const double x = a * b;
+    if (!__builtin_islessgreater(x, 0.0)) [[unlikely]]
+      return a == 0 || b == 0 ? 0 : x;
+    return x;
+  }
 
   // In polar form the moduli multiply and the angles add. The cross terms are no matter where an imaginary part is 0,
   // but for infinities.

@@ -7,16 +7,18 @@
 struct Power : Counted {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
 
+  static constexpr std::size_t flopseach(Formula<double, double>) { return 1; }
+
   // Of integers too the result is real, and of a negative base it is complex where the exponent has a fraction.
   template <class Give>
   void operator()(double base, double exponent, Give &&give) {
-    flops += 1;
-    if (exponent == THIRD)
-      give(std::cbrt(base));
-    else if (!(base < 0) || !hasfraction(exponent))
-      give(exponent == HALF ? std::sqrt(base) : std::pow(base, exponent));
-    else
+    const bool plain = base >= 0 && !(exponent >= THIRD && exponent <= HALF);
+    if (plain) [[likely]]
+      give(std::pow(base, exponent));
+    else if (exponent != THIRD && base < 0 && hasfraction(exponent))
       give(ofnegative(-base, exponent));
+    else
+      give(rarepower(base, exponent));
   }
 
   Complex operator()(const Complex &base, const Complex &exponent) {
@@ -43,6 +45,11 @@ struct Power : Counted {
 
   // NaN has none, and an infinity is whole.
   static bool hasfraction(double x) { return std::isfinite(x) && std::trunc(x) != x; }
+
+  [[gnu::noinline]] static double rarepower(double base, double exponent) {
+    if (exponent == THIRD) return std::cbrt(base);
+    return exponent == HALF ? std::sqrt(base) : std::pow(base, exponent);
+  }
 
   // Kept: a component below 1e-15 is 0, however small the other one is.
   [[gnu::noinline]] static Complex ofnegative(double size, double exponent) {

@@ -97,6 +97,13 @@ inline Quaternion pairproduct(const Quaternion &a, const Quaternion &b) {
   return {{c[0], c[1], d[0], d[1]}};
 }
 
+template <Right as>
+inline Octonion pairproduct(const Octonion &a, const Octonion &b) {
+  const Pair c = productpair<0, as>(a, b), d = productpair<2, as>(a, b);
+  const Pair e = productpair<4, as>(a, b), f = productpair<6, as>(a, b);
+  return {{c[0], c[1], d[0], d[1], e[0], e[1], f[0], f[1]}};
+}
+
 // The product of quaternions of which a last component is 0. By value, so that the operands need not stand in memory.
 template <Right as>
 [[gnu::noinline]] Quaternion flatproduct(Pair a0, Pair a2, Pair b0, Pair b2) {
@@ -124,7 +131,10 @@ inline void product(const A &a, const B &b, std::uint64_t &counted, Give &&give)
   } else {
     constexpr int terms = lefts * rights, sums = terms - PARTS<Wider<A, B>>;
     counted += terms + sums;
-    give(leadingproduct<lefts, rights, as>(a, b));
+    if constexpr (lefts == 8 && rights == 8)
+      give(pairproduct<as>(a, b));
+    else
+      give(leadingproduct<lefts, rights, as>(a, b));
   }
 }
 

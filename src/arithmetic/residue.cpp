@@ -18,7 +18,10 @@ struct Residue : Counted {
 
   double operator()(double a, double b) {
     flops += 3;
-    return b == 0 ? a : a - cut(a / b) * b;
+    const double q = a / b;
+    if (std::fabs(q) < INTEGERBOUND) [[likely]]
+      return a - static_cast<double>(static_cast<std::int64_t>(q)) * b;
+    return b == 0 ? a : a - cut(q) * b;
   }
 
   // Kept: the quotient is cut towards 0 and goes up by 1 where its two fractions together reach 1 and the imaginary one

@@ -167,6 +167,11 @@ inline std::uint64_t headingof(const Element &e) {
 inline void setheading(Element &e, std::uint64_t word) {
   std::memcpy(static_cast<void *>(&e), &word, sizeof word);
 }
+// With no name, in one store.
+inline void settitle(Element &e, std::uint64_t word) {
+  using Words __attribute__((vector_size(16), aligned(8), may_alias)) = unsigned long long;
+  *reinterpret_cast<Words *>(&e) = Words{word, 0};
+}
 
 // What passes from an operand's heading to a result: all but the name and the silence.
 inline constexpr std::uint64_t INHERITED = ~heading(0, 0, attributes::NAMED | attributes::SILENT);

@@ -91,23 +91,26 @@ std::int32_t single(const Dyadic &d, Run &run, std::size_t i, Tally &tally) {
   return d.refusal(left.tag, right.tag);
 }
 
-// Has each pair of the stretch values that the pair's core takes? Up to the first that no loop takes.
-std::int32_t checked(const Dyadic &d, const Run &run, std::size_t from, std::size_t to) {
-  const Element *left = run.left + from * run.leftstep, *right = run.right + from * run.rightstep;
-  const std::int32_t lefttag = left->tag, righttag = right->tag;
-  const Check check = checkof(d, lefttag, righttag);
-  if (!check) return 0;
-  for (std::size_t i = from; i < to && left->tag == lefttag && right->tag == righttag; ++i) {
-    if (const std::int32_t message = check(*left, *right); message != 0) return message;
-    left += run.leftstep;
-    right += run.rightstep;
+// Pairs of kinds that change all the time, one by one. A few of one kind together are better off in its loop again.
+void workmixed(const Dyadic &d, Run &run, std::size_t to, Tally &tally) {
+  constexpr int TOGETHER = 8;
+  Single last = nullptr;
+  int alike = 0;
+  while (run.done < to && alike < TOGETHER) {
+    const std::size_t at = run.done;
+    const std::int32_t left = run.left[at * run.leftstep].tag, right = run.right[at * run.rightstep].tag;
+    const Single step = singleof(d, left, right);
+    if (!step || !step(run, at, tally)) return;
+    ++run.done;
+    alike = step == last ? alike + 1 : 0;
+    last = step;
   }
-  return 0;
 }
 
 }  // namespace
 
 std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept {
+  constexpr std::size_t SHORT = 8;
   while (run.done < run.count) {
     if (tally.stopped && tally.stopped()) [[unlikely]]
       return INTERRUPTED;
@@ -116,9 +119,11 @@ std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept {
     const Kernel kernel = kernelof(d, left.tag, right.tag);
     std::int32_t message;
     if (kernel) {
-      message = checked(d, run, from, to);
+      const Check check = checkof(d, left.tag, right.tag);
+      message = check ? check(run, from, to) : 0;
       if (message != 0) return message;
       run.done = kernel(run, from, to, tally);
+      if (tally.failure == 0 && run.done - from < SHORT) workmixed(d, run, to, tally);
       message = tally.failure;
     } else {
       message = single(d, run, from, tally);
