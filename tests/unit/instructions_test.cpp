@@ -1,5 +1,9 @@
 // The instruction set by number: what each row is, that the names without an implementation answer as they must, and
 // that the class check comes first.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
 #include <map>
 #include <string>
 #include <vector>
@@ -140,6 +144,41 @@ TEST_F(Numbers, TheClassCheckComesFirst) {
       expectuntouched(row.name);
     }
   }
+}
+
+// What the process reads as its standard input, for as long as this lives.
+class StandardInput {
+ public:
+  explicit StandardInput(const std::string &text) : before(dup(STDIN_FILENO)) {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    EXPECT_EQ(write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    close(ends[1]);
+    dup2(ends[0], STDIN_FILENO);
+    close(ends[0]);
+    clearerr(stdin);
+  }
+  ~StandardInput() {
+    while (std::getchar() != EOF) {
+    }
+    dup2(before, STDIN_FILENO);
+    close(before);
+    clearerr(stdin);
+  }
+  StandardInput(const StandardInput &) = delete;
+  StandardInput &operator=(const StandardInput &) = delete;
+
+ private:
+  int before;
+};
+
+// No keyword leads to it.
+TEST_F(Numbers, WaitTakesOneByteAndNoValue) {
+  const StandardInput input("xy");
+  EXPECT_EQ(run(instructions::WAIT), "\nWaiting... press ENTER to continue: ");
+  expectuntouched("WAIT");
+  EXPECT_EQ(std::getchar(), 'y');
+  EXPECT_EQ(run(instructions::WAIT, 0), "\nWaiting... press ENTER to continue: ");
 }
 
 }  // namespace

@@ -1,0 +1,117 @@
+#!/usr/bin/env python3
+"""Names whatever of the tables no test touches.
+
+- A spelling of keywords.def or constants.def must stand in a transcript, an example or a session on a page.
+- An instruction must be run there by one of its spellings; the room frontend does not count, which compiles more than it
+  runs. What has no spelling of its own is given by its number or name in a unit test.
+- A message that is raised must be shown there, or looked for by its number in a unit test.
+"""
+import pathlib
+import re
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+TESTS = ROOT / "tests"
+STRING = re.compile(r'"((?:[^"\\]|\\.)*)"')
+STRINGS = re.compile(r'(?:"(?:[^"\\]|\\.)*"\s*)+')
+ESCAPE = re.compile(r"\\(?:x([0-9A-Fa-f]{2})|(.))")
+COMMENT = re.compile(rb'["\xBC][^"\xBC]*["\xBC]')
+SESSION = re.compile(r"^```morvik[^\n]*\n(.*?)^```", re.M | re.S)
+# By number alone: every number without an implementation is run in unit/instructions_test.cpp.
+BYNUMBER = ("NOTIMPLEMENTED", "RESTRICTED", "NOTHING")
+# The word that closes a function is none of the keywords.
+CLOSING = {"FUNCTIONEND": [b";"]}
+FIRSTCERTAIN = 100  # a smaller number in a unit test may mean anything
+
+
+def unescaped(text):
+    """The bytes of a string literal."""
+    return ESCAPE.sub(lambda m: chr(int(m.group(1), 16)) if m.group(1) else m.group(2), text).encode("latin-1")
+
+
+def rows(path, macro):
+    """The rows of a table: the text between the macro's brackets."""
+    text = (ROOT / "src" / path).read_text()
+    return re.findall(r"^%s\((.*)\)$" % macro, text, re.M)
+
+
+def spellings(row):
+    return [b"".join(map(unescaped, STRING.findall(literal))) for literal in STRINGS.findall(row)]
+
+
+def pages():
+    return [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
+
+
+def programmes(frontend):
+    """All that the transcripts, the examples and the pages put in, without comments."""
+    found = [path for path in sorted(TESTS.glob("transcripts/*/*")) + sorted((ROOT / "examples").glob("*"))
+             if path.suffix == ".morvik" and (frontend or path.parent.name != "frontend")]
+    found += [path for path in sorted(TESTS.glob("transcripts/*/*.files/**/*")) if path.is_file()]
+    texts = [COMMENT.sub(b" ", path.read_bytes()) for path in found]
+    for page in pages():
+        texts += [session.encode("latin-1", "replace") for session in SESSION.findall(page.read_text())]
+    return b"\n".join(texts)
+
+
+def shown():
+    """All that they put out, and what the tests at a terminal look for."""
+    found = sorted(TESTS.glob("transcripts/*/*.expected")) + sorted((ROOT / "examples").glob("*.expected"))
+    found += pages() + sorted(TESTS.glob("terminal/*.py"))
+    return "\n".join(path.read_text() for path in found)
+
+
+def unittests():
+    return "\n".join(path.read_text() for path in sorted(TESTS.glob("unit/*_test.cpp")))
+
+
+def stands(spelling, text):
+    pattern = rb"(?:(?<=[\s;.()])|^)" + re.escape(spelling) + rb"(?![0-9A-Za-z_])"
+    return re.search(pattern, text, re.M) is not None
+
+
+def untouchedspellings():
+    everything = programmes(frontend=True)
+    for table, macro in (("frontend/keywords.def", "KEYWORD"), ("frontend/constants.def", "CONSTANT")):
+        for row in rows(table, macro):
+            for spelling in spellings(row):
+                if not stands(spelling, everything):
+                    yield "spelling %s" % spelling.decode("latin-1").encode("unicode_escape").decode()
+
+
+def untouchedinstructions():
+    words = {name: list(spelled) for name, spelled in CLOSING.items()}
+    for row in rows("frontend/keywords.def", "KEYWORD"):
+        kind, _, name = (part.strip() for part in row.split(",", 3)[:3])
+        if kind != "MASKFORM":  # these two write no Point
+            words.setdefault(name, []).extend(spellings(row))
+    run, units = programmes(frontend=False), unittests()
+    for row in rows("machine/instructions.def", "INSTRUCTION"):
+        number, name, _, _, handler = (part.strip() for part in row.split(",", 4))
+        if any(stands(spelling, run) for spelling in words.get(name, ())):
+            continue
+        if name not in words and (handler in BYNUMBER or "instructions::%s" % name in units):
+            continue
+        yield "instruction %s %s" % (number, name)
+
+
+def untouchedmessages():
+    texts, units = shown(), unittests()
+    for row in rows("diagnostics/messages.def", "MESSAGE"):
+        number, literal = row.split(",", 1)
+        text = STRING.search(literal).group(1).split("\\n")[0]
+        inunits = int(number) >= FIRSTCERTAIN and re.search(r"\b%s\b" % number, units)
+        if text not in texts and not inunits:
+            yield "message %s" % number
+
+
+def main():
+    missing = list(untouchedspellings()) + list(untouchedinstructions()) + list(untouchedmessages())
+    for fault in missing:
+        print("touched by no test: " + fault)
+    print("%d faults" % len(missing))
+    return 1 if missing else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
