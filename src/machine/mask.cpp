@@ -58,12 +58,12 @@ void nextposition(Row *rows, std::int32_t rank) {
 Row *makerows(const Point &data, const Point &weights) {
   const auto rank = static_cast<std::size_t>(data.rank);
   auto *rows = static_cast<Row *>(newblock((rank > 0 ? rank : 1) * sizeof(Row)));
-  std::int64_t stride = 1;
+  std::uint64_t stride = 1;  // of an empty space it may be beyond all bounds
   for (std::size_t d = 0; d < rank; ++d) {
     const std::int64_t extent = data.shape_pointer[d].integer;
     const std::int64_t reach = weights.shape_pointer[d].integer % 2;
-    rows[d] = {extent, stride, reach, -reach, 0};
-    stride *= extent;
+    rows[d] = {extent, static_cast<std::int64_t>(stride), reach, -reach, 0};
+    stride *= static_cast<std::uint64_t>(extent);
   }
   return rows;
 }
