@@ -1,5 +1,5 @@
 // EACH: a function applied to every element of a space.
-#include <cstring>
+#include <bit>
 
 #include "machine/gather.h"
 
@@ -19,23 +19,20 @@ bool hasungivable(const Point &data) {
 // Pushes what the function sees of an element: a scalar of it, the enclosed space, or the symbolic Point that stands
 // there.
 void pushelement(Level &level, Gathering &g, const Element &element) {
-  Point argument{};
   if (element.tag == tags::SUBARRAY) return pushcopy(level, *element.subarray);
-  if (element.tag < 0) {
-    std::memcpy(&argument, &element, sizeof argument);
-    return pushcopy(level, argument);
-  }
+  if (element.tag < 0) return pushcopy(level, std::bit_cast<Point>(element));
+  Element *const record = takerecord(g);
+  // In its slot at once: a Point that is put together elsewhere is read back before the processor has written it.
+  Point &argument = level.sp[1];
+  argument = {};
   argument.type = ISSCALAR | (g.data.type & PURITYBITS) | kindbit(element.tag);
   argument.elements = 1;
-  argument.data_pointer = takerecord(g);
-  if (isplainrecord(element)) {
-    *argument.data_pointer = element;
-    return pushowned(level, argument);
-  }
-  *argument.data_pointer = {};
-  argument.data_pointer->tag = tags::FILLER;
-  pushowned(level, argument);
-  copyelement(*argument.data_pointer, element);
+  argument.data_pointer = record;
+  const bool plain = isplainrecord(element);
+  *record = plain ? element : Element{};
+  if (!plain) record->tag = tags::FILLER;
+  ++level.sp;
+  if (!plain) copyelement(*record, element);
 }
 
 Next monadiceach(Level &level) {
