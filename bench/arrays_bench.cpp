@@ -92,7 +92,8 @@ Point nested(std::size_t count) {
 struct Operands {
   Point point[2];
   int count;
-  bool redrawn;  // the first one's flags are drawn anew for each turn, so that no branch on them can be foreseen
+  bool redrawn =
+      false;  // the first one's flags are drawn anew for each turn, so that no branch on them can be foreseen
 };
 
 void redraw(const Point &flags) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "arithmetic/cores.h"
+#include "arithmetic/frame.h"
 #include "machine/gather.h"
 
 namespace {

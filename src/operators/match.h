@@ -11,7 +11,8 @@ struct Similarity {
   double flops;  // comparisons of floating point numbers
 };
 
-// The elements of two spaces in step, enclosed spaces within them. Nothing is released. An interrupt jumps.
+// The elements of two spaces in step, enclosed spaces within them. Nothing is released. Comparisons of
+// doubles count as flops of slot 0. An interrupt jumps.
 Similarity match(const Point &left, const Point &right);
 // Are the elements the same, in kind and in value? 1 or 0.
 int exactmatch(const Point &left, const Point &right);
