@@ -38,9 +38,11 @@ void replacetwo(Level &level, const Point &result) {
 
 Next exact(Level &level) {
   const Point &left = level.sp[-1], &right = level.sp[0];
-  operations += std::max(left.elements, right.elements);
+  const std::uint32_t elements = std::max(left.elements, right.elements);
+  from_coprocessor[0].flops = 1;
   Point result;
   makeinteger(result, sameform(left, right) ? exactmatch(left, right) : 0);
+  countwork(elements, from_coprocessor[0].flops);
   replacetwo(level, result);
   return Next::FETCH;
 }
@@ -74,9 +76,10 @@ Next dodeascii(Level &level) {
 Next domatch(Level &level) {
   if (level.instruction->modifier == instructions::EXACT) return exact(level);
   const Point &left = level.sp[-1], &right = level.sp[0];
+  from_coprocessor[0].flops = 1;
   Similarity s = match(left, right);
   s.score += (left.depth == right.depth ? 1U : 0U) + (left.rank == right.rank ? 1U : 0U) + sameaxes(left, right);
-  countwork(static_cast<double>(s.weight) / 2, 1 + s.flops);
+  countwork(static_cast<double>(s.weight) / 2, from_coprocessor[0].flops);
   const auto possible = static_cast<double>(s.weight) + std::max(rankof(left), rankof(right)) + 2;
   Point result;
   makereal(result, static_cast<double>(s.score) / possible, forms::COMPUTED);

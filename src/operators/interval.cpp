@@ -208,7 +208,8 @@ std::int32_t characters(const Operand &o) {
   Progression p = startprogression(tags::ASCII, 0);
   p.from = from;
   p.step = step;
-  makevector(o, p, static_cast<std::uint64_t>((to - from) * step) + 1);
+  const int width = (to - from) * step;
+  makevector(o, p, static_cast<std::uint64_t>(width) + 1);
   return 0;
 }
 

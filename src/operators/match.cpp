@@ -5,6 +5,7 @@
 #include <bit>
 #include <cmath>
 
+#include "coprocessor/coprocessor.h"
 #include "diagnostics/exception.h"
 
 namespace {
@@ -27,16 +28,16 @@ struct Elements {
 bool samereal(double x, double y) {
   return x == y || (std::isnan(x) && std::isnan(y));
 }
-// The first difference ends the comparison; each part compared is one flop.
-bool sameparts(const double *a, const double *b, int count, double &flops) {
-  return std::equal(a, a + count, b, [&flops](double x, double y) {
-    flops += 1;
-    return samereal(x, y);
-  });
+// The first difference ends the comparison. Each part that is looked at is a flop.
+bool sameparts(const double *a, const double *b, int count) {
+  int same = 0;
+  while (same < count && samereal(a[same], b[same])) ++same;
+  from_coprocessor[0].flops += std::min(same + 1, count);
+  return same == count;
 }
 
 // Two elements of one tag. What is no number and no character is never the same, unless it is one and the same thing.
-bool samevalue(const Element &a, const Element &b, double &flops) {
+bool samevalue(const Element &a, const Element &b) {
   switch (a.tag) {
     case tags::ASCII:
       return a.ascii == b.ascii;
@@ -45,17 +46,17 @@ bool samevalue(const Element &a, const Element &b, double &flops) {
     case tags::INTEGER:
       return a.integer == b.integer;
     case tags::REAL:
-      return sameparts(&a.real, &b.real, 1, flops);
+      return sameparts(&a.real, &b.real, 1);
     case tags::COMPLEX: {
       const double x[2] = {a.complex.re, a.complex.im}, y[2] = {b.complex.re, b.complex.im};
-      return sameparts(x, y, 2, flops);
+      return sameparts(x, y, 2);
     }
     case tags::QUATERNION: {
       const Quaternion x = quaternion(a), y = quaternion(b);
-      return sameparts(x.part, y.part, 4, flops);
+      return sameparts(x.part, y.part, 4);
     }
     case tags::OCTONION:
-      return sameparts(a.octonion->part, b.octonion->part, 8, flops);
+      return sameparts(a.octonion->part, b.octonion->part, 8);
     case tags::HANDLE:
       return a.file.reserved == b.file.reserved && a.file.descriptor == b.file.descriptor;
     default:
@@ -70,26 +71,29 @@ std::uint64_t weightof(const Point &p) {
 // The commonest kinds, without a question for each pair: as long as both elements are of this tag, `same` tells which
 // have one value. Returns how many pairs these were, and the score of them.
 template <std::int32_t tag, typename Same>
-std::uint32_t scorealike(const Element *a, const Element *b, std::uint32_t count, Similarity &s, Same same) {
-  const Element *const first = a, *const end = a + count;
-  std::uint64_t equal = 0;
-  for (; a < end && ((a->tag ^ tag) | (b->tag ^ tag)) == 0; ++a, ++b) equal += same(*a, *b) ? 1 : 0;
-  const auto pairs = static_cast<std::uint32_t>(a - first);
-  s.score += pairs + equal;
-  if (tag == tags::REAL) s.flops += pairs;
+std::uint32_t scorealike(const Element *a, const Element *b, std::uint32_t count, std::uint64_t &score, Same same) {
+  std::uint64_t different = 0;
+  std::size_t i = 0;
+  for (; i < count && a[i].tag == tag && b[i].tag == tag; ++i)
+    if (!same(a[i], b[i])) ++different;
+  const auto pairs = static_cast<std::uint32_t>(i);
+  score += 2 * std::uint64_t{pairs} - different;
   return pairs;
 }
-std::uint32_t scorerun(const Element *a, const Element *b, std::uint32_t count, Similarity &s) {
+std::uint32_t scorerun(const Element *a, const Element *b, std::uint32_t count, std::uint64_t &score) {
   switch (a->tag) {
     case tags::ASCII:
-      return scorealike<tags::ASCII>(a, b, count, s,
+      return scorealike<tags::ASCII>(a, b, count, score,
                                      [](const Element &x, const Element &y) { return x.ascii == y.ascii; });
     case tags::INTEGER:
-      return scorealike<tags::INTEGER>(a, b, count, s,
+      return scorealike<tags::INTEGER>(a, b, count, score,
                                        [](const Element &x, const Element &y) { return x.integer == y.integer; });
-    case tags::REAL:
-      return scorealike<tags::REAL>(a, b, count, s,
-                                    [](const Element &x, const Element &y) { return samereal(x.real, y.real); });
+    case tags::REAL: {
+      const std::uint32_t pairs = scorealike<tags::REAL>(
+          a, b, count, score, [](const Element &x, const Element &y) { return samereal(x.real, y.real); });
+      from_coprocessor[0].flops += pairs;
+      return pairs;
+    }
     default:
       return 0;
   }
@@ -99,11 +103,11 @@ std::uint32_t scorerun(const Element *a, const Element *b, std::uint32_t count, 
 
 Similarity match(const Point &left, const Point &right) {
   const Elements l(left), r(right);
-  Similarity s{2 * static_cast<std::uint64_t>(std::max(l.count, r.count)), 0, 0};
+  Similarity s{2 * static_cast<std::uint64_t>(std::max(l.count, r.count)), 0};
   const std::uint32_t common = std::min(l.count, r.count);
   for (std::uint32_t i = 0; i < common; ++i) {
     safepoint();
-    i += scorerun(l.records + i, r.records + i, std::min(common - i, STRETCH), s);
+    i += scorerun(l.records + i, r.records + i, std::min(common - i, STRETCH), s.score);
     if (i == common) break;
     const Element &a = l.records[i], &b = r.records[i];
     const bool leftencloses = a.tag == tags::SUBARRAY, rightencloses = b.tag == tags::SUBARRAY;
@@ -111,25 +115,23 @@ Similarity match(const Point &left, const Point &right) {
       const Similarity inner = match(*a.subarray, *b.subarray);
       s.weight += inner.weight - 2;
       s.score += inner.score;
-      s.flops += inner.flops;
     } else if (leftencloses || rightencloses) {
       s.weight += weightof(leftencloses ? *a.subarray : *b.subarray);
     } else if (a.tag == b.tag) {
-      s.score += samevalue(a, b, s.flops) ? 2 : 1;
+      s.score += samevalue(a, b) ? 2 : 1;
     }
   }
   return s;
 }
 
 int exactmatch(const Point &left, const Point &right) {
-  double uncounted = 0;
   const Elements l(left), r(right);
   if (l.count != r.count) return 0;
   for (std::uint32_t i = 0; i < l.count; ++i) {
     if (i % STRETCH == 0) safepoint();
     const Element &a = l.records[i], &b = r.records[i];
     if (a.tag != b.tag) return 0;
-    if (a.tag == tags::SUBARRAY ? exactmatch(*a.subarray, *b.subarray) == 0 : !samevalue(a, b, uncounted)) return 0;
+    if (a.tag == tags::SUBARRAY ? exactmatch(*a.subarray, *b.subarray) == 0 : !samevalue(a, b)) return 0;
   }
   return 1;
 }

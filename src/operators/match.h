@@ -8,7 +8,6 @@
 struct Similarity {
   std::uint64_t weight;  // what two spaces of these sizes could score
   std::uint64_t score;
-  double flops;  // comparisons of floating point numbers
 };
 
 // The elements of two spaces in step, enclosed spaces within them. Nothing is released. Comparisons of

@@ -22,7 +22,7 @@ constexpr double TOLERANCE = 0x1p-40;
 class Interval : public Lifetimes {
  protected:
   Point context[16] = {}, stack[2] = {};
-  Point instruction = operation(instructions::INTERVAL, "..");
+  Point instruction = {};
   std::mt19937 random{7};
 
   void SetUp() override {
