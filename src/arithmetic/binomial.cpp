@@ -9,6 +9,7 @@ namespace {
 struct Binomial : Counted {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
   static std::int32_t refusal(std::int32_t left, std::int32_t right) { return nohigher(left, right); }
+  static constexpr std::size_t stretch = 4096;
   double tolerance = 0;
 
   // Whole numbers have a whole coefficient, which the quotient misses by its last bits.

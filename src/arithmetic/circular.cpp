@@ -183,8 +183,8 @@ Complex cleanedfunction(std::int64_t number, const Complex &z) {
 
 struct Circular : Counted {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
-  static std::int32_t refusal(std::int32_t left, std::int32_t right) {
-    return left >= tags::INTEGER && left <= tags::OCTONION && right != tags::INTEGER ? NOFUNCTION : INCOMPATIBLE;
+  static std::int32_t refusal(std::int32_t, std::int32_t right) {
+    return right == tags::INTEGER ? INCOMPATIBLE : NOFUNCTION;
   }
   template <class T>
   std::int32_t check(const T &, Integer number) const {

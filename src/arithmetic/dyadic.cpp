@@ -12,6 +12,7 @@
 #include <algorithm>
 
 #include "arithmetic/joint.h"
+#include "coprocessor/sysvars.h"
 #include "diagnostics/exception.h"
 #include "spaces/hypercomplex.h"
 #include "spaces/refderef.h"
@@ -162,7 +163,5 @@ std::int32_t dyadicslice(const Dyadic &d, std::uint32_t index) noexcept {
 }
 
 double tolerancein(const Point *context) {
-  const Element *e = context ? context[CT_SLOT].data_pointer : nullptr;
-  if (!e) return 0;
-  return e->tag == tags::INTEGER ? static_cast<double>(e->integer) : e->real;
+  return context ? tolerance(context) : 0;
 }

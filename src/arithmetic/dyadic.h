@@ -17,6 +17,7 @@ struct Dyadic {
   std::uint32_t refused;  // flags of operands that make them not conformable
   bool tolerant;          // compares under #CT
   bool failslate;         // a core may fail half-way, so results never overwrite an operand
+  std::size_t stretch;    // elements between two looks at an interrupt
   std::int32_t (*refusal)(std::int32_t left, std::int32_t right);  // the message for a pair without a loop
   Kernel kernels[LOOPTAGS][LOOPTAGS];
   Single singles[LOOPTAGS][LOOPTAGS];  // of pairs that need no check
@@ -41,7 +42,7 @@ inline Check checkof(const Dyadic &d, std::int32_t left, std::int32_t right) {
 // flags, flops and failure go into its reply; its message number is returned.
 void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const Point *context, bool nested);
 std::int32_t dyadicslice(const Dyadic &d, std::uint32_t index) noexcept;
-// What #CT holds, as comparisons read it; 0 where it holds nothing.
+// What #CT holds, as sysvars.h reads it; 0 without a context.
 double tolerancein(const Point *context);
 
 // ---- The table of a struct of cores.
@@ -80,6 +81,10 @@ constexpr Dyadic dyadic() {
   d.failslate = requires(Core core) {
     core.failure;
   };
+  if constexpr (requires { Core::stretch; })
+    d.stretch = Core::stretch;
+  else
+    d.stretch = STRETCH;
   if constexpr (requires { Core::refusal(0, 0); })
     d.refusal = &Core::refusal;
   else

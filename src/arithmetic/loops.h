@@ -9,8 +9,9 @@
 //                                                    much; F is Formula<A, B>, and operator() does not count then
 //     std::int32_t check(A, B) const;                optional, for a pair that fails for some values: a message number
 //     static std::int32_t refusal(l, r);             optional: the message for tags without a core, otherwise 162
-//     double tolerance;                              optional: is set to what #CT held when the instruction began
-//     bool bothpolar;                                optional: is set for each pair of complex numbers
+//     static constexpr std::size_t stretch;          optional, for slow ones: elements between two looks at an
+//     interrupt double tolerance;                              optional: is set to what #CT held when the instruction
+//     began bool bothpolar;                                optional: is set for each pair of complex numbers
 //     std::int32_t failure;                          optional: a core that finds out late sets a message number here
 //   };
 //
@@ -81,7 +82,7 @@ using Check = std::int32_t (*)(const Run &run, std::size_t from, std::size_t to)
 // message number, 0 for none, or INTERRUPTED; never jumps. For slices, and for folds: steps may be any number of
 // records, and steps of 0 for left and result make each result the next left.
 struct Dyadic;
-inline constexpr std::size_t STRETCH = 65536;  // elements between two looks at an interrupt
+inline constexpr std::size_t STRETCH = 65536;  // elements between two looks at an interrupt, mostly
 std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept;
 
 // ---- Which formula serves a pair.

@@ -35,13 +35,11 @@ struct IsLogical : Counted {
   template <Parted T>
   Truth operator()(const T &x) {
     flops += PARTS<T>;
-    return {[&]<int... i>(std::integer_sequence<int, i...>){return (!(part(x, i) < 0 || part(x, i) > 1) && ...);
+    bool logical = true;
+    for (int i = 0; i < PARTS<T>; ++i) logical = logical && !(part(x, i) < 0 || part(x, i) > 1);
+    return {logical};
   }
-  (std::make_integer_sequence<int, PARTS<T>>{})
 };
-}  // namespace
-}
-;
 
 // One truth alone does not contradict itself.
 struct Contradiction : Counted {

@@ -114,7 +114,7 @@ std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept {
   while (run.done < run.count) {
     if (tally.stopped && tally.stopped()) [[unlikely]]
       return INTERRUPTED;
-    const std::size_t from = run.done, to = std::min(run.count, from + STRETCH);
+    const std::size_t from = run.done, to = std::min(run.count, from + d.stretch);
     const Element &left = run.left[from * run.leftstep], &right = run.right[from * run.rightstep];
     const Kernel kernel = kernelof(d, left.tag, right.tag);
     std::int32_t message;

@@ -152,6 +152,25 @@ TEST_F(Comparisons, AnIntegerServesAsTheTolerance) {
   EXPECT_FALSE(is(TOLERANT[EQUIVALENT], integer(5), integer(8)));
 }
 
+TEST_F(Comparisons, TheFirstPartOfANumberServesAsTheTolerance) {
+  for (const Element &e : {points::complex(2, 9), points::quaternions(2, 9, 9, 9), points::octonion({2, 9, 9})}) {
+    points::drop(system[CT_SLOT]);
+    system[CT_SLOT] = points::scalar(e);
+    EXPECT_TRUE(is(TOLERANT[EQUIVALENT], integer(5), integer(7)));
+    EXPECT_FALSE(is(TOLERANT[EQUIVALENT], integer(5), integer(8)));
+  }
+}
+
+TEST_F(Comparisons, WhatIsNoNumberIsNoTolerance) {
+  for (const Point &p : {points::text("a"), points::function({points::operation(instructions::ADD, "+")}),
+                         points::vector({points::enclosed(points::numbers({5}))}), points::empty()}) {
+    points::drop(system[CT_SLOT]);
+    system[CT_SLOT] = p;
+    EXPECT_TRUE(is(TOLERANT[EQUIVALENT], integer(5), integer(5)));
+    EXPECT_FALSE(is(TOLERANT[EQUIVALENT], integer(5), real(5.5)));
+  }
+}
+
 TEST_F(Comparisons, NothingIsNearNaN) {
   settolerance(INF);
   for (const Value &other : {real(NaN), real(1), real(INF), complex(NaN, 0), integer(3)}) {

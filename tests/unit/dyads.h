@@ -179,7 +179,7 @@ class Dyads : public failures::Quiet {
   }
 
   void settolerance(double c) {
-    if (system[CT_SLOT].data_pointer) points::drop(system[CT_SLOT]);
+    if (system[CT_SLOT].type != 0) points::drop(system[CT_SLOT]);
     system[CT_SLOT] = points::scalar(points::real(c));
   }
 

@@ -364,6 +364,16 @@ TEST_F(Binomials, Integers) {
       EXPECT_EQ(outcome(BINOMIAL, integer(k), integer(n)).message, 0);
 }
 
+// The slowest coefficients, as many as an interrupt may have to wait for.
+TEST_F(Binomials, AStretchIsShort) {
+  constexpr std::int64_t COUNT = 4096;
+  const std::clock_t start = std::clock();
+  Point stack[2] = {make({{integer(515)}, {COUNT}}), make({{integer(1030)}, {}})};
+  ASSERT_EQ(run(BINOMIAL, stack), 0);
+  points::drop(stack[0]);
+  EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 2);
+}
+
 // Whatever the formulas cannot say stays in aplerr: the instruction reports nothing.
 TEST_F(Binomials, ReportNothing) {
   EXPECT_EQ(outcome(BINOMIAL, real(0.5), integer(-3)).value.parts[0], 0);

@@ -2,6 +2,9 @@
 // results: reals within 4 units in the last place, complex numbers within 1e-13 of their modulus, quaternions and
 // octonions as the complex numbers of the plane that they lie in.
 #include "arithmetic/gamma.h"
+
+#include <string_view>
+
 #include "dyads.h"
 #include "monadics.h"
 
@@ -10,14 +13,13 @@ using namespace dyads;
 namespace {
 
 struct Case {
-  std::string name;
-  std::vector<double> arguments, values;
+  std::string_view name;
+  int argumentcount, valuecount;
+  double arguments[4], values[2];
 
-  bool isreal() const { return values.size() == 1; }
-  // How many arguments one of so many parts is made of.
-  std::size_t arity() const { return arguments.size() / (isreal() ? 1 : 2) + arguments.size() % (isreal() ? 1 : 2); }
+  constexpr bool isreal() const { return valuecount == 1; }
 };
-const std::vector<Case> CASES = {
+constexpr Case CASES[] = {
 #include "unit/data/powers.inc"
 };
 
@@ -25,7 +27,7 @@ constexpr double UNITS = 4, RELATIVE = 1e-13;
 
 std::ostream &operator<<(std::ostream &out, const Case &c) {
   out << c.name;
-  for (const double x : c.arguments) out << ' ' << x;
+  for (int i = 0; i < c.argumentcount; ++i) out << ' ' << c.arguments[i];
   return out;
 }
 
@@ -54,7 +56,7 @@ class PowersReference : public Dyads {
   }
   // The second argument of CIRCULAR is the number of a function.
   Value second(const Case &c, std::int32_t tag, std::size_t unit) {
-    if (c.name == "CIRCULAR") return integer(static_cast<std::int64_t>(c.arguments.back()));
+    if (c.name == "CIRCULAR") return integer(static_cast<std::int64_t>(c.arguments[c.argumentcount - 1]));
     return tag == tags::REAL ? real(c.arguments[1]) : inplane(tag, c.arguments[2], c.arguments[3], unit);
   }
 };
@@ -73,7 +75,7 @@ TEST_F(PowersReference, Reals) {
   for (const Case &c : CASES) {
     if (!c.isreal() || !isinstruction(c)) continue;
     const Value x = real(c.arguments[0]);
-    const Value made = dyad(c) ? outcome(*dyad(c), x, second(c, tags::REAL, 0)).value : monad(c.name, x);
+    const Value made = dyad(c) ? outcome(*dyad(c), x, second(c, tags::REAL, 0)).value : monad(std::string(c.name), x);
     EXPECT_EQ(made.tag, tags::REAL);
     EXPECT_LE(std::fabs(made.parts[0] - c.values[0]), UNITS * unitofplace(c.values[0]))
         << c << ": " << made.parts[0] << ", not " << c.values[0];

@@ -158,13 +158,14 @@ def line(name, arguments, value):
         value = (value.real, value.imag)
     elif not isinstance(value, tuple):
         value = (value,)
-    return f'{{"{name}", {{{", ".join(map(cell, arguments))}}}, {{{", ".join(map(cell, value))}}}}},'
+    counts = f"{len(arguments)}, {len(value)}"
+    return f'{{"{name}", {counts}, {{{", ".join(map(cell, arguments))}}}, {{{", ".join(map(cell, value))}}}}},'
 
 
 def main():
     rng = random.Random(21)
-    lines = ["// Made by tools/reference/powers.py: arguments, then correctly rounded results; of a factorial, the formula's and the",
-             "// true one."]
+    lines = ["// Made by tools/reference/powers.py: how many arguments and results, then these, the results correctly rounded; of a",
+             "// factorial, the formula's and the true one."]
     for table in (reals, complexes, factors, binomials, gammas):
         lines += [line(*row) for row in table(rng)]
     with open(TARGET, "w", encoding="ascii") as table:
