@@ -78,7 +78,7 @@ class Faults(unittest.TestCase):
         if SANITIZED:
             self.skipTest("the sanitizer needs the address space")
         lower = lambda: resource.setrlimit(resource.RLIMIT_AS, (400 * MEBIBYTE, 400 * MEBIBYTE))
-        done = run("100000 .. DUP + FIRST .\n1000 PARALLEL .\n", "-c500", preexec_fn=lower)
+        done = run("600 SERIAL . 700 .. DUP + FIRST .\n1000 PARALLEL .\n", "-c500", preexec_fn=lower)
         started = re.search(r", Succeeded to start (\d+) threads\.", done.stdout)
         self.assertIsNotNone(started, done.stdout)
         self.assertGreater(int(started.group(1)), 1)
