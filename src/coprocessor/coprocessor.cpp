@@ -81,6 +81,7 @@ Found collect(std::uint32_t slots) {
     found.flags |= static_cast<std::uint32_t>(reply.flags);
     if (reply.failure != 0) found.failure = reply.failure;
     operations += reply.operations;
+    InstructionTiming[posted.instruction].operations += reply.operations;
     InstructionTiming[posted.instruction].flops += reply.flops;
   }
   if (found.any) std::fflush(stdout);

@@ -86,6 +86,7 @@ void failwork(std::int32_t message, Point **stackpointer, const Point *instructi
 
 void jump(int value) {
   if (!armed()) endatonce(value < -GOODBYE ? value & 0xFF : FAILED_START);
+  dropreferencelocks();
   if (!leaving) {
     leaving = true;
     if (landingunwind) landingunwind();

@@ -73,6 +73,7 @@ void giveup(pthread_mutex_t &mutex) {
 [[noreturn]] void fault(int signal) {
   giveup(mp);
   giveup(mp1);
+  referencelocks = 0;
   if (A_Problem == NEVER_STORED) say("\nA Problem Occured ... \n");
   switch (signal) {
     case SIGFPE:

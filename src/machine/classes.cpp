@@ -56,14 +56,13 @@ bool large(const Level &level, int operands) {
   return goesparallel(elements);
 }
 
-// The classes that never wait take no result in flight either.
-bool takesunfinished(const Level &level, const Class &c) {
-  return unfinished && unfinished > level.sp - c.operands;
-}
-
+// While a result is in flight. The classes that never wait do not take it either. What the join adds to the count of
+// operations was not done by this instruction.
 void await(Level &level, const Class &c) {
-  if (c.wait == Wait::ALWAYS || (c.wait == Wait::WHEN_LARGE && large(level, c.operands)) || takesunfinished(level, c))
-    wait_for_coprocessors(level.sp, c.operands);
+  const bool taken = unfinished > level.sp - c.operands;
+  if (c.wait != Wait::ALWAYS && !(c.wait == Wait::WHEN_LARGE && large(level, c.operands)) && !taken) return;
+  wait_for_coprocessors(level.sp, c.operands);
+  level.operated = operations;
 }
 
 }  // namespace
@@ -82,7 +81,8 @@ bool emptyrule(Level &level) {
 
 Admission admit(Level &level) {
   const Class &c = Instructionclasses.row[std::min<std::size_t>(level.instruction->instruction, instructions::COUNT)];
-  if (processors > 1) await(level, c);
+  if (unfinished) [[unlikely]]
+    await(level, c);
   if (c.operands == 0) return Admission::RUN;
   int failure = 0;
   if (!hasvalues(level, c.operands))

@@ -10,7 +10,13 @@
 #include <cstring>
 #include <limits>
 
-pthread_mutex_t mp1 = PTHREAD_MUTEX_INITIALIZER;
+pthread_mutex_t mp1 = PTHREAD_ADAPTIVE_MUTEX_INITIALIZER_NP;
+constinit thread_local int referencelocks = 0;
+
+void dropreferencelocks() {
+  if (referencelocks > 0) pthread_mutex_unlock(&mp1);
+  referencelocks = 0;
+}
 
 namespace {
 

@@ -15,13 +15,20 @@ inline constexpr std::size_t BLOCKPREFIX = 16;
 // Guards every reference word while coprocessors run; taken before `mp`, never after it.
 extern pthread_mutex_t mp1;
 
+// How deep this thread stands inside of it: a walk over many counts takes the lock once.
+extern constinit thread_local int referencelocks;
+inline void lockreferences() {
+  if (coprocessors_running && referencelocks++ == 0) pthread_mutex_lock(&mp1);
+}
+inline void unlockreferences() {
+  if (coprocessors_running && --referencelocks == 0) pthread_mutex_unlock(&mp1);
+}
+// A jump out of a walk leaves nothing locked.
+void dropreferencelocks();
+
 struct ReferenceLock {
-  ReferenceLock() {
-    if (coprocessors_running) pthread_mutex_lock(&mp1);
-  }
-  ~ReferenceLock() {
-    if (coprocessors_running) pthread_mutex_unlock(&mp1);
-  }
+  ReferenceLock() { lockreferences(); }
+  ~ReferenceLock() { unlockreferences(); }
   ReferenceLock(const ReferenceLock &) = delete;
   ReferenceLock &operator=(const ReferenceLock &) = delete;
 };

@@ -110,6 +110,17 @@ bool Heap::newarea(std::size_t block) {
   return left >= block;
 }
 
+void *Heap::carve(unsigned k, char *start, std::size_t count) {
+  void *head = nullptr;
+  for (; count > 0; --count, start += std::size_t{1} << k) {
+    void *const payload = start + BLOCKHEADER;
+    setheader(payload, k);
+    setnext(payload, head);
+    head = payload;
+  }
+  return head;
+}
+
 // Carves all that is left, to the last whole block.
 [[gnu::cold, gnu::noinline]] bool Heap::refill(unsigned k) {
   const std::size_t block = std::size_t{1} << k;
@@ -117,17 +128,32 @@ bool Heap::newarea(std::size_t block) {
     say(STDERR_FILENO, "No more active memory available\n");
     return false;
   }
+  const std::size_t count = pre_brk_left >> k;
+  buckets[k] = carve(k, pre_brk, count);
+  pre_brk += count << k;
+  pre_brk_left -= count << k;
+  return true;
+}
+
+void *Heap::takemany(unsigned k, std::size_t count, char *&uncarved) {
+  if (!buckets[k]) {
+    const std::size_t bytes = count << k;
+    if (pre_brk_left >= bytes || newarea(bytes)) {
+      uncarved = pre_brk;
+      pre_brk += bytes;
+      pre_brk_left -= bytes;
+      return nullptr;
+    }
+  }
   void *head = nullptr;
-  while (pre_brk_left >= block) {
-    void *payload = pre_brk + BLOCKHEADER;
-    setheader(payload, k);
+  while (count-- > 0) {
+    if (!buckets[k] && head) break;
+    void *const payload = take((std::size_t{1} << k) - BLOCKHEADER);
+    if (!payload) break;
     setnext(payload, head);
     head = payload;
-    pre_brk += block;
-    pre_brk_left -= block;
   }
-  buckets[k] = head;
-  return true;
+  return head;
 }
 
 // The head of a list was written over, or what it links to was: that leads nowhere. The rest of the list is lost, and
@@ -237,24 +263,18 @@ inline auto locked(Work work) {
 
 // While coprocessors run, every thread takes small blocks a handful at a time, so that it rarely waits for the others.
 constexpr unsigned SMALLBUCKETS = 9;
-constexpr int HANDFUL = 128;
+constexpr std::size_t HANDFUL = 256;
 thread_local constinit void *handful[SMALLBUCKETS] = {};
-
-void *takehandful(unsigned k) {
-  void *head = nullptr;
-  for (int i = 0; i < HANDFUL; ++i) {
-    void *const payload = heap.take((std::size_t{1} << k) - BLOCKHEADER);
-    if (!payload) break;
-    setnext(payload, head);
-    head = payload;
-  }
-  return head;
-}
 
 [[gnu::noinline]] void *takeshared(std::size_t size) {
   const unsigned k = bucketof(size);
   if (k >= SMALLBUCKETS) return locked([size] { return heap.take(size); });
-  if (!handful[k]) handful[k] = locked([k] { return takehandful(k); });
+  if (!handful[k]) {
+    char *uncarved = nullptr;
+    handful[k] = locked([&] { return heap.takemany(k, HANDFUL, uncarved); });
+    // Fresh memory is touched for the first time, and therefore made, outside of the lock.
+    if (uncarved) handful[k] = Heap::carve(k, uncarved, HANDFUL);
+  }
   void *const payload = handful[k];
   if (payload) handful[k] = next(payload);
   return payload;

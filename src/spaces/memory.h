@@ -35,6 +35,11 @@ struct Heap {
   void *take(std::size_t size);
   // The same at a multiple of a power of two.
   void *takealigned(std::size_t alignment, std::size_t size);
+  // A list of at most so many payloads of a bucket, at least one if there is any; or, where none was free, a stretch of
+  // memory for all of them that is still to be carved, which any thread may do. Null and null where the source has no
+  // more.
+  void *takemany(unsigned k, std::size_t count, char *&uncarved);
+  static void *carve(unsigned k, char *start, std::size_t count);
   // Puts a payload back into the list of its size. Null passes.
   void give(void *payload);
   // What is to be done to make a payload hold so many bytes: `moves` says that a block of that size must take its

@@ -220,7 +220,9 @@ void lowerpoint(Point held) {
 void referencepoint(const Point *point) {
   if (point && ownsoneblock(*point)) [[likely]]
     return reference(point->data_pointer);
+  lockreferences();
   raisepoint(point);
+  unlockreferences();
 }
 
 void dereferencepoint(Point *point) {
@@ -231,7 +233,9 @@ void dereferencepoint(Point *point) {
   point->shape_pointer = nullptr;
   point->data_pointer = nullptr;
   if (issymbolic(held.rank)) point->link = nullptr;
+  lockreferences();
   lowerpoint(held);
+  unlockreferences();
 }
 
 void dereferencebinding(Point *&target) {
@@ -241,7 +245,9 @@ void dereferencebinding(Point *&target) {
 }
 
 void referencedataelems(Element *records, std::size_t count) {
+  lockreferences();
   raisepoint(raiserecords(records, count));
+  unlockreferences();
 }
 
 void referencerecord(const Element &record) {
@@ -249,8 +255,10 @@ void referencerecord(const Element &record) {
 }
 
 void dereferencedataelems(Element *records, std::size_t count) {
+  lockreferences();
   Point last;
   if (lowerrecords(records, count, last)) lowerpoint(last);
+  unlockreferences();
 }
 
 void referencefun(Point *function) {
