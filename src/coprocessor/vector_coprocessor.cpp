@@ -16,8 +16,8 @@
 
 namespace {
 
-constexpr long LOOK = 20 * 1000 * 1000;  // nanoseconds between two looks at a noted interrupt
-constexpr long SECOND = 1000 * 1000 * 1000;
+constexpr long LOOK = 20'000'000;  // nanoseconds between two looks at a noted interrupt
+constexpr long SECOND = 1'000'000'000;
 
 Reply mainreply = [] {
   Reply reply{};
@@ -28,6 +28,7 @@ Reply mainreply = [] {
 // One a slot; that of slot 0 is not used.
 struct Thread {
   pthread_t handle;
+  std::uint32_t index;
   sem_t coprocess;    // posted by the main thread: there is work
   sem_t mainprocess;  // posted by the thread: it is done
 };
@@ -78,18 +79,18 @@ void vector_coprocessor(std::uint32_t index) {
   }
 }
 
-void *vector_coprocessor_thread(void *slot) {
-  vector_coprocessor(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(slot)));
+void *vector_coprocessor_thread(void *index) {
+  vector_coprocessor(*static_cast<const std::uint32_t *>(index));
   return nullptr;
 }
 
 bool start(std::uint32_t slot) {
   Thread &thread = threads[slot];
+  thread.index = slot;
   sem_init(&thread.coprocess, 0, 0);
   sem_init(&thread.mainprocess, 0, 0);
   from_coprocessor[slot].done = 1;
-  void *const argument = reinterpret_cast<void *>(std::uintptr_t{slot});
-  if (pthread_create(&thread.handle, nullptr, vector_coprocessor_thread, argument) == 0) return true;
+  if (pthread_create(&thread.handle, nullptr, vector_coprocessor_thread, &thread.index) == 0) return true;
   sem_destroy(&thread.coprocess);
   sem_destroy(&thread.mainprocess);
   return false;
