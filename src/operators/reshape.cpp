@@ -183,9 +183,9 @@ int addpieces(Point &made, const Point &data, std::size_t count) {
     made.elements = static_cast<std::uint32_t>(count);
     return 0;
   }
-  for (; made.elements < count; ++made.elements) {
+  while (made.elements < count) {
     copyelement(made.data_pointer[made.elements], made.data_pointer[made.elements - have]);
-    if (made.elements % PIECE == 0) safepoint();
+    if (++made.elements % PIECE == 0) safepoint();  // which finds the last copy counted
   }
   return 0;
 }

@@ -1,9 +1,6 @@
 // EACH against plain loops, with functions of every make: what they see, what becomes of their results, and that
 // nothing is left over where they fail. And what an interrupt or the end of storage leaves of EACH and of MASK.
-#include <sys/time.h>
-
-#include <csignal>
-
+#include "alarm.h"
 #include "applying.h"
 
 namespace {
@@ -127,22 +124,6 @@ TEST_F(Each, FailingAtAnyElement) {
 }
 
 // ---- Breaks.
-
-// An alarm at some moment: wherever it strikes, nothing is left over.
-class Alarm {
- public:
-  explicit Alarm(int microseconds) {
-    std::signal(SIGALRM, [](int) { interrupted = SIGINT; });
-    const itimerval soon{{0, 0}, {0, microseconds}};
-    setitimer(ITIMER_REAL, &soon, nullptr);
-  }
-  ~Alarm() {
-    const itimerval never{};
-    setitimer(ITIMER_REAL, &never, nullptr);
-    std::signal(SIGALRM, SIG_DFL);
-    interrupted = 0;
-  }
-};
 
 TEST_F(Applying, InterruptedAtAnyElement) {
   std::int64_t idle = 0;

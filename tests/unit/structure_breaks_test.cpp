@@ -1,6 +1,8 @@
 // The structural instructions on long operands, and what an interrupt or the end of storage leaves of them.
 #include <csignal>
 
+#include "alarm.h"
+#include "operators/reshape.h"
 #include "structure_cases.h"
 
 namespace {
@@ -98,6 +100,27 @@ TEST_F(StructureCases, InterruptedJoining) {
         for (Point &q : held) dereferencepoint(&q);
         held.clear();
       }
+  A_Problem = 0;
+}
+
+// Copies are made one by one, and the last one before a break counts like the others.
+TEST_F(StructureCases, InterruptedAtAnyMomentOfAReshape) {
+  int broken = 0;
+  for (int round = 0; round < 40; ++round) {
+    hold(vector({octonion({1}), enclosed(text("ab")), whole(3)}));
+    hold(numbers({1000, 400}));
+    Point *const data = &held[held.size() - 2], *const shape = &held.back();
+    testing::internal::CaptureStdout();
+    {
+      const Alarm alarm(100 + 150 * round);
+      if (landingof([=] { reshape(data, shape, nullptr); }) != 0) ++broken;
+    }
+    testing::internal::GetCapturedStdout();
+    expectexact();
+    for (Point &p : held) dereferencepoint(&p);
+    held.clear();
+  }
+  EXPECT_GT(broken, 0);
   A_Problem = 0;
 }
 
