@@ -1,14 +1,13 @@
 #!/usr/bin/env python3
 """The runner of the sessions on pages: what it finds, types and compares."""
-import importlib.util
 import pathlib
+import sys
 import tempfile
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent / "pages"
-specification = importlib.util.spec_from_file_location("pages", ROOT / "run.py")
-pages = importlib.util.module_from_spec(specification)
-specification.loader.exec_module(pages)
+sys.path.insert(0, str(ROOT))
+import run as pages  # noqa: E402
 
 
 class Pages(unittest.TestCase):

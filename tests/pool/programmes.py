@@ -78,18 +78,19 @@ def shapes(r, count):
 SHOW = " . '' DUMPSTACK .\n"
 
 
-def dyads(r, words):
-    """Every word over every pair of kinds, in a shape pattern of each sort in turn."""
-    turn = 0
+def dyads(r, words, turn=None):
+    """Every word over every pair of kinds: in every shape pattern, or in a pattern of each sort in turn."""
     for word in words:
         for left in KINDS:
             for right in KINDS:
                 patterns = shapes(r, r.randint(3, 40))
-                first, second = patterns[turn % len(patterns)]
-                turn += 1
-                shared = " DUP" if r.random() < 0.2 and first == second else " " + second(right)
-                held = r.choice(["", " @x ASSIGN"])
-                yield "CLEAR " + first(left) + held + shared + " " + word + SHOW
+                if turn is not None:
+                    turn += 1
+                    patterns = [patterns[turn % len(patterns)]]
+                for first, second in patterns:
+                    shared = " DUP" if r.random() < 0.2 and first == second else " " + second(right)
+                    held = r.choice(["", " @x ASSIGN"])
+                    yield "CLEAR " + first(left) + held + shared + " " + word + SHOW
 
 
 def monads(r, words):

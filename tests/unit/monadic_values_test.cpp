@@ -15,23 +15,6 @@ constexpr double PI = 3.141592653589793;
 constexpr double LARGEST = 1.7976931348623157e308, DENORMAL = 5e-324;
 constexpr std::int64_t MOST = INT64_MAX, LEAST = INT64_MIN;
 
-std::vector<double> partsof(const Element &e) {
-  switch (e.tag) {
-    case tags::REAL:
-      return {e.real};
-    case tags::COMPLEX:
-      return {e.complex.re, e.complex.im};
-    case tags::QUATERNION: {
-      const Quaternion q = quaternion(e);
-      return {q.part, q.part + 4};
-    }
-    case tags::OCTONION:
-      return {e.octonion->part, e.octonion->part + 8};
-    default:
-      return {};
-  }
-}
-
 class MonadicValues : public Lifetimes {
  protected:
   // An integer of this form and value.

@@ -219,4 +219,22 @@ bool jumps(Body body) {
   return jumped;
 }
 
+// The doubles of a number that has any.
+inline std::vector<double> partsof(const Element &e) {
+  switch (e.tag) {
+    case tags::REAL:
+      return {e.real};
+    case tags::COMPLEX:
+      return {e.complex.re, e.complex.im};
+    case tags::QUATERNION: {
+      const Quaternion q = quaternion(e);
+      return {q.part, q.part + 4};
+    }
+    case tags::OCTONION:
+      return {e.octonion->part, e.octonion->part + 8};
+    default:
+      return {};
+  }
+}
+
 }  // namespace points

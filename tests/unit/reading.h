@@ -48,23 +48,6 @@ inline bool samereal(double a, double b, double tolerance) {
   return a == b || std::fabs(a - b) <= tolerance * std::max(std::fabs(a), 1.0);
 }
 
-inline std::vector<double> partsof(const Element &e) {
-  switch (e.tag) {
-    case tags::REAL:
-      return {e.real};
-    case tags::COMPLEX:
-      return {e.complex.re, e.complex.im};
-    case tags::QUATERNION: {
-      const Quaternion q = quaternion(e);
-      return {q.part, q.part + 4};
-    }
-    case tags::OCTONION:
-      return {e.octonion->part, e.octonion->part + 8};
-    default:
-      return {};
-  }
-}
-
 inline testing::AssertionResult same(const Element &a, const Element &b, double tolerance) {
   if (a.tag != b.tag) return differ("tags") << ' ' << a.tag << ' ' << b.tag;
   if (a.tag == tags::SUBARRAY) return same(*a.subarray, *b.subarray, tolerance);
