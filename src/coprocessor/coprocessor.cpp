@@ -74,12 +74,14 @@ Found collect(std::uint32_t slots) {
   Found found{};
   for (std::uint32_t i = slots - 1; i > 0; --i) {
     Reply &reply = from_coprocessor[i];
-    if (reply.done) continue;
-    awaitslot(i);
-    reply.done = 1;
-    found.any = true;
+    // What a slot found stands there until its next work: a request may have ended an earlier join half-way.
+    const bool collected = reply.done != 0;
+    if (!collected) awaitslot(i);
     found.flags |= static_cast<std::uint32_t>(reply.flags);
     if (reply.failure != 0) found.failure = reply.failure;
+    if (collected) continue;
+    reply.done = 1;
+    found.any = true;
     operations += reply.operations;
     InstructionTiming[posted.instruction].operations += reply.operations;
     InstructionTiming[posted.instruction].flops += reply.flops;
@@ -115,11 +117,10 @@ void dropdeferred(Point &operand) {
 
 // The result is whole: what the slices found joins its flag word, and the operands may go.
 void complete(std::uint32_t flags) {
-  if (Point *const result = to_coprocessors.operand) {
-    const auto operands = static_cast<std::uint32_t>(to_coprocessors.combined);
-    result->type |= flags | ((flags & STRUCTURED) != 0 ? operands & ISSTRUCTURE : 0);
-    if (result->elements > 1) result->type |= complexed(result->type);
-  }
+  Point &result = *to_coprocessors.operand;
+  const auto operands = static_cast<std::uint32_t>(to_coprocessors.combined);
+  result.type |= flags | ((flags & STRUCTURED) != 0 ? operands & ISSTRUCTURE : 0);
+  if (result.elements > 1) result.type |= complexed(result.type);
   dropdeferred(from_coprocessor[0].deferred);
   dropdeferred(from_coprocessor[1].deferred);
 }
@@ -177,10 +178,9 @@ void wait_for_coprocessors(Point *&top, int) {
   if (!poolstarted()) return;
   const Found found = collect(processors);
   if (serverequest() || !found.any || !to_coprocessors.instruction) return;
-  const bool hadresult = unfinished != nullptr;
   endwork();
   if (found.failure == 0) return complete(found.flags);
-  if (hadresult) restore(top);
+  restore(top);
   failwork(found.failure, &top, &posted);
 }
 

@@ -19,7 +19,7 @@
 // The one channel from the main thread to the pool; written only while all coprocessors are idle.
 struct Work {
   const Point *instruction;  // null: no work
-  Point *operand;            // the stack Point that receives the result; null: there is none
+  Point *operand;            // the stack Point that receives the result; null for SEED and RANDOMISE
   std::uint64_t fresh;       // the result block is new: octonions need blocks of their own
   std::uint64_t swapped;     // `first` is the right operand
   std::uint64_t combined;    // the operands' flag words ORed, with SAMERANK

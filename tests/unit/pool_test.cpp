@@ -243,13 +243,14 @@ void serve(Point **, const Point *, Point *) {
 
 void request(const Point &instruction, std::uint32_t index, std::uint64_t *state) noexcept {
   obey(instruction, index, state);
-  if (seen[index] != 1 || instruction.instruction == instructions::RANDOMISE) return;
+  if (index != 1 || seen[index] != 1 || instruction.instruction == instructions::RANDOMISE) return;
   from_coprocessor[index].request_function = serve;
   from_coprocessor[index].request = 1;
 }
 
 TEST_F(Pool, ARequestIsServedAtTheJoinWhichReturnsAtOnce) {
-  begin(2, request);
+  begin(3, request);
+  found[2] = HASREAL;
   served = 0;
   post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
   testing::internal::CaptureStdout();
@@ -263,6 +264,7 @@ TEST_F(Pool, ARequestIsServedAtTheJoinWhichReturnsAtOnce) {
   wait_for_coprocessors(top, 1);
   EXPECT_EQ(unfinished, nullptr);
   EXPECT_EQ(seen[1], 2u);
+  EXPECT_EQ(slots[1].type, ISVECTOR | HASINTEGER | HASREAL | COMPLEXED) << "what the others found is not lost";
   dereferencepoint(slots + 1);
   end();
   EXPECT_EQ(liveblocks(), before);
