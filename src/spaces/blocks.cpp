@@ -18,6 +18,15 @@ void dropreferencelocks() {
   referencelocks = 0;
 }
 
+void raiselocked(void *block) {
+  const ReferenceLock lock;
+  raisecount(block);
+}
+void lowerlocked(void *block) {
+  const ReferenceLock lock;
+  lowercount(block);
+}
+
 namespace {
 
 // A number that all threads write to would cost more than the rest of an allocation: while coprocessors run, each

@@ -95,23 +95,36 @@ char *elementname(const char *text);
 // Appends b to a counted string of count 1 and returns the block to use from now on.
 char *stringcat(char *a, const char *b);
 
-// Raises a count by one; null and permanent blocks are left alone.
-inline void reference(void *block) {
-  if (!block) return;
-  const ReferenceLock lock;
+// Raise or lower the count of a block at hand, which nobody else may do meanwhile; permanent blocks are left alone.
+inline void raisecount(void *block) {
   checkblock(block);
   if (const std::int64_t count = refr(block); count >= 0) setrefr(block, count + 1);
 }
-
-// Lowers a count by one and frees the block at 0; null and permanent blocks are left alone.
-inline void release(void *block) {
-  if (!block) return;
-  const ReferenceLock lock;
+inline void lowercount(void *block) {
   checkblock(block);
   const std::int64_t count = refr(block);
   if (count < 0) return;
   if (count > 1) return setrefr(block, count - 1);
   freeblock(block);
+}
+// The same while coprocessors run, apart so that the short way stays short.
+void raiselocked(void *block);
+void lowerlocked(void *block);
+
+// Raises a count by one; null and permanent blocks are left alone.
+inline void reference(void *block) {
+  if (!block) return;
+  if (coprocessors_running) [[unlikely]]
+    return raiselocked(block);
+  raisecount(block);
+}
+
+// Lowers a count by one and frees the block at 0; null and permanent blocks are left alone.
+inline void release(void *block) {
+  if (!block) return;
+  if (coprocessors_running) [[unlikely]]
+    return lowerlocked(block);
+  lowercount(block);
 }
 
 // The same, and nulls the pointer in the record at hand.
