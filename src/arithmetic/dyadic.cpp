@@ -115,6 +115,14 @@ void finish(Point **stack, const Point &result, Home home, bool handed) {
 
 }  // namespace
 
+Element *otherhome(Element *left, Element *right) {
+  const bool serves = refr(right) == 1 || (left == right && refr(left) == 2);
+  Element *const home = serves ? right : newelements(1);
+  if (!serves) release(right);
+  release(left);
+  return home;
+}
+
 void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const Point *context, bool nested) {
   if (passvoid(stack)) return;
   const Point &left = (*stack)[-1], &right = **stack;

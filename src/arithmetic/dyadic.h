@@ -102,26 +102,21 @@ constexpr Dyadic dyadic() {
 
 // ---- The short way for two plain scalars: nothing conforms, extends or nests.
 
+// Where the sum of two plain scalars goes whose left one somebody else holds: the block of the right one, or a new one.
+// Gives up the others. Message 27, nothing given up.
+Element *otherhome(Element *left, Element *right);
+
 // Pops two plain scalars and pushes one whose element, in a block that nobody else sees, is to be written. Message 27,
 // nothing popped.
 inline Element *scalarhome(Point **stack) {
   Point &left = (*stack)[-1], &right = **stack;
-  Element *const l = left.data_pointer, *const r = right.data_pointer;
-  Element *home = l;
-  if (refr(l) == 1) {
-    release(r);
-  } else if (refr(r) == 1 || (l == r && refr(l) == 2)) {
-    home = r;
-    release(l);
-  } else {
-    home = newelements(1);
-    release(l);
-    release(r);
-  }
-  left.data_pointer = home;
-  left.depth = left.depth > right.depth ? left.depth : right.depth;
+  if (refr(left.data_pointer) == 1) [[likely]]
+    release(right.data_pointer);
+  else
+    left.data_pointer = otherhome(left.data_pointer, right.data_pointer);
+  if (right.depth > left.depth) left.depth = right.depth;
   --*stack;
-  return home;
+  return left.data_pointer;
 }
 
 // False where the frame has to look closer.
@@ -135,7 +130,7 @@ inline bool scalarpair(Point **stack, const Element &left, const Element &right,
       if constexpr (requires { core.failure; })
         if (core.failure != 0) return static_cast<void>(done = false);
       const std::uint32_t kind = place<L, R>(*scalarhome(stack), lefthead, righthead, value, true);
-      (*stack)->type = ISSCALAR | kind;
+      setscalar(**stack, ISSCALAR | kind);
       countwork(1, 1 + flopsof<Core, Kind<L>, Kind<R>>(core, 1));
     });
     return done;

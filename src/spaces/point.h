@@ -142,6 +142,14 @@ inline constexpr std::uint32_t OWNING = STRUCTURED | HASOCTONION;  // the elemen
 inline constexpr std::uint32_t NAMEBEARING = ISVARIABLE | ISADDRESS | ISFUNCTION | ISOPERATOR;
 inline constexpr std::uint32_t EMPTYVECTOR = ISVECTOR | ISEMPTY;
 
+// Gives a scalar its flags. Its rank, flags and shape are written as the one piece that whoever copies the Point reads:
+// a processor hands on what was just written only where it was written in one.
+inline void setscalar(Point &p, std::uint32_t type) {
+  using Words __attribute__((vector_size(16), aligned(8), may_alias)) = unsigned long long;
+  static_assert(ranks::SCALAR == 0 && offsetof(Point, type) == 4 && offsetof(Point, shape_pointer) == 8);
+  *reinterpret_cast<Words *>(&p) = Words{std::uint64_t{type} << 32, 0};
+}
+
 inline bool isend(const Point &p) {
   return p.type == 0;
 }
