@@ -7,7 +7,22 @@
 
 namespace {
 
-// Moves the arguments up and makes fresh locals below them. Returns the first local.
+// Where the process stack ends, it is to end here, where a fault finds everything whole, and not a few calls further
+// in, inside the heap: the room that a level needs for its own work is touched before it begins.
+constexpr std::size_t WORKING_ROOM = std::size_t{256} * 1024;
+[[gnu::noinline]] void touchstack() {
+  [[maybe_unused]] volatile char room[WORKING_ROOM];
+  room[0] = 0;
+}
+
+inline Level makeinner(Level &outer, Point *start, Point *header, Point *frame, Point *floor) {
+  touchstack();
+  const bool ownsframe = frame != outer.frame || floor != outer.floor;
+  return Level({&outer, start, header, frame, floor, outer.memory, outer.level + 1, outer.slot, ownsframe});
+}
+
+}  // namespace
+
 Point *makelocals(Level &level, int arguments, int locals) {
   Point *frame = level.sp - arguments + 1;
   if (unfinished >= frame) settle(level.sp);
@@ -20,26 +35,22 @@ Point *makelocals(Level &level, int arguments, int locals) {
   return frame;
 }
 
-}  // namespace
-
-void callheld(Level &level, const Point &function) {
-  if (function.arguments < 0) return runbody(level, function, level.frame, level.floor);
-  Point *frame =
-      function.locals > 0 ? makelocals(level, function.arguments, function.locals) : level.sp - function.arguments + 1;
-  runbody(level, function, frame, frame + function.locals);
+Level innerlevel(Level &outer, Point *programme, Point *frame, Point *floor) {
+  return makeinner(outer, programme, nullptr, frame, floor);
+}
+Level innerlevel(Level &outer, const Point &function, Point *frame, Point *floor) {
+  return makeinner(outer, function.programme + 1, function.programme, frame, floor);
 }
 
-void runbody(Level &level, const Point &function, Point *frame, Point *floor) {
-  Point *header = function.programme;
-  Entry *table = localnames(header[header->elements]);
-  if (!table) {
-    runnested(level, header + 1, level.meaning, frame, floor, header);
-    return;
+void callheld(Level &level, const Point &function) {
+  Point *frame = level.frame, *floor = level.floor;
+  if (function.arguments >= 0) {
+    frame = function.locals > 0 ? makelocals(level, function.arguments, function.locals)
+                                : level.sp - function.arguments + 1;
+    floor = frame + function.locals;
   }
-  // The level's own record of the chain keeps what is pushed until it is popped, so that a jump pops it too.
-  level.meaning = pushtable(level.meaning, table);
-  runnested(level, header + 1, level.meaning, frame, floor, header);
-  level.meaning = popsymtabs(level.meaning);
+  Level inner = innerlevel(level, function, frame, floor);
+  runinner(inner);
 }
 
 Next call(Level &level) {

@@ -23,24 +23,29 @@ void pushelement(Level &level, Gathering &g, const Element &element) {
   if (element.tag < 0) return pushcopy(level, std::bit_cast<Point>(element));
   Element *const record = takerecord(g);
   // In its slot at once: a Point that is put together elsewhere is read back before the processor has written it.
-  Point &argument = level.sp[1];
+  Point &argument = g.base[1];
   argument = {};
   argument.type = ISSCALAR | (g.data.type & PURITYBITS) | kindbit(element.tag);
   argument.elements = 1;
   argument.data_pointer = record;
-  const bool plain = isplainrecord(element);
-  *record = plain ? element : Element{};
-  if (!plain) record->tag = tags::FILLER;
-  ++level.sp;
-  if (!plain) copyelement(*record, element);
+  if (isplainrecord(element)) [[likely]] {
+    copyplain(*record, element);
+    level.sp = &argument;
+    return;
+  }
+  *record = {};
+  record->tag = tags::FILLER;
+  level.sp = &argument;
+  copyelement(*record, element);
 }
 
 Next monadiceach(Level &level) {
   Gathering g;
   begingathering(level, g, 2);
+  Level inner = gatheringlevel(level, g);
   for (std::uint32_t i = 0; i < g.data.elements; ++i) {
     pushelement(level, g, g.data.data_pointer[i]);
-    gather(level, g);
+    gather(inner, g);
   }
   endgathering(level, g, KEPT);
   return Next::FETCH;

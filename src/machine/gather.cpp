@@ -16,55 +16,58 @@ void releasegathering(Custody &c) {
   dereferencepoint(&g->function);
 }
 
-// Takes over the record of a scalar on top.
-void takescalar(Level &level, Gathering &g, Element &element) {
+// Takes over what is on top as the next record of the result. Each returns the flags that say what it is.
+std::uint32_t takeplain(Level &level, Gathering &g, Element &element) {
   Element *const record = level.sp->data_pointer;
-  if (!isplainrecord(*record)) {
-    copyelement(element, *record);
-    return droptop(level);
-  }
-  element = *record;
-  if (g.spare || refr(record) != 1) return droptop(level);
-  g.spare = record;
+  const std::uint32_t kind = kindbit(record->tag);
+  copyplain(element, *record);
   --level.sp;
+  if (!g.spare && refr(record) == 1)
+    g.spare = record;
+  else
+    release(record);
+  return kind;
 }
 
-// The last record of a result that was just enclosed, or copied, or moved in whole.
-void enclose(Gathering &g, Element &element, const Point &value) {
+std::uint32_t takescalar(Level &level, Element &element) {
+  copyelement(element, *level.sp->data_pointer);
+  droptop(level);
+  return kindbit(element.tag) | (element.tag == tags::HANDLE ? HASFILE : 0) |
+         (element.tag < 0 || element.tag == tags::SUBARRAY ? STRUCTURED : 0);
+}
+
+std::uint32_t takespace(Level &level, Gathering &g, Element &element) {
   Point *box = newpoint();
-  *box = value;
+  *box = *level.sp--;
   element = {};
   element.tag = tags::SUBARRAY;
   element.subarray = box;
-  g.kinds |= ISSTRUCTURE | STRUCTURED;
-  g.depth = std::max(g.depth, static_cast<std::int16_t>(value.depth + 1));
+  g.depth = std::max(g.depth, static_cast<std::int16_t>(box->depth + 1));
+  return ISSTRUCTURE | STRUCTURED;
+}
+
+std::uint32_t takesymbolic(Level &level, Element &element) {
+  std::memcpy(&element, level.sp--, sizeof element);
+  return STRUCTURED | (element.tag == ranks::FUNCTION ? HASFUNCTION : 0);
 }
 
 void append(Level &level, Gathering &g) {
   Element &element = g.result.data_pointer[g.result.elements];
   const Point &value = *level.sp;
-  g.kinds |= value.type & ISPROBABLE;
-  if (value.rank > 0) {
-    enclose(g, element, value);
-    --level.sp;
-  } else if (value.rank == ranks::SCALAR) {
-    takescalar(level, g, element);
-    g.kinds |= kindbit(element.tag);
-    if (element.tag == tags::HANDLE) g.kinds |= HASFILE;
-    if (element.tag < 0 || element.tag == tags::SUBARRAY) g.kinds |= STRUCTURED;
-  } else {
-    std::memcpy(&element, &value, sizeof element);
-    g.kinds |= STRUCTURED | (isfunction(value) ? HASFUNCTION : 0);
-    --level.sp;
-  }
+  std::uint32_t kinds = value.type & ISPROBABLE;
+  if (ownsoneblock(value)) [[likely]]
+    kinds |= takeplain(level, g, element);
+  else if (value.rank == ranks::SCALAR)
+    kinds |= takescalar(level, element);
+  else if (isspace(value))
+    kinds |= takespace(level, g, element);
+  else
+    kinds |= takesymbolic(level, element);
+  g.kinds |= kinds;
   ++g.result.elements;
 }
 
 }  // namespace
-
-bool isplainrecord(const Element &e) {
-  return e.tag >= tags::ASCII && e.tag <= tags::QUATERNION && (e.attributes & attributes::NAMED) == 0;
-}
 
 Element *takerecord(Gathering &g) {
   return g.spare ? std::exchange(g.spare, nullptr) : newelements(1);
@@ -79,7 +82,7 @@ void begingathering(Level &level, Gathering &g, int operands) {
   g.data = *data;
   if (operands > 2) g.weights = data[1];
   g.function = level.sp[0];
-  level.sp -= operands;
+  g.base = level.sp -= operands;
   takecustody(g.held, releasegathering, &g);
 }
 
@@ -87,19 +90,25 @@ void failgathering(Level &level, int number) {
   exceptionjump(number, &level.sp, level.instruction);
 }
 
-void gather(Level &level, Gathering &g) {
-  Point *const base = level.sp - 1;
+Level gatheringlevel(Level &level, const Gathering &g) {
+  Point *const frame = g.base + 1;
+  return innerlevel(level, g.function, frame, frame + g.function.locals);
+}
+
+void gather(Level &inner, Gathering &g) {
+  Level &level = *inner.caller;
   if (level.sp + g.function.locals > stacktop) failgathering(level, 806);
-  callheld(level, g.function);
+  if (g.function.locals > 0) makelocals(level, 1, g.function.locals);
+  runinner(inner);
   settle(level.sp);
   // A function that leaves nothing leaves the empty vector; one that leaves more, the topmost.
-  if (level.sp <= base) {
+  if (level.sp <= g.base) {
     Point empty;
     makeempty(empty);
     pushowned(level, empty);
   }
   append(level, g);
-  while (level.sp > base) droptop(level);
+  while (level.sp > g.base) droptop(level);
 }
 
 void endgathering(Level &level, Gathering &g, std::uint32_t kept) {

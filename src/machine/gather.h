@@ -9,6 +9,7 @@ struct Gathering {
   Point data;
   Point weights;   // the mask; of MASK only
   Point result;    // a vector of `elements` records so far, while it is made
+  Point *base;     // the slot below the operands, where the top stands between two calls
   Element *spare;  // the block of the last scalar, for the next one; null for none
   std::uint32_t kinds;
   std::int16_t depth;
@@ -20,10 +21,10 @@ struct Gathering {
 void begingathering(Level &level, Gathering &g, int operands);
 // A block of one record of undefined contents. Message 27.
 Element *takerecord(Gathering &g);
-// Does a record own nothing, whoever holds it?
-bool isplainrecord(const Element &e);
+// The level in which the function runs for each element.
+Level gatheringlevel(Level &level, const Gathering &g);
 // Calls the function on the space on top, and makes its topmost value the next element of the result. Messages 806, 27.
-void gather(Level &level, Gathering &g);
+void gather(Level &inner, Gathering &g);
 // Puts the result in the place of the operands, in the shape of the data; its kinds go into the flags that are kept.
 void endgathering(Level &level, Gathering &g, std::uint32_t kept);
 // Leaves the operands behind for good, after a failure that was found between two calls.

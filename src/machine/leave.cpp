@@ -33,7 +33,7 @@ bool isouter(const Context *link, const Context *inner) {
   return inner != nullptr;
 }
 
-void popcontexts(Level &level) {
+void unwindcontexts(Level &level) {
   // PREVIOUSCONTEXT may have stepped out of the link that the level entered with; that one is the caller's.
   while (!isouter(level.meaning, level.entry)) level.meaning = popsymtabs(level.meaning);
   level.meaning = level.entry;
@@ -57,7 +57,7 @@ void reportrun() {
 }
 
 // The end of a run at level 0: the join, the run reports and the echo.
-void endofrun(Level &level) {
+[[gnu::noinline]] void endofrun(Level &level) {
   if (processors > 1) wait_for_coprocessors(level.sp, 0);
   reportrun();
   if (hasvalues(level, 1))

@@ -1,4 +1,6 @@
 // LOOP and REPEAT.
+#include <algorithm>
+
 #include "machine/level.h"
 
 namespace {
@@ -32,16 +34,16 @@ void pushindex(Level &level, Loop &loop, std::int64_t index) {
 }
 
 // One round of a function that takes the index. Returns the message that ends the loop, 0 for none.
-int round(Level &level, Loop &loop, std::int64_t index) {
+int round(Level &inner, Loop &loop, std::int64_t index) {
+  Level &level = *inner.caller;
   const int arguments = loop.function.arguments;
   if (!hasvalues(level, arguments - 1)) return 800;
   if (arguments > 0) {
     if (stackfull(level)) return 806;
     pushindex(level, loop, index);
   }
-  Point *floor = level.sp - arguments + 1;
-  runbody(level, loop.function, floor, floor);
-  const Point *expected = floor + (arguments > 0 ? arguments - 2 : -1);
+  runinner(inner);
+  const Point *expected = inner.floor + (arguments > 0 ? arguments - 2 : -1);
   if (level.sp == expected) return 0;
   settle(level.sp);
   while (level.sp > expected) droptop(level);
@@ -51,10 +53,13 @@ int round(Level &level, Loop &loop, std::int64_t index) {
 int repeat(Level &level, Loop &loop, std::int64_t count, bool indexed) {
   if (count > 0 && loop.function.locals > 0) return 988;
   if (count > 0 && loop.function.arguments < 0 && indexed) return 979;
+  const int below = std::max(loop.function.arguments - 1, 0);  // the arguments but for the index
+  Point *const floor = indexed ? level.sp - below + 1 : level.floor;
+  Level inner = innerlevel(level, loop.function, indexed ? floor : level.frame, floor);
   for (std::int64_t i = 1; i <= count; ++i) {
     if (!indexed)
-      runbody(level, loop.function, level.frame, level.floor);
-    else if (const int failure = round(level, loop, i); failure != 0)
+      runinner(inner);
+    else if (const int failure = round(inner, loop, i); failure != 0)
       return failure;
   }
   return 0;

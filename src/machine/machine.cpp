@@ -28,13 +28,12 @@ enum class Hook { OFF, ON };
 // Reads the instruction number of what runs and gives the work to its handler, again as long as it asks for it.
 template <Hook hook>
 Next perform(Level &level) {
-  from_coprocessor[0].flops = 0;
   if (hook == Hook::ON) beginstamp(level);
   for (;;) {
-    const Admission admission = admit(level);
+    const Action &action = actionof(level.instruction->instruction);
+    const Admission admission = admit(level, action.needs);
     if (admission != Admission::RUN) return admission == Admission::PASS ? Next::FETCH : Next::LEAVE;
-    const std::uint16_t number = level.instruction->instruction;
-    const Next next = number < instructions::COUNT ? Handlers[number](level) : fail(level, 993);
+    const Next next = action.handler(level);
     if (next == Next::AGAIN) continue;
     if (hook == Hook::ON && next != Next::LEAVE) charge(level);
     return next;
@@ -94,12 +93,8 @@ Next unusable(Level &level, const char *text) {
   return levelreturn(level);
 }
 
-Next pushpoint(Level &level) {
-  Point &point = *level.current;
-  if (const Verdict v = verdict(level, point); v != Verdict::RUN) {
-    if (v == Verdict::PASS) return Next::FETCH;
-    return fail(level, (point.type & YES) != 0 ? 147 : 148);
-  }
+// What a symbolic Point other than an instruction or a function stands for.
+[[gnu::noinline]] Next pushsymbolic(Level &level, Point &point) {
   if (point.rank == ranks::UNUSED) return unusable(level, " Unused type:");
   if (point.rank == ranks::INVALID) return unusable(level, " Unusable symbol:");
   if (point.rank == ranks::LABEL && isend(*point.target)) return fail(level, 23);
@@ -122,6 +117,17 @@ Next pushpoint(Level &level) {
   }
 }
 
+Next pushpoint(Level &level, Point &point) {
+  if (const Verdict v = verdict(level, point); v != Verdict::RUN) {
+    if (v == Verdict::PASS) return Next::FETCH;
+    return fail(level, (point.type & YES) != 0 ? 147 : 148);
+  }
+  if (!isspace(point)) return pushsymbolic(level, point);
+  if (stackfull(level)) return fail(level, 806);
+  pushcopy(level, point);
+  return Next::FETCH;
+}
+
 template <Hook hook>
 Next execute(Level &level) {
   level.instruction = level.current;
@@ -133,7 +139,7 @@ Next execute(Level &level) {
       pushcopy(level, *level.current);
       return (level.current->type & ISOPERATOR) != 0 ? call(level) : Next::FETCH;
     default:
-      return pushpoint(level);
+      return pushpoint(level, *level.current);
   }
 }
 
@@ -142,20 +148,15 @@ void loop(Level &level) {
   while (!isend(*level.current)) {
     safepoint();
     if (stepping && watched(level)) watch(level);
-    flopos = 0;
+    if (hook == Hook::ON) flopos = 0;
     operators += 1;
     const Next next = execute<hook>(level);
-    if (next == Next::LEAVE) return;
-    if (next != Next::JUMPED) ++level.current;
+    if (next == Next::FETCH) [[likely]]
+      ++level.current;
+    else if (next == Next::LEAVE)
+      return;
   }
   reachend(level);
-}
-
-void run(Level &level) {
-  if (opstime)
-    loop<Hook::ON>(level);
-  else
-    loop<Hook::OFF>(level);
 }
 
 // A jump drops every level down to level 0, while their frames still stand. Values that they pushed are released; what
@@ -184,10 +185,12 @@ void land(Level &level) {
 void runlanded(Level &level) {
   Landing outer;
   armlanding(outer, droplevels);
-  if (setjmp(error_jump) == 0)
-    run(level);
-  else
+  if (setjmp(error_jump) != 0)
     land(level);
+  else if (opstime)
+    loop<Hook::ON>(level);
+  else
+    loop<Hook::OFF>(level);
   disarmlanding(outer);
 }
 
@@ -208,59 +211,45 @@ void runtimed(Level &level) {
   operations += outeroperations;
 }
 
-void runinner(Level &level) {
-  if (!opstime) return run(level);
+// What the run of a level takes is not charged to the instruction of the outer one.
+void runstamped(Level &level) {
   const double entered = tval = clocktime();
   level.stamped = !(stepping && watched(level));
-  run(level);
+  loop<Hook::ON>(level);
   duration = clocktime() - entered;
-}
-
-// Where the process stack ends, it is to end here, where a fault finds everything whole, and not a few calls further
-// in, inside the heap: the room that a level needs for its own work is touched before it begins.
-constexpr std::size_t WORKING_ROOM = std::size_t{256} * 1024;
-[[gnu::noinline]] void touchstack() {
-  [[maybe_unused]] volatile char room[WORKING_ROOM];
-  room[0] = 0;
+  flopos = 0;
+  level.caller->stamp += duration;
+  level.caller->operated = operations;
 }
 
 }  // namespace
 
+void runinner(Level &inner) {
+  Level &outer = *inner.caller;
+  Entry *const names = inner.header ? localnames(inner.header[inner.header->elements]) : nullptr;
+  // The outer level's own record of the chain keeps what is pushed until it is popped, so that a jump pops it too.
+  if (names) outer.meaning = pushtable(outer.meaning, names);
+  begin(inner, outer.meaning, outer.sp);
+  running = &inner;
+  if (opstime)
+    runstamped(inner);
+  else
+    loop<Hook::OFF>(inner);
+  running = &outer;
+  outer.sp = inner.sp;
+  if (names) outer.meaning = popsymtabs(outer.meaning);
+}
+
 Point *machine(Point *start, Context *meaning, Point *frame, Point *floor, Point *sp, Entry **memory, int level,
-               int slot, Point *header) {
-  touchstack();
-  Level self;
-  self.start = start;
-  self.header = header;
-  self.current = start;
-  self.instruction = start;
-  self.meaning = self.entry = meaning;
-  self.entryuses = meaning->uses;
-  self.frame = frame;
-  self.floor = floor;
-  self.sp = sp;
-  self.memory = memory;
-  self.caller = running;
-  self.level = level;
-  self.slot = slot;
-  self.decision = -1;
-  self.trace = self.step = false;
-  self.stamp = self.operated = 0;
-  self.stamped = false;
-  self.ownsframe = !running || frame != running->frame || floor != running->floor;
+               int slot) {
+  const bool ownsframe = !running || frame != running->frame || floor != running->floor;
+  Level self({running, start, nullptr, frame, floor, memory, level, slot, ownsframe});
+  begin(self, meaning, sp);
   running = &self;
   if (level == 0)
     runtimed(self);
   else
-    runinner(self);
+    loop<Hook::OFF>(self);
   running = self.caller;
   return self.sp;
-}
-
-void runnested(Level &level, Point *start, Context *meaning, Point *frame, Point *floor, Point *header) {
-  level.sp = machine(start, meaning, frame, floor, level.sp, level.memory, level.level + 1, level.slot, header);
-  if (!opstime) return;
-  level.stamp += duration;
-  level.operated = operations;
-  flopos = 0;
 }

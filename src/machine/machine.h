@@ -12,7 +12,6 @@ extern Point *stacktop;
 
 // Runs the Programme from `start` to its END (a Point of type 0). `frame` is where the locals begin, `floor` the lowest
 // slot that the run may consume, `sp` the top; `memory` the bank's table slot; `level` 0 for the driver, where failures
-// land; `slot` the work slot; `header` the header Point of the function whose body this is, null for a text.
-// Returns the new top. At level 0 the top is echoed.
+// land; `slot` the work slot. Returns the new top. At level 0 the top is echoed.
 Point *machine(Point *start, Context *meaning, Point *frame, Point *floor, Point *sp, Entry **memory, int level,
-               int slot, Point *header = nullptr);
+               int slot);

@@ -141,13 +141,14 @@ void pushneighbourhood(Level &level, const Gathering &g, Row *rows, Tally &tally
 Next mask(Level &level) {
   Gathering g;
   begingathering(level, g, 3);
+  Level inner = gatheringlevel(level, g);
   Row *rows = makerows(g.data, g.weights);
   Custody walked;
   takecustody(walked, releaseblock, rows);
   Tally tally;
   for (std::uint32_t i = 0; i < g.data.elements; ++i) {
     pushneighbourhood(level, g, rows, tally);
-    gather(level, g);
+    gather(inner, g);
     operations += g.weights.elements;
     for (std::int32_t d = 0; d < g.data.rank; ++d) rows[d].offset = -rows[d].reach;
     nextposition(rows, g.data.rank);

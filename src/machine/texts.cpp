@@ -29,7 +29,8 @@ std::int64_t compiletext(Level &level, Text &text, std::FILE *stream, const char
 }
 
 void runtext(Level &level, Text &text, Point *frame, Point *floor) {
-  runnested(level, text.programme, level.meaning, frame, floor, nullptr);
+  Level inner = innerlevel(level, text.programme, frame, floor);
+  runinner(inner);
   cleanup(text.programme);
 }
 

@@ -3,21 +3,17 @@
 //
 // Who owns what:
 // - The count of a block is the number of ways that lead to it from a holder: a Point raises its shape, its data and,
-// all
-//   the way down, what the records of its data own. So a count of 1 means at any depth that nobody else sees the block,
-//   and a Point may be moved out of an enclosing block without a change of its own counts.
+//   all the way down, what the records of its data own. So a count of 1 means at any depth that nobody else sees the
+//   block, and a Point may be moved out of an enclosing block without a change of its own counts.
 // - A record of tag SUBARRAY owns the enclosed Point and its block, OCTONION its eight doubles, HANDLE its name, its
-// cell
-//   and its descriptor, a symbolic Point (negative tag) what it would own on the stack.
+//   cell and its descriptor, a symbolic Point (negative tag) what it would own on the stack.
 // - The records of a space of rank 1 or more are walked only where mayown says so. Whoever changes a flag word keeps
-// its
-//   promise: kind bits without STRUCTURED, HASOCTONION, HASFILE and HASFUNCTION say that no record owns a block. A word
-//   without any kind bit (COLLECT) promises nothing. The one record of a scalar is always looked at.
+//   its promise: kind bits without STRUCTURED, HASOCTONION, HASFILE and HASFUNCTION say that no record owns a block. A
+//   word without any kind bit (COLLECT) promises nothing. The one record of a scalar is always looked at.
 // - Names of elements (attributes::NAMED) are permanent, made by elementname, so that records can be copied freely. The
 //   counted name of a scalar is tolerated: it counts the scalar's holders.
 // - A Programme block owns the Points in it; FUNCTION Points raise the block alone. Its header owns nothing but its
-// link,
-//   the END its name and link.
+//   link, the END its name and link.
 // - A symbolic Point owns its name, its link and its data block. The target of an ADDRESS with ISLOCAL is a slot of the
 //   stack and not counted.
 #pragma once
@@ -32,11 +28,23 @@ inline bool mayown(const Point &space) {
   return (space.type & (OWNING | HASFILE | HASFUNCTION)) != 0 || (space.type & ELEMENTBITS) == 0;
 }
 
-// A number or character without a name, which is what most Points are: one count, and nothing below.
+// A number or character without a name: the record owns nothing, whoever holds it.
+inline bool isplainrecord(const Element &e) {
+  return e.tag >= tags::ASCII && e.tag <= tags::QUATERNION && (e.attributes & attributes::NAMED) == 0;
+}
+// Copies such a record, as far as its kind reaches.
+inline void copyplain(Element &to, const Element &from) {
+  using Words __attribute__((vector_size(16), aligned(8), may_alias)) = unsigned long long;
+  *reinterpret_cast<Words *>(&to) = *reinterpret_cast<const Words *>(&from);
+  to.otherparts[0] = from.otherparts[0];
+  if (from.tag <= tags::REAL) return;
+  to.otherparts[1] = from.otherparts[1];
+  to.otherparts[2] = from.otherparts[2];
+}
+
+// A scalar of such a record, which is what most Points are: one count, and nothing below.
 inline bool ownsoneblock(const Point &point) {
-  if (point.rank != ranks::SCALAR || !point.data_pointer) return false;
-  const Element &e = *point.data_pointer;
-  return e.tag >= tags::ASCII && e.tag <= tags::QUATERNION && (e.attributes & attributes::NAMED) == 0 &&
+  return point.rank == ranks::SCALAR && point.data_pointer && isplainrecord(*point.data_pointer) &&
          !point.shape_pointer;
 }
 

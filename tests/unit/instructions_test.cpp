@@ -119,11 +119,11 @@ TEST_F(Numbers, NamesWithoutAnImplementation) {
 }
 
 TEST_F(Numbers, TheOthersHaveAHandlerOfTheirOwn) {
-  Handler *const stubs[] = {Handlers[instructions::NIHIL], Handlers[instructions::POSITION],
-                            Handlers[instructions::TAKE]};
+  Handler *const stubs[] = {Actions[instructions::NIHIL].handler, Actions[instructions::POSITION].handler,
+                            Actions[instructions::TAKE].handler};
   for (const Row &row : ROWS) {
     if (answer(row) != "works") continue;
-    for (Handler *const stub : stubs) EXPECT_NE(Handlers[row.number], stub) << row.name;
+    for (Handler *const stub : stubs) EXPECT_NE(Actions[row.number].handler, stub) << row.name;
   }
 }
 
