@@ -18,7 +18,8 @@ constexpr std::size_t WORKING_ROOM = std::size_t{256} * 1024;
 inline Level makeinner(Level &outer, Point *start, Point *header, Point *frame, Point *floor) {
   touchstack();
   const bool ownsframe = frame != outer.frame || floor != outer.floor;
-  return Level({&outer, start, header, frame, floor, outer.memory, outer.level + 1, outer.slot, ownsframe});
+  Entry *const names = header ? localnames(header[header->elements]) : nullptr;
+  return Level({&outer, start, header, names, frame, floor, outer.memory, outer.level + 1, outer.slot, ownsframe});
 }
 
 }  // namespace

@@ -18,6 +18,7 @@ struct Place {
   Level *caller;  // null: the outermost
   Point *start;
   Point *header;  // of the function whose body this is, for the facts that its type word collects; null: a text
+  Entry *names;   // the body's own table, in which it runs; null for none
   Point *frame;   // local 1
   Point *floor;   // the lowest slot that this level may consume
   Entry **memory;

@@ -226,9 +226,8 @@ void runstamped(Level &level) {
 
 void runinner(Level &inner) {
   Level &outer = *inner.caller;
-  Entry *const names = inner.header ? localnames(inner.header[inner.header->elements]) : nullptr;
   // The outer level's own record of the chain keeps what is pushed until it is popped, so that a jump pops it too.
-  if (names) outer.meaning = pushtable(outer.meaning, names);
+  if (inner.names) outer.meaning = pushtable(outer.meaning, inner.names);
   begin(inner, outer.meaning, outer.sp);
   running = &inner;
   if (opstime)
@@ -237,13 +236,13 @@ void runinner(Level &inner) {
     loop<Hook::OFF>(inner);
   running = &outer;
   outer.sp = inner.sp;
-  if (names) outer.meaning = popsymtabs(outer.meaning);
+  if (inner.names) outer.meaning = popsymtabs(outer.meaning);
 }
 
 Point *machine(Point *start, Context *meaning, Point *frame, Point *floor, Point *sp, Entry **memory, int level,
                int slot) {
   const bool ownsframe = !running || frame != running->frame || floor != running->floor;
-  Level self({running, start, nullptr, frame, floor, memory, level, slot, ownsframe});
+  Level self({running, start, nullptr, nullptr, frame, floor, memory, level, slot, ownsframe});
   begin(self, meaning, sp);
   running = &self;
   if (level == 0)
