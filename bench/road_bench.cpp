@@ -2,13 +2,16 @@
 // text of scalar pushes and additions against a loop that copies Points and takes blocks from a free list.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "frontend/assembly.h"
+#include "kernels.h"
 #include "machine/machine.h"
 #include "spaces/refderef.h"
 
@@ -64,30 +67,40 @@ double sumof(const Point &space) {
   return sum;
 }
 
+// A Programme of one literal, read from a stream and given up. Is its sum this?
+bool reads(Bank &bank, const std::string &text, double sum, double &taken) {
+  std::FILE *stream = fmemopen(const_cast<char *>(text.data()), text.size(), "r");
+  const double start = kernels::threadtime();
+  fill(bank.programme.data(), bank.chain, bank.stack.data(), stream, nullptr, SKIPPED);
+  const double read = kernels::threadtime();
+  const bool same = bank.programme[0].elements == MEMBERS && sumof(bank.programme[0]) == sum;
+  const double checked = kernels::threadtime();
+  cleanup(bank.programme.data());
+  std::fclose(stream);
+  taken = kernels::threadtime() - checked + (read - start);
+  return same;
+}
+
+// The two in turns, the best of each: `ratio` is what counts.
 void readliteral(benchmark::State &state) {
   Bank bank;
   const std::string text = literal(state.range(0));
   const double sum = sumof(text);
+  double bestread = std::numeric_limits<double>::infinity(), bestloop = bestread;
   for (auto _ : state) {
-    std::FILE *stream = fmemopen(const_cast<char *>(text.data()), text.size(), "r");
-    fill(bank.programme.data(), bank.chain, bank.stack.data(), stream, nullptr, SKIPPED);
-    state.PauseTiming();
-    if (bank.programme[0].elements != MEMBERS || sumof(bank.programme[0]) != sum)
-      state.SkipWithError("a literal of another value");
-    state.ResumeTiming();
-    cleanup(bank.programme.data());
-    std::fclose(stream);
+    double read;
+    if (!reads(bank, text, sum, read)) state.SkipWithError("a literal of another value");
+    bestread = std::min(bestread, read);
+    const double start = kernels::threadtime();
+    benchmark::DoNotOptimize(sumof(text));
+    bestloop = std::min(bestloop, kernels::threadtime() - start);
   }
-  state.SetItemsProcessed(state.iterations() * MEMBERS);
+  constexpr double EACH = kernels::NANOSECONDS / MEMBERS;
+  state.counters["ns"] = bestread * EACH;
+  state.counters["strtod_ns"] = bestloop * EACH;
+  state.counters["ratio"] = bestread / bestloop;
 }
 BENCHMARK(readliteral)->Arg(Decimals)->Arg(Exact)->Arg(Whole)->Unit(benchmark::kMillisecond);
-
-void readbystrtod(benchmark::State &state) {
-  const std::string text = literal(state.range(0));
-  for (auto _ : state) benchmark::DoNotOptimize(sumof(text));
-  state.SetItemsProcessed(state.iterations() * MEMBERS);
-}
-BENCHMARK(readbystrtod)->Arg(Decimals)->Arg(Exact)->Arg(Whole)->Unit(benchmark::kMillisecond);
 
 void scalartext(benchmark::State &state) {
   Bank bank;
