@@ -73,6 +73,12 @@ void setreal(Element &element, double value) {
 }
 
 void readinteger(const Token &token, Element &element) {
+  const Decimal &decimal = *token.decimal;
+  if (decimal.whole && decimal.exponent == 0 && decimal.digits <= EXACT_DIGITS) [[likely]] {
+    const auto digits = static_cast<std::int64_t>(decimal.digits);
+    setinteger(element, decimal.minus ? -digits : digits);
+    return;
+  }
   const double value = readvalue(token);
   if (std::fabs(value) <= INTEGER_LIMIT)
     setinteger(element, saturate(value));

@@ -16,8 +16,7 @@ struct Component {
 
 constexpr Component NOCOMPONENT = {0, false};
 
-// More of them might not fit 64 bits, leading zeros or not.
-constexpr std::size_t MOST_DIGITS = 19, MOST_EXPONENT_DIGITS = 3;
+constexpr std::size_t MOST_EXPONENT_DIGITS = 3;
 
 // The exponent from its letter on. No digits: no exponent.
 Component exponent(std::size_t at, bool integral, Decimal &decimal) {

@@ -73,6 +73,9 @@ struct Decimal {
   bool whole;  // nothing is left out; else all but the text means nothing
 };
 
+// More digits might not fit 64 bits, leading zeros or not.
+inline constexpr int MOST_DIGITS = 19;
+
 // A token. The text is zero-terminated and may be changed in place; it and the decimal are valid until the next scan.
 struct Token {
   Rule rule;
@@ -94,6 +97,10 @@ void scandone();
 // The next token in this condition. Skips the white space that the condition skips; copies to standard output and
 // drops, outside INITIAL, each byte that no rule matches. Reports 27 and jumps.
 Token scan(Condition condition);
+// The next member of a vector where it is a plain number, that is digits, perhaps with a minus ahead and a point among
+// them, and white space after them; that is dropped too. Reads no further than scan does. False for anything else,
+// which scan meets next.
+bool scanplain(Token &token);
 // The next byte, EOF at the end of input or a NUL.
 int input();
 // Gives a byte back, to be read next; the text of the last token is no longer valid.

@@ -22,14 +22,17 @@ constexpr std::size_t FIRST_ROOM = 1;
 constexpr std::size_t FIRST_ROOM = 8;
 #endif
 
-// Room for so many records more. The block is cut to size when the literal is closed.
-void reserve(Point &space, std::size_t &room, std::size_t more) {
-  const std::size_t needed = space.elements + more;
-  if (needed <= room) return;
+[[gnu::noinline]] void grow(Point &space, std::size_t &room, std::size_t needed) {
   if (needed > MOST_ELEMENTS) outofstorage();
   const std::size_t larger = std::min(std::max({FIRST_ROOM, 2 * room, needed}), MOST_ELEMENTS);
   space.data_pointer = Reallocate(space.data_pointer, larger);
   room = larger;
+}
+
+// Room for so many records more. The block is cut to size when the literal is closed.
+inline void reserve(Point &space, std::size_t &room, std::size_t more) {
+  const std::size_t needed = space.elements + more;
+  if (needed > room) grow(space, room, needed);
 }
 
 // There is room for it.
@@ -107,16 +110,26 @@ void settlestring(Point &space) {
   if (space.elements == 1) space.type |= ISONEELEMENT;
 }
 
+// One record more of the literal in work, whatever the token spells.
+inline void addmember(const Token &token) {
+  Compiler &c = compiler;
+  Point &space = *c.literal;
+  reserve(space, c.room, 1);
+  Element &record = space.data_pointer[space.elements];
+  readelement(token, c.condition == Condition::VECTOR, record);
+  space.type |= kindbit(record.tag);
+  ++space.elements;
+}
+
 }  // namespace
 
+// A number seldom comes alone, and most are plain: those that follow are taken without the detour over the rules.
 void elementliteral(const Token &token) {
   Compiler &c = compiler;
   if (c.literal) {
-    reserve(*c.literal, c.room, 1);
-    Element &record = c.literal->data_pointer[c.literal->elements];
-    readelement(token, c.condition == Condition::VECTOR, record);
-    c.literal->type |= kindbit(record.tag);
-    ++c.literal->elements;
+    addmember(token);
+    if (token.rule == Rule::INTEGER || token.rule == Rule::REAL)
+      for (Token next; scanplain(next);) addmember(next);
     return;
   }
   if (token.rule == Rule::CONSTANT && Constants[token.row].tag == 0) {

@@ -34,20 +34,27 @@ inline int readbyte(std::FILE *stream) {
   return byte != EOF ? byte : readagain(stream);
 }
 
-// The next byte of the source, EOF from its end on.
-inline int takebyte() {
-  if (state.ended != Ended::NOT) return EOF;
-  int byte;
-  if (state.string) {
-    byte = static_cast<unsigned char>(*state.string);
-    if (byte != 0) ++state.string;
-  } else {
-    byte = readbyte(state.stream);
-  }
+// The byte if it is one of a text; else EOF, and the source has ended.
+inline int ofatext(int byte) {
   if (byte > 0) [[likely]]
     return byte;
   state.ended = byte == 0 ? Ended::BY_NUL : Ended::BY_END;
   return EOF;
+}
+
+inline int takefrom(const char *&string) {
+  const int byte = static_cast<unsigned char>(*string);
+  if (byte != 0) ++string;
+  return ofatext(byte);
+}
+inline int takefrom(std::FILE *stream) {
+  return ofatext(readbyte(stream));
+}
+
+// The next byte of the source, EOF from its end on.
+inline int takebyte() {
+  if (state.ended != Ended::NOT) return EOF;
+  return state.string ? takefrom(state.string) : takefrom(state.stream);
 }
 
 // Sets the pending bytes at this place of a window of this capacity.
@@ -119,6 +126,44 @@ inline std::size_t passrun(std::size_t at, std::size_t limit, Belongs belongs) {
     if (at < stop || at == limit) return at;
     if (takerun(at, limit - at, belongs) || at == limit || fetch() == EOF) return at;
   }
+}
+
+// Longer numbers go the long way; a double written with all its digits, but without an exponent, seldom is.
+constexpr std::ptrdiff_t LONGEST_PLAIN = 40;
+
+// What scanplain does, over the bytes that `next` gives: EOF once the input has ended, and nobody asks again. Returns
+// the number's length, 0 for none. What is looked at stands in the window, where scan meets it if it is no plain
+// number.
+template <typename Next>
+inline std::size_t readplain(Decimal &decimal, Next next) {
+  char *const text = state.bytes, *place = text;
+  int byte = state.token < state.filled ? static_cast<unsigned char>(state.bytes[state.token]) : next();
+  while (is(byte, WHITE)) byte = next();
+  *place = static_cast<char>(byte);
+  const auto advance = [&] {
+    byte = next();
+    *++place = static_cast<char>(byte);
+  };
+  std::uint64_t sum = 0;
+  const auto digits = [&] {
+    const char *const begin = place;
+    for (unsigned digit; (digit = static_cast<unsigned>(byte) - '0') <= 9 && place - text < LONGEST_PLAIN; advance())
+      sum = 10 * sum + digit;
+    return static_cast<int>(place - begin);
+  };
+  const bool minus = is(byte, MINUS);
+  if (minus) advance();
+  const int whole = digits();
+  const bool point = byte == '.';
+  if (point) advance();
+  const int decimals = point ? digits() : 0;
+  const auto length = static_cast<std::size_t>(place - text);
+  const bool plain = whole > 0 && point == (decimals > 0) && is(byte, WHITE);
+  if (plain) *place = 0;
+  state.token = 0;
+  state.filled = plain ? 0 : length + (byte != EOF ? 1 : 0);
+  decimal = {sum, static_cast<std::int16_t>(-decimals), minus, whole + decimals <= MOST_DIGITS};
+  return plain ? length : 0;
 }
 
 void restoreheld() {
@@ -204,6 +249,18 @@ const char *scanposition() {
   const std::size_t pending = state.filled - state.token;
   const std::size_t read = static_cast<std::size_t>(state.string - state.beginning);
   return state.string - (pending < read ? pending : read);
+}
+
+bool scanplain(Token &token) {
+  static Decimal decimal;
+  window::begin();
+  if (state.ended != Ended::NOT || state.filled - state.token > 1) return false;
+  const std::size_t length =
+      state.string ? window::readplain(decimal, [] { return window::takefrom(state.string); })
+                   : window::readplain(decimal, [stream = state.stream] { return window::takefrom(stream); });
+  if (length == 0) return false;
+  token = {decimal.exponent == 0 ? Rule::INTEGER : Rule::REAL, 0, state.bytes, length, &decimal};
+  return true;
 }
 
 void scandone() {

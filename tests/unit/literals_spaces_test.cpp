@@ -1,4 +1,5 @@
 // Strings, vectors and structures in each other, and their shapes.
+#include <random>
 #include <string>
 #include <vector>
 
@@ -162,6 +163,49 @@ TEST_F(Literals, ALongVectorIsWhole) {
   ASSERT_EQ(p.elements, 100000u);
   for (int i = 0; i < 100000; ++i) ASSERT_EQ(p.data_pointer[i].integer, i);
   EXPECT_EQ(shape(p), Extents{100000});
+}
+
+// Behind another number and before white space a number goes a way of its own.
+TEST_F(Literals, AMemberIsWhatTheNumberIsAlone) {
+  std::mt19937_64 random(21);
+  std::vector<std::string> numbers = {"9007199254740991",
+                                      "9007199254740992",
+                                      "9007199254740993",
+                                      "-9007199254740993",
+                                      "9223372036854775807",
+                                      "9223372036854775808",
+                                      "-9223372036854775808",
+                                      "9223372036854777856",
+                                      "99999999999999999999",
+                                      "0",
+                                      "-0",
+                                      "-0.0",
+                                      "0.1",
+                                      "0.30000000000000004",
+                                      "5.0",
+                                      "\xAF"
+                                      "7",
+                                      "\xAF"
+                                      "7.25",
+                                      "\xAF"
+                                      "1.2345678901234567890123"};
+  for (int i = 0; i < 2000; ++i) {
+    std::string number = random() % 2 ? "-" : "";
+    for (auto digits = 1 + random() % 25; digits > 0; --digits) number += static_cast<char>('0' + random() % 10);
+    if (random() % 2) number += "." + std::to_string(random() >> random() % 64);
+    numbers.push_back(number);
+  }
+  for (const std::string &number : numbers) {
+    const Element alone = element(number);
+    const Point &p = single("(0 " + number + " " + number + "\n" + number + ")");
+    ASSERT_EQ(p.elements, 4u) << number;
+    for (std::uint32_t i = 1; i < p.elements; ++i) {
+      ASSERT_EQ(p.data_pointer[i].tag, alone.tag) << number;
+      EXPECT_EQ(p.data_pointer[i].form, alone.form) << number;
+      EXPECT_EQ(p.data_pointer[i].attributes, alone.attributes) << number;
+      EXPECT_EQ(p.data_pointer[i].integer, alone.integer) << number << ": to the last bit";
+    }
+  }
 }
 
 // ---- Shapes.
