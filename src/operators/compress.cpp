@@ -39,19 +39,21 @@ bool ismask(const Point &mask) {
 void noteplaces(const Element *e, std::uint32_t first, std::uint32_t count, std::uint32_t *places, std::uint32_t &kept,
                 std::uint32_t &others) {
   constexpr std::uint32_t TOGETHER = 8;
-  std::uint32_t k = kept, i = 0;
+  std::size_t k = kept;
+  std::uint32_t strange = 0;
   const auto note = [&](std::uint32_t at) {
     places[k] = first + at;
     k += e[at].integer > 0 ? 1 : 0;
-    others |= static_cast<std::uint32_t>(e[at].tag ^ tags::INTEGER);
+    strange |= static_cast<std::uint32_t>(e[at].tag ^ tags::INTEGER);
   };
-  for (; count - i >= TOGETHER; i += TOGETHER)
+  for (; count >= TOGETHER; count -= TOGETHER, first += TOGETHER, e += TOGETHER)
     [&]<std::uint32_t... ahead>(std::integer_sequence<std::uint32_t, ahead...>) {
-      (note(i + ahead), ...);
+      (note(ahead), ...);
     }
   (std::make_integer_sequence<std::uint32_t, TOGETHER>{});
-  for (; i < count; ++i) note(i);
-  kept = k;
+  for (std::uint32_t i = 0; i < count; ++i) note(i);
+  kept = static_cast<std::uint32_t>(k);
+  others |= strange;
 }
 
 // The places of the axis that are kept, and how many. False if the mask holds something else than integers after all.
