@@ -3,6 +3,7 @@
 // streams.
 #include "spaces/memory.h"
 
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -51,6 +52,10 @@ bool misfits(const void *address) {
   return reinterpret_cast<std::uintptr_t>(address) % BLOCKHEADER != 0;
 }
 
+bool isnone(const void *area) {
+  return reinterpret_cast<std::intptr_t>(area) == -1;
+}
+
 std::uint64_t header(const void *payload) {
   std::uint64_t word;
   std::memcpy(&word, static_cast<const char *>(payload) - BLOCKHEADER, sizeof word);
@@ -90,7 +95,6 @@ unsigned bucketof(std::size_t size) {
 bool Heap::newarea(std::size_t block) {
   if (block > LARGESTAREA - PAGE) return false;
   const std::size_t bytes = (block + PAGE - 1) / PAGE * PAGE;
-  const auto isnone = [](const void *made) { return reinterpret_cast<std::intptr_t>(made) == -1; };
   void *const area = source(static_cast<std::intptr_t>(bytes));
   if (isnone(area)) return false;
   if (misfits(area)) say(STDOUT_FILENO, "BRRRRRmallocSB ");
@@ -247,7 +251,19 @@ bool Heap::resizes(void *payload, std::size_t size, bool &moves) {
 
 namespace {
 
-constinit Heap heap{sbrk, {}, nullptr, 0};
+// The system makes memory when it is first touched, which by small pages takes longer than what is done with a large
+// space: from this size on it is asked for large ones. Where it has none the area is as good.
+constexpr std::intptr_t LARGEAREA = std::intptr_t{8} << 20;
+
+void *processarea(std::intptr_t bytes) {
+  void *const area = sbrk(bytes);
+  const std::size_t inpage = reinterpret_cast<std::uintptr_t>(area) % PAGE;
+  if (bytes >= LARGEAREA && !isnone(area))
+    madvise(static_cast<char *>(area) - inpage, static_cast<std::size_t>(bytes) + inpage, MADV_HUGEPAGE);
+  return area;
+}
+
+constinit Heap heap{processarea, {}, nullptr, 0};
 
 // Does a piece of work on the heap, under the lock where there is anybody to lock out.
 template <typename Work>

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <map>
 #include <random>
 #include <set>
@@ -409,6 +410,31 @@ TEST(Malloc, FailuresSetErrno) {
   EXPECT_EQ(said, "No more active memory available\n");
   EXPECT_EQ(static_cast<char *>(block)[15], 5);  // the old block is whole
   std::free(block);
+}
+
+// Is the page of this address in a mapping that asks for large pages?
+bool wantslarge(const void *address) {
+  std::ifstream maps("/proc/self/smaps");
+  bool inside = false;
+  for (std::string line; std::getline(maps, line);) {
+    std::uintptr_t from, to;
+    if (std::sscanf(line.c_str(), "%lx-%lx ", &from, &to) == 2)
+      inside = from <= number(address) && number(address) < to;
+    if (inside && line.starts_with("VmFlags:")) return line.find(" hg") != std::string::npos;
+  }
+  return false;
+}
+
+TEST(Malloc, LargeAreasAskForLargePages) {
+  if (!std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled")) GTEST_SKIP() << "a system without";
+  constexpr std::size_t MEBIBYTE = 1 << 20;
+  char *volatile small = static_cast<char *>(std::malloc(2 * MEBIBYTE));
+  char *volatile large = static_cast<char *>(std::malloc(100 * MEBIBYTE));
+  EXPECT_FALSE(wantslarge(small + MEBIBYTE));
+  EXPECT_TRUE(wantslarge(large));
+  EXPECT_TRUE(wantslarge(large + 100 * MEBIBYTE - 1));
+  std::free(large);
+  std::free(small);
 }
 
 TEST(Malloc, TheAlignedFamily) {
