@@ -44,7 +44,6 @@ struct Reply {
   void (*request_function)(Point **operand, const Point *instruction, Point *context);
   Point *context;
   char done;
-  char busy;
   std::int32_t failure;  // a message number noted by the slice, 0 for none
   double operations;     // element operations on nested spaces in the slice
 };

@@ -50,7 +50,6 @@ void sleepon(sem_t &semaphore) {
 
 // Takes the next work. Is there any?
 bool take(Reply &reply) {
-  reply.busy = 0;
   sleepon(threads[&reply - from_coprocessor].coprocess);
   reply.instruction = to_coprocessors.instruction;
   if (!reply.instruction) return false;
@@ -59,7 +58,6 @@ bool take(Reply &reply) {
   reply.flops = reply.operations = 0;
   reply.operand = to_coprocessors.operand;
   reply.context = to_coprocessors.context;
-  reply.busy = 1;
   return true;
 }
 

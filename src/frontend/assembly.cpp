@@ -300,7 +300,6 @@ void begin(Point *programme, Context *chain, Point *stackposition, int flag) {
   c.pcsp = 1;
   c.funcvars = 0;
   c.varsp = 0;
-  c.varstack[0] = 0;
   c.subvector = 0;
   c.returnstack[0] = {programme, c.pctop, 0, chain, programme};
 }

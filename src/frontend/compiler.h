@@ -30,7 +30,9 @@ struct Collected {
   std::size_t length, capacity;
 };
 
-inline constexpr std::size_t VARSTACK = 512, TOKEN_BYTES = 256;
+// References to names that the functions of one text may hold, apart from names that are bound as they are compiled.
+inline constexpr std::uint16_t MOST_REFERENCES = 512;
+inline constexpr std::size_t TOKEN_BYTES = 256;
 
 struct Compiler {
   Condition condition;  // survives from text to text, as does morvik_op
@@ -42,7 +44,7 @@ struct Compiler {
   int flag;
   bool inspecting;     // stepping was set when the text began
   std::uint16_t pcsp;  // the next free frame
-  std::uint16_t varsp;
+  std::uint16_t varsp;  // references to names so far
   std::int64_t funcvars;    // locals of the function that is open
   std::uint32_t subvector;  // how deep literals are open
   std::uint32_t depth;      // the deepest in the present one
@@ -54,7 +56,6 @@ struct Compiler {
   bool bracketed;    // a name between its brackets is being read
   bool breaking;     // BREAK: the jump drops a line only
   bool dropping;     // the rest of an abandoned text is being read
-  std::uint8_t varstack[VARSTACK];
   char q[TOKEN_BYTES];
   Frame returnstack[FRAMES];
 };

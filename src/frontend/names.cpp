@@ -18,12 +18,11 @@ bool infunction() {
   return compiler.pcsp > 1;
 }
 
-// Notes a reference to a name inside a function. Kept: nothing reads the notes, but there is room for so many only.
-void note(bool unknown) {
-  Compiler &c = compiler;
+// Counts a reference to a name inside a function. Kept: nothing needs the count, but it has an end.
+void countreference() {
   if (!infunction()) return;
-  if (c.varsp == VARSTACK) exceptionjump(TOO_MANY_NAMES);
-  c.varstack[c.varsp++] = unknown;
+  if (compiler.varsp == MOST_REFERENCES) exceptionjump(TOO_MANY_NAMES);
+  ++compiler.varsp;
 }
 
 // A function gets a table of its own with the first name that asks for one.
@@ -65,7 +64,7 @@ void unboundhand(const char *name) {
 
 void createdglobally(const char *name, bool address) {
   const bool unknown = infunction() && !checkmeaning(compiler.chain, name);
-  note(unknown);
+  countreference();
   if (unknown) mark(GLOBAL);
   namehand(address, 0, instructions::SAIG);
   unboundhand(name);
@@ -74,7 +73,7 @@ void createdglobally(const char *name, bool address) {
 
 void createdlocally(const char *name, bool address) {
   const Entry *entry = infunction() ? checkmeaning(compiler.chain, name) : nullptr;
-  note(!entry);
+  countreference();
   if (!entry && infunction()) {
     openowntable();
     mark(GLOBAL);
@@ -107,7 +106,7 @@ void bindhand(const Entry &entry) {
 void plainname(const char *name, bool address) {
   const Entry *entry = entername(compiler.chain->root->table, stringdup(name));
   if (!entry) return;
-  if (address) note(true);
+  if (address) countreference();
   mark(GLOBAL);
   namehand(address, ISOPERATOR, instructions::SGIG);
   bindhand(*entry);
@@ -171,7 +170,7 @@ void local(char *text, bool address) {
     exception(fault, &c.stackposition, nullptr);
     return;
   }
-  if (address) note(false);
+  if (address) countreference();
   const std::int32_t rank = address ? ranks::LOCALADDRESS : ranks::LOCALVARIABLE;
   Point &point = newhand(rank, (address ? ISADDRESS : ISVARIABLE) | ISLOCAL);
   point.elements = 1;

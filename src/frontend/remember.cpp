@@ -91,7 +91,7 @@ struct Needs {
   std::size_t points, references;
 };
 
-// The references to names that the compiler notes in a function, and in those inside it.
+// The references to names that the compiler counts in a function, and in those inside it.
 std::size_t references(const Point &value) {
   if (!isfunction(value)) return 0;
   std::size_t found = 0;
@@ -136,7 +136,7 @@ void remembertable(std::FILE *stream, Entry *table) {
     if (!iswritable(*entry)) continue;
     const Needs more = needs(*entry->meaning);
     taken = {taken.points + more.points, taken.references + more.references};
-    if (definitions > 0 && (taken.points >= PROGRAMME_POINTS || taken.references > VARSTACK)) {
+    if (definitions > 0 && (taken.points >= PROGRAMME_POINTS || taken.references > MOST_REFERENCES)) {
       endtext();
       taken = more;
     }
