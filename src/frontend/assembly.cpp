@@ -103,6 +103,7 @@ void endofinput(Condition was) {
   if (was == Condition::NAME || was == Condition::ADDRESSNAME) plainname(collected(), isaddressed(was));
   dropopen();
   appendoperator("", instructions::ENDPROCESS, instructions::NIHIL);
+  c.inputended = true;
   c.morvik_op = false;
   *c.position = {};
 }
@@ -297,6 +298,7 @@ void begin(Point *programme, Context *chain, Point *stackposition, int flag) {
   c.stackposition = stackposition;
   c.flag = flag;
   c.inspecting = flag == ENDS_STEP && stepping;
+  c.inputended = false;
   c.pcsp = 1;
   c.funcvars = 0;
   c.varsp = 0;
@@ -323,4 +325,8 @@ std::int64_t fill(Point *programme, Context *chain, Point *stackposition, std::F
   if (string) *string = scanposition();
   scandone();
   return points;
+}
+
+bool inputended() {
+  return compiler.inputended;
 }

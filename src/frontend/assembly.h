@@ -24,3 +24,5 @@ enum LineFeed : int { SKIPPED = 0, ENDS_TEXT = 1, ENDS_STEP = 2 };
 // reports of a literal's shape.
 std::int64_t fill(Point *programme, Context *chain, Point *stackposition, std::FILE *stream, const char **string,
                   int flag);
+// Did the text that fill compiled last end with its input?
+bool inputended();

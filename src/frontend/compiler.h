@@ -42,9 +42,9 @@ struct Compiler {
   Context *chain;
   Point *stackposition;
   int flag;
-  bool inspecting;     // stepping was set when the text began
-  std::uint16_t pcsp;  // the next free frame
-  std::uint16_t varsp;  // references to names so far
+  bool inspecting;          // stepping was set when the text began
+  std::uint16_t pcsp;       // the next free frame
+  std::uint16_t varsp;      // references to names so far
   std::int64_t funcvars;    // locals of the function that is open
   std::uint32_t subvector;  // how deep literals are open
   std::uint32_t depth;      // the deepest in the present one
@@ -56,6 +56,7 @@ struct Compiler {
   bool bracketed;    // a name between its brackets is being read
   bool breaking;     // BREAK: the jump drops a line only
   bool dropping;     // the rest of an abandoned text is being read
+  bool inputended;   // and the text with it
   char q[TOKEN_BYTES];
   Frame returnstack[FRAMES];
 };

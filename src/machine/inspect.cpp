@@ -22,18 +22,19 @@ void traceline(const Level &level) {
   disass(stdout, "", &copy, 0, 0);
 }
 
-// The Point that a line feed, or the end of the input, leaves at the end of a line.
-bool islineend(const Point &point) {
-  return isoperator(point) && point.instruction == instructions::ENDPROCESS && (!point.name || point.name[0] == 0);
+// Takes the ENDPROCESS Point away that a line feed leaves at the end of a line. Was it all of the line? That of the end
+// of the input stays, and ends the process.
+bool droplineend(Text &line, std::int64_t points) {
+  if (points < 2 || inputended()) return false;
+  Point &last = line.programme[points - 2];
+  if (!isoperator(last) || last.instruction != instructions::ENDPROCESS || last.name[0] != 0) return false;
+  dereferencepoint(&last);
+  last = {};
+  return points == 2;
 }
 
 // Runs a line on the stack of the run inspected, with a landing place of its own: an error comes back to the prompt.
-void runline(Level &level, Text &line, std::int64_t points) {
-  Point *last = line.programme + points - 2;
-  if (points >= 2 && islineend(*last)) {
-    dereferencepoint(last);
-    *last = {};
-  }
+void runline(Level &level, Text &line) {
   level.sp = machine(line.programme, level.meaning, level.floor, level.floor, level.sp, level.memory, 0, level.slot);
   cleanup(line.programme);
   if (endprocess) jump(-1);
@@ -44,11 +45,13 @@ bool inspectline(Level &level, Text &line) {
   std::printf("\nInspect [%ld]: ", height(level) + 1);
   std::fflush(stdout);
   const std::int64_t points = compiletext(level, line, stdin, nullptr, ENDS_STEP);
-  if (!stepping || points == 0 || islineend(line.programme[0])) {
+  const bool isempty = droplineend(line, points);
+  if (!stepping || points == 0 || isempty) {
     cleanup(line.programme);
     return stepping && points == 0;
   }
-  runline(level, line, points);
+  if (inputended()) stepping = 0;  // nobody is there to step through the line itself
+  runline(level, line);
   stepping = 1;
   return true;
 }

@@ -37,6 +37,11 @@ TEST_F(Assembly, ALineFeedIsAStepWhileInspecting) {
   EXPECT_EQ(rest, "2 .");
   EXPECT_EQ(compile("\n", ENDS_STEP), 2);
   expectoperator(programme[0], "", instructions::ENDPROCESS);
+  // The end of the input leaves the same, and is told from it.
+  EXPECT_FALSE(inputended());
+  EXPECT_EQ(compile("1", ENDS_STEP), 3);
+  expectoperator(programme[1], "", instructions::ENDPROCESS);
+  EXPECT_TRUE(inputended());
   // RUN leaves the inspection, and its line feed still ends the line.
   EXPECT_EQ(compile("1 RUN 2\n3 .", ENDS_STEP), 3);
   EXPECT_EQ(stepping, 0);

@@ -1,7 +1,5 @@
 // The instruction set by number: what each row is, that the names without an implementation answer as they must, and
 // that the class check comes first.
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -12,6 +10,7 @@
 #include "machine/level.h"
 #include "machine/machine.h"
 #include "unit/fnv.h"
+#include "unit/standard_input.h"
 
 namespace {
 
@@ -145,32 +144,6 @@ TEST_F(Numbers, TheClassCheckComesFirst) {
     }
   }
 }
-
-// What the process reads as its standard input, for as long as this lives.
-class StandardInput {
- public:
-  explicit StandardInput(const std::string &text) : before(dup(STDIN_FILENO)) {
-    int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
-    EXPECT_EQ(write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    close(ends[1]);
-    dup2(ends[0], STDIN_FILENO);
-    close(ends[0]);
-    clearerr(stdin);
-  }
-  ~StandardInput() {
-    while (std::getchar() != EOF) {
-    }
-    dup2(before, STDIN_FILENO);
-    close(before);
-    clearerr(stdin);
-  }
-  StandardInput(const StandardInput &) = delete;
-  StandardInput &operator=(const StandardInput &) = delete;
-
- private:
-  int before;
-};
 
 // No keyword leads to it.
 TEST_F(Numbers, WaitTakesOneByteAndNoValue) {

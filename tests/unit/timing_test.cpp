@@ -21,6 +21,7 @@
 #include "spaces/counters.h"
 #include "spaces/refderef.h"
 #include "unit/names.h"
+#include "unit/standard_input.h"
 
 namespace {
 
@@ -129,6 +130,7 @@ TEST_F(Timed, ValuesNamesAndComments) {
 }
 
 TEST_F(Timed, WhatGoesStraightOnIsNotCharged) {
+  const StandardInput input("\n");
   run("NOOP RUN TRACE RUN STEPALL RUNALL");
   EXPECT_EQ(rows(), 0);
   EXPECT_EQ(operators, 6);
