@@ -56,7 +56,7 @@ struct Compiler {
   bool bracketed;    // a name between its brackets is being read
   bool breaking;     // BREAK: the jump drops a line only
   bool dropping;     // the rest of an abandoned text is being read
-  bool inputended;   // and the text with it
+  bool inputended;   // the text ended with its input
   char q[TOKEN_BYTES];
   Frame returnstack[FRAMES];
 };

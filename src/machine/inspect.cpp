@@ -45,8 +45,8 @@ bool inspectline(Level &level, Text &line) {
   std::printf("\nInspect [%ld]: ", height(level) + 1);
   std::fflush(stdout);
   const std::int64_t points = compiletext(level, line, stdin, nullptr, ENDS_STEP);
-  const bool isempty = droplineend(line, points);
-  if (!stepping || points == 0 || isempty) {
+  const bool nothing = droplineend(line, points);
+  if (!stepping || points == 0 || nothing) {
     cleanup(line.programme);
     return stepping && points == 0;
   }

@@ -77,6 +77,22 @@ class Parallel(unittest.TestCase):
             with self.subTest(seed=seed, slots=slots):
                 self.agree(programmes.chain(r, 1000, r.choice([slots + 1, 30, 61])), slots, slots)
 
+    def test_flag_words(self):
+        """Who asks the flag word, and not the records, finds a result mixed whose slices hold one kind each."""
+        share = 20
+        for slots in SLOTS:
+            first, rest = share * (slots // 2), share * (slots - slots // 2)
+            nested, whole = "(1 2) " * (first - 5), "1 " * 5
+            for said, text in (("995 - ", "'%s' (%s) , DUP MAXIMUM !" % ("1" * first, "1 " * rest)),
+                               ("995 - ", "(%s) '%s' , DUP MINIMUM !" % ("1 " * first, "1" * rest)),
+                               (None, "'%s' DUP MAXIMUM ! COUNTSTACK" % ("1 " * (first + rest))),
+                               ("1003 - ", "(%s %s %s) NEGATIVE ENCAPSULATE" % (nested, whole, "2.5 " * rest)),
+                               (None, "(%s %s %s) NEGATIVE ENCAPSULATE" % (nested, whole, "1 " * rest))):
+                with self.subTest(slots=slots, words=text[-20:]):
+                    serial = run(text + SHOW)
+                    self.assertEqual(re.findall(rb"\n(\d+ - )", serial[2]), [said.encode()] if said else [], serial[2])
+                    self.agree(text + SHOW, slots, first + rest - 1)  # with which the shares are equal
+
     def test_the_tables_name_all_instructions(self):
         self.assertGreaterEqual(len(programmes.DYADIC), 25)
         self.assertGreaterEqual(len(programmes.MONADIC), 29)
