@@ -80,6 +80,24 @@ class BadInput(unittest.TestCase):
         # What had been built is given back: there is room again.
         self.check(numbers + b" (" + b"1 " * 100000 + b") SHAPE .", None, said, limit)
 
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")
+    def test_no_storage_for_a_result(self):
+        """The message, the recovery, and an empty vector in place of the top; or, where the stack is empty, a problem
+        that the next message still shows."""
+        def limit():
+            resource.setrlimit(resource.RLIMIT_DATA, (64 * MEBIBYTE, 64 * MEBIBYTE))
+
+        said = b"No more active memory available\n\n27 - out of main storage.\n\nException processing:..."
+        discarding = b"\n-- - Discarding the bad TOS value...\n"
+        few = b"\n800 - not enough arguments on stack for the reqested operation.\n\nInstruction:\n . OPERATOR:\t\t+"
+        for text, shown in ((b"1 2 4000000 .. 'not run' .\n'' DUMP .", said + discarding + b" 1\n 2\n #NIL\n"),
+                            (b"5 : 4000000 .. ; ! 'not run' .\n'' DUMP .", said + discarding + b" #NIL\n"),
+                            (b": 4000000 .. ; ! 'not run' .\n1 + .\n'' DUMP .",
+                             said + few + b"Top of stack:\n 1" + discarding + b" #NIL\n")):
+            ended = run(text + b"\n" + AFTER, limit, stderr=subprocess.STDOUT)
+            self.assertTrue(ended.stdout.startswith(shown), ended.stdout)
+            self.assertIn(CLOSED, ended.stdout)
+
     def test_garbage(self):
         chance = random.Random(4)
         for _ in range(200):
