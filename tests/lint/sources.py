@@ -6,6 +6,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 SOURCES = ROOT / "src"
+MAP = ROOT / "docs" / "architecture.md"
 # From the ground up: a room includes headers of its own floor and of lower ones. The .def tables are open to all.
 FLOORS = ["spaces", "diagnostics", "coprocessor", "arithmetic", "operators", "frontend", "files", "machine", "driver"]
 INCLUDE = re.compile(r'^#include "(\w+)/\w+\.h"', re.M)
@@ -46,6 +47,22 @@ def faults():
     for pattern, count in counts.items():
         if count != COUNTED[pattern]:
             yield "%s stands %d times, not %d" % (pattern, count, COUNTED[pattern])
+    yield from faultsofmap()
+
+
+def faultsofmap():
+    """Does the map name each file in its room, and no other in its first column?"""
+    rooms = re.split(r"^`src/(\w+)`\n", MAP.read_text(encoding="utf-8").split("## File by file")[1], flags=re.M)[1:]
+    rooms = dict(zip(rooms[::2], rooms[1::2]))
+    for room in FLOORS:
+        rows = re.findall(r"^\|(.*?)\|(.*)\|$", rooms.get(room, ""), re.M)
+        first, all_names = (set(re.findall(r"`(\w+)(?:\.def)?`", " ".join(parts)))
+                            for parts in ([row[0] for row in rows], [" ".join(row) for row in rows]))
+        files = {path.stem for path in (SOURCES / room).iterdir()}
+        for name in sorted(files - all_names):
+            yield "docs/architecture.md: %s/%s is not named" % (room, name)
+        for name in sorted(first - files):
+            yield "docs/architecture.md: there is no %s/%s" % (room, name)
 
 
 def main():
