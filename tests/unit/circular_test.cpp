@@ -8,38 +8,77 @@ namespace {
 constexpr Instruction CIRCULAR = NUMERIC_DYAD(circular);
 constexpr double CLOSE = 1e-12;
 
-double realfunction(std::int64_t number, double x) {
+// The functions of a real by series in a longer precision, and by what binds them together: nothing but the square root
+// is the library's. They are good for arguments of up to some ten.
+using Long = long double;
+constexpr Long QUARTER = 1.57079632679489661923L;
+
+Long exponential(Long x) {
+  constexpr int HALVINGS = 6, TERMS = 30;
+  Long term = 1, sum = 1;
+  for (int n = 1; n < TERMS; ++n) sum += term *= x / (1 << HALVINGS) / n;
+  for (int i = 0; i < HALVINGS; ++i) sum *= sum;
+  return sum;
+}
+// From the term of this power on, each of the next ones two powers higher.
+Long alternating(Long x, int power) {
+  constexpr int HIGHEST = 80;
+  Long term = power == 0 ? 1 : x, sum = term;
+  for (int n = power + 1; n < HIGHEST; n += 2) sum += term *= -x * x / n / (n + 1);
+  return sum;
+}
+// x and its odd powers, each over the power, with this sign from one to the next.
+Long oddpowers(Long x, int sign) {
+  constexpr int HIGHEST = 80;
+  Long power = x, sum = 0;
+  for (int n = 1; n < HIGHEST; n += 2, power *= sign * x * x) sum += power / n;
+  return sum;
+}
+Long arctangent(Long x) {
+  if (std::fabs(x) > 1) return std::copysign(QUARTER, x) - arctangent(1 / x);
+  constexpr int HALVINGS = 3;
+  for (int i = 0; i < HALVINGS; ++i) x /= 1 + std::sqrt(1 + x * x);
+  return (1 << HALVINGS) * oddpowers(x, -1);
+}
+Long logarithm(Long x) {
+  if (x <= 0 || x > std::numeric_limits<Long>::max()) return x == 0 ? -INF : x > 0 ? INF : NaN;
+  constexpr int HALVINGS = 6;
+  for (int i = 0; i < HALVINGS; ++i) x = std::sqrt(x);
+  return (2 << HALVINGS) * oddpowers((x - 1) / (x + 1), 1);
+}
+
+Long realfunction(std::int64_t number, Long x) {
   switch (number) {
     case 0:
       return std::sqrt(1 - x * x);
     case 1:
-      return std::sin(x);
+      return alternating(x, 1);
     case 2:
-      return std::cos(x);
+      return alternating(x, 0);
     case 3:
-      return std::tan(x);
+      return alternating(x, 1) / alternating(x, 0);
     case 4:
       return std::sqrt(1 + x * x);
     case 5:
-      return std::sinh(x);
+      return (exponential(x) - exponential(-x)) / 2;
     case 6:
-      return std::cosh(x);
+      return (exponential(x) + exponential(-x)) / 2;
     case 7:
-      return std::tanh(x);
+      return (exponential(2 * x) - 1) / (exponential(2 * x) + 1);
     case -1:
-      return std::asin(x);
+      return 2 * arctangent(x / (1 + std::sqrt(1 - x * x)));
     case -2:
-      return std::acos(x);
+      return 2 * arctangent(std::sqrt((1 - x) / (1 + x)));
     case -3:
-      return std::atan(x);
+      return arctangent(x);
     case -4:
       return std::sqrt(x * x - 1);
     case -5:
-      return std::asinh(x);
+      return logarithm(x + std::sqrt(x * x + 1));
     case -6:
-      return std::acosh(x);
+      return logarithm(x + std::sqrt(x * x - 1));
     default:
-      return std::atanh(x);
+      return logarithm((1 + x) / (1 - x)) / 2;
   }
 }
 
@@ -84,7 +123,7 @@ Outcome circularmodel(const Value &x, const Value &number) {
   if (number.tag != tags::INTEGER || number.whole < -7 || number.whole > 7) return {85, {}};
   if (x.tag <= tags::REAL) {
     const double y = x.tag == tags::INTEGER ? static_cast<double>(x.whole) : x.parts[0];
-    return {0, {tags::REAL, forms::COMPUTED, 0, 0, {realfunction(number.whole, y)}, CLOSE}};
+    return {0, {tags::REAL, forms::COMPUTED, 0, 0, {static_cast<double>(realfunction(number.whole, y))}, CLOSE}};
   }
   const model::Parts result = along(partsof(x, x.tag), [&](Complexes z) { return complexfunction(number.whole, z); });
   return {0, valueof(result, x, number, CLOSE)};
