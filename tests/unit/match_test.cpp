@@ -122,8 +122,7 @@ TEST_F(Match, AsTheModel) {
     ASSERT_EQ(exactmatch(left, right), same(l, r) ? 1 : 0);
     ASSERT_EQ(exactmatch(left, left), 1);
     expectexact();
-    for (Point &p : held) dereferencepoint(&p);
-    held.clear();
+    letgo();
   }
   from_coprocessor[0].flops = 0;
 }

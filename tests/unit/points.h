@@ -208,17 +208,6 @@ inline std::string display(Point p) {
   return text;
 }
 
-// Does the body end in a jump? No frame in between may hold an object.
-template <typename Body>
-bool jumps(Body body) {
-  Landing outer;
-  armlanding(outer, nullptr);
-  const bool jumped = setjmp(error_jump) != 0;
-  if (!jumped) body();
-  disarmlanding(outer);
-  return jumped;
-}
-
 // The doubles of a number that has any.
 inline std::vector<double> partsof(const Element &e) {
   switch (e.tag) {

@@ -9,8 +9,10 @@
 #include <set>
 #include <string>
 
-#include "diagnostics/exception.h"
+#include "failures.h"
 #include "points.h"
+
+using failures::landingof;
 
 class Recount {
  public:
@@ -78,7 +80,7 @@ class Lifetimes : public testing::Test {
  protected:
   void SetUp() override { before = liveblocks(); }
   void TearDown() override {
-    for (Point &p : held) dereferencepoint(&p);
+    letgo();
     EXPECT_EQ(liveblocks(), before);
   }
   void expectexact() const {
@@ -91,6 +93,11 @@ class Lifetimes : public testing::Test {
     held.push_back(p);
     return held.back();
   }
+  // Gives all of them back.
+  void letgo() {
+    for (Point &p : held) dereferencepoint(&p);
+    held.clear();
+  }
   Point &holdcopy(const Point &p) {
     Point copy = p;
     referencepoint(&copy);
@@ -101,13 +108,24 @@ class Lifetimes : public testing::Test {
   std::deque<Point> held;  // what hold gives stays in place
 };
 
-// Runs the body with a landing; the value of the jump, 0 if none was made. No frame in between holds an object.
-template <typename Body>
-int landingof(Body body) {
-  Landing outer;
-  armlanding(outer, nullptr);
-  const int value = setjmp(error_jump);
-  if (value == 0) body();
-  disarmlanding(outer);
-  return value;
+#ifdef MORVIK_CHECKING
+// Does the work again and again, each time with one more allocation granted, until it has enough: how many that were.
+// `prepare` makes ready for it; `check` looks at what it left, and whether it failed.
+template <typename Prepare, typename Work, typename Check>
+int withoutstorage(Prepare prepare, Work work, Check check) {
+  constexpr int MOST = 100;
+  for (int granted = 0; granted < MOST; ++granted) {
+    prepare();
+    testing::internal::CaptureStderr();
+    failallocation(granted);
+    const bool failed = landingof(work) != 0;
+    failallocation(-1);
+    testing::internal::GetCapturedStderr();
+    check(failed);
+    A_Problem = 0;
+    if (!failed || testing::Test::HasFatalFailure()) return granted;
+  }
+  ADD_FAILURE() << "it never had enough";
+  return MOST;
 }
+#endif

@@ -464,15 +464,10 @@ TEST_F(Lifetimes, ACopyThatFailsLeavesEverythingWhole) {
   Point made{};
   Point *const result = &made;
   const auto walk = [&](auto body) {
-    for (int n = 0;; ++n) {
-      testing::internal::CaptureStderr();
-      failallocation(n);
-      const bool failed = landingof(body) != 0;
-      failallocation(-1);
-      testing::internal::GetCapturedStderr();
-      if (!failed) return n;
-      expectexact();
-    }
+    return withoutstorage([] {}, body,
+                          [&](bool failed) {
+                            if (failed) expectexact();
+                          });
   };
   EXPECT_EQ(walk([=] {
               result->data_pointer = newelements(1);

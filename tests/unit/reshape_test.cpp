@@ -9,63 +9,29 @@
 #include <limits>
 #include <random>
 
-#include "recount.h"
+#include "structure_values.h"
 
 namespace {
 
 using namespace points;
+using structured::Extents;
+using structured::shapeof;
+using structured::Texts;
 
 constexpr double INF = std::numeric_limits<double>::infinity();
 
-// What an element is, all the way down.
-std::string textof(const Point &p);
+// What a value is, its flags included.
 std::string textof(const Element &e) {
-  std::string text = std::to_string(e.tag) + ":";
-  if (e.tag < 0) return text + e.name;
-  switch (e.tag) {
-    case tags::SUBARRAY:
-      return text + textof(*e.subarray);
-    case tags::ASCII:
-      return text + static_cast<char>(e.ascii);
-    case tags::INTEGER:
-      return text + std::to_string(e.integer);
-    case tags::REAL:
-      return text + std::to_string(e.real);
-    case tags::COMPLEX:
-      return text + std::to_string(e.complex.re) + "," + std::to_string(e.complex.im);
-    case tags::QUATERNION:
-      for (const double part : quaternion(e).part) text += std::to_string(part) + ",";
-      return text;
-    case tags::OCTONION:
-      for (const double part : e.octonion->part) text += std::to_string(part) + ",";
-      return text;
-    case tags::HANDLE:
-      return text + e.name;
-    default:
-      return text;
-  }
-}
-std::vector<std::string> textsof(const Point &p) {
-  std::vector<std::string> texts;
-  for (std::uint32_t i = 0; i < p.elements && p.data_pointer; ++i) texts.push_back(textof(p.data_pointer[i]));
-  return texts;
-}
-std::vector<std::int64_t> shapeof(const Point &p) {
-  std::vector<std::int64_t> extents;
-  for (std::int32_t i = 0; i < p.rank; ++i) {
-    EXPECT_EQ(p.shape_pointer[i].tag, tags::INTEGER);
-    extents.push_back(p.shape_pointer[i].integer);
-  }
-  return extents;
+  return structured::textof(e, true);
 }
 std::string textof(const Point &p) {
-  std::string text = std::to_string(p.rank) + "/" + std::to_string(p.type) + "/" + std::to_string(p.depth) + "(";
-  for (const std::int64_t extent : shapeof(p)) text += std::to_string(extent) + " ";
-  for (const std::string &e : textsof(p)) text += "[" + e + "]";
-  return text + ")";
+  return structured::textof(p, true);
+}
+Texts textsof(const Point &p) {
+  return structured::textsof(p, true);
 }
 
-Point extents(const std::vector<std::int64_t> &shape) {
+Point extents(const Extents &shape) {
   Elements elements;
   for (const std::int64_t extent : shape) elements.push_back(whole(extent));
   return vector(elements);
@@ -112,14 +78,14 @@ class Reshape : public Lifetimes {
     hold(data);
     hold(shape);
     const Point *d = &held[held.size() - 2], *s = &held.back();
-    const std::string datatext = d->rank < 0 ? "" : textof(*d), shapetext = s->rank != 1 ? "" : textof(*s);
+    const std::string datatext = textof(*d), shapetext = textof(*s);
     const Element *block = d->data_pointer;
     EXPECT_EQ(run(), 1);
     EXPECT_EQ(said.find("\n" + std::to_string(number) + " - "), 0u) << said;
     EXPECT_NE(said.find("Instruction:\n"), std::string::npos);
     EXPECT_EQ(d->data_pointer, block);
-    EXPECT_EQ(d->rank < 0 ? "" : textof(*d), datatext);
-    EXPECT_EQ(s->rank != 1 ? "" : textof(*s), shapetext);
+    EXPECT_EQ(textof(*d), datatext);
+    EXPECT_EQ(textof(*s), shapetext);
     stepping = 0;
   }
 };
@@ -133,7 +99,7 @@ TEST_F(Reshape, ToAMatrix) {
   EXPECT_EQ(p.elements, 6u);
   EXPECT_EQ(p.depth, 1);
   EXPECT_EQ(p.word.last, 5);
-  EXPECT_EQ(shapeof(p), (std::vector<std::int64_t>{3, 2}));
+  EXPECT_EQ(shapeof(p), (Extents{3, 2}));
   expectexact();
 }
 
@@ -166,7 +132,7 @@ TEST_F(Reshape, AScalarShapeIsOneAxis) {
   const Point &p = reshaped(numbers(2), scalar(whole(5)));
   EXPECT_EQ(p.rank, 1);
   EXPECT_EQ(p.type, ISVECTOR | HASINTEGER);
-  EXPECT_EQ(textsof(p), (std::vector<std::string>{"4:1", "4:2", "4:1", "4:2", "4:1"}));
+  EXPECT_EQ(textsof(p), (Texts{"4:1", "4:2", "4:1", "4:2", "4:1"}));
   expectexact();
 }
 
@@ -174,7 +140,7 @@ TEST_F(Reshape, AScalarBecomesAVector) {
   const Point &p = reshaped(scalar(real(2.5)), extents({3}));
   EXPECT_EQ(p.type, ISVECTOR | HASREAL);
   EXPECT_EQ(p.depth, 1);
-  EXPECT_EQ(textsof(p), std::vector<std::string>(3, textof(real(2.5))));
+  EXPECT_EQ(textsof(p), Texts(3, textof(real(2.5))));
   const Point &q = reshaped(scalar(real(2.5)), extents({1, 1}));
   EXPECT_EQ(q.type, ISARRAY | ISONEELEMENT | HASREAL);
   EXPECT_EQ(q.rank, 2);
@@ -191,7 +157,7 @@ TEST_F(Reshape, AZeroMakesAnEmptySpaceOfTheShapesRank) {
   EXPECT_EQ(q.depth, 1);
   EXPECT_EQ(q.elements, 0u);
   EXPECT_EQ(q.data_pointer, nullptr);
-  EXPECT_EQ(shapeof(q), (std::vector<std::int64_t>{3, 0, 2}));
+  EXPECT_EQ(shapeof(q), (Extents{3, 0, 2}));
   const Point &r = reshaped(empty(), extents({0, std::int64_t{1} << 62, std::int64_t{1} << 62}));
   EXPECT_EQ(r.rank, 3);
   EXPECT_EQ(r.type, ISARRAY | ISEMPTY);
@@ -246,7 +212,7 @@ TEST_F(Reshape, WholeNumbersOfEveryKindAreExtents) {
     holdcopy(shape);
     const std::string was = textof(shape);
     const Point &p = reshaped(numbers(6), shape);
-    EXPECT_EQ(shapeof(p), (std::vector<std::int64_t>{2, 3}));
+    EXPECT_EQ(shapeof(p), (Extents{2, 3}));
     EXPECT_EQ(p.shape_pointer->form, forms::NUMBER);
     EXPECT_EQ(textof(held[held.size() - 2]), was);  // the other holder of the shape
     expectexact();
@@ -385,8 +351,8 @@ TEST_F(Reshape, OneBlockAsDataAndShape) {
   Point copy = both;
   referencepoint(&copy);
   const Point &p = reshaped(both, copy);
-  EXPECT_EQ(shapeof(p), (std::vector<std::int64_t>{2, 3}));
-  EXPECT_EQ(textsof(p), (std::vector<std::string>{"4:2", "4:3", "4:2", "4:3", "4:2", "4:3"}));
+  EXPECT_EQ(shapeof(p), (Extents{2, 3}));
+  EXPECT_EQ(textsof(p), (Texts{"4:2", "4:3", "4:2", "4:3", "4:2", "4:3"}));
   expectexact();
 }
 
@@ -404,52 +370,10 @@ TEST_F(Reshape, AFileIsClosedOnce) {
 
 // ---- At random.
 
-Element anyelement(std::mt19937 &random, int kind) {
-  const int n = static_cast<int>(random() % 100);
-  switch (kind) {
-    case 0:
-      return character(static_cast<char>('a' + n % 26));
-    case 1:
-      return whole(n);
-    case 2:
-      return real(n + 0.5);
-    case 3:
-      return complex(n, 1);
-    case 4:
-      return quaternions(n, 1, 2, 3);
-    case 5:
-      return octonion({1.0 * n, 4});
-    case 6:
-      return enclosed(n % 2 == 0 ? numbers(n % 4) : vector({octonion({1.0 * n}), enclosed(text("xy"))}));
-    case 7:
-      return std::bit_cast<Element>(variable(n % 2 == 0 ? "x" : "y", 0));
-    default:
-      return std::bit_cast<Element>(function({numbers(n % 3 + 1)}, 1, 0, "f"));
-  }
-}
-
 Point anydata(std::mt19937 &random) {
-  constexpr unsigned KINDS = 9;
-  const int only = static_cast<int>(random() % (2 * KINDS));
-  const auto next = [&] { return anyelement(random, only < 9 ? only : static_cast<int>(random() % KINDS)); };
-  if (random() % 5 == 0) {
-    const Element e = anyelement(random, static_cast<int>(random() % 7));
-    return scalar(e);
-  }
-  Elements elements(random() % 12);
-  for (Element &e : elements) e = next();
-  Point p = vector(elements);
-  for (const Element &e : elements)
-    if (e.tag < 0) p.type |= STRUCTURED;
-  if (elements.size() == 6) {  // a matrix
-    release(p.shape_pointer);
-    p.shape_pointer = newelements(2);
-    p.shape_pointer[0] = whole(2);
-    p.shape_pointer[1] = whole(3);
-    p.rank = 2;
-    p.type = (p.type & ~ISVECTOR) | ISARRAY;
-  }
-  return p;
+  if (random() % 5 == 0) return structured::anyspace(random, {});
+  const auto count = static_cast<std::int64_t>(random() % 12);
+  return structured::anyspace(random, count == 6 ? Extents{2, 3} : Extents{count});
 }
 
 class RandomReshape : public Reshape, public testing::WithParamInterface<unsigned> {};
@@ -458,14 +382,14 @@ TEST_P(RandomReshape, AsTheModel) {
   std::mt19937 random(GetParam());
   for (int round = 0; round < 200; ++round) {
     const Point data = anydata(random);
-    std::vector<std::int64_t> shape(random() % 6 + 1);
+    Extents shape(random() % 6 + 1);
     std::uint64_t product = 1;
     for (std::int64_t &extent : shape) {
       extent = static_cast<std::int64_t>(random() % 5);
       if (extent == 0 && random() % 3 != 0) extent = 1;
       product *= static_cast<std::uint64_t>(extent);
     }
-    const std::vector<std::string> old = textsof(data);
+    const Texts old = textsof(data);
     const std::string whole = textof(data);
     const std::uint32_t type = data.type;
     const bool shared = random() % 2 == 0;
@@ -480,7 +404,7 @@ TEST_P(RandomReshape, AsTheModel) {
     } else {
       const Point &p = held.back();
       ASSERT_EQ(shapeof(p), shape);
-      std::vector<std::string> expected;
+      Texts expected;
       for (std::uint64_t i = 0; i < product; ++i) expected.push_back(old[i % old.size()]);
       ASSERT_EQ(textsof(p), expected);
       const std::uint32_t form = shape.size() > 1 ? ISARRAY : ISVECTOR;
@@ -492,8 +416,7 @@ TEST_P(RandomReshape, AsTheModel) {
     }
     expectexact();
     if (HasFatalFailure()) return;
-    for (Point &p : held) dereferencepoint(&p);
-    held.clear();
+    letgo();
     expectexact();
   }
 }
@@ -542,37 +465,34 @@ TEST_F(Reshape, WithoutStorage) {
   hold(vector(records));
   for (const bool shared : {false, true})
     for (const bool plain : {false, true})
-      for (const int count : {0, 2, 4, 9})
-        for (int n = 0;; ++n) {
-          Point data = plain ? numbers(4) : held[0];
-          if (!plain) {
-            data.data_pointer = copyelements(held[0].data_pointer, 4);
-            reference(data.shape_pointer);
-          }
-          if (shared) holdcopy(data);
-          hold(data);
-          hold(vector({real(count)}));
-          const std::string was = textof(data);
-          Point *const d = &held[held.size() - 2], *const s = &held.back();
-          const Point *const i = &instruction;
-          testing::internal::CaptureStderr();
-          failallocation(n);
-          const bool failed = landingof([=] { reshape(d, s, i); }) != 0;
-          failallocation(-1);
-          testing::internal::GetCapturedStderr();
-          if (failed) {
-            EXPECT_EQ(textof(*d), was);
-            EXPECT_EQ(s->data_pointer->real, count);
-          }
-          expectexact();
-          while (held.size() > 1) {
-            drop(held.back());
-            held.pop_back();
-          }
-          if (!failed) break;
-          ASSERT_LT(n, 20);
-        }
-  A_Problem = 0;
+      for (const int count : {0, 2, 4, 9}) {
+        std::string was;
+        Point *data, *shape;
+        withoutstorage(
+            [&] {
+              Point made = plain ? numbers(4) : held[0];
+              if (!plain) {
+                made.data_pointer = copyelements(held[0].data_pointer, 4);
+                reference(made.shape_pointer);
+              }
+              if (shared) holdcopy(made);
+              data = &hold(made);
+              shape = &hold(vector({real(count)}));
+              was = textof(made);
+            },
+            [&] { reshape(data, shape, &instruction); },
+            [&](bool failed) {
+              if (failed) {
+                EXPECT_EQ(textof(*data), was);
+                EXPECT_EQ(shape->data_pointer->real, count);
+              }
+              expectexact();
+              while (held.size() > 1) {
+                drop(held.back());
+                held.pop_back();
+              }
+            });
+      }
 }
 #endif
 

@@ -35,8 +35,7 @@ TEST_F(StructureCases, LongOnes) {
     Elements mask;
     for (int i = 0; i < COUNT; ++i) mask.push_back(whole(i % 3 == 1));
     expectall(joined(compress, vector(mask), fresh()), [](std::uint32_t i) { return std::int64_t{i} * 3 + 1; });
-    for (Point &p : held) dereferencepoint(&p);
-    held.clear();
+    letgo();
   }
   expectexact();
 }
@@ -68,8 +67,7 @@ TEST_F(StructureCases, Interrupted) {
         interrupted = 0;
         if (!(run == enlist && plain) && !(run == first && plain && !shared)) EXPECT_EQ(landed, -1002);
         expectexact();
-        for (Point &q : held) dereferencepoint(&q);
-        held.clear();
+        letgo();
       }
   A_Problem = 0;
 }
@@ -97,8 +95,7 @@ TEST_F(StructureCases, InterruptedJoining) {
         EXPECT_EQ(r->elements, 200000u);
         EXPECT_EQ(l->data_pointer[199999].integer, 199999);
         expectexact();
-        for (Point &q : held) dereferencepoint(&q);
-        held.clear();
+        letgo();
       }
   A_Problem = 0;
 }
@@ -117,8 +114,7 @@ TEST_F(StructureCases, InterruptedAtAnyMomentOfAReshape) {
     }
     testing::internal::GetCapturedStdout();
     expectexact();
-    for (Point &p : held) dereferencepoint(&p);
-    held.clear();
+    letgo();
   }
   EXPECT_GT(broken, 0);
   A_Problem = 0;
@@ -152,28 +148,26 @@ TEST_F(StructureCases, WithoutStorage) {
   };
   for (void (*const run)(Point &) : runs)
     for (const bool shared : {false, true})
-      for (const int rank : {0, 1, 2})
-        for (int n = 0;; ++n) {
-          const Point data = rank == 0 ? scalar(named(whole(1), "n"))
-                             : rank == 1
-                                 ? vector({octonion({1}), enclosed(numbers({1, 2})), whole(4)})
-                                 : array({octonion({1}), enclosed(vector({octonion({2})})), whole(4), real(2)}, {2, 2});
-          if (shared) holdcopy(data);
-          Point *const p = &hold(data);
-          const std::string was = textof(*p);
-          testing::internal::CaptureStderr();
-          failallocation(n);
-          const bool failed = landingof([=] { run(*p); }) != 0;
-          failallocation(-1);
-          testing::internal::GetCapturedStderr();
-          if (failed) EXPECT_EQ(textof(*p), was);
-          expectexact();
-          for (Point &q : held) dereferencepoint(&q);
-          held.clear();
-          if (!failed) break;
-          ASSERT_LT(n, 30);
-        }
-  A_Problem = 0;
+      for (const int rank : {0, 1, 2}) {
+        std::string was;
+        Point *p;
+        withoutstorage(
+            [&] {
+              const Point data =
+                  rank == 0   ? scalar(named(whole(1), "n"))
+                  : rank == 1 ? vector({octonion({1}), enclosed(numbers({1, 2})), whole(4)})
+                              : array({octonion({1}), enclosed(vector({octonion({2})})), whole(4), real(2)}, {2, 2});
+              if (shared) holdcopy(data);
+              p = &hold(data);
+              was = textof(*p);
+            },
+            [&] { run(*p); },
+            [&](bool failed) {
+              if (failed) EXPECT_EQ(textof(*p), was);
+              expectexact();
+              letgo();
+            });
+      }
 }
 
 TEST_F(StructureCases, JoiningWithoutStorage) {
@@ -181,33 +175,31 @@ TEST_F(StructureCases, JoiningWithoutStorage) {
                                                       [](Point &l, Point &r) { return replicate(l, r, nullptr); }};
   for (int (*const run)(Point &, Point &) : runs)
     for (const bool shared : {false, true})
-      for (const int way : {0, 1, 2})
-        for (int n = 0;; ++n) {
-          const Point left = way == 0 ? numbers({1, 0, 1}) : way == 1 ? scalar(named(whole(0), "n")) : numbers({2});
-          const Point right = way == 1 && run != compress
-                                  ? function({numbers({1})}, 1, 0, "f")
-                                  : vector({octonion({1}), enclosed(numbers({1, 2})), whole(4)});
-          if (shared) holdcopy(left), holdcopy(right);
-          hold(left);
-          hold(right);
-          Point *const l = &held[held.size() - 2], *const r = &held.back();
-          const std::string was = textof(*l), other = textof(*r);
-          testing::internal::CaptureStderr();
-          failallocation(n);
-          const bool failed = landingof([=] { run(*l, *r); }) != 0;
-          failallocation(-1);
-          testing::internal::GetCapturedStderr();
-          if (failed) {
-            EXPECT_EQ(textof(*l), was);
-            EXPECT_EQ(textof(*r), other);
-          }
-          expectexact();
-          for (Point &q : held) dereferencepoint(&q);
-          held.clear();
-          if (!failed) break;
-          ASSERT_LT(n, 30);
-        }
-  A_Problem = 0;
+      for (const int way : {0, 1, 2}) {
+        std::string was, other;
+        Point *l, *r;
+        withoutstorage(
+            [&] {
+              const Point left = way == 0 ? numbers({1, 0, 1}) : way == 1 ? scalar(named(whole(0), "n")) : numbers({2});
+              const Point right = way == 1 && run != compress
+                                      ? function({numbers({1})}, 1, 0, "f")
+                                      : vector({octonion({1}), enclosed(numbers({1, 2})), whole(4)});
+              if (shared) holdcopy(left), holdcopy(right);
+              l = &hold(left);
+              r = &hold(right);
+              was = textof(*l);
+              other = textof(*r);
+            },
+            [&] { run(*l, *r); },
+            [&](bool failed) {
+              if (failed) {
+                EXPECT_EQ(textof(*l), was);
+                EXPECT_EQ(textof(*r), other);
+              }
+              expectexact();
+              letgo();
+            });
+      }
 }
 #endif
 

@@ -13,14 +13,14 @@ using namespace points;
 using Extents = std::vector<std::int64_t>;
 using Texts = std::vector<std::string>;
 
-// What an element is, all the way down.
-std::string textof(const Point &p);
-inline std::string textof(const Element &e) {
+// What an element is, all the way down, with the flag word and the depth of each space or without.
+std::string textof(const Point &p, bool flags = false);
+inline std::string textof(const Element &e, bool flags = false) {
   std::string text = std::to_string(e.tag) + ":";
   if (e.tag < 0) return text + e.name;
   switch (e.tag) {
     case tags::SUBARRAY:
-      return text + textof(*e.subarray);
+      return text + textof(*e.subarray, flags);
     case tags::ASCII:
       return text + static_cast<char>(e.ascii);
     case tags::UNICODE:
@@ -42,9 +42,9 @@ inline std::string textof(const Element &e) {
       return text + (e.name ? e.name : "?");
   }
 }
-inline Texts textsof(const Point &p) {
+inline Texts textsof(const Point &p, bool flags = false) {
   Texts texts;
-  for (std::uint32_t i = 0; i < p.elements && p.data_pointer; ++i) texts.push_back(textof(p.data_pointer[i]));
+  for (std::uint32_t i = 0; i < p.elements && p.data_pointer; ++i) texts.push_back(textof(p.data_pointer[i], flags));
   return texts;
 }
 inline Extents shapeof(const Point &p) {
@@ -55,11 +55,13 @@ inline Extents shapeof(const Point &p) {
   }
   return shape;
 }
-inline std::string textof(const Point &p) {
-  std::string text = std::to_string(p.rank) + "(";
+inline std::string textof(const Point &p, bool flags) {
+  std::string text = std::to_string(p.rank);
+  if (flags) text += "/" + std::to_string(p.type) + "/" + std::to_string(p.depth);
+  text += "(";
   if (p.rank < 0) return text + (p.name ? p.name : "?") + ")";
   for (const std::int64_t extent : shapeof(p)) text += std::to_string(extent) + " ";
-  for (const std::string &e : textsof(p)) text += "[" + e + "]";
+  for (const std::string &e : textsof(p, flags)) text += "[" + e + "]";
   return text + ")";
 }
 

@@ -7,6 +7,7 @@
 #include "diagnostics/exception.h"
 #include "diagnostics/printer.h"
 #include "diagnostics/text.h"
+#include "failures.h"
 #include "points.h"
 
 namespace {
@@ -254,7 +255,7 @@ TEST(TextDoors, AnInterruptCutsALongPrintShort) {
   std::FILE *stream = fopencookie(&noting, "w", {nullptr, note, nullptr, nullptr});
   std::setvbuf(stream, nullptr, _IONBF, 0);
   testing::internal::CaptureStdout();
-  EXPECT_TRUE(jumps([&] { dump(stream, "", &p); }));
+  EXPECT_NE(failures::landingof([&] { dump(stream, "", &p); }), 0);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n\n** User interrupt. **\n");
   std::fclose(stream);
   PrintOut = A_Problem = 0;
