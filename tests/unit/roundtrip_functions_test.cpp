@@ -90,6 +90,61 @@ TEST(RoundTripFunctions, NamesOfEveryScope) {
                   ": \2%x\3 \2&1\3 \2_x\3 \2$x\3 \2.x\3 @\2%x\3 @\2_x\3 @\2.\3 \2\xBC\3 @T @END @d3p90 @\xBCx ;");
 }
 
+bool iskeyword(const std::string &name) {
+  for (const Keyword &row : Keywords)
+    for (const char *spelling : row.spellings)
+      if (name == spelling) return true;
+  return false;
+}
+
+// Whatever a name begins with, or goes on with, it comes back as the same name.
+TEST(RoundTripFunctions, NamesLikeOtherThings) {
+  Reader reader;
+  const std::vector<std::string> beginnings = {
+      "+",    "-",    "**",  "!",    "!~",  "!~^", "v",       "~",    ",",         ",[",    "<",     "<>",   "#",
+      "##",   "?",    "\\",  "/..",  ":",   "::",  ";",       "'",    "(",         "@",     "\"",    "\xBC", "\xB0",
+      "\xB9", "\xAF", "`",   "`0#1", "&",   "_",   "$",       "%",    ".",         "..",    "SIN",   "T",    "#PI",
+      "-#PI", "END",  "DUP", "eX",   "Inf", "NaN", "MONADIC", "VARS", "VARS2",     "ARGS3", "r1",    "d2p",  "#r3i4",
+      "rInf", "r1E5", "0#1", "1",    "x",   "\2",  "[",       "]",    "RANDOMISE", "\xC5%", "\xCCo", "^B"};
+  const std::vector<std::string> endings = {"",
+                                            "x",
+                                            "-x",
+                                            "+",
+                                            "-",
+                                            "!",
+                                            "i2",
+                                            "iInf",
+                                            "E5i2",
+                                            "1",
+                                            "p3",
+                                            "]x",
+                                            "[]",
+                                            " ",
+                                            ".",
+                                            "MONADIC",
+                                            "FUNCTION",
+                                            "\xB9z",
+                                            "^",
+                                            "3p4",
+                                            "`",
+                                            "\xAF"
+                                            "3",
+                                            "%x",
+                                            "v2",
+                                            "=",
+                                            ")",
+                                            "0"};
+  int names = 0;
+  for (const std::string &beginning : beginnings)
+    for (const std::string &ending : endings) {
+      const std::string name = beginning + ending;
+      if (iskeyword(name) || name == "\"") continue;  // is written as what it spells
+      expectreadsback(reader, ": 1 \2" + name + "\3 @\2" + name + "\3 _\2" + name + "\3 2 ;");
+      ++names;
+    }
+  EXPECT_GT(names, 1500);
+}
+
 TEST(RoundTripFunctions, LabelsLocalsAndComments) {
   Reader reader;
   expectreadsback(reader, ": %here 1 \"a note, with . and ;\" @%here JUMP @%there \xC5% %there ;");
