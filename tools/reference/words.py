@@ -244,8 +244,8 @@ MEANINGS = {
     "REWIND": "goes back to the beginning of a FILE, and takes it away",
     # The process
     "BREAK": "leaves the Inspect prompt; drops its line",
-    "PARALLEL": "how many of the coprocessors are at work",
-    "SERIAL": "above how many elements they are",
+    "PARALLEL": "how many of the slots that were started work from now on",
+    "SERIAL": "above how many elements they do",
     "TRACE": "shows each Point of this level before it runs",
     "TRACEALL": "the same everywhere, until `RUNALL`",
     "STEP": "stops before each Point of this level",
