@@ -7,7 +7,6 @@
 
 #include "diagnostics/exception.h"
 #include "frontend/compiler.h"
-#include "frontend/constants.h"
 #include "spaces/blocks.h"
 #include "spaces/refderef.h"
 
