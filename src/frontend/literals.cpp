@@ -14,6 +14,7 @@
 #include "frontend/compiler.h"
 #include "frontend/constants.h"
 #include "spaces/blocks.h"
+#include "spaces/convert.h"
 #include "spaces/hypercomplex.h"
 
 namespace {
@@ -80,7 +81,7 @@ void readinteger(const Token &token, Element &element) {
     return;
   }
   const double value = readvalue(token);
-  if (std::fabs(value) <= INTEGER_LIMIT)
+  if (std::fabs(value) <= INTEGERBOUND)
     setinteger(element, saturate(value));
   else
     setreal(element, value);
@@ -278,13 +279,6 @@ double readdouble(const char *text, const char **after) {
   *after = result.ptr;
   if (result.ec == std::errc::result_out_of_range) value = std::strtod(text, nullptr);
   return value;
-}
-
-std::int64_t saturate(double value) {
-  constexpr double LIMIT = 9223372036854775808.0;
-  if (value >= LIMIT) return INT64_MAX;
-  if (value < -LIMIT) return INT64_MIN;
-  return std::isnan(value) ? 0 : static_cast<std::int64_t>(value);
 }
 
 void readelement(const Token &token, bool member, Element &element) {

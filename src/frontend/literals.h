@@ -11,11 +11,6 @@
 void fixsign(char *text, std::size_t length);
 // The number at the beginning of a zero-terminated text, as strtod reads it, and the place after it.
 double readdouble(const char *text, const char **after);
-// Truncation that saturates; NaN is 0.
-std::int64_t saturate(double value);
-
-// The largest magnitude that a literal may have as an integer or an extent.
-inline constexpr double INTEGER_LIMIT = 9.223372036854776e18;
 
 // Makes the element of a number (INTEGER to POLAROCTONION), of a named constant, or of a byte or number given by its
 // bits (BINARYNUMBER, BINARYCHARACTER). `member`: it stands in a vector literal. The block of an octonion belongs to

@@ -9,6 +9,7 @@
 #include "frontend/literals.h"
 #include "operators/reshape.h"
 #include "spaces/blocks.h"
+#include "spaces/convert.h"
 #include "spaces/refderef.h"
 
 namespace {
@@ -205,7 +206,7 @@ void extent(char *text, std::size_t length) {
   fixsign(text, length);
   const char *after;
   const double value = readdouble(text, &after);
-  if (!(std::fabs(value) <= INTEGER_LIMIT)) exceptionjump(LARGE_EXTENT, &c.stackposition, nullptr);
+  if (!(std::fabs(value) <= INTEGERBOUND)) exceptionjump(LARGE_EXTENT, &c.stackposition, nullptr);
   reserve(c.extents, c.room, 1);
   Element record{};
   record.tag = tags::INTEGER;

@@ -1,4 +1,4 @@
-// What the argument classes ask for: operands that are there and are taken, the empty rule, the wait for the pool.
+// What the checks of the argument classes come to: a refusal, the empty rule, the wait for the pool.
 #include <algorithm>
 
 #include "machine/level.h"

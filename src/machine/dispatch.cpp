@@ -42,20 +42,15 @@ Next nothing(Level &) {
 }
 
 // By argument class.
-constexpr std::array<Needs, 37> makeclasses() {
-  std::array<Needs, 37> c{};
-  for (const unsigned n : {1U, 5U, 7U}) c[n].wait = Wait::ALWAYS;
-  for (const unsigned n : {10U, 11U, 12U, 13U, 14U, 15U}) c[n].operands = 1;
-  for (const unsigned n : {18U, 19U, 20U, 21U, 22U, 23U}) c[n].operands = 2;
-  for (const unsigned n : {28U, 29U, 30U, 31U}) c[n].operands = 3;
-  for (const unsigned n : {13U, 15U}) c[n].wait = Wait::ALWAYS;
-  // The scalar ones wait here rather than in their frames, where a failure of the join could not move the stack.
-  for (const unsigned n : {10U, 11U, 18U, 19U, 21U, 23U, 25U, 29U, 31U}) c[n].wait = Wait::WHEN_LARGE;
-  for (const unsigned n : {10U, 11U, 18U, 19U}) c[n].scalar = true;
-  for (const unsigned n : {18U, 19U}) c[n].empties = true;
+constexpr std::size_t CLASSES = 37;
+constexpr std::array<Needs, CLASSES> makeclasses() {
+  std::array<Needs, CLASSES> c{};
+#define ARGUMENTCLASS(number, wait, operands, more) c[number] = {Wait::wait, operands, Takes::more};
+#include "machine/classes.def"
+#undef ARGUMENTCLASS
   return c;
 }
-constexpr std::array<Needs, 37> Classes = makeclasses();
+constexpr std::array<Needs, CLASSES> Classes = makeclasses();
 
 #define MONADIC(f) &monadic<f>
 #define DRAWING(f) &drawing<f>

@@ -69,13 +69,13 @@ using Handler = Next(Level &);
 #define HANDLER(f) Handler f;
 #include "machine/instructions.def"
 
-// What the argument class of an instruction asks for.
+// What the argument class of an instruction asks for, as classes.def tells.
 enum class Wait : std::uint8_t { NO, ALWAYS, WHEN_LARGE };
+enum class Takes : std::uint8_t { ANY, SCALAR, EMPTIES };
 struct Needs {
-  Wait wait;  // for the pool
+  Wait wait;
   std::uint8_t operands;
-  bool scalar;   // refuses OPERATOR Points
-  bool empties;  // an empty operand of two gives way to the other
+  Takes takes;
 };
 
 // By instruction number. The last row is that of every number above, too.
@@ -152,11 +152,11 @@ inline Admission admit(Level &level, const Needs &needs) {
   if (needs.operands == 0) return Admission::RUN;
   if (!hasvalues(level, needs.operands)) [[unlikely]]
     return refuse(level, 800);
-  if (!needs.scalar) return Admission::RUN;
+  if (needs.takes == Takes::ANY) return Admission::RUN;
   const Point &first = level.sp[1 - needs.operands];
   if (isoperator(*level.sp) || isoperator(first)) [[unlikely]]
     return refuse(level, 200);
-  const bool empty = needs.empties && (isempty(*level.sp) || isempty(first));
+  const bool empty = needs.takes == Takes::EMPTIES && (isempty(*level.sp) || isempty(first));
   return empty && emptyrule(level) ? Admission::PASS : Admission::RUN;
 }
 

@@ -9,6 +9,7 @@
 #include "frontend/constants.h"
 #include "frontend/literals.h"
 #include "literals.h"
+#include "spaces/convert.h"
 
 namespace {
 

@@ -15,8 +15,6 @@ import completeness as tables  # noqa: E402
 
 RESERVED = {"NOTIMPLEMENTED": "reserved: message 993", "RESTRICTED": "reserved: message 994",
             "NOTHING": "reserved: does nothing, and leaves its operands"}
-# By the class of an instruction, how many operands it asks for.
-OPERANDS = {**dict.fromkeys(range(10, 16), 1), **dict.fromkeys(range(18, 24), 2), **dict.fromkeys(range(28, 32), 3)}
 
 # A title, and the numbers of the instructions under it.
 SECTIONS = [
@@ -286,6 +284,14 @@ def shown(spelling):
     return "`%s`" % text.replace("|", "\\|")
 
 
+def operandsbyclass():
+    found = {}
+    for row in tables.rows("machine/classes.def", "ARGUMENTCLASS"):
+        group, _, operands, _ = row.split(",")
+        found[int(group)] = int(operands)
+    return found
+
+
 def groups():
     """(number, class, handler, hidden constant, spellings) for each different thing that a word can be."""
     instructions, found = {}, {}
@@ -311,7 +317,7 @@ def meaning(handler, spellings, used):
 
 
 def page():
-    parts, used, everything = [OPENING], set(), groups()
+    parts, used, everything, wanted = [OPENING], set(), groups(), operandsbyclass()
     left = set(range(len(everything)))
     for title, ranges in SECTIONS:
         parts.append("\n## %s\n\n| Words | | What it does |\n| --- | --- | --- |\n" % title)
@@ -319,7 +325,7 @@ def page():
             if not any(first <= number <= last for first, last in ranges):
                 continue
             left.discard(i)
-            operands = OPERANDS.get(group, 0) - hidden.startswith("HIDDEN") + root
+            operands = wanted.get(group, 0) - hidden.startswith("HIDDEN") + root
             parts.append("| %s | %s | %s |\n" % (" ".join(map(shown, spellings)), operands or "",
                                                 meaning(handler, spellings, used)))
     if left or used != set(MEANINGS):
