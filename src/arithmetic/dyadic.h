@@ -108,7 +108,7 @@ Element *otherhome(Element *left, Element *right);
 
 // Pops two plain scalars and pushes one whose element, in a block that nobody else sees, is to be written. Message 27,
 // nothing popped.
-inline Element *scalarhome(Point **stack) {
+[[gnu::always_inline]] inline Element *scalarhome(Point **stack) {
   Point &left = (*stack)[-1], &right = **stack;
   if (refr(left.data_pointer) == 1) [[likely]]
     release(right.data_pointer);

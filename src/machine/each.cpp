@@ -16,13 +16,10 @@ bool hasungivable(const Point &data) {
   return false;
 }
 
-// Pushes what the function sees of an element: a scalar of it, the enclosed space, or the symbolic Point that stands
-// there.
-void pushelement(Level &level, Gathering &g, const Element &element) {
-  if (element.tag == tags::SUBARRAY) return pushcopy(level, *element.subarray);
-  if (element.tag < 0) return pushcopy(level, std::bit_cast<Point>(element));
+// Pushes a scalar of an element. It is put together in its slot at once: a Point that is copied right after it was
+// written must wait for the processor to have written it.
+void pushscalar(Level &level, Gathering &g, const Element &element) {
   Element *const record = takerecord(g);
-  // In its slot at once: a Point that is put together elsewhere is read back before the processor has written it.
   Point &argument = g.base[1];
   argument = {};
   argument.type = ISSCALAR | (g.data.type & PURITYBITS) | kindbit(element.tag);
@@ -37,6 +34,17 @@ void pushelement(Level &level, Gathering &g, const Element &element) {
   record->tag = tags::FILLER;
   level.sp = &argument;
   copyelement(*record, element);
+}
+
+// Pushes what the function sees of an element: a scalar of it, the enclosed space, or the symbolic Point that stands
+// there.
+void pushelement(Level &level, Gathering &g, const Element &element) {
+  if (element.tag > tags::SUBARRAY) [[likely]]
+    pushscalar(level, g, element);
+  else if (element.tag == tags::SUBARRAY)
+    pushcopy(level, *element.subarray);
+  else
+    pushcopy(level, std::bit_cast<Point>(element));
 }
 
 Next monadiceach(Level &level) {

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
 namespace {
 
@@ -68,10 +67,6 @@ void append(Level &level, Gathering &g) {
 }
 
 }  // namespace
-
-Element *takerecord(Gathering &g) {
-  return g.spare ? std::exchange(g.spare, nullptr) : newelements(1);
-}
 
 void begingathering(Level &level, Gathering &g, int operands) {
   const Point *data = level.sp - operands + 1;

@@ -1,6 +1,8 @@
 // What EACH and MASK share: one call of a function for each element, and the space that its results make.
 #pragma once
 
+#include <utility>
+
 #include "machine/level.h"
 
 // The operands, off the stack and in custody, and the result as far as it is made.
@@ -20,7 +22,9 @@ struct Gathering {
 // the operands in place.
 void begingathering(Level &level, Gathering &g, int operands);
 // A block of one record of undefined contents. Message 27.
-Element *takerecord(Gathering &g);
+inline Element *takerecord(Gathering &g) {
+  return g.spare ? std::exchange(g.spare, nullptr) : newelements(1);
+}
 // The level in which the function runs for each element.
 Level gatheringlevel(Level &level, const Gathering &g);
 // Calls the function on the space on top, and makes its topmost value the next element of the result. Messages 806, 27.

@@ -150,10 +150,10 @@ inline Admission admit(Level &level, const Needs &needs) {
   if (unfinished) [[unlikely]]
     await(level, needs);
   if (needs.operands == 0) return Admission::RUN;
-  if (!hasvalues(level, needs.operands)) [[unlikely]]
+  const Point &first = *(level.sp + 1 - needs.operands);
+  if (&first < level.floor) [[unlikely]]
     return refuse(level, 800);
   if (needs.takes == Takes::ANY) return Admission::RUN;
-  const Point &first = level.sp[1 - needs.operands];
   if (isoperator(*level.sp) || isoperator(first)) [[unlikely]]
     return refuse(level, 200);
   const bool empty = needs.takes == Takes::EMPTIES && (isempty(*level.sp) || isempty(first));
