@@ -9,24 +9,25 @@ constexpr double clamped(double x) {
   return x > 1 ? 1 : x < 0 ? 0 : x;
 }
 
-// Of clamped components. The choice is b where one of the two is NaN; the sum is never the negative zero.
+// The smaller and the larger of two, clamped: as clamping keeps their order, one of the two is enough. The choice is b
+// where one is NaN; the sum is never the negative zero.
 constexpr double conjunction(double a, double b) {
   if (a != a) [[unlikely]]
     return a;
-  return (a < b ? a : b) + 0.0;
+  return clamped(a < b ? a : b) + 0.0;
 }
 constexpr double disjunction(double a, double b) {
   if (a != a) [[unlikely]]
     return a;
-  return (a > b ? a : b) + 0.0;
+  return clamped(a > b ? a : b) + 0.0;
 }
 // The bounded sums.
 constexpr double strongconjunction(double a, double b) {
-  const double sum = a + b - 1;
+  const double sum = clamped(a) + clamped(b) - 1;
   return sum < 0 ? 0 : sum;
 }
 constexpr double strongdisjunction(double a, double b) {
-  const double sum = a + b + 0.0;
+  const double sum = clamped(a) + clamped(b) + 0.0;
   return sum > 1 ? 1 : sum;
 }
 template <double (*truth)(double, double)>
@@ -51,7 +52,7 @@ struct Logic : Counted {
     flops += common;
     return assemble<Wider<A, B>>([&](auto i) {
       if constexpr (i < common)
-        return truth(clamped(part(a, i)), clamped(part(b, i)));
+        return truth(part(a, i), part(b, i));
       else if constexpr (i < PARTS<A>)
         return part(a, i);
       else

@@ -1,6 +1,8 @@
 // The core of POWER, which the instructions of one fixed base share.
 #pragma once
 
+#include <bit>
+
 #include "arithmetic/dyadic.h"
 #include "arithmetic/functions.h"
 
@@ -12,8 +14,7 @@ struct Power : Counted {
   // Of integers too the result is real, and of a negative base it is complex where the exponent has a fraction.
   template <class Give>
   void operator()(double base, double exponent, Give &&give) {
-    const bool plain = base >= 0 && !(exponent >= THIRD && exponent <= HALF);
-    if (plain) [[likely]]
+    if (isplain(base, exponent)) [[likely]]
       give(std::pow(base, exponent));
     else if (exponent != THIRD && base < 0 && hasfraction(exponent))
       give(ofnegative(-base, exponent));
@@ -42,6 +43,12 @@ struct Power : Counted {
 
  private:
   static constexpr double THIRD = 1.0 / 3.0, HALF = 0.5;
+
+  // Has the base no sign, and is the exponent not from the one root to the other? By their bits, which is soonest done.
+  static bool isplain(double base, double exponent) {
+    constexpr auto third = std::bit_cast<std::uint64_t>(THIRD), half = std::bit_cast<std::uint64_t>(HALF);
+    return std::bit_cast<std::int64_t>(base) >= 0 && std::bit_cast<std::uint64_t>(exponent) - third > half - third;
+  }
 
   // NaN has none, and an infinity is whole.
   static bool hasfraction(double x) { return std::isfinite(x) && std::trunc(x) != x; }
