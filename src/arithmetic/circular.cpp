@@ -186,8 +186,7 @@ struct Circular : Counted {
   static std::int32_t refusal(std::int32_t, std::int32_t right) {
     return right == tags::INTEGER ? INCOMPATIBLE : NOFUNCTION;
   }
-  template <class T>
-  std::int32_t check(const T &, Integer number) const {
+  std::int32_t check(Integer number) const {
     return number.value >= -GREATESTFUNCTION && number.value <= GREATESTFUNCTION ? 0 : NOFUNCTION;
   }
 

@@ -10,6 +10,7 @@
 #include <array>
 
 #include "arithmetic/frame.h"
+#include "arithmetic/mixed.h"
 #include "arithmetic/scalars.h"
 
 // One instruction as data: its loops by the tags of the pair, null where there is none.
@@ -20,7 +21,7 @@ struct Dyadic {
   std::size_t stretch;    // elements between two looks at an interrupt
   std::int32_t (*refusal)(std::int32_t left, std::int32_t right);  // the message for a pair without a loop
   Kernel kernels[LOOPTAGS][LOOPTAGS];
-  Single singles[LOOPTAGS][LOOPTAGS];  // of pairs that need no check
+  Kernel mixed;  // takes pairs of any kinds in any order, but leaves those that need a check
   Check checks[LOOPTAGS][LOOPTAGS];
 };
 
@@ -28,10 +29,6 @@ struct Dyadic {
 inline Kernel kernelof(const Dyadic &d, std::int32_t left, std::int32_t right) {
   const std::uint32_t l = rowof(left), r = rowof(right);
   return l < LOOPTAGS && r < LOOPTAGS ? d.kernels[l][r] : nullptr;
-}
-inline Single singleof(const Dyadic &d, std::int32_t left, std::int32_t right) {
-  const std::uint32_t l = rowof(left), r = rowof(right);
-  return l < LOOPTAGS && r < LOOPTAGS ? d.singles[l][r] : nullptr;
 }
 inline Check checkof(const Dyadic &d, std::int32_t left, std::int32_t right) {
   const std::uint32_t l = rowof(left), r = rowof(right);
@@ -51,14 +48,6 @@ template <class Core, std::int32_t L, std::int32_t R>
 constexpr Kernel kernelfor() {
   if constexpr (Supported<Core, Kind<L>, Kind<R>>)
     return &loop<Core, L, R>;
-  else
-    return nullptr;
-}
-
-template <class Core, std::int32_t L, std::int32_t R>
-constexpr Single singlefor() {
-  if constexpr (Supported<Core, Kind<L>, Kind<R>> && !Checked<Core, Kind<L>, Kind<R>>)
-    return &single<Core, L, R>;
   else
     return nullptr;
 }
@@ -89,11 +78,10 @@ constexpr Dyadic dyadic() {
     d.refusal = &Core::refusal;
   else
     d.refusal = [](std::int32_t, std::int32_t) { return INCOMPATIBLE; };
+  d.mixed = &mixedloop<Core>;
   [&]<std::size_t... cell>(std::index_sequence<cell...>) {
-    constexpr auto tag = [](std::size_t i) { return tags::ASCII + static_cast<std::int32_t>(i); };
-    ((d.kernels[cell / LOOPTAGS][cell % LOOPTAGS] = kernelfor<Core, tag(cell / LOOPTAGS), tag(cell % LOOPTAGS)>(),
-      d.singles[cell / LOOPTAGS][cell % LOOPTAGS] = singlefor<Core, tag(cell / LOOPTAGS), tag(cell % LOOPTAGS)>(),
-      d.checks[cell / LOOPTAGS][cell % LOOPTAGS] = checkfor<Core, tag(cell / LOOPTAGS), tag(cell % LOOPTAGS)>()),
+    ((d.kernels[cell / LOOPTAGS][cell % LOOPTAGS] = kernelfor<Core, tagof(cell / LOOPTAGS), tagof(cell % LOOPTAGS)>(),
+      d.checks[cell / LOOPTAGS][cell % LOOPTAGS] = checkfor<Core, tagof(cell / LOOPTAGS), tagof(cell % LOOPTAGS)>()),
      ...);
   }
   (std::make_index_sequence<LOOPTAGS * LOOPTAGS>{});
@@ -131,7 +119,7 @@ inline bool scalarpair(Point **stack, const Element &left, const Element &right,
         if (core.failure != 0) return static_cast<void>(done = false);
       const std::uint32_t kind = place<L, R>(*scalarhome(stack), lefthead, righthead, value, true);
       setscalar(**stack, ISSCALAR | kind);
-      countwork(1, 1 + flopsof<Core, Kind<L>, Kind<R>>(core, 1));
+      countwork(1, 1 + static_cast<double>(core.flops + flopsforeach<Core, Kind<L>, Kind<R>>()));
     });
     return done;
   } else {

@@ -5,25 +5,23 @@
 
 namespace {
 
-constexpr std::int32_t NOFACTORIAL = 36;
-
 struct Factorial : Counted {
   double tolerance = 0;
   std::int32_t failure = 0;
 
-  std::int32_t check(Integer n, Heading) const { return n.value < 0 ? NOFACTORIAL : 0; }
-  std::int32_t check(double x, Heading) const { return x < 0 && std::floor(x) == x ? NOFACTORIAL : 0; }
-
   template <class Give>
   void operator()(Integer n, Give &&give) {
-    if (n.value < static_cast<std::int64_t>(FACTORIALS))
-      give(Integer{factorials[static_cast<std::size_t>(n.value)]});
+    const auto row = static_cast<std::uint64_t>(n.value);
+    if (row < FACTORIALS) [[likely]]
+      give(Integer{factorials[row]});
     else
       give((*this)(static_cast<double>(n.value)));
   }
   double operator()(double x) {
     flops += 20;
-    return factor(x);
+    const double result = factor(x);
+    failure = aplerr;
+    return result;
   }
   Complex operator()(const Complex &z) {
     flops += 100;

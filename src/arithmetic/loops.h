@@ -8,6 +8,7 @@
 //     static constexpr std::size_t flopseach(F);     optional, for a pair whose results all cost the same: how
 //                                                    much; F is Formula<A, B>, and operator() does not count then
 //     std::int32_t check(A, B) const;                optional, for a pair that fails for some values: a message number
+//     std::int32_t check(B) const;                   the same, where the right one alone decides
 //     static std::int32_t refusal(l, r);             optional: the message for tags without a core, otherwise 162
 //     static constexpr std::size_t stretch;          optional, for slow ones: elements between two looks at an
 //     interrupt double tolerance;                              optional: is set to what #CT held when the instruction
@@ -15,8 +16,9 @@
 //     std::int32_t failure;                          optional: a core that finds out late sets a message number here
 //   };
 //
-// A pair without an operator() is promoted: integers to reals, then the lower number to the kind of the higher. A core
-// adds to `flops` what it did, unless flopseach tells. R is any kind of values.h; a loop turns it into a record.
+// A pair without an operator() is promoted: integers to reals, then the lower number to the kind of the higher. An
+// integer beside a real always counts as the real that it is, whatever operator() takes the pair. A core adds to
+// `flops` what it did, unless flopseach tells. R is any kind of values.h; a loop turns it into a record.
 #pragma once
 
 #include <concepts>
@@ -73,8 +75,6 @@ struct Run {
 
 // Works elements from `from` up to `to` as long as both records are what it is for; returns where it ended.
 using Kernel = std::size_t (*)(Run &run, std::size_t from, std::size_t to, Tally &tally);
-// The same for one pair, where few of its like stand together; false where the pair is not for it, or fails.
-using Single = bool (*)(Run &run, std::size_t at, Tally &tally);
 // The message for the first of such pairs of records whose values fail, 0 for none; ends as a kernel does.
 using Check = std::int32_t (*)(const Run &run, std::size_t from, std::size_t to);
 
@@ -108,8 +108,12 @@ template <class Core, class A, class B>
 concept Giving = requires(Core core, const A &a, const B &b) {
   core(a, b, Anywhere{});
 };
+template <class Core, class B>
+concept CheckedByRight = requires(const Core core, const B &b) {
+  core.check(b);
+};
 template <class Core, class A, class B>
-concept Checked = requires(const Core core, const A &a, const B &b) {
+concept Checked = CheckedByRight<Core, B> || requires(const Core core, const A &a, const B &b) {
   core.check(a, b);
 };
 
@@ -170,13 +174,13 @@ constexpr auto resultfor(Formula<L, R>) {
 template <class Core, class A, class B>
 using ResultFor = typename decltype(resultfor<Core>(FormulaFor<Core, A, B>{}))::type;
 
-// The flops of so many results of one pair of kinds.
+// The flops of each result of a pair of kinds, as far as the core does not count them.
 template <class Core, class A, class B>
-inline double flopsof(const Core &core, std::size_t count) {
+constexpr std::uint64_t flopsforeach() {
   if constexpr (requires { Core::flopseach(FormulaFor<Core, A, B>{}); })
-    return static_cast<double>(Core::flopseach(FormulaFor<Core, A, B>{}) * count);
+    return Core::flopseach(FormulaFor<Core, A, B>{});
   else
-    return static_cast<double>(core.flops);
+    return 0;
 }
 
 // ---- From a result to a record. Each returns the HAS bit of what it wrote.
@@ -378,25 +382,22 @@ std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   }
   run.kinds |= i - from > others ? kinds | USUALBIT<Result> : kinds;
   tally.failure = failure;
-  tally.flops += flopsof<Core, Kind<L>, Kind<R>>(core, i - from);
+  tally.flops += static_cast<double>(core.flops + flopsforeach<Core, Kind<L>, Kind<R>>() * (i - from));
   return i;
-}
-
-template <class Core, std::int32_t L, std::int32_t R>
-bool single(Run &run, std::size_t at, Tally &tally) {
-  Core core = startcore<Core>(tally);
-  const bool done = workpair<Core, L, R>(core, run.left[at * run.leftstep], run.right[at * run.rightstep],
-                                         run.result[at * run.resultstep], run.fresh, tally.failure,
-                                         [&](std::uint32_t kind) { run.kinds |= kind; });
-  tally.flops += flopsof<Core, Kind<L>, Kind<R>>(core, done ? 1 : 0);
-  return done;
 }
 
 template <class Core, std::int32_t L, std::int32_t R>
 std::int32_t check(const Run &run, std::size_t from, std::size_t to) {
   const Element *left = run.left + from * run.leftstep, *right = run.right + from * run.rightstep;
-  for (std::size_t i = from; i < to && left->tag == L && right->tag == R; ++i) {
-    if (const std::int32_t message = Core{}.check(valueof<L>(*left), valueof<R>(*right)); message != 0) return message;
+  constexpr bool byright = CheckedByRight<Core, Kind<R>>;
+  const std::size_t end = byright && run.rightstep == 0 && from < to ? from + 1 : to;
+  for (std::size_t i = from; i < end && left->tag == L && right->tag == R; ++i) {
+    std::int32_t message;
+    if constexpr (byright)
+      message = Core{}.check(valueof<R>(*right));
+    else
+      message = Core{}.check(valueof<L>(*left), valueof<R>(*right));
+    if (message != 0) return message;
     left += run.leftstep;
     right += run.rightstep;
   }

@@ -21,6 +21,7 @@
 #include <array>
 
 #include "arithmetic/frame.h"
+#include "arithmetic/mixed.h"
 #include "arithmetic/scalars.h"
 #include "coprocessor/sysvars.h"
 
@@ -31,7 +32,8 @@ using SingleCheck = std::int32_t (*)(const Run &run, std::size_t from, std::size
 struct Monadic {
   bool tolerant, counting, failslate;         // reads #CT, reads #IO, must not write over its operand
   std::int32_t (*refusal)(std::int32_t tag);  // the message for a tag without a loop
-  std::array<Kernel, LOOPTAGS> kernels;       // of a run only `left` and the result count
+  std::array<Kernel, LOOPTAGS> kernels;       // of a run only `left` and the result count, both in steps of 1
+  Kernel mixed;                               // takes any kinds in any order, but leaves those that need a check
   std::array<SingleCheck, LOOPTAGS> checks;   // null where no value fails
 };
 
@@ -165,43 +167,55 @@ inline Core startmonadic(const Tally &tally) {
   return core;
 }
 
+// Works one record: reads it before it writes the result, which may be the same. Hands the HAS bit of the result to
+// `note`. False where the record is not for this formula, or fails, which sets `failure`.
+template <class Core, std::int32_t tag, class Note>
+[[gnu::always_inline]] inline bool workone(Core &core, const Element &source, Element &result, bool fresh,
+                                           std::int32_t &failure, Note &&note) {
+  if (source.tag != tag) [[unlikely]]
+    return false;
+  const std::uint64_t head = headingof(source);
+  applyone(core, valueof<tag>(source), Heading{head}, [&](const auto &value) {
+    using Value = std::remove_cvref_t<decltype(value)>;
+    if constexpr (requires { core.failure; })
+      if (core.failure != 0) [[unlikely]]
+        return static_cast<void>(failure = core.failure);
+    Octonion *home = nullptr;
+    if constexpr (std::same_as<Value, Octonion> || std::same_as<Value, Formed<Octonion>>) {
+      home = octonionhome(result, fresh);
+      if (!home) [[unlikely]]
+        return static_cast<void>(failure = OUTOFSTORAGE);
+    }
+    note(placeone<tag>(result, head, value, fresh, home));
+  });
+  return failure == 0;
+}
+
+// What a draw adds to the kinds of a result.
+template <class Core>
+inline std::uint32_t drawnbit(const Core &core) {
+  if constexpr (requires { core.drawn; })
+    return core.drawn ? ISPROBABLE : 0;
+  else
+    return 0;
+}
+
 // Under a flag word that is not exact a space may hold any record: each is looked at, and the first that is not
 // expected ends the loop.
 template <class Core, std::int32_t tag>
 std::size_t monadicloop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   Core core = startmonadic<Core>(tally);
-  const Element *source = run.left + from * run.leftstep;
-  Element *result = run.result + from * run.resultstep;
-  const std::size_t sourcestep = run.leftstep, resultstep = run.resultstep;
+  const Element *source = run.left + from;
+  Element *const first = run.result + from, *const end = run.result + to, *result = first;
   const bool fresh = run.fresh;
   std::uint32_t kinds = 0;
   std::int32_t failure = 0;
-  std::size_t i = from;
-  for (; i < to; ++i, source += sourcestep, result += resultstep) {
-    if (source->tag != tag) [[unlikely]]
-      break;
-    const std::uint64_t head = headingof(*source);
-    applyone(core, valueof<tag>(*source), Heading{head}, [&](const auto &value) {
-      using Value = std::remove_cvref_t<decltype(value)>;
-      if constexpr (requires { core.failure; })
-        if (core.failure != 0) [[unlikely]]
-          return static_cast<void>(failure = core.failure);
-      Octonion *home = nullptr;
-      if constexpr (std::same_as<Value, Octonion> || std::same_as<Value, Formed<Octonion>>) {
-        home = octonionhome(*result, fresh);
-        if (!home) [[unlikely]]
-          return static_cast<void>(failure = OUTOFSTORAGE);
-      }
-      kinds |= placeone<tag>(*result, head, value, fresh, home);
-    });
-    if (failure != 0) [[unlikely]]
-      break;
-  }
-  if constexpr (requires { core.drawn; }) kinds |= core.drawn ? ISPROBABLE : 0;
-  run.kinds |= kinds;
+  while (result != end && workone<Core, tag>(core, *source, *result, fresh, failure, [&](auto kind) { kinds |= kind; }))
+    ++source, ++result;
+  run.kinds |= kinds | drawnbit(core);
   tally.failure = failure;
   tally.flops += static_cast<double>(core.flops);
-  return i;
+  return from + static_cast<std::size_t>(result - first);
 }
 
 template <class Core, class A>
@@ -218,6 +232,48 @@ std::int32_t judgeall(const Run &run, std::size_t from, std::size_t to) {
   for (std::size_t i = from; i < to && run.left[i * run.leftstep].tag == tag; ++i)
     if (const std::int32_t message = judge<Core, tag>(run.left[i * run.leftstep]); message != 0) return message;
   return 0;
+}
+
+// ---- Records whose kinds change all the time.
+
+template <class Core, std::int32_t tag>
+Made workonestep(const Element &source, const Element &, Element &result, bool fresh, Tally &tally) {
+  Core core = startmonadic<Core>(tally);
+  std::uint32_t kind = 0;
+  if (!workone<Core, tag>(core, source, result, fresh, tally.failure, [&](std::uint32_t bit) { kind = bit; }))
+    return {};
+  return {kind | drawnbit(core), core.flops};
+}
+
+template <class Core, class A>
+concept Unjudged = Takes<Core, A> && !Judged<Core, A>;
+
+template <class Core>
+inline constexpr auto ONESTEPS = [] {
+  std::array<Step, LOOPTAGS> steps{};
+  const auto set = [&]<std::int32_t tag>(std::integral_constant<std::int32_t, tag>) {
+    if constexpr (Unjudged<Core, Kind<tag>>) steps[rowof(tag)] = &workonestep<Core, tag>;
+  };
+  [&]<std::size_t... row>(std::index_sequence<row...>) {
+    (set(std::integral_constant<std::int32_t, tagof(row)>{}), ...);
+  }
+  (std::make_index_sequence<LOOPTAGS>{});
+  return steps;
+}();
+
+template <class Core>
+std::size_t monadicmixed(Run &run, std::size_t from, std::size_t to, Tally &tally) {
+  const auto numbers = [&tally, fresh = run.fresh](const Element &source, const Element &, Element &result) -> Made {
+    if constexpr (Unjudged<Core, Integer> && Unjudged<Core, double>) {
+      if (source.tag == tags::INTEGER) return workonestep<Core, tags::INTEGER>(source, source, result, fresh, tally);
+      return workonestep<Core, tags::REAL>(source, source, result, fresh, tally);
+    } else {
+      return {};
+    }
+  };
+  return workmixed(run, run.left, run.leftstep, from, to, tally, numbers, [](std::int32_t tag, std::int32_t) {
+    return rowof(tag) < LOOPTAGS ? ONESTEPS<Core>[rowof(tag)] : nullptr;
+  });
 }
 
 // ---- The table of a struct of cores.
@@ -244,6 +300,7 @@ constexpr Monadic monadic() {
     m.refusal = Core::refusal;
   else
     m.refusal = [](std::int32_t) { return RESTRICTION; };
+  m.mixed = &monadicmixed<Core>;
   [&]<std::size_t... row>(std::index_sequence<row...>) {
     (setrow<Core, tagof(row)>(m), ...);
   }

@@ -91,26 +91,9 @@ std::int32_t single(const Dyadic &d, Run &run, std::size_t i, Tally &tally) {
   return d.refusal(left.tag, right.tag);
 }
 
-// Pairs of kinds that change all the time, one by one. A few of one kind together are better off in its loop again.
-void workmixed(const Dyadic &d, Run &run, std::size_t to, Tally &tally) {
-  constexpr int TOGETHER = 8;
-  Single last = nullptr;
-  int alike = 0;
-  while (run.done < to && alike < TOGETHER) {
-    const std::size_t at = run.done;
-    const std::int32_t left = run.left[at * run.leftstep].tag, right = run.right[at * run.rightstep].tag;
-    const Single step = singleof(d, left, right);
-    if (!step || !step(run, at, tally)) return;
-    ++run.done;
-    alike = step == last ? alike + 1 : 0;
-    last = step;
-  }
-}
-
 }  // namespace
 
 std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept {
-  constexpr std::size_t SHORT = 8;
   while (run.done < run.count) {
     if (tally.stopped && tally.stopped()) [[unlikely]]
       return INTERRUPTED;
@@ -123,7 +106,7 @@ std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept {
       message = check ? check(run, from, to) : 0;
       if (message != 0) return message;
       run.done = kernel(run, from, to, tally);
-      if (tally.failure == 0 && run.done - from < SHORT) workmixed(d, run, to, tally);
+      if (tally.failure == 0 && run.done - from < TOGETHER) run.done = d.mixed(run, run.done, to, tally);
       message = tally.failure;
     } else {
       message = single(d, run, from, tally);

@@ -1,0 +1,203 @@
+// Records whose kinds change all the time: what the loops over them make, count and refuse is what each record gives
+// alone, which goes to the loop of its kind.
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "arithmetic/cores.h"
+#include "arithmetic/monadic.h"
+#include "points.h"
+
+#define MONADIC(f) extern const Monadic f##monadic;
+#define DRAWING(f) MONADIC(f)
+#define DYADIC(f)
+#define SPACE(f)
+#define HANDLER(f)
+#define NOTIMPLEMENTED
+#define RESTRICTED
+#define NOTHING
+#define INSTRUCTION(number, name, argumentclass, key, handler) handler
+#include "machine/instructions.def"
+#undef INSTRUCTION
+#undef MONADIC
+
+namespace {
+
+using points::Elements;
+
+template <class Cores>
+struct Instruction {
+  const char *name;
+  const Cores *cores;
+};
+
+std::vector<Instruction<Dyadic>> dyadics() {
+  std::vector<Instruction<Dyadic>> found;
+#define MONADIC(f)
+#define INSTRUCTION(number, name, argumentclass, key, handler) \
+  if (dyadiccores(number)) found.push_back({#name, dyadiccores(number)});
+#include "machine/instructions.def"
+#undef INSTRUCTION
+#undef MONADIC
+  return found;
+}
+
+std::vector<Instruction<Monadic>> monadics() {
+  std::vector<Instruction<Monadic>> found;
+#define MONADIC(f) found.push_back({name, &f##monadic});
+#define DRAWING(f) MONADIC(f)
+#define INSTRUCTION(number, word, argumentclass, key, handler) \
+  [&]([[maybe_unused]] const char *name) { handler; }(#word);
+#include "machine/instructions.def"
+#undef INSTRUCTION
+#undef MONADIC
+  return found;
+}
+
+// ---- Operands: kinds that change at every record, or now and then, with values at all the edges.
+
+class Drawing {
+ public:
+  explicit Drawing(unsigned seed) : random(seed) {}
+  std::size_t below(std::size_t limit) { return random() % limit; }
+
+  Elements records(std::size_t count) {
+    const std::size_t stay = 1 + below(4) * below(4), kinds = below(3) == 0 ? 4 : 2;
+    Elements made;
+    std::size_t kind = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+      if (below(stay) == 0) kind = below(kinds);
+      made.push_back(record(kind));
+    }
+    return made;
+  }
+
+ private:
+  Element record(std::size_t kind) {
+    using Limits = std::numeric_limits<std::int64_t>;
+    static constexpr std::int64_t wholes[] = {0, 1, -1, 2, 3, 5, 17, 25, 1000, 1LL << 53, Limits::max(), Limits::min()};
+    static constexpr double reals[] = {0,   -0.0, 1,     -1,     0.5,  1.0 / 3, -2.5,    2,
+                                       7.3, 1e10, 1e308, 0x1p63, 1e-9, NAN,     INFINITY};
+    const auto real = [&] { return reals[below(std::size(reals))]; };
+    switch (kind) {
+      case 0:
+        return points::whole(wholes[below(std::size(wholes))]);
+      case 1:
+        return points::real(real());
+      case 2:
+        return points::complex(real(), real());
+      default:
+        return points::quaternions(real(), real(), real(), real());
+    }
+  }
+
+  std::mt19937 random;
+};
+
+bool same(double a, double b) {
+  return std::isnan(a) ? std::isnan(b) : std::memcmp(&a, &b, sizeof a) == 0;
+}
+bool same(const Element &a, const Element &b) {
+  if (headingof(a) != headingof(b)) return false;
+  switch (a.tag) {
+    case tags::REAL:
+      return same(a.real, b.real);
+    case tags::COMPLEX:
+      return same(a.complex.re, b.complex.re) && same(a.complex.im, b.complex.im);
+    case tags::QUATERNION: {
+      const Quaternion p = quaternion(a), q = quaternion(b);
+      return std::equal(p.part, p.part + 4, q.part, [](double x, double y) { return same(x, y); });
+    }
+    default:
+      return a.integer == b.integer;
+  }
+}
+
+// ---- All at once against one by one.
+
+struct Worked {
+  Elements result;
+  std::int32_t message = 0;
+  std::uint32_t kinds = 0;
+  double flops = 0;
+};
+
+template <class Cores>
+Worked worked(const Cores &cores, const Run &whole, std::size_t atonce) {
+  Worked w{Elements(whole.count), 0, 0, 0};
+  std::uint64_t state = 1;
+  for (std::size_t from = 0; from < whole.count && w.message == 0; from += atonce) {
+    Run run = whole;
+    run.left += from * run.leftstep;
+    if (run.right) run.right += from * run.rightstep;
+    run.result = w.result.data() + from;
+    run.count = std::min(atonce, whole.count - from);
+    Tally tally;
+    tally.state = &state;
+    tally.tolerance = 1e-10;
+    w.message = work(cores, run, tally);
+    w.kinds |= run.kinds;
+    w.flops += w.message == 0 ? tally.flops : 0;
+  }
+  return w;
+}
+
+template <class Cores>
+void expectalike(const Instruction<Cores> &instruction, const Run &run) {
+  const Worked together = worked(*instruction.cores, run, run.count), alone = worked(*instruction.cores, run, 1);
+  ASSERT_EQ(together.message, alone.message) << instruction.name;
+  if (alone.message != 0) return;
+  ASSERT_EQ(together.kinds, alone.kinds) << instruction.name;
+  ASSERT_EQ(together.flops, alone.flops) << instruction.name;
+  for (std::size_t i = 0; i < run.count; ++i)
+    ASSERT_TRUE(same(together.result[i], alone.result[i]))
+        << instruction.name << " at " << i << ": " << run.left[i * run.leftstep].tag << " gave "
+        << together.result[i].real << " and alone " << alone.result[i].real;
+}
+
+constexpr std::size_t COUNT = 90;
+constexpr unsigned ROUNDS = 120;
+
+TEST(MixedLoops, TwoOperands) {
+  ASSERT_EQ(dyadics().size(), 27u);
+  for (const auto &instruction : dyadics())
+    for (unsigned round = 0; round < ROUNDS; ++round) {
+      Drawing drawing(round);
+      const Elements left = drawing.records(COUNT), right = drawing.records(COUNT);
+      ::Run run{left.data(), right.data(), nullptr, 1, 1, 1, COUNT, true};
+      if (round % 3 == 1) run.leftstep = 0;
+      if (round % 3 == 2) run.rightstep = 0;
+      expectalike(instruction, run);
+    }
+}
+
+TEST(MixedLoops, OneOperand) {
+  ASSERT_EQ(monadics().size(), 37u);
+  for (const auto &instruction : monadics())
+    for (unsigned round = 0; round < ROUNDS; ++round) {
+      const Elements operand = Drawing(round).records(COUNT);
+      expectalike(instruction, ::Run{operand.data(), nullptr, nullptr, 1, 0, 1, COUNT, true});
+    }
+}
+
+// As a fold works: each result is the next left operand.
+TEST(MixedLoops, Folds) {
+  for (const auto &instruction : dyadics())
+    for (unsigned round = 0; round < ROUNDS; ++round) {
+      const Elements records = Drawing(round).records(COUNT);
+      Element together = records[0], alone = records[0];
+      std::int32_t message = 0;
+      Tally tally, sum;
+      for (std::size_t i = 1; i < COUNT && message == 0; ++i) {
+        ::Run step{&alone, &records[i], &alone, 0, 0, 0, 1, false};
+        message = work(*instruction.cores, step, sum);
+      }
+      ::Run run{&together, &records[1], &together, 0, 1, 0, COUNT - 1, false};
+      ASSERT_EQ(work(*instruction.cores, run, tally), message) << instruction.name;
+      if (message != 0) continue;
+      ASSERT_TRUE(same(together, alone)) << instruction.name;
+      ASSERT_EQ(tally.flops, sum.flops) << instruction.name;
+    }
+}
+
+}  // namespace
