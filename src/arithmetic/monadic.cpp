@@ -140,7 +140,8 @@ std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept {
       message = check ? check(run, from, to) : 0;
       if (message != 0) return message;
       run.done = kernel(run, from, to, tally);
-      if (tally.failure == 0 && run.done - from < TOGETHER) run.done = m.mixed(run, run.done, to, tally);
+      if (tally.failure == 0 && run.done - from < TOGETHER)
+        run.done = m.mixed(run, run.done, std::min(to, run.done + ATATIME), tally);
       message = tally.failure;
     } else {
       message = single(m, run, from, tally);

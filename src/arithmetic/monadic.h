@@ -236,44 +236,29 @@ std::int32_t judgeall(const Run &run, std::size_t from, std::size_t to) {
 
 // ---- Records whose kinds change all the time.
 
-template <class Core, std::int32_t tag>
-Made workonestep(const Element &source, const Element &, Element &result, bool fresh, Tally &tally) {
-  Core core = startmonadic<Core>(tally);
-  std::uint32_t kind = 0;
-  if (!workone<Core, tag>(core, source, result, fresh, tally.failure, [&](std::uint32_t bit) { kind = bit; }))
-    return {};
-  return {kind | drawnbit(core), core.flops};
-}
-
-template <class Core, class A>
-concept Unjudged = Takes<Core, A> && !Judged<Core, A>;
-
-template <class Core>
-inline constexpr auto ONESTEPS = [] {
-  std::array<Step, LOOPTAGS> steps{};
-  const auto set = [&]<std::int32_t tag>(std::integral_constant<std::int32_t, tag>) {
-    if constexpr (Unjudged<Core, Kind<tag>>) steps[rowof(tag)] = &workonestep<Core, tag>;
-  };
-  [&]<std::size_t... row>(std::index_sequence<row...>) {
-    (set(std::integral_constant<std::int32_t, tagof(row)>{}), ...);
-  }
-  (std::make_index_sequence<LOOPTAGS>{});
-  return steps;
-}();
-
+// Works records of any kinds as they come, up to the first that needs a check, that no core takes, or that fails.
 template <class Core>
 std::size_t monadicmixed(Run &run, std::size_t from, std::size_t to, Tally &tally) {
-  const auto numbers = [&tally, fresh = run.fresh](const Element &source, const Element &, Element &result) -> Made {
-    if constexpr (Unjudged<Core, Integer> && Unjudged<Core, double>) {
-      if (source.tag == tags::INTEGER) return workonestep<Core, tags::INTEGER>(source, source, result, fresh, tally);
-      return workonestep<Core, tags::REAL>(source, source, result, fresh, tally);
-    } else {
-      return {};
-    }
+  Core core = startmonadic<Core>(tally);
+  const Element *source = run.left + from;
+  Element *const first = run.result + from, *const end = run.result + to, *result = first;
+  const bool fresh = run.fresh;
+  std::uint32_t kinds = 0;
+  std::int32_t failure = 0;
+  const auto worked = [&]<std::int32_t tag>(std::integral_constant<std::int32_t, tag>) __attribute__((always_inline)) {
+    if constexpr (Takes<Core, Kind<tag>> && !Judged<Core, Kind<tag>>)
+      return workone<Core, tag>(core, *source, *result, fresh, failure, [&](std::uint32_t kind) { kinds |= kind; });
+    else
+      return false;
   };
-  return workmixed(run, run.left, run.leftstep, from, to, tally, numbers, [](std::int32_t tag, std::int32_t) {
-    return rowof(tag) < LOOPTAGS ? ONESTEPS<Core>[rowof(tag)] : nullptr;
-  });
+  const auto one = [&]<std::size_t... row>(std::index_sequence<row...>) __attribute__((always_inline)) {
+    return (worked(std::integral_constant<std::int32_t, tagof(row)>{}) || ...);
+  };
+  while (result != end && one(std::make_index_sequence<LOOPTAGS>{})) ++source, ++result;
+  run.kinds |= kinds | drawnbit(core);
+  tally.failure = failure;
+  tally.flops += static_cast<double>(core.flops);
+  return from + static_cast<std::size_t>(result - first);
 }
 
 // ---- The table of a struct of cores.
