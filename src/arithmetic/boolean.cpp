@@ -7,41 +7,65 @@ namespace {
 
 constexpr double UNDECIDED = 0.5;
 
-// Is x above a draw?
-bool outdraws(double x, std::uint64_t *state, std::uint64_t &flops, bool &drawn) {
-  flops += 1;
-  drawn = true;
-  return x > drawbeside(state, x);
-}
+// A rule tells whether a truth is certain, and then which end it is nearer to. What is plain is certain and a number.
 
-// Of a real that is not exactly between the two nothing is drawn.
-bool BOOL_R(double x, std::uint64_t *state, std::uint64_t &flops, bool &drawn) {
-  flops += 1;
-  return x == UNDECIDED ? outdraws(x, state, flops, drawn) : x > UNDECIDED;
-}
+// What is not exactly between the two ends has a nearer one.
+struct BOOL_R {
+  static bool iscertain(double x) { return x != UNDECIDED; }
+  static bool isplain(double x) { return x > UNDECIDED || x < UNDECIDED; }
+  static bool nearer(double x) { return x > UNDECIDED; }
+};
+// What is between the two ends is true with probability x.
+struct probable_r {
+  static bool iscertain(double x) { return x >= 1 || x <= 0; }
+  static bool isplain(double x) { return iscertain(x); }
+  static bool nearer(double x) { return x >= 1; }
+};
 
-// True with probability x; what is certain draws nothing.
-bool probable_r(double x, std::uint64_t *state, std::uint64_t &flops, bool &drawn) {
-  flops += 1;
-  if (x >= 1) return true;
-  if (x <= 0) return false;
-  return outdraws(x, state, flops, drawn);
-}
-
-template <bool (*decide)(double, std::uint64_t *, std::uint64_t &, bool &)>
+template <class Rule>
 struct Decision : Counted {
   static constexpr auto refusal = nocharacters;
   std::uint64_t *state = nullptr;
   bool drawn = false;
 
   Truth operator()(Integer x) { return {x.value > 0}; }
-  Truth operator()(double x) { return {decide(x, state, flops, drawn)}; }
+  Truth operator()(double x) { return {decide(x)}; }
+
+  // Most rows have nothing to draw.
   template <Hyper T>
   T operator()(const T &x) {
-    return assemble<T>([&](auto i) {
+    const bool plain = [&]<int... i>(std::integer_sequence<int, i...>) {
+      return (Rule::isplain(part(x, i)) && ...);
+    }
+    (std::make_integer_sequence<int, PARTS<T>>{});
+    if (!plain) [[unlikely]]
+      return drawnparts(x);
+    flops += PARTS<T>;
+    return assemble<T>([&](auto i) { return Rule::nearer(part(x, i)) ? 1.0 : 0.0; });
+  }
+
+ private:
+  bool decide(double x) {
+    flops += 1;
+    if (Rule::iscertain(x)) [[likely]]
+      return Rule::nearer(x);
+    flops += 1;
+    drawn = true;
+    return outdraws(x, state);
+  }
+  [[gnu::noinline]] static bool outdraws(double x, std::uint64_t *state) { return x > drawbeside(state, x); }
+  // By a core of its own, so that that of the loop stays in registers.
+  template <Hyper T>
+  T drawnparts(const T &x) {
+    Decision own{};
+    own.state = state;
+    const T result = assemble<T>([&](auto i) {
       const double truth = part(x, i);
-      return std::isnan(truth) ? truth : decide(truth, state, flops, drawn) ? 1.0 : 0.0;
+      return std::isnan(truth) ? truth : own.decide(truth) ? 1.0 : 0.0;
     });
+    flops += own.flops;
+    drawn = drawn || own.drawn;
+    return result;
   }
 };
 

@@ -13,47 +13,25 @@ constexpr std::int64_t GREATESTFUNCTION = 7;
 // Above this a square does not fit, and 1 is nothing beside it.
 constexpr double GREAT = 1e150;
 
-// ---- Reals.
+// ---- Reals. Both tables begin with the function of the least number.
 
 double rootofsquareless(double x) {
   const double size = std::fabs(x);
   return size > GREAT ? size : std::sqrt((x - 1) * (x + 1));
 }
-
-[[gnu::always_inline]] inline double realfunction(std::int64_t number, double x) {
-  switch (number) {
-    case 0:
-      return std::sqrt((1 - x) * (1 + x));
-    case 1:
-      return std::sin(x);
-    case 2:
-      return std::cos(x);
-    case 3:
-      return std::tan(x);
-    case 4:
-      return std::hypot(1, x);
-    case 5:
-      return std::sinh(x);
-    case 6:
-      return std::cosh(x);
-    case 7:
-      return std::tanh(x);
-    case -1:
-      return std::asin(x);
-    case -2:
-      return std::acos(x);
-    case -3:
-      return std::atan(x);
-    case -4:
-      return rootofsquareless(x);
-    case -5:
-      return std::asinh(x);
-    case -6:
-      return std::acosh(x);
-    default:
-      return std::atanh(x);
-  }
+double rootoflesssquare(double x) {
+  return std::sqrt((1 - x) * (1 + x));
 }
+double rootofmoresquare(double x) {
+  return std::hypot(1, x);
+}
+
+// A call through the table costs no more than one by name, which goes through a table too.
+using RealFunction = double (*)(double);
+constexpr RealFunction REALFUNCTIONS[] = {
+    std::atanh, std::acosh, std::asinh, rootofsquareless, std::atan, std::acos, std::asin, rootoflesssquare,
+    std::sin,   std::cos,   std::tan,   rootofmoresquare, std::sinh, std::cosh, std::tanh,
+};
 
 // ---- Complex numbers.
 
@@ -130,52 +108,40 @@ Library upright(const Complex &z) {
   return {onaxis(z.re) ? std::copysign(0.0, z.im) : z.re, z.im};
 }
 
-Library inversefunction(std::int64_t number, const Complex &z) {
-  switch (number) {
-    case -1:
-      return std::asin(onside(z, -z.re));
-    case -2:
-      return std::acos(onside(z, -z.re));
-    case -3:
-      return std::atan(upright(z));
-    case -5:
-      return std::asinh(upright(z));
-    case -6:
-      return std::acosh(onside(z, 1));
-    default:
-      return std::atanh(onside(z, -z.re));
-  }
+Complex plain(const Library &w) {
+  return {w.real(), w.imag()};
 }
 
-Complex complexfunction(std::int64_t number, const Complex &z) {
-  switch (number) {
-    case 0:
-      return rootofless(z);
-    case 1:
-      return sine(z);
-    case 2:
-      return cosine(z);
-    case 3:
-      return tangent(z);
-    case 4:
-      return rootofless(turned(z));
-    case -4:
-      return rootofmore(z);
-    case 5:
-      return hyperbolicsine(z);
-    case 6:
-      return hyperboliccosine(z);
-    case 7:
-      return hyperbolictangent(z);
-    default: {
-      const Library w = inversefunction(number, z);
-      return {w.real(), w.imag()};
-    }
-  }
+Complex arcsine(const Complex &z) {
+  return plain(std::asin(onside(z, -z.re)));
 }
+Complex arccosine(const Complex &z) {
+  return plain(std::acos(onside(z, -z.re)));
+}
+Complex arctangent(const Complex &z) {
+  return plain(std::atan(upright(z)));
+}
+Complex areasine(const Complex &z) {
+  return plain(std::asinh(upright(z)));
+}
+Complex areacosine(const Complex &z) {
+  return plain(std::acosh(onside(z, 1)));
+}
+Complex areatangent(const Complex &z) {
+  return plain(std::atanh(onside(z, -z.re)));
+}
+Complex rootofgreater(const Complex &z) {
+  return rootofless(turned(z));
+}
+
+using ComplexFunction = Complex (*)(const Complex &);
+constexpr ComplexFunction COMPLEXFUNCTIONS[] = {
+    areatangent, areacosine, areasine, rootofmore,    arctangent,     arccosine,        arcsine,           rootofless,
+    sine,        cosine,     tangent,  rootofgreater, hyperbolicsine, hyperboliccosine, hyperbolictangent,
+};
 
 Complex cleanedfunction(std::int64_t number, const Complex &z) {
-  const Complex w = complexfunction(number, z);
+  const Complex w = COMPLEXFUNCTIONS[number + GREATESTFUNCTION](z);
   return {clean(w.re), clean(w.im)};
 }
 
@@ -193,7 +159,7 @@ struct Circular : Counted {
   static constexpr std::size_t flopseach(Formula<double, Integer>) { return 1; }
   static constexpr std::size_t flopseach(Formula<Integer, Integer>) { return 1; }
   double operator()(Integer x, Integer number) { return (*this)(static_cast<double>(x.value), number); }
-  double operator()(double x, Integer number) { return realfunction(number.value, x); }
+  double operator()(double x, Integer number) { return REALFUNCTIONS[number.value + GREATESTFUNCTION](x); }
   Complex operator()(const Complex &x, Integer number) {
     flops += 8;
     return cleanedfunction(number.value, x);

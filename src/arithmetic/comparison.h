@@ -2,6 +2,7 @@
 // identity; their results are integers of form boolean.
 #pragma once
 
+#include <cstdlib>
 #include <limits>
 
 #include "arithmetic/dyadic.h"
@@ -9,39 +10,65 @@
 
 // ---- Tolerant: by the difference of left and right, and by c, which is #CT. NaN passes none of these.
 
-inline bool below(double a, double b, double c) {
-  return (a < b) & (b - a > c);
-}
+struct Below {
+  template <class T>
+  static bool holds(T a, T b, T c) {
+    return (a < b) & (b - a > c);
+  }
+};
 // Equal infinities differ by nothing, though their difference is no number.
-inline bool within(double a, double b, double c) {
-  return std::fabs(a == b ? 0 : a - b) <= c;
-}
-inline bool above(double a, double b, double c) {
-  return (a > b) & (a - b > c);
-}
+struct Within {
+  template <class T>
+  static bool holds(T a, T b, T c) {
+    const T difference = a == b ? 0 : a - b;
+    return std::abs(difference) <= c;
+  }
+};
+struct Above {
+  template <class T>
+  static bool holds(T a, T b, T c) {
+    return (a > b) & (a - b > c);
+  }
+};
 
-using Test = bool(double a, double b, double c);
-template <Test test>
-inline bool no(double a, double b, double c) {
-  return !test(a, b, c);
-}
+// The complements, which are not made from the others, as that takes a step more.
+struct NotBelow {
+  template <class T>
+  static bool holds(T a, T b, T c) {
+    return !(a < b) | !(b - a > c);
+  }
+};
+struct NotWithin {
+  template <class T>
+  static bool holds(T a, T b, T c) {
+    return !Within::holds(a, b, c);
+  }
+};
+struct NotAbove {
+  template <class T>
+  static bool holds(T a, T b, T c) {
+    return !(a > b) | !(a - b > c);
+  }
+};
 
-template <Test test>
+template <class Test>
 struct Comparison : Counted {
   static constexpr std::uint32_t refused = 0;
   double tolerance = 0;
 
   template <Numeric A, Numeric B>
+  static constexpr std::size_t flopseach(Formula<A, B>) {
+    return (Parted<A> || Parted<B> ? 1 : 0) + SIGNEDFLOPS<A> + SIGNEDFLOPS<B>;
+  }
+  template <Numeric A, Numeric B>
   Truth operator()(const A &left, const B &right) {
-    flops += Parted<A> || Parted<B> ? 1 : 0;
-    const double a = signedmagnitude(left, flops), b = signedmagnitude(right, flops);
-    return {test(a, b, tolerance)};
+    return {Test::holds(signedmagnitude(left), signedmagnitude(right), tolerance)};
   }
 
   // Codes are told apart whatever the tolerance is.
   template <Lettered A, Lettered B>
   Truth operator()(A left, B right) {
-    return {test(left.value, right.value, 0)};
+    return {Test::template holds<std::int32_t>(left.value, right.value, 0)};
   }
 };
 
@@ -72,8 +99,11 @@ struct Identity : Counted {
 
   Truth operator()(Integer a, Integer b) { return {(a.value == b.value) == same}; }
   template <Numeric A, Numeric B>
+  static constexpr std::size_t flopseach(Formula<A, B>) {
+    return Parted<A> || Parted<B> ? 1 : 0;
+  }
+  template <Numeric A, Numeric B>
   Truth operator()(const A &a, const B &b) {
-    flops += 1;
     return {isident(asdouble(a), asdouble(b)) == same};
   }
   template <Lettered A, Lettered B>

@@ -8,11 +8,16 @@ struct Divide : Counted {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
 
   // Kept: a quotient is an integer where it is whole and not negative; -6 by 3 is the real -2.
-  Number operator()(Integer a, Integer b) {
+  template <class Give>
+  void operator()(Integer a, Integer b, Give &&give) {
     const double q = static_cast<double>(a.value) / static_cast<double>(b.value);
-    const bool whole = q >= 0 && q <= INTEGERBOUND && q == static_cast<double>(saturate(q));
-    flops += whole ? 0 : 1;
-    return {q, whole};
+    if (q >= 0 && q < INTEGERBOUND) [[likely]] {
+      const auto whole = static_cast<std::int64_t>(q);
+      if (static_cast<double>(whole) == q) return give(Integer{whole});
+    }
+    const bool limit = q == INTEGERBOUND;
+    flops += limit ? 0 : 1;
+    give(Number{q, limit});
   }
 
   template <Parted A>

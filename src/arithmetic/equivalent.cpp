@@ -1,4 +1,4 @@
 // EQUIVALENT: the difference is within #CT.
 #include "arithmetic/comparison.h"
 
-DYADIC_SCALAR(equivalent, Comparison<within>)
+DYADIC_SCALAR(equivalent, Comparison<Within>)

@@ -5,23 +5,27 @@
 #include "arithmetic/dyadic.h"
 #include "arithmetic/ordering.h"
 
-// `Order::better(a, b)` tells whether a goes before b; `Order::weight(x, flops)` is what a higher number goes by.
+// `Order::better(a, b)` tells whether a goes before b; `Order::weight(x)` is what a higher number goes by, at
+// `Order::flops<T>` each.
 template <class Order>
 struct Extremum : Counted {
   static constexpr std::uint32_t refused = 0;
 
   Integer operator()(Integer a, Integer b) { return {Order::better(b.value, a.value) ? b.value : a.value}; }
 
+  static constexpr std::size_t flopseach(Formula<double, double>) { return 1; }
   double operator()(double a, double b) {
-    flops += 1;
     const double chosen = Order::better(b, a) ? b : a;
     return b != b ? b : chosen;
   }
 
   template <Hyper T>
+  static constexpr std::size_t flopseach(Formula<T, T>) {
+    return 1 + 2 * Order::template flops<T>;
+  }
+  template <Hyper T>
   T operator()(const T &a, const T &b) {
-    flops += 1;
-    const double left = Order::weight(a, flops), right = Order::weight(b, flops);
+    const double left = Order::weight(a), right = Order::weight(b);
     const bool choosesright = Order::better(right, left) || (std::isnan(right) && !std::isnan(left));
     const T &chosen = choosesright ? b : a;
     return assemble<T>([&](auto i) { return part(chosen, i); });

@@ -23,6 +23,11 @@ Complex ceilingcorner(const Complex &z, double tolerance) {
   return {0 - mirrored.re, 0 - mirrored.im};
 }
 
+// TRUNCATE knows no tolerance, and takes a complex number by its components too.
+double cut(double x, double) {
+  return towardzero(x);
+}
+
 template <double (*round)(double, double), Complex (*square)(const Complex &, double)>
 struct Rounding : Counted {
   double tolerance = 0;
@@ -32,7 +37,7 @@ struct Rounding : Counted {
   void operator()(double x, Give &&give) {
     flops += 1;
     if (roundable(x)) [[likely]]
-      give(Integer{static_cast<std::int64_t>(round(x, tolerance))});
+      give(Integer{static_cast<std::int64_t>(round == cut ? x : round(x, tolerance))});  // which cuts as it is
     else
       give(x);
   }
@@ -47,10 +52,6 @@ struct Rounding : Counted {
   }
 };
 
-// TRUNCATE knows no tolerance, and takes a complex number by its components too.
-double cut(double x, double) {
-  return towardzero(x);
-}
 Complex cutparts(const Complex &z, double) {
   return {component<cut>(z.re, 0), component<cut>(z.im, 0)};
 }

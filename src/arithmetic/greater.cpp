@@ -1,4 +1,4 @@
 // GREATER: the left is above the right by more than #CT.
 #include "arithmetic/comparison.h"
 
-DYADIC_SCALAR(greater, Comparison<above>)
+DYADIC_SCALAR(greater, Comparison<Above>)

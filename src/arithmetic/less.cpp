@@ -1,4 +1,4 @@
 // LESS: the left is below the right by more than #CT.
 #include "arithmetic/comparison.h"
 
-DYADIC_SCALAR(less, Comparison<below>)
+DYADIC_SCALAR(less, Comparison<Below>)

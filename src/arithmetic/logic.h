@@ -6,7 +6,11 @@
 
 // What is outside of 0 to 1 is as true as can be, or not at all.
 constexpr double clamped(double x) {
-  return x > 1 ? 1 : x < 0 ? 0 : x;
+  if (x > 1) [[unlikely]]
+    return 1;
+  if (x < 0) [[unlikely]]
+    return 0;
+  return x;
 }
 
 // The smaller and the larger of two, clamped: as clamping keeps their order, one of the two is enough. The choice is b
@@ -44,12 +48,15 @@ struct Logic : Counted {
     return {left ? (right ? plain<1, 1> : plain<1, 0>) : (right ? plain<0, 1> : plain<0, 0>)};
   }
 
+  template <Parted A, Parted B>
+  static constexpr std::size_t flopseach(Formula<A, B>) {
+    constexpr bool rows = Hyper<A> && Hyper<B>;
+    return rows && PARTS<A> < PARTS<B> ? PARTS<A> : rows ? PARTS<B> : PARTS<Wider<A, B>>;
+  }
   // A real stands against each component; what only the higher of two rows has passes as it is.
   template <Parted A, Parted B>
   Wider<A, B> operator()(const A &a, const B &b) {
-    constexpr bool rows = Hyper<A> && Hyper<B>;
-    constexpr int common = rows && PARTS<A> < PARTS<B> ? PARTS<A> : rows ? PARTS<B> : PARTS<Wider<A, B>>;
-    flops += common;
+    constexpr int common = flopseach(Formula<A, B>{});
     return assemble<Wider<A, B>>([&](auto i) {
       if constexpr (i < common)
         return truth(part(a, i), part(b, i));

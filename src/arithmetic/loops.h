@@ -346,7 +346,7 @@ std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   std::uint32_t kinds = 0;  // of the results that are not of the usual kind, of which there are
   std::size_t others = 0;
   std::int32_t failure = 0;
-  const auto one = [&](const Element &left, const Element &right, Element &result) {
+  const auto one = [&](const Element &left, const Element &right, Element &result) __attribute__((always_inline)) {
     return workpair<Core, L, R>(core, left, right, result, fresh, failure, [&](std::uint32_t kind) {
       if (kind != USUALBIT<Result>) [[unlikely]] {
         kinds |= kind;

@@ -8,9 +8,11 @@ struct Larger {
   static bool better(T a, T b) {
     return a > b;
   }
+  template <class T>
+  static constexpr std::size_t flops = MODULUSFLOPS<T>;
   template <Hyper T>
-  static double weight(const T &x, std::uint64_t &flops) {
-    return modulus(x, flops);
+  static double weight(const T &x) {
+    return modulus(x);
   }
 };
 

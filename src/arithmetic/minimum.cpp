@@ -8,9 +8,11 @@ struct Smaller {
   static bool better(T a, T b) {
     return a < b;
   }
+  template <class T>
+  static constexpr std::size_t flops = SIGNEDFLOPS<T>;
   template <Hyper T>
-  static double weight(const T &x, std::uint64_t &flops) {
-    return signedmagnitude(x, flops);
+  static double weight(const T &x) {
+    return signedmagnitude(x);
   }
 };
 

@@ -1,4 +1,4 @@
 // NOTEQUIVALENT: the difference is not within #CT.
 #include "arithmetic/comparison.h"
 
-DYADIC_SCALAR(notequivalent, Comparison<no<within>>)
+DYADIC_SCALAR(notequivalent, Comparison<NotWithin>)

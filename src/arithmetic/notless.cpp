@@ -1,4 +1,4 @@
 // NOTLESS: the left is not below the right by more than #CT.
 #include "arithmetic/comparison.h"
 
-DYADIC_SCALAR(notless, Comparison<no<below>>)
+DYADIC_SCALAR(notless, Comparison<NotBelow>)

@@ -18,10 +18,15 @@ inline const T &asdouble(const T &x) {
   return x;
 }
 
+// The flops of a modulus, and of the sign beside it; none where a number stands for itself.
+template <class T>
+inline constexpr std::uint64_t MODULUSFLOPS = Hyper<T> ? 2 * PARTS<T> : 0;
+template <class T>
+inline constexpr std::uint64_t SIGNEDFLOPS = Hyper<T> ? MODULUSFLOPS<T> + 1 : 0;
+
 // The square root of the sum of squares, which is added up from the first component on.
 template <Hyper T>
-inline double modulus(const T &x, std::uint64_t &flops) {
-  flops += 2 * PARTS<T>;
+inline double modulus(const T &x) {
   return [&]<int... i>(std::integer_sequence<int, i...>) {
     return std::sqrt((... + (part(x, i) * part(x, i))));
   }
@@ -43,16 +48,15 @@ template <Hyper T>
 }
 
 // The sign times the modulus. A real or an integer stands for itself.
-inline double signedmagnitude(Integer x, std::uint64_t &) {
+inline double signedmagnitude(Integer x) {
   return asdouble(x);
 }
-inline double signedmagnitude(double x, std::uint64_t &) {
+inline double signedmagnitude(double x) {
   return x;
 }
 template <Hyper T>
-inline double signedmagnitude(const T &x, std::uint64_t &flops) {
-  const double first = part(x, 0), size = modulus(x, flops);
-  flops += 1;
+inline double signedmagnitude(const T &x) {
+  const double first = part(x, 0), size = modulus(x);
   if (first == 0) [[unlikely]]
     return latersign(x) * size;
   return first < 0 ? -size : size;

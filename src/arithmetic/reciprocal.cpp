@@ -6,9 +6,11 @@ namespace {
 
 struct Reciprocal : Counted {
   // Kept: a quotient is an integer where it is whole and not negative, so that of -1 it is the real -1.
-  Number operator()(Integer x) {
-    flops += x.value == 1 ? 0 : 1;
-    return {1 / static_cast<double>(x.value), x.value == 1};
+  template <class Give>
+  void operator()(Integer x, Give &&give) {
+    if (x.value == 1) return give(x);
+    flops += 1;
+    give(1 / static_cast<double>(x.value));
   }
 
   double operator()(double x) {
@@ -19,7 +21,8 @@ struct Reciprocal : Counted {
   template <Hyper T>
   T operator()(const T &x) {
     flops += 3 * PARTS<T> - 1;
-    if (isreal(x)) return promote<T>(1 / part(x, 0));
+    if (isreal(x)) [[unlikely]]
+      return promote<T>(1 / part(x, 0));
     const double norm = squarednorm(x);
     return assemble<T>([&](auto i) { return (i == 0 ? part(x, i) : 0.0 - part(x, i)) / norm; });
   }

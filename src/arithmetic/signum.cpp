@@ -11,7 +11,7 @@ T shortened(const T &x, double by) {
 }
 
 struct Signum : Counted {
-  Integer operator()(Integer x) { return {(x.value > 0) - (x.value < 0)}; }
+  Integer operator()(Integer x) { return {std::int64_t{x.value > 0} - std::int64_t{x.value < 0}}; }
 
   // NaN has no sign but itself.
   double operator()(double x) {
