@@ -12,29 +12,45 @@ inline constexpr std::size_t TOGETHER = 8, ATATIME = 256;
 
 // ---- Integers and reals.
 
-inline bool arenumbers(std::int32_t a, std::int32_t b) {
-  constexpr std::int32_t apart = tags::INTEGER ^ tags::REAL;
-  static_assert(apart == 1);
-  return static_cast<std::uint32_t>((a ^ tags::INTEGER) | (b ^ tags::INTEGER)) <= apart;
+// How two tags differ from those of two integers: by nothing, by APART where at least one is a real and neither is of
+// another kind, otherwise by more. One number for both, as each tag by itself may be by chance.
+inline constexpr std::int32_t APART = tags::INTEGER ^ tags::REAL;
+static_assert(APART == 1 && (tags::INTEGER & APART) == 0);
+inline std::uint32_t apart(std::int32_t left, std::int32_t right) {
+  return static_cast<std::uint32_t>((left ^ tags::INTEGER) | (right ^ tags::INTEGER));
 }
-// As a double, without a decision that the processor would have to foresee.
+// As a double, by a mask and not by a decision.
 inline double numberof(const Element &e) {
   const auto converted = std::bit_cast<std::int64_t>(static_cast<double>(e.integer));
-  return std::bit_cast<double>(e.tag == tags::INTEGER ? converted : e.integer);
+  const std::int64_t mask = std::int64_t{e.tag & APART} - 1;
+  return std::bit_cast<double>(e.integer ^ ((e.integer ^ converted) & mask));
 }
 
-// An integer beside a real is the real that it is.
-template <class Core, class Note>
-[[gnu::always_inline]] inline void worknumbers(Core &core, const Element &left, const Element &right, Element &result,
-                                               bool fresh, Note &&note) {
-  const auto put = [&](const auto &value) { note(place<tags::REAL, tags::REAL>(result, 0, 0, value, fresh)); };
-  if (left.tag == tags::INTEGER && right.tag == tags::INTEGER) {
-    apply(core, Integer{left.integer}, Integer{right.integer}, put);
-    core.flops += flopsforeach<Core, Integer, Integer>();
-  } else {
-    apply(core, numberof(left), numberof(right), put);
-    core.flops += flopsforeach<Core, double, double>();
+// Works such pairs up to the first other one. An integer beside a real is the real that it is.
+template <class Core>
+std::size_t numberloop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
+  Core core = startcore<Core>(tally);
+  const std::size_t leftstep = run.leftstep, rightstep = run.rightstep, resultstep = run.resultstep;
+  const Element *left = run.left + from * leftstep, *right = run.right + from * rightstep;
+  Element *result = run.result + from * resultstep;
+  const bool fresh = run.fresh;
+  std::uint32_t kinds = 0;
+  std::size_t i = from;
+  for (; i < to; ++i, left += leftstep, right += rightstep, result += resultstep) {
+    const std::uint32_t by = apart(left->tag, right->tag);
+    if (by > std::uint32_t{APART}) break;
+    const auto put = [&](const auto &value) { kinds |= place<tags::REAL, tags::REAL>(*result, 0, 0, value, fresh); };
+    if (by == 0) {
+      apply(core, Integer{left->integer}, Integer{right->integer}, put);
+      core.flops += flopsforeach<Core, Integer, Integer>();
+    } else {
+      apply(core, numberof(*left), numberof(*right), put);
+      core.flops += flopsforeach<Core, double, double>();
+    }
   }
+  run.kinds |= kinds;
+  tally.flops += static_cast<double>(core.flops);
+  return i;
 }
 
 template <std::int32_t tag>
@@ -44,6 +60,7 @@ using Tag = std::integral_constant<std::int32_t, tag>;
 
 template <class Core>
 std::size_t mixedloop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
+  if constexpr (Supported<Core, double, double>) from = numberloop<Core>(run, from, to, tally);
   Core core = startcore<Core>(tally);
   const std::size_t leftstep = run.leftstep, rightstep = run.rightstep, resultstep = run.resultstep;
   const Element *left = run.left + from * leftstep, *right = run.right + from * rightstep;
@@ -67,14 +84,8 @@ std::size_t mixedloop(Run &run, std::size_t from, std::size_t to, Tally &tally) 
     return (row(Tag<tagof(l)>{}, std::make_index_sequence<LOOPTAGS>{}) || ...);
   };
   std::size_t i = from;
-  for (; i < to; ++i, left += leftstep, right += rightstep, result += resultstep) {
-    if constexpr (Supported<Core, double, double>)
-      if (arenumbers(left->tag, right->tag)) {
-        worknumbers(core, *left, *right, *result, fresh, note);
-        continue;
-      }
-    if (!any(std::make_index_sequence<LOOPTAGS>{})) break;
-  }
+  for (; i < to && any(std::make_index_sequence<LOOPTAGS>{}); ++i)
+    left += leftstep, right += rightstep, result += resultstep;
   run.kinds |= kinds;
   tally.failure = failure;
   tally.flops += static_cast<double>(core.flops);
