@@ -1,137 +1,167 @@
-// The four operations beside hand-written loops, two scalars on the stack, and a whole instruction.
-#include "kernels.h"
-
-#ifndef __clang__
-#pragma GCC optimize("O3")  // as arithmetic/ is
-#endif
+// The arithmetic of two operands beside hand-written loops, two scalars on the stack, and a whole instruction.
+#include "byhand.h"
 
 namespace {
 
 using namespace kernels;
 
-// ---- The hand-written loops.
+// ---- Products. Only that of complex numbers asks whether they are real.
 
-[[gnu::noinline]] void addreals(Element *r, const Element *a, const Element *b, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const double x = a[i].real + b[i].real;
-    head(r[i], tags::REAL, forms::COMPUTED, 0);
-    r[i].name = nullptr;
-    r[i].real = x;
-  }
+// What is no number shows infinity.
+inline double shown(double x) {
+  return std::isnan(x) ? std::numeric_limits<double>::infinity() : x;
+}
+inline Complex times(const Complex &x, const Complex &y) {
+  if (y.im == 0) return {x.re * y.re, x.im == 0 ? 0 : x.im * y.re};
+  if (x.im == 0) return {x.re * y.re, x.re * y.im};
+  return {shown(x.re * y.re - x.im * y.im), shown(x.re * y.im + x.im * y.re)};
+}
+inline Quaternion times(const Quaternion &a, const Quaternion &b) {
+  const double *x = a.part, *y = b.part;
+  return {{x[0] * y[0] - x[1] * y[1] - x[2] * y[2] - x[3] * y[3], x[0] * y[1] + x[1] * y[0] + x[2] * y[3] - x[3] * y[2],
+           x[0] * y[2] - x[1] * y[3] + x[2] * y[0] + x[3] * y[1],
+           x[0] * y[3] + x[1] * y[2] - x[2] * y[1] + x[3] * y[0]}};
+}
+inline Octonion times(const Octonion &a, const Octonion &b) {
+  const double *x = a.part, *y = b.part;
+  return {
+      {x[0] * y[0] - x[1] * y[1] - x[2] * y[2] - x[3] * y[3] - x[4] * y[4] - x[5] * y[5] - x[6] * y[6] - x[7] * y[7],
+       x[0] * y[1] + x[1] * y[0] + x[2] * y[3] - x[3] * y[2] + x[4] * y[5] - x[5] * y[4] - x[6] * y[7] + x[7] * y[6],
+       x[0] * y[2] - x[1] * y[3] + x[2] * y[0] + x[3] * y[1] + x[4] * y[6] + x[5] * y[7] - x[6] * y[4] - x[7] * y[5],
+       x[0] * y[3] + x[1] * y[2] - x[2] * y[1] + x[3] * y[0] + x[4] * y[7] - x[5] * y[6] + x[6] * y[5] - x[7] * y[4],
+       x[0] * y[4] - x[1] * y[5] - x[2] * y[6] - x[3] * y[7] + x[4] * y[0] + x[5] * y[1] + x[6] * y[2] + x[7] * y[3],
+       x[0] * y[5] + x[1] * y[4] - x[2] * y[7] + x[3] * y[6] - x[4] * y[1] + x[5] * y[0] - x[6] * y[3] + x[7] * y[2],
+       x[0] * y[6] + x[1] * y[7] + x[2] * y[4] - x[3] * y[5] - x[4] * y[2] + x[5] * y[3] + x[6] * y[0] - x[7] * y[1],
+       x[0] * y[7] - x[1] * y[6] + x[2] * y[5] + x[3] * y[4] - x[4] * y[3] - x[5] * y[2] + x[6] * y[1] + x[7] * y[0]}};
+}
+template <class T>
+inline T conjugated(const T &x) {
+  return assemble<T>([&](auto i) { return i == 0 ? part(x, i) : -part(x, i); });
+}
+template <class T>
+inline T over(const T &x, const T &y) {
+  double norm = part(y, PARTS<T> - 1) * part(y, PARTS<T> - 1);
+  for (int i = PARTS<T> - 2; i >= 0; --i) norm = part(y, i) * part(y, i) + norm;
+  return eachpart(times(x, conjugated(y)), [&](double z) { return z / norm; });
 }
 
-[[gnu::noinline]] void addrealtoscalar(Element *r, const Element *a, const Element *b, std::size_t count) {
-  const double y = b->real;
-  for (std::size_t i = 0; i < count; ++i) {
-    const double x = a[i].real + y;
-    head(r[i], tags::REAL, forms::COMPUTED, 0);
-    r[i].name = nullptr;
-    r[i].real = x;
-  }
+// ---- What goes before what.
+
+// With the sign of the first component, which none of these has at 0.
+template <class T>
+inline double signedsize(const T &x) {
+  const double size = std::sqrt(sumofsquares(x));
+  return part(x, 0) < 0 ? -size : size;
+}
+template <class T>
+inline bool outweighs(T candidate, T sofar) {
+  return candidate != candidate && sofar == sofar;
 }
 
-[[gnu::noinline]] void multiplyreals(Element *r, const Element *a, const Element *b, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const double x = a[i].real == 0 || b[i].real == 0 ? 0 : a[i].real * b[i].real;
-    head(r[i], tags::REAL, forms::COMPUTED, 0);
-    r[i].name = nullptr;
-    r[i].real = x;
-  }
+// What does not fit into an integer is left as it is near.
+inline double cut(double x) {
+  if (std::fabs(x) < INTEGERBOUND) [[likely]]
+    return static_cast<double>(static_cast<Whole>(x));
+  return x != x ? 0 : std::copysign(INTEGERBOUND, x);
 }
 
-[[gnu::noinline]] void addintegers(Element *r, const Element *a, const Element *b, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const double x = static_cast<double>(a[i].integer) + static_cast<double>(b[i].integer);
-    r[i].name = nullptr;
-    if (std::fabs(x) < 0x1p63) {
-      head(r[i], tags::INTEGER, forms::NUMBER, 0);
-      r[i].integer = static_cast<std::int64_t>(x);
-    } else if (std::fabs(x) == 0x1p63) {
-      head(r[i], tags::INTEGER, forms::NUMBER, 0);
-      r[i].integer = x < 0 ? std::numeric_limits<std::int64_t>::min() : std::numeric_limits<std::int64_t>::max();
-    } else {
-      head(r[i], tags::REAL, forms::COMPUTED, 0);
-      r[i].real = x;
-    }
-  }
+inline double real(Whole x) {
+  return static_cast<double>(x);
 }
 
-[[gnu::noinline]] void addcomplex(Element *r, const Element *a, const Element *b, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const Complex x{a[i].complex.re + b[i].complex.re, a[i].complex.im + b[i].complex.im};
-    looklike(r[i], tags::COMPLEX, a[i]);
-    r[i].name = nullptr;
-    r[i].complex = x;
-  }
+// ---- The rows.
+
+void integers() {
+  using T = Whole;
+  enter(two<T>("ADD", instructions::ADD, PLAIN, [](T x, T y) { return Sum{real(x) + real(y)}; }));
+  enter(two<T>("SUBTRACT", instructions::SUBTRACT, PLAIN, [](T x, T y) { return Sum{real(x) - real(y)}; }));
+  enter(two<T>("MULTIPLY", instructions::MULTIPLY, PLAIN, [](T x, T y) { return Sum{real(x) * real(y)}; }));
+  enter(two<T>("DIVIDE", instructions::DIVIDE, PLAIN, [](T x, T y) {
+    const double q = real(x) / real(y);
+    return Quotient{q, q >= 0 && q <= INTEGERBOUND && q == cut(q)};
+  }));
+  enter(two<T>("RESIDUE", instructions::RESIDUE, PLAIN, [](T x, T y) {
+    return y == 0 ? x : y == -1 ? Whole{0} : x % y;
+  }));
+  enter(two<T>("MINIMUM", instructions::MINIMUM, PLAIN, [](T x, T y) { return y < x ? y : x; }));
+  enter(two<T>("MAXIMUM", instructions::MAXIMUM, PLAIN, [](T x, T y) { return y > x ? y : x; }));
 }
 
-[[gnu::noinline]] void multiplycomplex(Element *r, const Element *a, const Element *b, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const Complex x = a[i].complex, y = b[i].complex;
-    Complex z;
-    if (y.im == 0)
-      z = {x.re * y.re, x.im == 0 ? 0 : x.im * y.re};
-    else if (x.im == 0)
-      z = {x.re * y.re, x.re * y.im};
-    else
-      z = {x.re * y.re - x.im * y.im, x.re * y.im + x.im * y.re};
-    if (std::isnan(z.re)) z.re = std::numeric_limits<double>::infinity();
-    if (std::isnan(z.im)) z.im = std::numeric_limits<double>::infinity();
-    looklike(r[i], tags::COMPLEX, a[i]);
-    r[i].name = nullptr;
-    r[i].complex = z;
-  }
+void reals() {
+  using T = double;
+  const auto sum = [](T x, T y) { return x + y; };
+  enter(two<T>("ADD", instructions::ADD, PLAIN, sum));
+  Row row = two<T>("ADD, over an operand", instructions::ADD, PLAIN, sum);
+  row.over = true;
+  enter(row);
+  row = two<T>("ADD, a scalar", instructions::ADD, PLAIN, sum);
+  row.byhand = overlone<T, decltype(sum)>;
+  row.rightstep = 0;
+  enter(row);
+  enter(two<T>("SUBTRACT", instructions::SUBTRACT, PLAIN, [](T x, T y) { return x - y; }));
+  enter(two<T>("MULTIPLY", instructions::MULTIPLY, PLAIN, [](T x, T y) { return x == 0 || y == 0 ? 0 : x * y; }));
+  enter(two<T>("DIVIDE", instructions::DIVIDE, PLAIN, [](T x, T y) { return x / y; }));
+  enter(two<T>("RESIDUE", instructions::RESIDUE, PLAIN, [](T x, T y) { return y == 0 ? x : x - cut(x / y) * y; }));
+  enter(two<T>("MINIMUM", instructions::MINIMUM, PLAIN, [](T x, T y) { return y != y || y < x ? y : x; }));
+  enter(two<T>("MAXIMUM", instructions::MAXIMUM, PLAIN, [](T x, T y) { return y != y || y > x ? y : x; }));
 }
 
-[[gnu::noinline]] void multiplyquaternions(Element *r, const Element *a, const Element *b, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const Quaternion p = quaternion(a[i]), q = quaternion(b[i]);
-    const double *x = p.part, *y = q.part;
-    const Quaternion z{
-        {x[0] * y[0] - x[1] * y[1] - x[2] * y[2] - x[3] * y[3], x[0] * y[1] + x[1] * y[0] + x[2] * y[3] - x[3] * y[2],
-         x[0] * y[2] - x[1] * y[3] + x[2] * y[0] + x[3] * y[1], x[0] * y[3] + x[1] * y[2] - x[2] * y[1] + x[3] * y[0]}};
-    looklike(r[i], tags::QUATERNION, a[i]);
-    setquaternion(r[i], z);
-  }
+inline Complex residue(const Complex &x, const Complex &y) {
+  const Complex q = y.im == 0 ? Complex{x.re / y.re, x.im / y.re} : over(x, y);
+  Complex whole = {cut(q.re), cut(q.im)};
+  const double across = q.re - whole.re, up = q.im - whole.im;
+  if (across + up >= 1 && up <= across) whole.re += 1;
+  const Complex taken = times(whole, y);
+  return {shown(x.re - taken.re), shown(x.im - taken.im)};
 }
 
-[[gnu::noinline]] void multiplyoctonions(Element *r, const Element *a, const Element *b, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const double *x = a[i].octonion->part, *y = b[i].octonion->part;
-    const Octonion z{
-        {x[0] * y[0] - x[1] * y[1] - x[2] * y[2] - x[3] * y[3] - x[4] * y[4] - x[5] * y[5] - x[6] * y[6] - x[7] * y[7],
-         x[0] * y[1] + x[1] * y[0] + x[2] * y[3] - x[3] * y[2] + x[4] * y[5] - x[5] * y[4] - x[6] * y[7] + x[7] * y[6],
-         x[0] * y[2] - x[1] * y[3] + x[2] * y[0] + x[3] * y[1] + x[4] * y[6] + x[5] * y[7] - x[6] * y[4] - x[7] * y[5],
-         x[0] * y[3] + x[1] * y[2] - x[2] * y[1] + x[3] * y[0] + x[4] * y[7] - x[5] * y[6] + x[6] * y[5] - x[7] * y[4],
-         x[0] * y[4] - x[1] * y[5] - x[2] * y[6] - x[3] * y[7] + x[4] * y[0] + x[5] * y[1] + x[6] * y[2] + x[7] * y[3],
-         x[0] * y[5] + x[1] * y[4] - x[2] * y[7] + x[3] * y[6] - x[4] * y[1] + x[5] * y[0] - x[6] * y[3] + x[7] * y[2],
-         x[0] * y[6] + x[1] * y[7] + x[2] * y[4] - x[3] * y[5] - x[4] * y[2] + x[5] * y[3] + x[6] * y[0] - x[7] * y[1],
-         x[0] * y[7] - x[1] * y[6] + x[2] * y[5] + x[3] * y[4] - x[4] * y[3] - x[5] * y[2] + x[6] * y[1] +
-             x[7] * y[0]}};
-    *r[i].octonion = z;
-    looklike(r[i], tags::OCTONION, a[i]);
-    r[i].name = nullptr;
-  }
+template <class T>
+void higher() {
+  const double product = PARTS<T> > 2 ? PRODUCT : PLAIN;
+  const std::int64_t largest = PARTS<T> == 8 ? LARGE / 10 : LARGE;
+  enter(two<T>("ADD", instructions::ADD, PLAIN,
+               [](const T &x, const T &y) { return eachpart(x, y, [](double a, double b) { return a + b; }); }),
+        largest);
+  enter(two<T>("SUBTRACT", instructions::SUBTRACT, PLAIN,
+               [](const T &x, const T &y) { return eachpart(x, y, [](double a, double b) { return a - b; }); }),
+        largest);
+  enter(two<T>("MULTIPLY", instructions::MULTIPLY, product, [](const T &x, const T &y) { return times(x, y); }),
+        largest);
+  enter(two<T>("DIVIDE", instructions::DIVIDE, product, [](const T &x, const T &y) { return over(x, y); }), largest);
+  enter(two<T>("MINIMUM", instructions::MINIMUM, PLAIN,
+               [](const T &x, const T &y) {
+                 const double left = signedsize(x), right = signedsize(y);
+                 return right < left || outweighs(right, left) ? y : x;
+               }),
+        largest);
+  enter(two<T>("MAXIMUM", instructions::MAXIMUM, PLAIN,
+               [](const T &x, const T &y) {
+                 const double left = std::sqrt(sumofsquares(x)), right = std::sqrt(sumofsquares(y));
+                 return right > left || outweighs(right, left) ? y : x;
+               }),
+        largest);
 }
 
-// ---- The benchmarks.
+template <class T>
+void characters() {
+  enter(two<T>("MINIMUM", instructions::MINIMUM, PLAIN, [](T x, T y) { return y.value < x.value ? y : x; }));
+  enter(two<T>("MAXIMUM", instructions::MAXIMUM, PLAIN, [](T x, T y) { return y.value > x.value ? y : x; }));
+}
 
-#define KERNEL(name, instruction, tag, plain, scalar)                                  \
-  BENCHMARK_CAPTURE(kernel, name, instructions::instruction, tags::tag, plain, scalar) \
-      ->Arg(SMALL)                                                                     \
-      ->Arg(MIDDLE)                                                                    \
-      ->Arg(LARGE)
-KERNEL(add_real, ADD, REAL, addreals, false);
-KERNEL(add_real_scalar, ADD, REAL, addrealtoscalar, true);
-KERNEL(add_integer, ADD, INTEGER, addintegers, false);
-KERNEL(add_complex, ADD, COMPLEX, addcomplex, false);
-KERNEL(multiply_real, MULTIPLY, REAL, multiplyreals, false);
-KERNEL(multiply_complex, MULTIPLY, COMPLEX, multiplycomplex, false);
-KERNEL(multiply_quaternion, MULTIPLY, QUATERNION, multiplyquaternions, false);
-BENCHMARK_CAPTURE(kernel, multiply_octonion, instructions::MULTIPLY, tags::OCTONION, multiplyoctonions, false)
-    ->Arg(SMALL)
-    ->Arg(MIDDLE)
-    ->Arg(LARGE / 10);
+const bool entered = [] {
+  characters<Ascii>();
+  characters<Unicode>();
+  integers();
+  reals();
+  higher<Complex>();
+  enter(two<Complex>("RESIDUE", instructions::RESIDUE, PLAIN,
+                     [](const Complex &x, const Complex &y) { return residue(x, y); }));
+  higher<Quaternion>();
+  higher<Octonion>();
+  return true;
+}();
+
+// ---- Whole instructions.
 
 // A literal pushed twice, ADD, and the sum dropped, as a Programme does it: four Points.
 void scalarsum(benchmark::State &state) {
@@ -161,7 +191,7 @@ BENCHMARK(scalarsum);
 // A whole instruction on a stack, over its left operand: what the frame adds to the loop.
 void wholeinstruction(benchmark::State &state) {
   const auto count = static_cast<std::size_t>(state.range(0));
-  Records records(tags::REAL, count, 1);
+  Records operand(tags::REAL, count, 1, ordinary);
   Point stack[3], one;
   makereal(one, 0.5, forms::NUMBER);
   stack[1] = {};
@@ -169,9 +199,8 @@ void wholeinstruction(benchmark::State &state) {
   stack[1].type = ISVECTOR | HASREAL;
   stack[1].elements = static_cast<std::uint32_t>(count);
   stack[1].shape_pointer = newshape(state.range(0));
-  stack[1].data_pointer = records.get();
-  const double first = records.get()->real;
-  double expected = first;
+  stack[1].data_pointer = operand.get();
+  double expected = operand.get()->real;
   for (auto _ : state) {
     stack[2] = one;
     referencepoint(&stack[2]);
@@ -179,7 +208,7 @@ void wholeinstruction(benchmark::State &state) {
     add(&sp, nullptr, nullptr, 0);
     expected += 0.5;
   }
-  if (stack[1].data_pointer != records.get() || records.get()->real != expected) state.SkipWithError("a wrong sum");
+  if (stack[1].data_pointer != operand.get() || operand.get()->real != expected) state.SkipWithError("a wrong sum");
   state.SetItemsProcessed(state.iterations() * state.range(0));
   release(stack[1].shape_pointer);
   dereferencepoint(&one);

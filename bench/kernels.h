@@ -1,7 +1,6 @@
 // What the benchmarks of the element loops share: operands, and an instruction's loop in turns with a hand-written one
-// over the same records, on thread time. `ratio` is what counts, nanoseconds are for an element. Each pair is first
-// compared record by record. The hand-written loops do what the instruction must do and nothing else: they trust every
-// tag.
+// over the same records, on thread time. `ratio` is what counts, nanoseconds are for an element, `goal` is what the
+// ratio may be. Each pair is first compared record by record.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -11,7 +10,8 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <random>
+#include <memory>
+#include <string>
 
 #include "arithmetic/cores.h"
 #include "arithmetic/monadic.h"
@@ -21,9 +21,14 @@
 namespace kernels {
 
 constexpr std::int64_t SMALL = 1000, MIDDLE = 100000, LARGE = 10000000;
+// How much longer than the loop by hand: for arithmetic, comparison, logic and rounding; for what the library computes;
+// for products of quaternions and octonions; for mixed kinds beside a single one.
+constexpr double PLAIN = 1.15, LIBRARY = 1.1, PRODUCT = 1.25, MIXED = 2.5;
+
 constexpr double NANOSECONDS = 1e9;
-constexpr int ROUNDS = 5;               // in each turn the best of so many counts
 constexpr std::int64_t TIMED = 200000;  // elements that are timed together at least
+constexpr int ROUNDS = 5;               // in each turn the best of so many counts
+constexpr double TURN = 0.01;           // seconds after which a turn ends sooner
 
 inline double threadtime() {
   timespec now;
@@ -31,53 +36,53 @@ inline double threadtime() {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / NANOSECONDS;
 }
 
-using Byhand = void(Element *result, const Element *left, const Element *right, std::size_t count);
+// ---- Operands: parts from 0.5 to 1 and integers from 1 to 20, but for what a row asks for.
 
-inline void head(Element &e, std::int32_t tag, std::uint16_t form, std::uint16_t marks) {
-  e.tag = tag;
-  e.form = form;
-  e.attributes = marks;
-}
-inline void looklike(Element &e, std::int32_t tag, const Element &other) {
-  head(e, tag, other.form, other.attributes & 0x3fff);
-}
+// Fills a record that holds zeros and its tag, from 64 random bits.
+using Fill = void(Element &e, std::uint64_t bits);
 
-// ---- Operands: products keep their size, as numbers have the modulus 1 where `unit` is set.
+inline double drawpart(std::uint64_t &bits) {
+  bits = bits * 6364136223846793005 + 1442695040888963407;
+  return 0.5 + static_cast<double>(bits >> 12) * 0x1p-53;
+}
+inline void ordinary(Element &e, std::uint64_t bits) {
+  const auto next = [&] { return drawpart(bits); };
+  e.form = e.tag >= tags::COMPLEX ? forms::CARTESIAN : e.tag >= tags::INTEGER ? forms::NUMBER : 0;
+  switch (e.tag) {
+    case tags::ASCII:
+      e.ascii = static_cast<std::uint8_t>('a' + bits % 20);
+      break;
+    case tags::UNICODE:
+      e.unicode = static_cast<std::uint16_t>(1000 + bits % 20);
+      break;
+    case tags::INTEGER:
+      e.integer = static_cast<std::int64_t>(1 + bits % 20);
+      break;
+    case tags::REAL:
+      e.real = next();
+      break;
+    case tags::COMPLEX:
+      e.complex = {next(), next()};
+      break;
+    case tags::QUATERNION:
+      setquaternion(e, {{next(), next(), next(), next()}});
+      break;
+    default:
+      e.octonion = static_cast<Octonion *>(newblock(sizeof(Octonion)));
+      for (double &x : e.octonion->part) x = next();
+  }
+}
 
 class Records {
  public:
-  Records(std::int32_t tag, std::size_t count, std::uint64_t seed, bool unit = true)
-      : size(count), data(newelements(count)) {
-    std::mt19937_64 random(seed);
-    std::uniform_real_distribution<double> spread(0.5, 1);
+  Records(std::int32_t kind, std::size_t count, int set, Fill *filler)
+      : tag(kind), seed(set), size(count), fill(filler), data(newelements(count)) {
+    std::uint64_t bits = static_cast<std::uint64_t>(set);
     for (std::size_t i = 0; i < count; ++i) {
+      drawpart(bits);
       Element &e = data[i] = {};
       e.tag = tag;
-      e.form = tag == tags::INTEGER ? forms::NUMBER : forms::CARTESIAN;
-      double part[8];
-      double squares = 0;
-      for (double &x : part) x = spread(random);
-      const int parts = tag == tags::OCTONION ? 8 : tag == tags::QUATERNION ? 4 : tag == tags::COMPLEX ? 2 : 1;
-      for (int k = 0; k < parts; ++k) squares += part[k] * part[k];
-      if (unit)
-        for (double &x : part) x /= std::sqrt(squares);
-      switch (tag) {
-        case tags::INTEGER:
-          e.integer = static_cast<std::int64_t>(random() % 1000);
-          break;
-        case tags::REAL:
-          e.real = part[0];
-          break;
-        case tags::COMPLEX:
-          e.complex = {part[0], part[1]};
-          break;
-        case tags::QUATERNION:
-          setquaternion(e, {{part[0], part[1], part[2], part[3]}});
-          break;
-        default:
-          e.octonion = static_cast<Octonion *>(newblock(sizeof(Octonion)));
-          std::copy_n(part, 8, e.octonion->part);
-      }
+      fill(e, bits >> 20);
     }
   }
   ~Records() {
@@ -87,6 +92,9 @@ class Records {
   Records(const Records &) = delete;
   Records &operator=(const Records &) = delete;
 
+  bool is(std::int32_t kind, std::size_t count, int set, Fill *filler) const {
+    return tag == kind && size == count && seed == set && fill == filler;
+  }
   Element *get() { return data; }
   // The same values, to the last bit?
   bool equals(const Records &other) const {
@@ -102,75 +110,117 @@ class Records {
   }
 
  private:
+  std::int32_t tag;
+  int seed;
   std::size_t size;
+  Fill *fill;
   Element *data;
 };
 
+// The places of a duel. Results that own no block go into what results left, which nobody looks at.
+enum Place { FIRST, SECOND, MINE, THEIRS };
+
+// Records that stay for the next benchmark, which mostly wants the same.
+inline Records &records(Place place, std::int32_t tag, std::size_t count, int seed, Fill *fill = ordinary) {
+  static std::unique_ptr<Records> kept[THEIRS + 1][3];
+  const std::size_t size = count < MIDDLE ? 0 : count < LARGE / 10 ? 1 : 2;
+  std::unique_ptr<Records> &found = kept[place][size];
+  if (!found || !found->is(tag, count, seed, fill)) {
+    found.reset();
+    found = std::make_unique<Records>(tag, count, seed, fill);
+  }
+  return *found;
+}
+
+// ---- A duel.
+
 // The least time of one call.
 template <class Work>
-void best(double &least, std::int64_t calls, Work &&work) {
-  for (int round = 0; round < ROUNDS; ++round) {
-    const double start = threadtime();
+void best(double &least, std::int64_t calls, Work &&work, int rounds = ROUNDS) {
+  const double begun = threadtime();
+  double start = begun;
+  for (int round = 0; round < rounds && start - begun < TURN; ++round) {
     for (std::int64_t call = 0; call < calls; ++call) work();
-    least = std::min(least, (threadtime() - start) / static_cast<double>(calls));
+    const double end = threadtime();
+    least = std::min(least, (end - start) / static_cast<double>(calls));
+    start = end;
   }
 }
 
 // The two in turns, until both have shown their best.
 template <class System, class Hand>
-void duel(benchmark::State &state, const Records &mine, const Records &theirs, System &&system, Hand &&byhand) {
-  system();
-  byhand();
+void duel(benchmark::State &state, double goal, const Records &mine, const Records &theirs, System &&system,
+          Hand &&byhand) {
+  double systemtime = std::numeric_limits<double>::infinity(), handtime = systemtime;
+  best(systemtime, 1, system, 1);
+  best(handtime, 1, byhand, 1);
   if (!mine.equals(theirs)) state.SkipWithError("different results");
   const std::int64_t calls = std::max<std::int64_t>(1, TIMED / state.range(0));
-  double systemtime = std::numeric_limits<double>::infinity(), handtime = systemtime;
   for (auto _ : state) {
     best(systemtime, calls, system);
     best(handtime, calls, byhand);
   }
-  if (!mine.equals(theirs)) state.SkipWithError("different results");
   const double each = NANOSECONDS / static_cast<double>(state.range(0));
   state.counters["ns"] = systemtime * each;
   state.counters["byhand_ns"] = handtime * each;
   state.counters["ratio"] = systemtime / handtime;
+  state.counters["goal"] = goal;
 }
 
-// Each side writes over its own left operand.
-inline void kernel(benchmark::State &state, std::uint16_t instruction, std::int32_t tag, Byhand *plain, bool scalar) {
-  const Dyadic &cores = *dyadiccores(instruction);
-  const auto count = static_cast<std::size_t>(state.range(0));
-  Records mine(tag, count, 1), theirs(tag, count, 1), right(tag, scalar ? 1 : count, 2);
-  const auto system = [&] {
-    Run run{mine.get(), right.get(), mine.get(), 1, scalar ? std::size_t{0} : 1, 1, count, false};
-    Tally tally;
-    if (work(cores, run, tally) != 0) state.SkipWithError("a failure");
-  };
-  duel(state, mine, theirs, system, [&] { plain(theirs.get(), theirs.get(), right.get(), count); });
+// ---- A row of the table: an instruction over operands of some kinds.
+
+using Byhand = void(Element *result, const Element *left, const Element *right, std::size_t count);
+
+struct Row {
+  std::string name;
+  double goal;
+  const Dyadic *dyadic;  // one of the two
+  const Monadic *monadic;
+  std::int32_t left, right, result;
+  Byhand *byhand;
+  std::size_t leftstep = 1, rightstep = 1;  // 0 for a lone operand
+  bool over = false;                        // the left operand?
+  Fill *fill = ordinary, *rightfill = ordinary;
+};
+
+inline Tally startduel(std::uint64_t &draws) {
+  Tally tally;
+  tally.state = &draws;
+  draws = 1;
+  return tally;
 }
 
-// Each side writes new records, of whatever kind; none of them owns a block.
-inline void freshkernel(benchmark::State &state, std::uint16_t instruction, std::int32_t lefttag, std::int32_t righttag,
-                        Byhand *plain) {
-  const Dyadic &cores = *dyadiccores(instruction);
+// Each side writes records of its own.
+inline void measure(benchmark::State &state, const Row &row) {
   const auto count = static_cast<std::size_t>(state.range(0));
-  Records left(lefttag, count, 1, false), right(righttag, count, 2, false), mine(tags::REAL, count, 3),
-      theirs(tags::REAL, count, 3);
+  const std::int32_t result = row.result == tags::OCTONION ? row.result : tags::REAL;
+  Records &left = records(FIRST, row.left, row.leftstep == 0 ? 1 : count, 1, row.fill);
+  Records &right = records(SECOND, row.right, row.rightstep == 0 ? 1 : count, 2, row.rightfill);
+  Records &mine = row.over ? records(MINE, row.left, count, 1) : records(MINE, result, count, 3);
+  Records &theirs = row.over ? records(THEIRS, row.left, count, 1) : records(THEIRS, result, count, 3);
+  // The octonions of results are there, as over an operand.
+  const bool fresh = !row.over && result != tags::OCTONION;
   const auto system = [&] {
-    Run run{left.get(), right.get(), mine.get(), 1, 1, 1, count, true};
-    Tally tally;
-    if (work(cores, run, tally) != 0) state.SkipWithError("a failure");
+    Run run{row.over ? mine.get() : left.get(), right.get(), mine.get(), row.leftstep, row.rightstep, 1, count, fresh};
+    std::uint64_t draws;
+    Tally tally = startduel(draws);
+    const std::int32_t message = row.dyadic ? work(*row.dyadic, run, tally) : work(*row.monadic, run, tally);
+    if (message != 0) state.SkipWithError("a failure");
   };
-  duel(state, mine, theirs, system, [&] { plain(theirs.get(), left.get(), right.get(), count); });
+  const auto byhand = [&] { row.byhand(theirs.get(), row.over ? theirs.get() : left.get(), right.get(), count); };
+  duel(state, row.goal, mine, theirs, system, byhand);
 }
-inline void monadickernel(benchmark::State &state, const Monadic &cores, std::int32_t tag, Byhand *plain) {
-  const auto count = static_cast<std::size_t>(state.range(0));
-  Records operand(tag, count, 1, false), mine(tags::REAL, count, 3), theirs(tags::REAL, count, 3);
-  const auto system = [&] {
-    Run run{operand.get(), nullptr, mine.get(), 1, 0, 1, count, true};
-    Tally tally;
-    if (work(cores, run, tally) != 0) state.SkipWithError("a failure");
-  };
-  duel(state, mine, theirs, system, [&] { plain(theirs.get(), operand.get(), nullptr, count); });
+
+// So many turns that the whole table takes minutes.
+constexpr std::int64_t TURNS = 8, LARGETURNS = 2;
+
+inline void enter(const Row &row, std::int64_t largest = LARGE) {
+  const auto measured = [row](benchmark::State &state) { measure(state, row); };
+  for (const std::int64_t count : {SMALL, MIDDLE, largest})
+    benchmark::RegisterBenchmark(row.name.c_str(), measured)
+        ->Arg(count)
+        ->Iterations(count < largest ? TURNS : LARGETURNS)
+        ->Unit(benchmark::kMillisecond);
 }
 
 }  // namespace kernels
