@@ -55,16 +55,16 @@ def main():
         column = min((c for c in COLUMNS if count <= c), default=COLUMNS[-1])
         ratios[column] = (b["ratio"], count < column)
 
-    print("%-34s %5s  %9s %9s %9s" % ("by the loop written by hand", "goal", "10^3", "10^5", "10^7"))
+    print("%-36s %5s  %9s %9s %9s" % ("by the loop written by hand", "goal", "10^3", "10^5", "10^7"))
     over = 0
     for label, (goal, ratios) in rows.items():
         over += sum(ratio > goal for ratio, _ in ratios.values())
-        print("%-34s %5.2f %s" % (label, goal, "".join(cell(ratios.get(c), goal) for c in COLUMNS)))
+        print("%-36s %5.2f %s" % (label, goal, "".join(cell(ratios.get(c), goal) for c in COLUMNS)))
     print("%d rows; * over the goal: %d of %d ratios; ' of 10^6 elements\n" %
           (len(rows), over, sum(len(ratios) for _, ratios in rows.values())))
     for b in others:
         if not b.get("error_occurred"):
-            print("%-34s %14.1f %s" % (b["name"], b.get("ns", b["cpu_time"]), "ns" if "ns" in b else b["time_unit"]))
+            print("%-36s %14.1f %s" % (b["name"], b.get("ns", b["cpu_time"]), "ns" if "ns" in b else b["time_unit"]))
     for line in failed:
         print("FAILED " + line)
     return 1 if failed else 0
