@@ -10,9 +10,10 @@
 //     std::int32_t check(A, B) const;                optional, for a pair that fails for some values: a message number
 //     std::int32_t check(B) const;                   the same, where the right one alone decides
 //     static std::int32_t refusal(l, r);             optional: the message for tags without a core, otherwise 162
-//     static constexpr std::size_t stretch;          optional, for slow ones: elements between two looks at an
-//     interrupt double tolerance;                              optional: is set to what #CT held when the instruction
-//     began bool bothpolar;                                optional: is set for each pair of complex numbers
+//     static constexpr std::size_t stretch;          optional, for slow ones: elements from one look at an interrupt to
+//                                                    the next
+//     double tolerance;                              optional: is set to what #CT held when the instruction began
+//     bool bothpolar;                                optional: is set for each pair of complex numbers
 //     std::int32_t failure;                          optional: a core that finds out late sets a message number here
 //   };
 //
