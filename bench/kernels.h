@@ -118,11 +118,11 @@ class Records {
 };
 
 // The places of a duel. Results that own no block go into what results left, which nobody looks at.
-enum Place { FIRST, SECOND, MINE, THEIRS };
+enum Place { FIRST, SECOND, MINE, THEIRS, OTHER };
 
 // Records that stay for the next benchmark, which mostly wants the same.
 inline Records &records(Place place, std::int32_t tag, std::size_t count, int seed, Fill *fill = ordinary) {
-  static std::unique_ptr<Records> kept[THEIRS + 1][3];
+  static std::unique_ptr<Records> kept[OTHER + 1][3];
   const std::size_t size = count < MIDDLE ? 0 : count < LARGE / 10 ? 1 : 2;
   std::unique_ptr<Records> &found = kept[place][size];
   if (!found || !found->is(tag, count, seed, fill)) {

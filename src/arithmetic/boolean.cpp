@@ -28,23 +28,33 @@ struct Decision : Counted {
   std::uint64_t *state = nullptr;
   bool drawn = false;
 
+  static bool draws(Integer) { return false; }
+  static bool draws(double x) { return !Rule::iscertain(x); }
+  template <Hyper T>
+  static bool draws(const T &x) {
+    return !isplain(x);
+  }
+
   Truth operator()(Integer x) { return {x.value > 0}; }
   Truth operator()(double x) { return {decide(x)}; }
 
   // Most rows have nothing to draw.
   template <Hyper T>
   T operator()(const T &x) {
-    const bool plain = [&]<int... i>(std::integer_sequence<int, i...>) {
-      return (Rule::isplain(part(x, i)) && ...);
-    }
-    (std::make_integer_sequence<int, PARTS<T>>{});
-    if (!plain) [[unlikely]]
+    if (!isplain(x)) [[unlikely]]
       return drawnparts(x);
     flops += PARTS<T>;
     return assemble<T>([&](auto i) { return Rule::nearer(part(x, i)) ? 1.0 : 0.0; });
   }
 
  private:
+  template <Hyper T>
+  static bool isplain(const T &x) {
+    return [&]<int... i>(std::integer_sequence<int, i...>) {
+      return (Rule::isplain(part(x, i)) && ...);
+    }
+    (std::make_integer_sequence<int, PARTS<T>>{});
+  }
   bool decide(double x) {
     flops += 1;
     if (Rule::iscertain(x)) [[likely]]

@@ -33,8 +33,9 @@ std::int32_t survey(const Dyadic &d, const Run &run, bool &owning) {
       owning = true;
       return 0;
     }
-    if (!kernelof(d, left->tag, right->tag)) return d.refusal(left->tag, right->tag);
-    const Check check = checkof(d, left->tag, right->tag);
+    const std::size_t kind = kindof(left->tag, right->tag);
+    if (!d.kernels[kind]) return d.refusal(left->tag, right->tag);
+    const Check check = d.checks[kind];
     if (const std::int32_t message = check ? check(run, i, i + 1) : 0; message != 0) return message;
   }
   return 0;
@@ -59,7 +60,8 @@ std::int32_t choosehome(const Dyadic &d, const Point &left, const Point &right, 
   const std::int32_t hometag = home == Home::LEFT ? lefttag : righttag;
   if (isuniform(left) && isuniform(right)) {
     if ((lefttag == tags::OCTONION || righttag == tags::OCTONION) && hometag != tags::OCTONION) home = Home::NEW;
-    if (kernelof(d, lefttag, righttag) && !checkof(d, lefttag, righttag)) return 0;
+    const std::size_t kind = kindof(lefttag, righttag);
+    if (d.kernels[kind] && !d.checks[kind]) return 0;
   } else if (mayown(left) || mayown(right)) {
     home = Home::NEW;
   }

@@ -7,32 +7,21 @@
 // The frame is in dyadic.cpp and knows an instruction by its table alone.
 #pragma once
 
-#include <array>
-
 #include "arithmetic/frame.h"
-#include "arithmetic/mixed.h"
+#include "arithmetic/numbers.h"
 #include "arithmetic/scalars.h"
 
-// One instruction as data: its loops by the tags of the pair, null where there is none.
-struct Dyadic {
+// One instruction as data: its loops, by pairs of kinds.
+struct Dyadic : Loops<KINDS * KINDS> {
   std::uint32_t refused;  // flags of operands that make them not conformable
   bool tolerant;          // compares under #CT
   bool failslate;         // a core may fail half-way, so results never overwrite an operand
   std::size_t stretch;    // elements between two looks at an interrupt
   std::int32_t (*refusal)(std::int32_t left, std::int32_t right);  // the message for a pair without a loop
-  Kernel kernels[LOOPTAGS][LOOPTAGS];
-  Kernel mixed;  // takes pairs of any kinds in any order, but leaves those that need a check
-  Check checks[LOOPTAGS][LOOPTAGS];
 };
 
-// Null for a pair that has no loop, or needs no check.
-inline Kernel kernelof(const Dyadic &d, std::int32_t left, std::int32_t right) {
-  const std::uint32_t l = rowof(left), r = rowof(right);
-  return l < LOOPTAGS && r < LOOPTAGS ? d.kernels[l][r] : nullptr;
-}
-inline Check checkof(const Dyadic &d, std::int32_t left, std::int32_t right) {
-  const std::uint32_t l = rowof(left), r = rowof(right);
-  return l < LOOPTAGS && r < LOOPTAGS ? d.checks[l][r] : nullptr;
+inline constexpr std::size_t kindof(std::int32_t left, std::int32_t right) {
+  return kindof(left) * KINDS + kindof(right);
 }
 
 // What the macro's functions call: the frame on the stack, and one slice of what to_coprocessors holds. The slice's
@@ -45,19 +34,10 @@ double tolerancein(const Point *context);
 // ---- The table of a struct of cores.
 
 template <class Core, std::int32_t L, std::int32_t R>
-constexpr Kernel kernelfor() {
-  if constexpr (Supported<Core, Kind<L>, Kind<R>>)
-    return &loop<Core, L, R>;
-  else
-    return nullptr;
-}
-
-template <class Core, std::int32_t L, std::int32_t R>
-constexpr Check checkfor() {
-  if constexpr (Checked<Core, Kind<L>, Kind<R>>)
-    return &check<Core, L, R>;
-  else
-    return nullptr;
+constexpr void setloops(Dyadic &d) {
+  if constexpr (Supported<Core, Kind<L>, Kind<R>>) d.kernels[kindof(L, R)] = &loop<Core, L, R>;
+  if constexpr (Supported<Core, Kind<L>, Kind<R>>) d.picked[kindof(L, R)] = &pickedloop<Core, L, R>;
+  if constexpr (Checked<Core, Kind<L>, Kind<R>>) d.checks[kindof(L, R)] = &check<Core, L, R>;
 }
 
 template <class Core>
@@ -78,11 +58,9 @@ constexpr Dyadic dyadic() {
     d.refusal = &Core::refusal;
   else
     d.refusal = [](std::int32_t, std::int32_t) { return INCOMPATIBLE; };
-  d.mixed = &mixedloop<Core>;
+  if constexpr (Supported<Core, double, double>) d.numbers = &numberloop<Core>;
   [&]<std::size_t... cell>(std::index_sequence<cell...>) {
-    ((d.kernels[cell / LOOPTAGS][cell % LOOPTAGS] = kernelfor<Core, tagof(cell / LOOPTAGS), tagof(cell % LOOPTAGS)>(),
-      d.checks[cell / LOOPTAGS][cell % LOOPTAGS] = checkfor<Core, tagof(cell / LOOPTAGS), tagof(cell % LOOPTAGS)>()),
-     ...);
+    (setloops<Core, tagof(cell / LOOPTAGS), tagof(cell % LOOPTAGS)>(d), ...);
   }
   (std::make_index_sequence<LOOPTAGS * LOOPTAGS>{});
   return d;

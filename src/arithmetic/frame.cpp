@@ -30,10 +30,7 @@ constexpr std::int16_t DEEPEST = 1000;
 
 // What a failed slice leaves: records that own nothing.
 void fillup(const Run &run) {
-  for (std::size_t i = run.done; i < run.count; ++i) {
-    run.result[i] = {};
-    run.result[i].tag = tags::FILLER;
-  }
+  for (std::size_t i = run.done; i < run.count; ++i) leaveunmade(run.result[i]);
 }
 
 }  // namespace

@@ -2,19 +2,30 @@
 // a record that is written over, how an instruction counts and fails, and how it is shared with the pool.
 #pragma once
 
+#include <algorithm>
+#include <array>
+
 #include "arithmetic/loops.h"
 #include "coprocessor/coprocessor.h"
 #include "spaces/counters.h"
 
-// How many tags have a row in a table of loops.
-inline constexpr std::size_t LOOPTAGS = tags::OCTONION - tags::ASCII + 1;
-// The row of a tag; LOOPTAGS or more where it has none.
-inline constexpr std::uint32_t rowof(std::int32_t tag) {
-  return static_cast<std::uint32_t>(tag) - tags::ASCII;
+// How many tags may have loops, and so kinds of their own; one more kind stands for all others.
+inline constexpr std::size_t LOOPTAGS = tags::OCTONION - tags::ASCII + 1, KINDS = LOOPTAGS + 1;
+inline constexpr std::size_t kindof(std::int32_t tag) {
+  return std::min<std::uint32_t>(static_cast<std::uint32_t>(tag) - tags::ASCII, LOOPTAGS);
 }
-inline constexpr std::int32_t tagof(std::size_t row) {
-  return tags::ASCII + static_cast<std::int32_t>(row);
+inline constexpr std::int32_t tagof(std::size_t kind) {
+  return tags::ASCII + static_cast<std::int32_t>(kind);
 }
+
+// The loops of an instruction by the kind of what they are for, null where there is none.
+template <std::size_t count>
+struct Loops {
+  std::array<Kernel, count> kernels;
+  Kernel numbers;  // takes integers and reals in any order
+  std::array<Picked, count> picked;
+  std::array<Check, count> checks;  // null where no value fails
+};
 
 // Notes what an instruction of the main thread did.
 inline void countwork(double operated, double done) {
@@ -46,6 +57,11 @@ void giveupall(const Run &run, Element &result);
 
 // New records for the result of a run. False where there is no storage.
 bool newrecords(Run &run);
+// What is not made after a failure: a record that owns nothing.
+inline void leaveunmade(Element &e) {
+  e = {};
+  e.tag = tags::FILLER;
+}
 // Gives back what a run that failed made; nothing where it wrote over an operand.
 void abandon(Run &run);
 

@@ -22,6 +22,7 @@
 // `flops` what it did, unless flopseach tells. R is any kind of values.h; a loop turns it into a record.
 #pragma once
 
+#include <bit>
 #include <concepts>
 #include <cstddef>
 
@@ -74,9 +75,17 @@ struct Run {
   std::size_t done = 0;     // how far the work came
 };
 
+using Places = std::uint64_t;
+inline std::size_t firstof(Places places) {
+  return static_cast<unsigned>(std::countr_zero(places));
+}
+
 // Works elements from `from` up to `to` as long as both records are what it is for; returns where it ended.
 using Kernel = std::size_t (*)(Run &run, std::size_t from, std::size_t to, Tally &tally);
-// The message for the first of such pairs of records whose values fail, 0 for none; ends as a kernel does.
+// The same for some of the first 64 elements of a run, one bit for each. Returns the bits of those that wait for all
+// before them, and of what a failure left.
+using Picked = Places (*)(Run &run, Places places, Tally &tally);
+// The message for the first of such records whose values fail, 0 for none; ends as a kernel does.
 using Check = std::int32_t (*)(const Run &run, std::size_t from, std::size_t to);
 
 // Works all of a run, whatever its records are, nested spaces included. `run.done` tells how far it came. Returns a
@@ -385,6 +394,27 @@ std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   tally.failure = failure;
   tally.flops += static_cast<double>(core.flops + flopsforeach<Core, Kind<L>, Kind<R>>() * (i - from));
   return i;
+}
+
+template <class Core, std::int32_t L, std::int32_t R>
+Places pickedloop(Run &run, Places places, Tally &tally) {
+  Core core = startcore<Core>(tally);
+  const std::size_t leftstep = run.leftstep, rightstep = run.rightstep;
+  const Element *const left = run.left, *const right = run.right;
+  Element *const result = run.result;
+  const bool fresh = run.fresh;
+  std::uint32_t kinds = 0;
+  std::int32_t failure = 0;
+  std::size_t done = 0;
+  const auto one = [&](std::size_t i) __attribute__((always_inline)) {
+    return workpair<Core, L, R>(core, left[i * leftstep], right[i * rightstep], result[i], fresh, failure,
+                                [&](std::uint32_t kind) { kinds |= kind; });
+  };
+  for (; places != 0 && one(firstof(places)); ++done) places &= places - 1;
+  run.kinds |= kinds;
+  tally.failure = failure;
+  tally.flops += static_cast<double>(core.flops + flopsforeach<Core, Kind<L>, Kind<R>>() * done);
+  return places;
 }
 
 template <class Core, std::int32_t L, std::int32_t R>

@@ -12,6 +12,7 @@
 #include <algorithm>
 
 #include "arithmetic/joint.h"
+#include "arithmetic/walk.h"
 #include "diagnostics/exception.h"
 #include "spaces/hypercomplex.h"
 #include "spaces/refderef.h"
@@ -41,8 +42,9 @@ std::int32_t survey(const Monadic &m, const Run &run, bool &owning) {
     const Element &e = run.left[i];
     owning = e.tag == tags::OCTONION || kindbit(e.tag) == 0;
     if (owning) return 0;
-    if (!kernelof(m, e.tag)) return m.refusal(e.tag);
-    const SingleCheck check = checkof(m, e.tag);
+    const std::size_t kind = kindof(e.tag);
+    if (!m.kernels[kind]) return m.refusal(e.tag);
+    const Check check = m.checks[kind];
     if (const std::int32_t message = check ? check(run, i, i + 1) : 0; message != 0) return message;
   }
   return 0;
@@ -52,9 +54,9 @@ std::int32_t survey(const Monadic &m, const Run &run, bool &owning) {
 std::int32_t choosehome(const Monadic &m, const Point &operand, const Run &run, bool &inplace) {
   inplace = !m.failslate && isowned(operand);
   if (!inplace) return 0;
-  const std::int32_t tag = run.left->tag;
   const bool uniform = isuniform(operand);
-  if (uniform && kernelof(m, tag) && !checkof(m, tag)) return 0;
+  const std::size_t kind = kindof(run.left->tag);
+  if (uniform && m.kernels[kind] && !m.checks[kind]) return 0;
   bool owning = !uniform && mayown(operand);
   const std::int32_t message = owning ? 0 : survey(m, run, owning);
   inplace = !owning;
@@ -128,28 +130,19 @@ void finish(Point *point, const Run &run, bool handed) {
 
 }  // namespace
 
-std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept {
-  while (run.done < run.count) {
-    if (tally.stopped && tally.stopped()) [[unlikely]]
-      return INTERRUPTED;
-    const std::size_t from = run.done, to = std::min(run.count, from + STRETCH);
-    std::int32_t message;
-    const std::int32_t tag = run.left[from * run.leftstep].tag;
-    if (const Kernel kernel = kernelof(m, tag)) {
-      const SingleCheck check = checkof(m, tag);
-      message = check ? check(run, from, to) : 0;
-      if (message != 0) return message;
-      run.done = kernel(run, from, to, tally);
-      if (tally.failure == 0 && run.done - from < TOGETHER)
-        run.done = m.mixed(run, run.done, std::min(to, run.done + ATATIME), tally);
-      message = tally.failure;
-    } else {
-      message = single(m, run, from, tally);
-      if (message == 0) ++run.done;
-    }
-    if (message != 0) return message;
+namespace {
+
+struct Singles {
+  static std::size_t kindat(const Run &run, std::size_t i) { return kindof(run.left[i].tag); }
+  static auto sorter(const Run &run, std::size_t size, bool ahead) {
+    return [tags = Tags(run.left, 1, size, ahead)](std::size_t i) { return Tags::places(tags.unlike(i)); };
   }
-  return 0;
+};
+
+}  // namespace
+
+std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept {
+  return walk(m, run, STRETCH, m.inorder, tally, Singles{}, [&](std::size_t i) { return single(m, run, i, tally); });
 }
 
 void monadicframe(const Monadic &m, Point *point, const Point *instruction, const Point *context, bool nested,

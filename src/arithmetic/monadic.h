@@ -11,6 +11,7 @@
 //     std::int64_t origin;                    optional: the same of #IO
 //     std::uint64_t *state;                   optional: the state of the thread's generator
 //     bool drawn;                             optional: set where a draw decided a value
+//     static bool draws(A);                   optional: may a draw decide? Without it, each value draws
 //     std::int32_t failure;                   optional: a core that finds out late sets a message number here
 //   };
 //
@@ -18,31 +19,19 @@
 // an operator() is taken as a real. R is any kind of values.h, or a Formed one that says how it is to be written back.
 #pragma once
 
-#include <array>
-
 #include "arithmetic/frame.h"
-#include "arithmetic/mixed.h"
 #include "arithmetic/scalars.h"
 #include "coprocessor/sysvars.h"
 
 inline constexpr std::int32_t NOTBINARY = 164, IMPOSSIBLE = 991, RESTRICTION = 994;
 
-// One instruction as data: its loops by tag, null where there is none.
-using SingleCheck = std::int32_t (*)(const Run &run, std::size_t from, std::size_t to);
-struct Monadic {
-  bool tolerant, counting, failslate;         // reads #CT, reads #IO, must not write over its operand
+// One instruction as data: its loops, by kinds. Of a run only `left` and the result count, both in steps of 1.
+struct Monadic : Loops<KINDS> {
+  bool tolerant, counting;                    // reads #CT, reads #IO
+  bool inorder;                               // each element has to wait for the one before it
+  bool failslate;                             // must not write over its operand
   std::int32_t (*refusal)(std::int32_t tag);  // the message for a tag without a loop
-  std::array<Kernel, LOOPTAGS> kernels;       // of a run only `left` and the result count, both in steps of 1
-  Kernel mixed;                               // takes any kinds in any order, but leaves those that need a check
-  std::array<SingleCheck, LOOPTAGS> checks;   // null where no value fails
 };
-
-inline Kernel kernelof(const Monadic &m, std::int32_t tag) {
-  return rowof(tag) < LOOPTAGS ? m.kernels[rowof(tag)] : nullptr;
-}
-inline SingleCheck checkof(const Monadic &m, std::int32_t tag) {
-  return rowof(tag) < LOOPTAGS ? m.checks[rowof(tag)] : nullptr;
-}
 
 // Characters are refused as no numbers, everything else as what no core takes.
 inline std::int32_t nocharacters(std::int32_t tag) {
@@ -112,6 +101,11 @@ template <class Core, class A>
 concept Direct = Headed<Core, A> || Plain<Core, A> || Choosing<Core, A>;
 template <class Core, class A>
 concept Takes = Direct<Core, A> ||(std::same_as<A, Integer> &&Direct<Core, double>);
+
+template <class Core, class A>
+concept MayWait = requires(const A &a) {
+  Core::draws(a);
+};
 
 // Hands the result to `give`.
 template <class Core, class A, class Give>
@@ -200,22 +194,52 @@ inline std::uint32_t drawnbit(const Core &core) {
     return 0;
 }
 
+// Works records by one formula: `along(one)` calls one(source, result) for each, until it says no.
+template <class Core, std::int32_t tag, class Along>
+[[gnu::always_inline]] inline void workalong(Run &run, Tally &tally, Along &&along) {
+  Core core = startmonadic<Core>(tally);
+  const bool fresh = run.fresh;
+  std::uint32_t kinds = 0;
+  std::int32_t failure = 0;
+  along([&](const Element &source, Element &result) __attribute__((always_inline)) {
+    return workone<Core, tag>(core, source, result, fresh, failure, [&](std::uint32_t kind) { kinds |= kind; });
+  });
+  run.kinds |= kinds | drawnbit(core);
+  tally.failure = failure;
+  tally.flops += static_cast<double>(core.flops);
+}
+
 // Under a flag word that is not exact a space may hold any record: each is looked at, and the first that is not
 // expected ends the loop.
 template <class Core, std::int32_t tag>
 std::size_t monadicloop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
-  Core core = startmonadic<Core>(tally);
   const Element *source = run.left + from;
   Element *const first = run.result + from, *const end = run.result + to, *result = first;
-  const bool fresh = run.fresh;
-  std::uint32_t kinds = 0;
-  std::int32_t failure = 0;
-  while (result != end && workone<Core, tag>(core, *source, *result, fresh, failure, [&](auto kind) { kinds |= kind; }))
-    ++source, ++result;
-  run.kinds |= kinds | drawnbit(core);
-  tally.failure = failure;
-  tally.flops += static_cast<double>(core.flops);
+  workalong<Core, tag>(
+      run, tally, [&](auto one) __attribute__((always_inline)) {
+        while (result != end && one(*source, *result)) ++source, ++result;
+      });
   return from + static_cast<std::size_t>(result - first);
+}
+
+template <class Core, std::int32_t tag>
+Places pickedmonadic(Run &run, Places places, Tally &tally) {
+  const Element *const source = run.left;
+  Element *const result = run.result;
+  Places waiting = 0;
+  workalong<Core, tag>(
+      run, tally, [&](auto one) __attribute__((always_inline)) {
+        for (; places != 0; places &= places - 1) {
+          const std::size_t i = firstof(places);
+          if constexpr (MayWait<Core, Kind<tag>>)
+            if (Core::draws(valueof<tag>(source[i]))) [[unlikely]] {
+              waiting |= Places{1} << i;
+              continue;
+            }
+          if (!one(source[i], result[i])) break;
+        }
+      });
+  return places | waiting;
 }
 
 template <class Core, class A>
@@ -234,39 +258,13 @@ std::int32_t judgeall(const Run &run, std::size_t from, std::size_t to) {
   return 0;
 }
 
-// ---- Records whose kinds change all the time.
-
-// Works records of any kinds as they come, up to the first that needs a check, that no core takes, or that fails.
-template <class Core>
-std::size_t monadicmixed(Run &run, std::size_t from, std::size_t to, Tally &tally) {
-  Core core = startmonadic<Core>(tally);
-  const Element *source = run.left + from;
-  Element *const first = run.result + from, *const end = run.result + to, *result = first;
-  const bool fresh = run.fresh;
-  std::uint32_t kinds = 0;
-  std::int32_t failure = 0;
-  const auto worked = [&]<std::int32_t tag>(std::integral_constant<std::int32_t, tag>) __attribute__((always_inline)) {
-    if constexpr (Takes<Core, Kind<tag>> && !Judged<Core, Kind<tag>>)
-      return workone<Core, tag>(core, *source, *result, fresh, failure, [&](std::uint32_t kind) { kinds |= kind; });
-    else
-      return false;
-  };
-  const auto one = [&]<std::size_t... row>(std::index_sequence<row...>) __attribute__((always_inline)) {
-    return (worked(std::integral_constant<std::int32_t, tagof(row)>{}) || ...);
-  };
-  while (result != end && one(std::make_index_sequence<LOOPTAGS>{})) ++source, ++result;
-  run.kinds |= kinds | drawnbit(core);
-  tally.failure = failure;
-  tally.flops += static_cast<double>(core.flops);
-  return from + static_cast<std::size_t>(result - first);
-}
-
 // ---- The table of a struct of cores.
 
 template <class Core, std::int32_t tag>
-constexpr void setrow(Monadic &m) {
-  if constexpr (Takes<Core, Kind<tag>>) m.kernels[rowof(tag)] = &monadicloop<Core, tag>;
-  if constexpr (Judged<Core, Kind<tag>>) m.checks[rowof(tag)] = &judgeall<Core, tag>;
+constexpr void setloops(Monadic &m) {
+  if constexpr (Takes<Core, Kind<tag>>) m.kernels[kindof(tag)] = &monadicloop<Core, tag>;
+  if constexpr (Takes<Core, Kind<tag>>) m.picked[kindof(tag)] = &pickedmonadic<Core, tag>;
+  if constexpr (Judged<Core, Kind<tag>>) m.checks[kindof(tag)] = &judgeall<Core, tag>;
 }
 
 template <class Core>
@@ -281,13 +279,13 @@ constexpr Monadic monadic() {
   m.failslate = requires(Core core) {
     core.failure;
   };
+  m.inorder = m.failslate || (!MayWait<Core, double> && requires(Core core) { core.state; });
   if constexpr (requires { Core::refusal(0); })
     m.refusal = Core::refusal;
   else
     m.refusal = [](std::int32_t) { return RESTRICTION; };
-  m.mixed = &monadicmixed<Core>;
-  [&]<std::size_t... row>(std::index_sequence<row...>) {
-    (setrow<Core, tagof(row)>(m), ...);
+  [&]<std::size_t... kind>(std::index_sequence<kind...>) {
+    (setloops<Core, tagof(kind)>(m), ...);
   }
   (std::make_index_sequence<LOOPTAGS>{});
   return m;

@@ -1,7 +1,6 @@
 // The walk of a dyadic scalar instruction over records of any kinds: stretches of one pair of kinds go to their loop,
 // nested spaces are worked one by one. It runs on any thread, so it returns its failures.
-#include <algorithm>
-
+#include "arithmetic/walk.h"
 #include "arithmetic/joint.h"
 #include "diagnostics/exception.h"
 #include "spaces/refderef.h"
@@ -91,29 +90,21 @@ std::int32_t single(const Dyadic &d, Run &run, std::size_t i, Tally &tally) {
   return d.refusal(left.tag, right.tag);
 }
 
+struct Pairs {
+  static std::size_t kindat(const Run &run, std::size_t i) {
+    return kindof(run.left[i * run.leftstep].tag, run.right[i * run.rightstep].tag);
+  }
+  static auto sorter(const Run &run, std::size_t size, bool ahead) {
+    return [left = Tags(run.left, run.leftstep, size, ahead),
+            right = Tags(run.right, run.rightstep, size, ahead)](std::size_t i) {
+      return Tags::places([l = left.unlike(i), r = right.unlike(i)](std::size_t word) { return l(word) | r(word); });
+    };
+  }
+};
+
 }  // namespace
 
 std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept {
-  while (run.done < run.count) {
-    if (tally.stopped && tally.stopped()) [[unlikely]]
-      return INTERRUPTED;
-    const std::size_t from = run.done, to = std::min(run.count, from + d.stretch);
-    const Element &left = run.left[from * run.leftstep], &right = run.right[from * run.rightstep];
-    const Kernel kernel = kernelof(d, left.tag, right.tag);
-    std::int32_t message;
-    if (kernel) {
-      const Check check = checkof(d, left.tag, right.tag);
-      message = check ? check(run, from, to) : 0;
-      if (message != 0) return message;
-      run.done = kernel(run, from, to, tally);
-      if (tally.failure == 0 && run.done - from < TOGETHER)
-        run.done = d.mixed(run, run.done, std::min(to, run.done + ATATIME), tally);
-      message = tally.failure;
-    } else {
-      message = single(d, run, from, tally);
-      if (message == 0) ++run.done;
-    }
-    if (message != 0) return message;
-  }
-  return 0;
+  return walk(d, run, d.stretch, run.resultstep == 0 || d.failslate, tally, Pairs{},
+              [&](std::size_t i) { return single(d, run, i, tally); });
 }

@@ -1,0 +1,63 @@
+// Where the same tags stand among some dozen records, found without a decision that depends on them.
+#pragma once
+
+#include <algorithm>
+
+#include "arithmetic/loops.h"
+
+// So many records have one bit each in a word.
+inline constexpr std::size_t SORTED = 64;
+
+// The first so many of them, at least one.
+inline Places firstplaces(std::size_t count) {
+  return ~Places{0} >> (SORTED - count);
+}
+
+// The tags of up to 64 records, a byte for each: byte j of word i is that of record 8j + i. Every tag fits seven bits
+// and a sign.
+class Tags {
+ public:
+  // Of records side by side, or of a lone one so many times. `ahead`: 64 more follow, which are asked for from memory.
+  Tags(const Element *e, std::size_t step, std::size_t size, bool ahead) {
+    if (step == 0)
+      std::fill(words, words + BYTES, byteof(*e) * ONES);
+    else if (size < SORTED)
+      for (std::size_t i = 0; i < size; ++i) words[i % BYTES] |= byteof(e[i]) << i / BYTES * 8;
+    else if (ahead)
+      gather<true>(e);
+    else
+      gather<false>(e);
+    for (std::uint64_t &word : words) word &= LOW;
+  }
+
+  // Word by word, what differs from the tag at `place`.
+  auto unlike(std::size_t place) const {
+    const std::uint64_t wanted = (words[place % BYTES] >> place / BYTES * 8 & 0xff) * ONES;
+    return [this, wanted](std::size_t word) { return words[word] ^ wanted; };
+  }
+  // The places where nothing differs: a byte of seven bits is 0 if it does not reach 128 with 127 more.
+  template <class Differing>
+  static Places places(Differing differing) {
+    Places result = 0;
+    for (std::size_t i = 0; i < BYTES; ++i) result |= (~(differing(i) + LOW) & ~LOW) >> (BYTES - 1 - i);
+    return result;
+  }
+
+ private:
+  static constexpr std::size_t BYTES = 8;
+  static constexpr std::uint64_t ONES = 0x0101010101010101, LOW = 0x7f * ONES;
+  static_assert(SORTED == BYTES * BYTES);
+
+  static std::uint64_t byteof(const Element &e) { return static_cast<std::uint8_t>(e.tag); }
+  // In the order of the records, so that memory is read as it comes.
+  template <bool ahead>
+  void gather(const Element *e) {
+    for (std::size_t j = 0; j < BYTES; ++j, e += BYTES) [&]<std::size_t... i>(std::index_sequence<i...>) {
+        if constexpr (ahead) (__builtin_prefetch(e + SORTED + i), ...);
+        ((words[i] = words[i] >> 8 | byteof(e[i]) << (BYTES - 1) * 8), ...);
+      }
+    (std::make_index_sequence<BYTES>{});
+  }
+
+  std::uint64_t words[BYTES] = {};
+};

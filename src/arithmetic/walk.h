@@ -1,0 +1,116 @@
+// The walk of a scalar instruction over records of any kinds. A stretch of one kind goes to its loop. Where the kinds
+// change all the time, records are sorted by kind, 64 together, and then each kind has its loop: so the processor
+// foresees its decisions, in whatever order the kinds come.
+#pragma once
+
+#include "arithmetic/frame.h"
+#include "arithmetic/tags.h"
+#include "diagnostics/exception.h"
+
+// Where fewer than these were of one kind, records are sorted until 64 together are of one again.
+inline constexpr std::size_t TOGETHER = 8;
+// So many integers and reals go to the loop that takes both, before the loops of one kind have their chance again.
+inline constexpr std::size_t ATATIME = 256;
+// A run of so many records is larger than the cache of a core.
+inline constexpr std::size_t LARGE = std::size_t{1} << 15;
+
+// Records of one kind.
+struct Sort {
+  std::size_t kind;
+  Places places;
+};
+// The first records of a run by kinds, as many as are ready: a loop takes them, and their values do not fail.
+template <std::size_t kinds>
+struct Batch {
+  std::array<Sort, kinds> sorts;
+  std::size_t found = 0, ready = 0;
+};
+
+// The place of the first record that is not ready, or SORTED.
+template <std::size_t kinds>
+std::size_t readyof(const Sort &sort, const Loops<kinds> &loops, const Run &run) {
+  if (!loops.kernels[sort.kind]) return firstof(sort.places);
+  const Check check = loops.checks[sort.kind];
+  for (Places rest = check ? sort.places : 0; rest != 0; rest &= rest - 1)
+    if (const std::size_t i = firstof(rest); check(run, i, i + 1) != 0) return i;
+  return SORTED;
+}
+
+// The kinds are found in the order of their first records, so that one without a loop is the last to be found.
+template <std::size_t kinds, class Family>
+Batch<kinds> sorted(const Loops<kinds> &loops, const Run &run, std::size_t size, bool ahead, Family family) {
+  const auto like = family.sorter(run, size, ahead);
+  Batch<kinds> batch;
+  batch.ready = size;
+  for (Places rest = firstplaces(size); rest != 0;) {
+    const std::size_t i = firstof(rest);
+    Sort &sort = batch.sorts[batch.found++] = {family.kindat(run, i), like(i) & rest};
+    batch.ready = std::min(batch.ready, readyof(sort, loops, run));
+    rest &= batch.ready == 0 ? 0 : ~sort.places & firstplaces(batch.ready);
+  }
+  return batch;
+}
+
+// After a failure what is not made owns nothing.
+template <std::size_t kinds, class Family>
+void workbatch(const Loops<kinds> &loops, Run &run, const Batch<kinds> &batch, Tally &tally, Family family) {
+  Places left = 0;
+  for (std::size_t k = 0; k < batch.found; ++k) {
+    const Places places = batch.sorts[k].places & firstplaces(batch.ready);
+    const bool works = places != 0 && tally.failure == 0;
+    left |= works ? loops.picked[batch.sorts[k].kind](run, places, tally) : places;
+  }
+  for (; left != 0 && tally.failure == 0; left &= left - 1) {
+    const std::size_t i = firstof(left);
+    loops.kernels[family.kindat(run, i)](run, i, i + 1, tally);
+  }
+  if (run.fresh)
+    for (; left != 0; left &= left - 1) leaveunmade(run.result[firstof(left)]);
+}
+
+// Works records as long as they are ready and not all of one kind.
+template <std::size_t kinds, class Family>
+void worksorted(const Loops<kinds> &loops, Run &run, std::size_t to, Tally &tally, Family family) {
+  bool sorting = true;
+  while (sorting && run.done < to && tally.failure == 0) {
+    Run rest = run;
+    rest.left += run.done * run.leftstep;
+    rest.right += run.done * run.rightstep;
+    rest.result += run.done;
+    const std::size_t size = std::min(to - run.done, SORTED);
+    const bool ahead = run.count > LARGE && to - run.done >= 2 * SORTED;
+    const Batch<kinds> batch = sorted(loops, rest, size, ahead, family);
+    if (batch.ready > 0) workbatch(loops, rest, batch, tally, family);
+    run.kinds = rest.kinds;
+    run.done += batch.ready;
+    sorting = batch.found > 1 && batch.ready == size;
+  }
+}
+
+// Works all of a run. A family tells of two things: the kind of what stands at i, and where the same stands as at i.
+// `single(i)` works what no loop takes and returns a message number. `inorder`: each element waits for the one before
+// it; otherwise the steps are 0 or 1. Returns a message number, 0 for none, or INTERRUPTED.
+template <std::size_t kinds, class Family, class Single>
+std::int32_t walk(const Loops<kinds> &loops, Run &run, std::size_t stretch, bool inorder, Tally &tally, Family family,
+                  Single single) {
+  while (run.done < run.count) {
+    if (tally.stopped && tally.stopped()) [[unlikely]]
+      return INTERRUPTED;
+    const std::size_t from = run.done, to = std::min(run.count, from + stretch), kind = family.kindat(run, from);
+    std::int32_t message = 0;
+    if (const Kernel kernel = loops.kernels[kind]) {
+      if (const Check check = loops.checks[kind]) message = check(run, from, to);
+      if (message != 0) return message;
+      run.done = kernel(run, from, to, tally);
+      if (tally.failure == 0 && loops.numbers && run.done - from < TOGETHER)
+        run.done = loops.numbers(run, run.done, std::min(to, run.done + ATATIME), tally);
+      if (tally.failure == 0 && !inorder && run.done - from < TOGETHER) worksorted(loops, run, to, tally, family);
+      message = tally.failure;
+    } else {
+      message = single(from);
+      if (message == 0) ++run.done;
+    }
+    if (message != 0) return message;
+  }
+  return 0;
+}
