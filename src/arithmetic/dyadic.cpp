@@ -54,7 +54,7 @@ Home candidate(const Point &left, const Point &right, const Joint &joint) {
 // May the result overwrite an operand, and which? 0, or the message that the records give before anything is written.
 std::int32_t choosehome(const Dyadic &d, const Point &left, const Point &right, const Joint &joint, const Run &run,
                         Home &home) {
-  home = d.failslate ? Home::NEW : candidate(left, right, joint);
+  home = candidate(left, right, joint);
   if (home == Home::NEW) return 0;
   const std::int32_t lefttag = run.left->tag, righttag = run.right->tag;
   const std::int32_t hometag = home == Home::LEFT ? lefttag : righttag;

@@ -12,14 +12,15 @@
 #include "arithmetic/scalars.h"
 
 // One instruction as data: its loops, by pairs of kinds.
-struct Dyadic : Loops<KINDS * KINDS> {
-  std::uint32_t refused;  // flags of operands that make them not conformable
-  bool tolerant;          // compares under #CT
-  bool failslate;         // a core may fail half-way, so results never overwrite an operand
-  std::size_t stretch;    // elements between two looks at an interrupt
+struct Dyadic : Loops<KINDS * KINDS + 1> {
+  std::uint32_t refused;                                           // flags of operands that make them not conformable
+  bool tolerant;                                                   // compares under #CT
+  std::size_t stretch;                                             // elements between two looks at an interrupt
   std::int32_t (*refusal)(std::int32_t left, std::int32_t right);  // the message for a pair without a loop
 };
 
+// What numbers.h takes together are pairs of this kind too.
+inline constexpr std::size_t NUMBERS = KINDS * KINDS;
 inline constexpr std::size_t kindof(std::int32_t left, std::int32_t right) {
   return kindof(left) * KINDS + kindof(right);
 }
@@ -47,9 +48,6 @@ constexpr Dyadic dyadic() {
   d.tolerant = requires(Core core) {
     core.tolerance;
   };
-  d.failslate = requires(Core core) {
-    core.failure;
-  };
   if constexpr (requires { Core::stretch; })
     d.stretch = Core::stretch;
   else
@@ -58,7 +56,11 @@ constexpr Dyadic dyadic() {
     d.refusal = &Core::refusal;
   else
     d.refusal = [](std::int32_t, std::int32_t) { return INCOMPATIBLE; };
-  if constexpr (Supported<Core, double, double>) d.numbers = &numberloop<Core>;
+  if constexpr (Supported<Core, double, double>) {
+    static_assert(!Checked<Core, double, double> && !Checked<Core, double, Integer> && !Checked<Core, Integer, double>);
+    d.kernels[NUMBERS] = &numberloop<Core>;
+    d.picked[NUMBERS] = &pickednumbers<Core>;
+  }
   [&]<std::size_t... cell>(std::index_sequence<cell...>) {
     (setloops<Core, tagof(cell / LOOPTAGS), tagof(cell % LOOPTAGS)>(d), ...);
   }

@@ -22,7 +22,6 @@ inline constexpr std::int32_t tagof(std::size_t kind) {
 template <std::size_t count>
 struct Loops {
   std::array<Kernel, count> kernels;
-  Kernel numbers;  // takes integers and reals in any order
   std::array<Picked, count> picked;
   std::array<Check, count> checks;  // null where no value fails
 };

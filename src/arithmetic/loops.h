@@ -79,6 +79,9 @@ using Places = std::uint64_t;
 inline std::size_t firstof(Places places) {
   return static_cast<unsigned>(std::countr_zero(places));
 }
+inline std::size_t countof(Places places) {
+  return static_cast<unsigned>(std::popcount(places));
+}
 
 // Works elements from `from` up to `to` as long as both records are what it is for; returns where it ended.
 using Kernel = std::size_t (*)(Run &run, std::size_t from, std::size_t to, Tally &tally);
@@ -405,16 +408,17 @@ Places pickedloop(Run &run, Places places, Tally &tally) {
   const bool fresh = run.fresh;
   std::uint32_t kinds = 0;
   std::int32_t failure = 0;
-  std::size_t done = 0;
+  Places rest = places;
   const auto one = [&](std::size_t i) __attribute__((always_inline)) {
     return workpair<Core, L, R>(core, left[i * leftstep], right[i * rightstep], result[i], fresh, failure,
                                 [&](std::uint32_t kind) { kinds |= kind; });
   };
-  for (; places != 0 && one(firstof(places)); ++done) places &= places - 1;
+  while (rest != 0 && one(firstof(rest))) rest &= rest - 1;
   run.kinds |= kinds;
   tally.failure = failure;
-  tally.flops += static_cast<double>(core.flops + flopsforeach<Core, Kind<L>, Kind<R>>() * done);
-  return places;
+  constexpr std::uint64_t each = flopsforeach<Core, Kind<L>, Kind<R>>();
+  tally.flops += static_cast<double>(each == 0 ? core.flops : core.flops + each * countof(places ^ rest));
+  return rest;
 }
 
 template <class Core, std::int32_t L, std::int32_t R>

@@ -128,21 +128,27 @@ void finish(Point *point, const Run &run, bool handed) {
   if (run.fresh) dereferencepoint(&spent);
 }
 
-}  // namespace
-
-namespace {
+// ---- All of a run.
 
 struct Singles {
+  static constexpr std::size_t KINDS = ::KINDS, stretch = STRETCH;
+  const Monadic &loops;
+
+  bool inorder(const Run &) const { return loops.inorder; }
   static std::size_t kindat(const Run &run, std::size_t i) { return kindof(run.left[i].tag); }
   static auto sorter(const Run &run, std::size_t size, bool ahead) {
-    return [tags = Tags(run.left, 1, size, ahead)](std::size_t i) { return Tags::places(tags.unlike(i)); };
+    return [&run, tags = Tags(run.left, 1, size, ahead)](std::size_t i) {
+      return Sort{kindat(run, i), Tags::places(tags.unlike(run.left[i].tag))};
+    };
   }
+  static std::size_t goon(Run &, std::size_t from, std::size_t, Tally &) { return from; }
+  std::int32_t single(Run &run, std::size_t i, Tally &tally) const { return ::single(loops, run, i, tally); }
 };
 
 }  // namespace
 
 std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept {
-  return walk(m, run, STRETCH, m.inorder, tally, Singles{}, [&](std::size_t i) { return single(m, run, i, tally); });
+  return walk(Singles{m}, run, tally);
 }
 
 void monadicframe(const Monadic &m, Point *point, const Point *instruction, const Point *context, bool nested,

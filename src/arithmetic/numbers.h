@@ -1,25 +1,28 @@
-// The loop over pairs of integers and reals in any order, which are the common mixture.
+// The loops over pairs of numbers of which at least one is a real and the other a real or an integer, in any order: the
+// common mixture. An integer beside a real is the real that it is.
 #pragma once
 
 #include "arithmetic/loops.h"
 
-// How two tags differ from those of two integers: by nothing, by APART where at least one is a real and neither is of
-// another kind, otherwise by more. One number for both, as each tag by itself may be by chance.
-inline constexpr std::int32_t APART = tags::INTEGER ^ tags::REAL;
+// How two tags differ from those of two integers: by APART if they are those of such a pair. One number for both, as
+// each tag by itself may be by chance.
+inline constexpr std::uint32_t APART = tags::INTEGER ^ tags::REAL;
 static_assert(APART == 1 && (tags::INTEGER & APART) == 0);
 inline std::uint32_t apart(std::int32_t left, std::int32_t right) {
   return static_cast<std::uint32_t>((left ^ tags::INTEGER) | (right ^ tags::INTEGER));
 }
-// An integer or a real as a double, by a mask and not by a decision, in the registers where doubles are.
+// An integer or a real as a double, by an index and not by a decision.
 inline double numberof(const Element &e) {
-  using Bits __attribute__((vector_size(16))) = long long;
-  static constexpr long long ifreal[] = {0, -1};
-  const Bits mask = {ifreal[e.tag & APART], 0};
-  const Pair real = {e.real, 0}, converted = {static_cast<double>(e.integer), 0};
-  return reinterpret_cast<Pair>((reinterpret_cast<Bits>(real) & mask) | (reinterpret_cast<Bits>(converted) & ~mask))[0];
+  const double values[] = {static_cast<double>(e.integer), e.real};
+  return values[e.tag & 1];
+}
+template <class Core>
+[[gnu::always_inline]] inline void worknumbers(Core &core, const Element &left, const Element &right, Element &result,
+                                               bool fresh, std::uint32_t &kinds) {
+  apply(core, numberof(left), numberof(right),
+        [&](const auto &value) { kinds |= place<tags::REAL, tags::REAL>(result, 0, 0, value, fresh); });
 }
 
-// Works such pairs up to the first other one. An integer beside a real is the real that it is.
 template <class Core>
 std::size_t numberloop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   Core core = startcore<Core>(tally);
@@ -29,19 +32,28 @@ std::size_t numberloop(Run &run, std::size_t from, std::size_t to, Tally &tally)
   const bool fresh = run.fresh;
   std::uint32_t kinds = 0;
   std::size_t i = from;
-  for (; i < to; ++i, left += leftstep, right += rightstep, result += resultstep) {
-    const std::uint32_t by = apart(left->tag, right->tag);
-    if (by > std::uint32_t{APART}) break;
-    const auto put = [&](const auto &value) { kinds |= place<tags::REAL, tags::REAL>(*result, 0, 0, value, fresh); };
-    if (by == 0) {
-      apply(core, Integer{left->integer}, Integer{right->integer}, put);
-      core.flops += flopsforeach<Core, Integer, Integer>();
-    } else {
-      apply(core, numberof(*left), numberof(*right), put);
-      core.flops += flopsforeach<Core, double, double>();
-    }
+  for (; i < to && apart(left->tag, right->tag) == APART; ++i) {
+    worknumbers(core, *left, *right, *result, fresh, kinds);
+    left += leftstep, right += rightstep, result += resultstep;
   }
   run.kinds |= kinds;
-  tally.flops += static_cast<double>(core.flops);
+  tally.flops += static_cast<double>(core.flops + flopsforeach<Core, double, double>() * (i - from));
   return i;
+}
+
+template <class Core>
+Places pickednumbers(Run &run, Places places, Tally &tally) {
+  Core core = startcore<Core>(tally);
+  const std::size_t leftstep = run.leftstep, rightstep = run.rightstep;
+  const Element *const left = run.left, *const right = run.right;
+  Element *const result = run.result;
+  const bool fresh = run.fresh;
+  std::uint32_t kinds = 0;
+  for (Places rest = places; rest != 0; rest &= rest - 1) {
+    const std::size_t i = firstof(rest);
+    worknumbers(core, left[i * leftstep], right[i * rightstep], result[i], fresh, kinds);
+  }
+  run.kinds |= kinds;
+  tally.flops += static_cast<double>(core.flops + flopsforeach<Core, double, double>() * countof(places));
+  return 0;
 }

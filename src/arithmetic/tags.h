@@ -8,6 +8,11 @@
 // So many records have one bit each in a word.
 inline constexpr std::size_t SORTED = 64;
 
+// Records of one kind among them.
+struct Sort {
+  std::size_t kind;
+  Places places;
+};
 // The first so many of them, at least one.
 inline Places firstplaces(std::size_t count) {
   return ~Places{0} >> (SORTED - count);
@@ -30,12 +35,13 @@ class Tags {
     for (std::uint64_t &word : words) word &= LOW;
   }
 
-  // Word by word, what differs from the tag at `place`.
-  auto unlike(std::size_t place) const {
-    const std::uint64_t wanted = (words[place % BYTES] >> place / BYTES * 8 & 0xff) * ONES;
-    return [this, wanted](std::size_t word) { return words[word] ^ wanted; };
+  // Eight in a word, how each differs from a tag.
+  auto unlike(std::int32_t tag) const {
+    return [this, wanted = everywhere(tag)](std::size_t word) { return words[word] ^ wanted; };
   }
-  // The places where nothing differs: a byte of seven bits is 0 if it does not reach 128 with 127 more.
+  static std::uint64_t everywhere(std::int32_t byte) { return (static_cast<std::uint64_t>(byte) & 0x7f) * ONES; }
+  // The places where such words say that nothing differs: a byte of seven bits is 0 if it does not reach 128 with 127
+  // more.
   template <class Differing>
   static Places places(Differing differing) {
     Places result = 0;

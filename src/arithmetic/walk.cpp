@@ -90,21 +90,36 @@ std::int32_t single(const Dyadic &d, Run &run, std::size_t i, Tally &tally) {
   return d.refusal(left.tag, right.tag);
 }
 
+// ---- All of them.
+
 struct Pairs {
+  static constexpr std::size_t KINDS = NUMBERS + 1;
+  const Dyadic &loops;
+  std::size_t stretch;
+
+  bool inorder(const Run &run) const { return run.resultstep == 0; }
   static std::size_t kindat(const Run &run, std::size_t i) {
     return kindof(run.left[i * run.leftstep].tag, run.right[i * run.rightstep].tag);
   }
-  static auto sorter(const Run &run, std::size_t size, bool ahead) {
-    return [left = Tags(run.left, run.leftstep, size, ahead),
-            right = Tags(run.right, run.rightstep, size, ahead)](std::size_t i) {
-      return Tags::places([l = left.unlike(i), r = right.unlike(i)](std::size_t word) { return l(word) | r(word); });
+  auto sorter(const Run &run, std::size_t size, bool ahead) const {
+    return [this, &run, lefts = Tags(run.left, run.leftstep, size, ahead),
+            rights = Tags(run.right, run.rightstep, size, ahead)](std::size_t i) {
+      const std::int32_t left = run.left[i * run.leftstep].tag, right = run.right[i * run.rightstep].tag;
+      const bool numbers = apart(left, right) == APART && loops.kernels[NUMBERS];
+      const auto l = lefts.unlike(numbers ? tags::INTEGER : left), r = rights.unlike(numbers ? tags::INTEGER : right);
+      const std::uint64_t wanted = Tags::everywhere(numbers ? APART : 0);
+      return Sort{numbers ? NUMBERS : kindof(left, right),
+                  Tags::places([&](std::size_t word) { return (l(word) | r(word)) ^ wanted; })};
     };
   }
+  std::size_t goon(Run &run, std::size_t from, std::size_t to, Tally &tally) const {
+    return loops.kernels[NUMBERS] ? loops.kernels[NUMBERS](run, from, to, tally) : from;
+  }
+  std::int32_t single(Run &run, std::size_t i, Tally &tally) const { return ::single(loops, run, i, tally); }
 };
 
 }  // namespace
 
 std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept {
-  return walk(d, run, d.stretch, run.resultstep == 0 || d.failslate, tally, Pairs{},
-              [&](std::size_t i) { return single(d, run, i, tally); });
+  return walk(Pairs{d, d.stretch}, run, tally);
 }

@@ -9,20 +9,15 @@
 
 // Where fewer than these were of one kind, records are sorted until 64 together are of one again.
 inline constexpr std::size_t TOGETHER = 8;
-// So many integers and reals go to the loop that takes both, before the loops of one kind have their chance again.
+// So many go to a loop for more than one kind before the loops of one kind have their chance again.
 inline constexpr std::size_t ATATIME = 256;
 // A run of so many records is larger than the cache of a core.
 inline constexpr std::size_t LARGE = std::size_t{1} << 15;
 
-// Records of one kind.
-struct Sort {
-  std::size_t kind;
-  Places places;
-};
 // The first records of a run by kinds, as many as are ready: a loop takes them, and their values do not fail.
-template <std::size_t kinds>
+template <class Family>
 struct Batch {
-  std::array<Sort, kinds> sorts;
+  std::array<Sort, Family::KINDS> sorts;
   std::size_t found = 0, ready = 0;
 };
 
@@ -37,40 +32,40 @@ std::size_t readyof(const Sort &sort, const Loops<kinds> &loops, const Run &run)
 }
 
 // The kinds are found in the order of their first records, so that one without a loop is the last to be found.
-template <std::size_t kinds, class Family>
-Batch<kinds> sorted(const Loops<kinds> &loops, const Run &run, std::size_t size, bool ahead, Family family) {
-  const auto like = family.sorter(run, size, ahead);
-  Batch<kinds> batch;
+template <class Family>
+Batch<Family> sorted(const Family &family, const Run &run, std::size_t size, bool ahead) {
+  const auto sortof = family.sorter(run, size, ahead);
+  Batch<Family> batch;
   batch.ready = size;
   for (Places rest = firstplaces(size); rest != 0;) {
-    const std::size_t i = firstof(rest);
-    Sort &sort = batch.sorts[batch.found++] = {family.kindat(run, i), like(i) & rest};
-    batch.ready = std::min(batch.ready, readyof(sort, loops, run));
+    Sort &sort = batch.sorts[batch.found++] = sortof(firstof(rest));
+    sort.places &= rest;
+    batch.ready = std::min(batch.ready, readyof(sort, family.loops, run));
     rest &= batch.ready == 0 ? 0 : ~sort.places & firstplaces(batch.ready);
   }
   return batch;
 }
 
 // After a failure what is not made owns nothing.
-template <std::size_t kinds, class Family>
-void workbatch(const Loops<kinds> &loops, Run &run, const Batch<kinds> &batch, Tally &tally, Family family) {
+template <class Family>
+void workbatch(const Family &family, Run &run, const Batch<Family> &batch, Tally &tally) {
   Places left = 0;
   for (std::size_t k = 0; k < batch.found; ++k) {
     const Places places = batch.sorts[k].places & firstplaces(batch.ready);
     const bool works = places != 0 && tally.failure == 0;
-    left |= works ? loops.picked[batch.sorts[k].kind](run, places, tally) : places;
+    left |= works ? family.loops.picked[batch.sorts[k].kind](run, places, tally) : places;
   }
   for (; left != 0 && tally.failure == 0; left &= left - 1) {
     const std::size_t i = firstof(left);
-    loops.kernels[family.kindat(run, i)](run, i, i + 1, tally);
+    family.loops.kernels[family.kindat(run, i)](run, i, i + 1, tally);
   }
   if (run.fresh)
     for (; left != 0; left &= left - 1) leaveunmade(run.result[firstof(left)]);
 }
 
 // Works records as long as they are ready and not all of one kind.
-template <std::size_t kinds, class Family>
-void worksorted(const Loops<kinds> &loops, Run &run, std::size_t to, Tally &tally, Family family) {
+template <class Family>
+void worksorted(const Family &family, Run &run, std::size_t to, Tally &tally) {
   bool sorting = true;
   while (sorting && run.done < to && tally.failure == 0) {
     Run rest = run;
@@ -79,35 +74,40 @@ void worksorted(const Loops<kinds> &loops, Run &run, std::size_t to, Tally &tall
     rest.result += run.done;
     const std::size_t size = std::min(to - run.done, SORTED);
     const bool ahead = run.count > LARGE && to - run.done >= 2 * SORTED;
-    const Batch<kinds> batch = sorted(loops, rest, size, ahead, family);
-    if (batch.ready > 0) workbatch(loops, rest, batch, tally, family);
+    const Batch<Family> batch = sorted(family, rest, size, ahead);
+    if (batch.ready > 0) workbatch(family, rest, batch, tally);
     run.kinds = rest.kinds;
     run.done += batch.ready;
     sorting = batch.found > 1 && batch.ready == size;
   }
 }
 
-// Works all of a run. A family tells of two things: the kind of what stands at i, and where the same stands as at i.
-// `single(i)` works what no loop takes and returns a message number. `inorder`: each element waits for the one before
-// it; otherwise the steps are 0 or 1. Returns a message number, 0 for none, or INTERRUPTED.
-template <std::size_t kinds, class Family, class Single>
-std::int32_t walk(const Loops<kinds> &loops, Run &run, std::size_t stretch, bool inorder, Tally &tally, Family family,
-                  Single single) {
+// Works all of a run. What a family of instructions tells of one of them:
+//   loops                         by kinds, of which there are KINDS
+//   stretch                       elements between two looks at an interrupt
+//   inorder(run)                  does each element wait for the one before it? If not, the steps are 0 or 1
+//   kindat(run, i)                the kind of what stands there
+//   sorter(run, size, ahead)      gives for a place the Sort of what stands there; see Tags
+//   goon(run, from, to, tally)    a loop for more than one kind, which may end where it begins
+//   single(run, i, tally)         works what no loop takes, returns a message number
+// Returns a message number, 0 for none, or INTERRUPTED.
+template <class Family>
+std::int32_t walk(const Family &family, Run &run, Tally &tally) {
   while (run.done < run.count) {
     if (tally.stopped && tally.stopped()) [[unlikely]]
       return INTERRUPTED;
-    const std::size_t from = run.done, to = std::min(run.count, from + stretch), kind = family.kindat(run, from);
+    const std::size_t from = run.done, to = std::min(run.count, from + family.stretch), kind = family.kindat(run, from);
     std::int32_t message = 0;
-    if (const Kernel kernel = loops.kernels[kind]) {
-      if (const Check check = loops.checks[kind]) message = check(run, from, to);
+    if (const Kernel kernel = family.loops.kernels[kind]) {
+      if (const Check check = family.loops.checks[kind]) message = check(run, from, to);
       if (message != 0) return message;
       run.done = kernel(run, from, to, tally);
-      if (tally.failure == 0 && loops.numbers && run.done - from < TOGETHER)
-        run.done = loops.numbers(run, run.done, std::min(to, run.done + ATATIME), tally);
-      if (tally.failure == 0 && !inorder && run.done - from < TOGETHER) worksorted(loops, run, to, tally, family);
+      if (tally.failure == 0 && run.done - from < TOGETHER)
+        run.done = family.goon(run, run.done, std::min(to, run.done + ATATIME), tally);
+      if (tally.failure == 0 && run.done - from < TOGETHER && !family.inorder(run)) worksorted(family, run, to, tally);
       message = tally.failure;
     } else {
-      message = single(from);
+      message = family.single(run, from, tally);
       if (message == 0) ++run.done;
     }
     if (message != 0) return message;
