@@ -17,14 +17,27 @@ struct Negation : Counted {
   }
 };
 
+// Two components at a time; what is no number stays.
+inline Pair clampedpair(Pair x) {
+  const Pair none{0, 0}, all{1, 1};
+  x = all < x ? all : x;
+  return none > x ? none : x;
+}
+
 struct Logical : Counted {
   static constexpr auto refusal = nocharacters;
 
   Truth operator()(Integer x) { return {x.value > 0}; }
-  template <Parted T>
+  double operator()(double x) {
+    flops += 1;
+    return clamped(x);
+  }
+  template <Hyper T>
   T operator()(const T &x) {
     flops += PARTS<T>;
-    return assemble<T>([&](auto i) { return clamped(part(x, i)); });
+    Pair pairs[PARTS<T> / 2];
+    for (int i = 0; i < PARTS<T> / 2; ++i) pairs[i] = clampedpair(pairof(x, 2 * i));
+    return assemble<T>([&](auto i) { return pairs[i / 2][i % 2]; });
   }
 };
 
