@@ -147,11 +147,14 @@ void best(double &least, std::int64_t calls, Work &&work, int rounds = ROUNDS) {
   }
 }
 
-// The two in turns, until both have shown their best.
+// The two in turns, until both have shown their best. They change places after each turn: the pages of one place may be
+// faster than those of the other.
 template <class System, class Hand>
-void duel(benchmark::State &state, double goal, const Records &mine, const Records &theirs, System &&system,
-          Hand &&byhand) {
+void duel(benchmark::State &state, double goal, Records &mine, Records &theirs, System &&worked, Hand &&workedbyhand) {
   double systemtime = std::numeric_limits<double>::infinity(), handtime = systemtime;
+  Records *one = &mine, *other = &theirs;
+  const auto system = [&] { worked(*one); };
+  const auto byhand = [&] { workedbyhand(*other); };
   best(systemtime, 1, system, 1);
   best(handtime, 1, byhand, 1);
   if (!mine.equals(theirs)) state.SkipWithError("different results");
@@ -159,6 +162,7 @@ void duel(benchmark::State &state, double goal, const Records &mine, const Recor
   for (auto _ : state) {
     best(systemtime, calls, system);
     best(handtime, calls, byhand);
+    std::swap(one, other);
   }
   const double each = NANOSECONDS / static_cast<double>(state.range(0));
   state.counters["ns"] = systemtime * each;
@@ -200,14 +204,14 @@ inline void measure(benchmark::State &state, const Row &row) {
   Records &theirs = row.over ? records(THEIRS, row.left, count, 1) : records(THEIRS, result, count, 3);
   // The octonions of results are there, as over an operand.
   const bool fresh = !row.over && result != tags::OCTONION;
-  const auto system = [&] {
-    Run run{row.over ? mine.get() : left.get(), right.get(), mine.get(), row.leftstep, row.rightstep, 1, count, fresh};
+  const auto system = [&](Records &to) {
+    Run run{row.over ? to.get() : left.get(), right.get(), to.get(), row.leftstep, row.rightstep, 1, count, fresh};
     std::uint64_t draws;
     Tally tally = startduel(draws);
     const std::int32_t message = row.dyadic ? work(*row.dyadic, run, tally) : work(*row.monadic, run, tally);
     if (message != 0) state.SkipWithError("a failure");
   };
-  const auto byhand = [&] { row.byhand(theirs.get(), row.over ? theirs.get() : left.get(), right.get(), count); };
+  const auto byhand = [&](Records &to) { row.byhand(to.get(), row.over ? to.get() : left.get(), right.get(), count); };
   duel(state, row.goal, mine, theirs, system, byhand);
 }
 

@@ -38,7 +38,8 @@ void measuremixed(benchmark::State &state, const Row &row) {
     if (message != 0) state.SkipWithError("a failure");
   };
   duel(
-      state, MIXED, result, result, [&] { worked(mixed, right); }, [&] { worked(uniform, uniformright); });
+      state, MIXED, result, result, [&](Records &) { worked(mixed, right); },
+      [&](Records &) { worked(uniform, uniformright); });
 }
 
 void entermixed(const char *name, const char *kinds, const Dyadic *dyadic, const Monadic *monadic, std::int32_t tag,
