@@ -16,8 +16,8 @@ struct Deg : Counted {
     return x * RADIAN;
   }
   template <Hyper T>
-  Formed<T> operator()(const T &x, Heading head) {
-    return {copyof(x), carried(head.word) | (ispolar(head.word) ? SHOWNINDEGREES : 0)};
+  Formed operator()(const T &, Heading head) {
+    return {carried(head.word) | (ispolar(head.word) ? SHOWNINDEGREES : 0)};
   }
 };
 
@@ -27,8 +27,8 @@ struct Rad : Counted {
     return x * DEGREE;
   }
   template <Hyper T>
-  Formed<T> operator()(const T &x, Heading head) {
-    return {copyof(x), carried(head.word) & ~(ispolar(head.word) ? SHOWNINDEGREES : 0)};
+  Formed operator()(const T &, Heading head) {
+    return {carried(head.word) & ~(ispolar(head.word) ? SHOWNINDEGREES : 0)};
   }
 };
 

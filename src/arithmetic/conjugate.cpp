@@ -4,8 +4,8 @@
 namespace {
 
 struct Conjugate : Counted {
-  Formed<Integer> operator()(Integer x, Heading head) { return {x, head.word & INHERITED}; }
-  Formed<double> operator()(double x, Heading head) { return {x, head.word & INHERITED}; }
+  Formed operator()(Integer, Heading head) { return {head.word & INHERITED}; }
+  Formed operator()(double, Heading head) { return {head.word & INHERITED}; }
 
   template <Hyper T>
   T operator()(const T &x) {

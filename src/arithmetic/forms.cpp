@@ -9,8 +9,9 @@ constexpr std::int32_t NOTABINARY = 811;
 template <std::uint16_t (*form)(std::uint16_t)>
 struct Reform : Counted {
   template <class T>
-  requires(Parted<T> || std::same_as<T, Integer>) Formed<T>
-  operator()(const T &x, Heading head) { return {copyof(x), reformed(head.word, form(formof(head.word)))}; }
+  requires(Parted<T> || std::same_as<T, Integer>) Formed operator()(const T &, Heading head) {
+    return {reformed(head.word, form(formof(head.word)))};
+  }
 };
 
 constexpr std::uint16_t binaryform(std::uint16_t) {
@@ -27,8 +28,8 @@ constexpr std::uint16_t coordinateform(std::uint16_t form) {
 
 struct Binary : Reform<binaryform> {
   using Reform::operator();
-  Formed<Ascii> operator()(Ascii x, Heading head) { return {x, reformed(head.word, forms::BINARY)}; }
-  Formed<Unicode> operator()(Unicode x, Heading head) { return {x, reformed(head.word, forms::BINARY)}; }
+  Formed operator()(Ascii, Heading head) { return {reformed(head.word, forms::BINARY)}; }
+  Formed operator()(Unicode, Heading head) { return {reformed(head.word, forms::BINARY)}; }
 };
 
 // Only a character that is written in bits is the number that these bits are.

@@ -16,7 +16,7 @@
 //   };
 //
 // and a line MONADIC_SCALAR(conjugate, Conjugate), or DRAWING_SCALAR where it draws random numbers. An integer without
-// an operator() is taken as a real. R is any kind of values.h, or a Formed one that says how it is to be written back.
+// an operator() is taken as a real. R is any kind of values.h, or Formed where the value stays.
 #pragma once
 
 #include "arithmetic/frame.h"
@@ -53,10 +53,8 @@ std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept;
 struct Heading {
   std::uint64_t word;
 };
-// A result of the operand's kind that says itself how it is to be written back.
-template <class T>
+// The operand's value, under another heading.
 struct Formed {
-  T value;
   std::uint64_t head;
 };
 
@@ -72,15 +70,6 @@ inline constexpr std::uint64_t reformed(std::uint64_t head, std::uint16_t form) 
 inline constexpr std::uint64_t carried(std::uint64_t head) {
   const bool coordinates = (formof(head) & (forms::CARTESIAN | forms::POLAR)) != 0;
   return coordinates ? head & INHERITED : reformed(head, forms::NUMBER);
-}
-
-// The same value again. Not a plain copy, as the number may stand in a record.
-template <class T>
-inline T copyof(const T &x) {
-  if constexpr (Hyper<T>)
-    return assemble<T>([&](auto i) { return part(x, i); });
-  else
-    return x;
 }
 
 // ---- Which formula serves a kind.
@@ -122,28 +111,27 @@ inline void applyone(Core &core, const A &a, Heading head, Give &&give) {
 
 // ---- From a result to a record. Each returns the HAS bit of what it wrote.
 
-// A formed result is of the operand's kind.
 template <class T>
-inline void write(Element &to, const Formed<T> &made) {
+inline void rewrite(Element &to, std::uint64_t head, const T &value) {
   if constexpr (Hyper<T>) {
-    write(to, made.head, made.value);
+    write(to, head, value);
   } else {
-    setheading(to, made.head);
-    to.name = nullptr;
+    settitle(to, head);
     if constexpr (std::same_as<T, double>)
-      to.real = made.value;
+      to.real = value;
     else
-      to.integer = made.value.value;
+      to.integer = value.value;
   }
 }
 
 // Over the operand's record, or into a fresh one; an octonion into its home.
 template <std::int32_t tag, class Value>
-inline std::uint32_t placeone(Element &to, std::uint64_t head, const Value &value, bool fresh, Octonion *home) {
-  if constexpr (std::same_as<Value, Formed<Octonion>>) {
-    return write(to, value.head, value.value, home, fresh);
-  } else if constexpr (requires { value.head; }) {
-    write(to, value);
+inline std::uint32_t placeone(Element &to, std::uint64_t head, const Kind<tag> &operand, const Value &value, bool fresh,
+                              Octonion *home) {
+  if constexpr (std::same_as<Value, Formed> && tag == tags::OCTONION) {
+    return write(to, value.head, operand, home, fresh);
+  } else if constexpr (std::same_as<Value, Formed>) {
+    rewrite(to, value.head, operand);
     return kindbit(tag);
   } else {
     const std::uint64_t shown = carried(head);
@@ -175,12 +163,12 @@ template <class Core, std::int32_t tag, class Note>
       if (core.failure != 0) [[unlikely]]
         return static_cast<void>(failure = core.failure);
     Octonion *home = nullptr;
-    if constexpr (std::same_as<Value, Octonion> || std::same_as<Value, Formed<Octonion>>) {
+    if constexpr (std::same_as<Value, Octonion> || (tag == tags::OCTONION && std::same_as<Value, Formed>)) {
       home = octonionhome(result, fresh);
       if (!home) [[unlikely]]
         return static_cast<void>(failure = OUTOFSTORAGE);
     }
-    note(placeone<tag>(result, head, value, fresh, home));
+    note(placeone<tag>(result, head, valueof<tag>(source), value, fresh, home));
   });
   return failure == 0;
 }
@@ -315,7 +303,7 @@ inline bool scalarone(Point *point, const Tally &tally) {
     applyone(core, valueof<tag>(e), Heading{head}, [&](const auto &value) {
       if constexpr (requires { core.failure; })
         if (core.failure != 0) return static_cast<void>(done = false);
-      std::uint32_t kinds = placeone<tag>(*singlehome(point), head, value, true, nullptr);
+      std::uint32_t kinds = placeone<tag>(*singlehome(point), head, valueof<tag>(e), value, true, nullptr);
       if constexpr (requires { core.drawn; }) kinds |= core.drawn ? ISPROBABLE : 0;
       point->type = ISSCALAR | kinds;
       countwork(1, 1 + static_cast<double>(core.flops));

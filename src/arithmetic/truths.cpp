@@ -66,7 +66,7 @@ struct Contradiction : Counted {
   }
   double operator()(const Quaternion &x) {
     Element e{};
-    setquaternion(e, copyof(x));
+    setquaternion(e, assemble<Quaternion>([&](auto i) { return part(x, i); }));
     return contradict_q(e);
   }
   double operator()(const Octonion &x) {
