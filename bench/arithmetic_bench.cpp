@@ -106,6 +106,21 @@ void reals() {
   enter(two<T>("MAXIMUM", instructions::MAXIMUM, PLAIN, [](T x, T y) { return y != y || y > x ? y : x; }));
 }
 
+// A character times 1 or 0 is that character or a blank.
+void characters() {
+  Row row = two<Ascii>("MULTIPLY", instructions::MULTIPLY, PLAIN, [](Ascii x, Ascii) { return x; });
+  row.right = tags::INTEGER;
+  row.rightfill = [](Element &e, std::uint64_t bits) {
+    e.form = forms::BOOLEAN;
+    e.integer = static_cast<std::int64_t>(bits % 2);
+  };
+  row.byhand = [](Element *r, const Element *a, const Element *b, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+      store(r[i], a[i], Ascii{b[i].integer == 1 ? a[i].ascii : std::uint8_t{' '}});
+  };
+  enter(row);
+}
+
 inline Complex residue(const Complex &x, const Complex &y) {
   const Complex q = y.im == 0 ? Complex{x.re / y.re, x.im / y.re} : over(x, y);
   Complex whole = {cut(q.re), cut(q.im)};
@@ -151,6 +166,7 @@ void characters() {
 const bool entered = [] {
   characters<Ascii>();
   characters<Unicode>();
+  characters();
   integers();
   reals();
   higher<Complex>();

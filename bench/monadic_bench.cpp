@@ -58,6 +58,23 @@ inline Quotient above(double x) {
   return {std::floor(x) == std::ceil(x - t) ? std::floor(x) : high, true};
 }
 
+inline double nextbelow(double x) {
+  return below(x).value;
+}
+inline double nextabove(double x) {
+  return above(x).value;
+}
+// The corner of the unit square: the lower left one, or the next to the right where both fractions together reach it.
+inline Complex lowercorner(const Complex &z) {
+  const double re = nextbelow(z.re), im = nextbelow(z.im);
+  const double across = std::fmax(z.re - re, 0), up = std::fmax(z.im - im, 0);
+  return {across + up >= 1 && up <= across ? re + 1 : re, im};
+}
+inline Complex uppercorner(const Complex &z) {
+  const Complex lower = lowercorner({0 - z.re, 0 - z.im});
+  return {0 - lower.re, 0 - lower.im};
+}
+
 // ---- The forms: x again, looking otherwise.
 
 template <class T, std::uint16_t form>
@@ -126,13 +143,29 @@ template <class T>
 inline T nearerparts(const T &x, std::uint64_t &state) {
   return eachpart(x, [&](double a) { return nearer(a, state); });
 }
+// What is between the two ends is true as often as it says.
+inline double outdrawn(double x, std::uint64_t &state) {
+  if (x >= 1 || x <= 0) return x >= 1;
+  return x != x ? x : x > drawbeside(&state, x);
+}
+inline bool outdrawnend(const double &x, std::uint64_t &state) {
+  return outdrawn(x, state) > 0;
+}
+template <class T>
+inline T outdrawnparts(const T &x, std::uint64_t &state) {
+  return eachpart(x, [&](double a) { return outdrawn(a, state); });
+}
 inline Whole roll(const Whole &x, std::uint64_t &state) {
   return 1 + drawbelow(&state, x);
 }
+inline double rollreal(const double &x, std::uint64_t &state) {
+  return drawunit(state) * x;
+}
 template <class T, auto draw>
-void drawing(const char *name, const Monadic &cores, double goal) {
+void drawing(const char *name, const Monadic &cores, double goal, Fill *fill = ordinary) {
   Row row = one<T>(name, cores, goal, [](const T &x) { return x; });
   row.byhand = drawn<T, draw>;
+  row.fill = fill;
   enter(row, largest<T>());
 }
 
@@ -195,6 +228,11 @@ void reals() {
   MONAD(T, CEILING, ceiling, PLAIN, above(x));
   MONAD(T, TRUNCATE, Truncate, PLAIN, (Quotient{x, std::fabs(x) < INTEGERBOUND}));
   drawing<T, nearerend>("BOOLEAN", booleanmonadic, PLAIN);
+  drawing<T, outdrawnend>("PROBABLY", probablymonadic, LIBRARY);
+  drawing<T, rollreal>("ROLL", rollmonadic, LIBRARY, [](Element &e, std::uint64_t bits) {
+    e.form = forms::NUMBER;
+    e.real = 1 + drawpart(bits);
+  });
   MONAD(T, CONTRADICTION, contradiction, PLAIN, std::isnan(x) ? x : 0);
 }
 
@@ -211,6 +249,21 @@ void higher() {
   MONAD(T, RAD, rad, PLAIN, (reformed<T, forms::CARTESIAN>(x)));
   MONAD(T, TRUNCATE, Truncate, PLAIN, eachpart(x, [](double a) { return std::trunc(a); }));
   drawing<T, nearerparts<T>>("BOOLEAN", booleanmonadic, PLAIN);
+  drawing<T, outdrawnparts<T>>("PROBABLY", probablymonadic, LIBRARY);
+}
+
+// Beside the function that the records go to as they are.
+template <class T, double (*contradict)(const Element &)>
+void contradicted() {
+  enter(
+      one<T>("CONTRADICTION", contradictionmonadic, LIBRARY, [](const T &, const Element &e) { return contradict(e); }),
+      largest<T>());
+}
+
+template <class T>
+void highest() {
+  MONAD(T, FLOOR, flooring, PLAIN, eachpart(x, nextbelow));
+  MONAD(T, CEILING, ceiling, PLAIN, eachpart(x, nextabove));
 }
 
 const bool entered = [] {
@@ -220,6 +273,13 @@ const bool entered = [] {
   higher<Complex>();
   higher<Quaternion>();
   higher<Octonion>();
+  highest<Quaternion>();
+  highest<Octonion>();
+  MONAD(Complex, FLOOR, flooring, PLAIN, lowercorner(x));
+  MONAD(Complex, CEILING, ceiling, PLAIN, uppercorner(x));
+  contradicted<Complex, contradict_c>();
+  contradicted<Quaternion, contradict_q>();
+  contradicted<Octonion, contradict_o>();
   return true;
 }();
 

@@ -93,15 +93,12 @@ inline bool scalarpair(Point **stack, const Element &left, const Element &right,
   if constexpr (Supported<Core, Kind<L>, Kind<R>> && !Checked<Core, Kind<L>, Kind<R>>) {
     Core core = startcore<Core>(tally);
     const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
-    bool done = true;
     apply(core, valueof<L>(left), valueof<R>(right), [&](const auto &value) {
-      if constexpr (requires { core.failure; })
-        if (core.failure != 0) return static_cast<void>(done = false);
       const std::uint32_t kind = place<L, R>(*scalarhome(stack), lefthead, righthead, value, true);
       setscalar(**stack, ISSCALAR | kind);
       countwork(1, 1 + static_cast<double>(core.flops + flopsforeach<Core, Kind<L>, Kind<R>>()));
     });
-    return done;
+    return true;
   } else {
     return false;
   }

@@ -14,7 +14,6 @@
 //                                                    the next
 //     double tolerance;                              optional: is set to what #CT held when the instruction began
 //     bool bothpolar;                                optional: is set for each pair of complex numbers
-//     std::int32_t failure;                          optional: a core that finds out late sets a message number here
 //   };
 //
 // A pair without an operator() is promoted: integers to reals, then the lower number to the kind of the higher. An
@@ -316,6 +315,14 @@ inline Core startcore(const Tally &tally) {
   return core;
 }
 
+template <class Core, std::int32_t L, std::int32_t R>
+inline std::int32_t checkpair(const Element &left, const Element &right) {
+  if constexpr (CheckedByRight<Core, Kind<R>>)
+    return Core{}.check(valueof<R>(right));
+  else
+    return Core{}.check(valueof<L>(left), valueof<R>(right));
+}
+
 // Works one pair: reads it before it writes the result, which may be one of the two. Hands the HAS bit of the result to
 // `note`. False where the pair is not for this formula, or fails, which sets `failure`.
 template <class Core, std::int32_t L, std::int32_t R, class Note>
@@ -324,6 +331,11 @@ template <class Core, std::int32_t L, std::int32_t R, class Note>
   using Result = ResultFor<Core, Kind<L>, Kind<R>>;
   if (left.tag != L || right.tag != R) [[unlikely]]
     return false;
+  if constexpr (Checked<Core, Kind<L>, Kind<R>>) {
+    failure = checkpair<Core, L, R>(left, right);
+    if (failure != 0) [[unlikely]]
+      return false;
+  }
   const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
   if constexpr (requires { core.bothpolar; }) core.bothpolar = ispolar(lefthead & righthead);
   // Found before the formula runs, as its terms are computed best where they are stored.
@@ -335,17 +347,8 @@ template <class Core, std::int32_t L, std::int32_t R, class Note>
       return false;
     }
   }
-  apply(core, valueof<L>(left), valueof<R>(right), [&](const auto &value) {
-    if constexpr (requires { core.failure; }) {
-      if (core.failure != 0) [[unlikely]] {
-        failure = core.failure;
-        if (fresh) release(home);
-        return;
-      }
-    }
-    note(place<L, R>(result, lefthead, righthead, value, fresh, home));
-  });
-  if constexpr (requires { core.failure; }) return failure == 0;
+  apply(core, valueof<L>(left), valueof<R>(right),
+        [&](const auto &value) { note(place<L, R>(result, lefthead, righthead, value, fresh, home)); });
   return true;
 }
 
@@ -427,12 +430,7 @@ std::int32_t check(const Run &run, std::size_t from, std::size_t to) {
   constexpr bool byright = CheckedByRight<Core, Kind<R>>;
   const std::size_t end = byright && run.rightstep == 0 && from < to ? from + 1 : to;
   for (std::size_t i = from; i < end && left->tag == L && right->tag == R; ++i) {
-    std::int32_t message;
-    if constexpr (byright)
-      message = Core{}.check(valueof<R>(*right));
-    else
-      message = Core{}.check(valueof<L>(*left), valueof<R>(*right));
-    if (message != 0) return message;
+    if (const std::int32_t message = checkpair<Core, L, R>(*left, *right); message != 0) return message;
     left += run.leftstep;
     right += run.rightstep;
   }

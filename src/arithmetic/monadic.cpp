@@ -132,6 +132,7 @@ void finish(Point *point, const Run &run, bool handed) {
 
 struct Singles {
   static constexpr std::size_t KINDS = ::KINDS, stretch = STRETCH;
+  static constexpr bool checksfirst = true;  // nothing is drawn in vain
   const Monadic &loops;
 
   bool inorder(const Run &) const { return loops.inorder; }

@@ -84,6 +84,7 @@ void worksorted(const Family &family, Run &run, std::size_t to, Tally &tally) {
 
 // Works all of a run. What a family of instructions tells of one of them:
 //   loops                         by kinds, of which there are KINDS
+//   checksfirst                   are values checked a stretch ahead, and not by the loop?
 //   stretch                       elements between two looks at an interrupt
 //   inorder(run)                  does each element wait for the one before it? If not, the steps are 0 or 1
 //   kindat(run, i)                the kind of what stands there
@@ -99,7 +100,7 @@ std::int32_t walk(const Family &family, Run &run, Tally &tally) {
     const std::size_t from = run.done, to = std::min(run.count, from + family.stretch), kind = family.kindat(run, from);
     std::int32_t message = 0;
     if (const Kernel kernel = family.loops.kernels[kind]) {
-      if (const Check check = family.loops.checks[kind]) message = check(run, from, to);
+      if (const Check check = Family::checksfirst ? family.loops.checks[kind] : nullptr) message = check(run, from, to);
       if (message != 0) return message;
       run.done = kernel(run, from, to, tally);
       if (tally.failure == 0 && run.done - from < TOGETHER)
