@@ -59,21 +59,11 @@ struct Contradiction : Counted {
   static constexpr auto refusal = nocharacters;
 
   double operator()(double x) { return std::isnan(x) ? x : 0; }
-  double operator()(const Complex &x) {
-    Element e{};
-    e.complex = x;
-    return contradict_c(e);
-  }
-  double operator()(const Quaternion &x) {
-    Element e{};
-    setquaternion(e, assemble<Quaternion>([&](auto i) { return part(x, i); }));
-    return contradict_q(e);
-  }
-  double operator()(const Octonion &x) {
-    Octonion parts = x;
-    Element e{};
-    e.octonion = &parts;
-    return contradict_o(e);
+  template <Hyper T>
+  double operator()(const T &x) {
+    double parts[PARTS<T>];
+    for (int i = 0; i < PARTS<T>; ++i) parts[i] = part(x, i);
+    return ::contradiction(parts, PARTS<T>);
   }
 };
 

@@ -154,19 +154,23 @@ double csgnocto(const double *o8) {
   return leadingsign(o8, OCTONIONPARTS);
 }
 
+double contradiction(const double *parts, int count) {
+  int values = count;
+  if (count == 4 && std::isnan(parts[3])) values = 3;
+  if (count == 8 && std::isnan(parts[7])) values = !std::isnan(parts[6]) ? 7 : std::isnan(parts[5]) ? 5 : 6;
+  return disagreement(parts, values);
+}
+
 double contradict_c(const Element &element) {
   const double parts[] = {element.complex.re, element.complex.im};
-  return disagreement(parts, 2);
+  return contradiction(parts, 2);
 }
 
 double contradict_q(const Element &element) {
   const Quaternion q = quaternion(element);
-  return disagreement(q.part, std::isnan(q.part[3]) ? 3 : 4);
+  return contradiction(q.part, 4);
 }
 
 double contradict_o(const Element &element) {
-  const double *parts = element.octonion->part;
-  int values = 8;
-  if (std::isnan(parts[7])) values = !std::isnan(parts[6]) ? 7 : std::isnan(parts[5]) ? 5 : 6;
-  return disagreement(parts, values);
+  return contradiction(element.octonion->part, 8);
 }

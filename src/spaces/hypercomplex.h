@@ -27,3 +27,5 @@ double csgnocto(const double *o8);
 double contradict_c(const Element &element);
 double contradict_q(const Element &element);
 double contradict_o(const Element &element);
+// The same of 2, 4 or 8 components that stand together.
+double contradiction(const double *parts, int count);
