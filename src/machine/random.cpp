@@ -35,8 +35,12 @@ std::int64_t positive(const Element *element) {
 // order is kept, so that a few cards of a huge pack cost little.
 class Pack {
  public:
-  static std::size_t slots(std::int64_t moves) { return std::bit_ceil(static_cast<std::size_t>(moves) * 2); }
-  Pack(void *block, std::size_t slots) : table(static_cast<Place *>(block)), mask(slots - 1) {
+  // A slot for each card, where that is not more than twice as many as are moved.
+  static std::size_t slots(std::int64_t moves, std::int64_t cards) {
+    return std::min(std::bit_ceil(static_cast<std::size_t>(moves) * 2), static_cast<std::size_t>(cards));
+  }
+  Pack(void *block, std::size_t slots, std::int64_t cards)
+      : table(static_cast<Place *>(block)), mask(slots - 1), scattered(static_cast<std::size_t>(cards) > slots) {
     for (std::size_t i = 0; i < slots; ++i) table[i].place = FREE;
   }
   std::int64_t card(std::int64_t place) {
@@ -52,17 +56,19 @@ class Pack {
   static constexpr std::int64_t FREE = -1;
   static constexpr std::uint64_t SPREAD = 0x9E3779B97F4A7C15;  // 2^64 over the golden ratio
   Place &find(std::int64_t place) {
+    if (!scattered) return table[place];
     std::size_t i = (static_cast<std::uint64_t>(place) * SPREAD >> 20) & mask;
     while (table[i].place != FREE && table[i].place != place) i = (i + 1) & mask;
     return table[i];
   }
   Place *table;
   std::size_t mask;
+  bool scattered;
 };
 
 // Draws `count` different numbers below n, from #IO up, in the order of the draw.
 void deal(Element *records, std::int64_t count, std::int64_t n, void *block) {
-  Pack pack(block, Pack::slots(count));
+  Pack pack(block, Pack::slots(count, n), n);
   const std::int64_t origin = indexorigin(quads);
   for (std::int64_t i = 0; i < count; ++i) {
     const std::int64_t last = n - 1 - i;
@@ -111,7 +117,7 @@ Next dodeal(Level &level) {
   dealt.shape_pointer = newshape(count);
   dealt.data_pointer = newelements(static_cast<std::size_t>(count));
   dealt.elements = static_cast<std::uint32_t>(count);
-  void *pack = newblock(Pack::slots(count) * sizeof(Pack::Place));
+  void *pack = newblock(Pack::slots(count, n) * sizeof(Pack::Place));
   takecustody(packed, releaseblock, pack);
   deal(dealt.data_pointer, count, n, pack);
   endcustody(packed);
