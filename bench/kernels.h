@@ -76,7 +76,12 @@ inline void ordinary(Element &e, std::uint64_t bits) {
 class Records {
  public:
   Records(std::int32_t kind, std::size_t count, int set, Fill *filler)
-      : tag(kind), seed(set), size(count), fill(filler), data(newelements(count)) {
+      : tag(kind),
+        seed(set),
+        size(count),
+        fill(filler),
+        block(newelements(count + APART * static_cast<std::size_t>(set))),
+        data(block + APART * static_cast<std::size_t>(set)) {
     std::uint64_t bits = static_cast<std::uint64_t>(set);
     for (std::size_t i = 0; i < count; ++i) {
       drawpart(bits);
@@ -87,7 +92,7 @@ class Records {
   }
   ~Records() {
     dereferencedataelems(data, size);
-    freeblock(data);
+    freeblock(block);
   }
   Records(const Records &) = delete;
   Records &operator=(const Records &) = delete;
@@ -110,11 +115,13 @@ class Records {
   }
 
  private:
+  // Each set begins elsewhere in its block: places whose addresses end alike hinder each other.
+  static constexpr std::size_t APART = 1000;
   std::int32_t tag;
   int seed;
   std::size_t size;
   Fill *fill;
-  Element *data;
+  Element *block, *data;
 };
 
 // The places of a duel. Results that own no block go into what results left, which nobody looks at.
