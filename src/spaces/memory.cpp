@@ -254,12 +254,16 @@ namespace {
 // The system makes memory when it is first touched, which by small pages takes longer than what is done with a large
 // space: from this size on it is asked for large ones. Where it has none the area is as good.
 constexpr std::intptr_t LARGEAREA = std::intptr_t{8} << 20;
+// Each leaves as much unused behind it. Blocks are powers of two, so that otherwise all large ones would begin at
+// addresses that end alike, and would be in each other's way in the caches and in the memory's banks.
+constexpr std::intptr_t GAP = 10 * PAGE;
 
 void *processarea(std::intptr_t bytes) {
   void *const area = sbrk(bytes);
   const std::size_t inpage = reinterpret_cast<std::uintptr_t>(area) % PAGE;
-  if (bytes >= LARGEAREA && !isnone(area))
-    madvise(static_cast<char *>(area) - inpage, static_cast<std::size_t>(bytes) + inpage, MADV_HUGEPAGE);
+  if (bytes < LARGEAREA || isnone(area)) return area;
+  madvise(static_cast<char *>(area) - inpage, static_cast<std::size_t>(bytes) + inpage, MADV_HUGEPAGE);
+  static_cast<void>(sbrk(GAP));
   return area;
 }
 

@@ -437,6 +437,19 @@ TEST(Malloc, LargeAreasAskForLargePages) {
   std::free(small);
 }
 
+TEST(Malloc, LargeBlocksBeginAtAddressesThatEndOtherwise) {
+  constexpr std::size_t MEBIBYTE = 1 << 20, COUNT = 3;
+  void *blocks[COUNT];
+  std::set<std::uintptr_t> ends;
+  for (void *&block : blocks) {
+    block = std::malloc(100 * MEBIBYTE);
+    ASSERT_NE(block, nullptr);
+    ends.insert(number(block) % (8 * MEBIBYTE));
+  }
+  EXPECT_EQ(ends.size(), COUNT);
+  for (void *block : blocks) std::free(block);
+}
+
 TEST(Malloc, TheAlignedFamily) {
   for (std::size_t alignment = 16; alignment <= 8192; alignment *= 2) {
     void *a = aligned_alloc(alignment, 3 * alignment), *b = memalign(alignment, 100), *c = nullptr;
