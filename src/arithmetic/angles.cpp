@@ -8,6 +8,7 @@ namespace {
 
 constexpr double HALFTURN = 180;
 constexpr double DEGREE = std::numbers::pi / HALFTURN, RADIAN = HALFTURN / std::numbers::pi;
+constexpr std::uint64_t SHOWNPOLAR = heading(0, forms::POLAR);
 constexpr std::uint64_t SHOWNINDEGREES = heading(0, 0, attributes::DEGREES);
 
 struct Deg : Counted {
@@ -17,7 +18,8 @@ struct Deg : Counted {
   }
   template <Hyper T>
   Formed operator()(const T &, Heading head) {
-    return {carried(head.word) | (ispolar(head.word) ? SHOWNINDEGREES : 0)};
+    // The bit of the form, moved to that of the mark.
+    return {carried(head.word) | (head.word & SHOWNPOLAR) * (SHOWNINDEGREES / SHOWNPOLAR)};
   }
 };
 

@@ -62,7 +62,10 @@ struct Multiply : Counted {
 
   std::int32_t check(Ascii, Integer times) const { return times.value == 0 || times.value == 1 ? 0 : NOTBOOLEAN; }
   std::int32_t check(Integer times, Ascii character) const { return check(character, times); }
-  Ascii operator()(Ascii character, Integer times) { return times.value == 0 ? Ascii{BLANK} : character; }
+  // Without a decision, as the truths of a space can't be foreseen.
+  Ascii operator()(Ascii character, Integer times) {
+    return {static_cast<std::uint8_t>(BLANK + (character.value - BLANK) * static_cast<int>(times.value))};
+  }
   Ascii operator()(Integer times, Ascii character) { return (*this)(character, times); }
 
  private:

@@ -179,6 +179,6 @@ inline constexpr std::uint64_t INHERITED = ~heading(0, 0, attributes::NAMED | at
 inline bool isnamed(std::uint64_t word) {
   return (word & heading(0, 0, attributes::NAMED)) != 0;
 }
-inline bool ispolar(std::uint64_t word) {
+inline constexpr bool ispolar(std::uint64_t word) {
   return (word & heading(0, forms::POLAR)) != 0;
 }
