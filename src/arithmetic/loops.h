@@ -209,6 +209,10 @@ inline constexpr std::uint32_t USUALBIT<Integer> = HASINTEGER;
 template <>
 inline constexpr std::uint32_t USUALBIT<Truth> = HASINTEGER;
 template <>
+inline constexpr std::uint32_t USUALBIT<Ascii> = HASASCII;
+template <>
+inline constexpr std::uint32_t USUALBIT<Unicode> = HASUNICODE;
+template <>
 inline constexpr std::uint32_t USUALBIT<Complex> = HASCOMPLEX;
 template <>
 inline constexpr std::uint32_t USUALBIT<Quaternion> = HASQUATERNION;
@@ -296,8 +300,7 @@ inline std::uint32_t place(Element &to, std::uint64_t left, std::uint64_t right,
     } else if constexpr (std::same_as<Value, Ascii> || std::same_as<Value, Unicode>) {
       // A character comes from the operand that is one, and looks like it.
       constexpr std::int32_t tag = std::same_as<Value, Ascii> ? tags::ASCII : tags::UNICODE;
-      setheading(to, (L == tag ? left : right) & INHERITED);
-      to.name = nullptr;
+      settitle(to, (L == tag ? left : right) & INHERITED);
       to.integer = value.value;
       return kindbit(tag);
     } else {

@@ -7,6 +7,7 @@
 //   flag word promises one kind, and no value of it fails, are the records trusted; should one of them turn out to
 //   differ, and have no core, the elements ahead of it are results already, and each record is whole.
 // - An operand whose records own blocks is never written over, but for octonions alone.
+// The generator then stands where it stood.
 #include "arithmetic/monadic.h"
 
 #include <algorithm>
@@ -132,7 +133,6 @@ void finish(Point *point, const Run &run, bool handed) {
 
 struct Singles {
   static constexpr std::size_t KINDS = ::KINDS, stretch = STRETCH;
-  static constexpr bool checksfirst = true;  // nothing is drawn in vain
   const Monadic &loops;
 
   bool inorder(const Run &) const { return loops.inorder; }
@@ -179,7 +179,9 @@ void monadicframe(const Monadic &m, Point *point, const Point *instruction, cons
     describe(*point);
     handed = handout(run, instruction, point, tally);
   }
+  const std::uint64_t undrawn = state ? *state : 0;
   if (const std::int32_t message = work(m, run, tally); message != 0) {
+    if (state) *state = undrawn;
     if (handed) recall(run);
     abandon(run);
     failwork(message, &top, instruction);
@@ -194,6 +196,8 @@ std::int32_t monadicslice(const Monadic &m, std::uint32_t index, std::uint64_t *
   run.leftstep = 1;
   Tally tally = startslice();
   tally.state = state;
+  const std::uint64_t undrawn = state ? *state : 0;
   const std::int32_t message = cutslice(run, index) ? work(m, run, tally) : 0;
+  if (message != 0 && state) *state = undrawn;
   return endslice(run, tally, message, index);
 }

@@ -149,6 +149,15 @@ inline Core startmonadic(const Tally &tally) {
   return core;
 }
 
+template <class Core, class A>
+concept Judged = requires(const Core core, const A &a, Heading head) {
+  core.check(a, head);
+};
+template <class Core, std::int32_t tag>
+inline std::int32_t judge(const Element &e) {
+  return Core{}.check(valueof<tag>(e), Heading{headingof(e)});
+}
+
 // Works one record: reads it before it writes the result, which may be the same. Hands the HAS bit of the result to
 // `note`. False where the record is not for this formula, or fails, which sets `failure`.
 template <class Core, std::int32_t tag, class Note>
@@ -156,6 +165,11 @@ template <class Core, std::int32_t tag, class Note>
                                            std::int32_t &failure, Note &&note) {
   if (source.tag != tag) [[unlikely]]
     return false;
+  if constexpr (Judged<Core, Kind<tag>>) {
+    failure = judge<Core, tag>(source);
+    if (failure != 0) [[unlikely]]
+      return false;
+  }
   const std::uint64_t head = headingof(source);
   applyone(core, valueof<tag>(source), Heading{head}, [&](const auto &value) {
     using Value = std::remove_cvref_t<decltype(value)>;
@@ -230,14 +244,6 @@ Places pickedmonadic(Run &run, Places places, Tally &tally) {
   return places | waiting;
 }
 
-template <class Core, class A>
-concept Judged = requires(const Core core, const A &a, Heading head) {
-  core.check(a, head);
-};
-template <class Core, std::int32_t tag>
-inline std::int32_t judge(const Element &e) {
-  return Core{}.check(valueof<tag>(e), Heading{headingof(e)});
-}
 // The message for the first record whose value fails, up to the first of another kind.
 template <class Core, std::int32_t tag>
 std::int32_t judgeall(const Run &run, std::size_t from, std::size_t to) {

@@ -94,7 +94,6 @@ std::int32_t single(const Dyadic &d, Run &run, std::size_t i, Tally &tally) {
 
 struct Pairs {
   static constexpr std::size_t KINDS = NUMBERS + 1;
-  static constexpr bool checksfirst = false;
   const Dyadic &loops;
   std::size_t stretch;
 

@@ -11,8 +11,6 @@
 inline constexpr std::size_t TOGETHER = 8;
 // So many go to a loop for more than one kind before the loops of one kind have their chance again.
 inline constexpr std::size_t ATATIME = 256;
-// So many values are checked before they are worked, while they are still in the cache.
-inline constexpr std::size_t CHECKEDAHEAD = 4096;
 // A run of so many records is larger than the cache of a core.
 inline constexpr std::size_t LARGE = std::size_t{1} << 15;
 
@@ -86,7 +84,6 @@ void worksorted(const Family &family, Run &run, std::size_t to, Tally &tally) {
 
 // Works all of a run. What a family of instructions tells of one of them:
 //   loops                         by kinds, of which there are KINDS
-//   checksfirst                   are values checked a stretch ahead, and not by the loop?
 //   stretch                       elements between two looks at an interrupt
 //   inorder(run)                  does each element wait for the one before it? If not, the steps are 0 or 1
 //   kindat(run, i)                the kind of what stands there
@@ -99,13 +96,9 @@ std::int32_t walk(const Family &family, Run &run, Tally &tally) {
   while (run.done < run.count) {
     if (tally.stopped && tally.stopped()) [[unlikely]]
       return INTERRUPTED;
-    const std::size_t from = run.done, kind = family.kindat(run, from);
-    const Check check = Family::checksfirst ? family.loops.checks[kind] : nullptr;
-    const std::size_t to = std::min(run.count, from + (check ? CHECKEDAHEAD : family.stretch));
+    const std::size_t from = run.done, to = std::min(run.count, from + family.stretch), kind = family.kindat(run, from);
     std::int32_t message = 0;
     if (const Kernel kernel = family.loops.kernels[kind]) {
-      if (check) message = check(run, from, to);
-      if (message != 0) return message;
       run.done = kernel(run, from, to, tally);
       if (tally.failure == 0 && run.done - from < TOGETHER)
         run.done = family.goon(run, run.done, std::min(to, run.done + ATATIME), tally);
