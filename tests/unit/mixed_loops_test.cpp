@@ -226,7 +226,7 @@ TEST_F(MixedLoops, MoreThanACacheHolds) {
     records.push_back(i * i % 7 < 3 ? points::complex(static_cast<double>(i), 1) : points::whole(static_cast<int>(i)));
   const auto *add = dyadiccores(instructions::ADD);
   expectalike(Instruction<Dyadic>{"ADD", add}, ::Run{records.data(), records.data(), nullptr, 1, 1, 1, many, true});
-  const auto &first = monadics()[0];
+  const Instruction<Monadic> first = monadics()[0];
   expectalike(first, ::Run{records.data(), nullptr, nullptr, 1, 0, 1, many, true});
 }
 
