@@ -16,14 +16,16 @@ import completeness as tables  # noqa: E402
 RESERVED = {"NOTIMPLEMENTED": "reserved: message 993", "RESTRICTED": "reserved: message 994",
             "NOTHING": "reserved: does nothing, and leaves its operands"}
 
-# A title, and the numbers of the instructions under it.
+# A title, the numbers of the instructions under it, in the order of the page, and how many operands their words ask for,
+# where that tells sections apart.
+NUMERIC = [(122, 132), (7, 25), (41, 73)]
 SECTIONS = [
     ("The stack", [(221, 234), (239, 239)]),
     ("Names", [(4, 5), (119, 120), (216, 219), (238, 238)]),
     ("Functions, texts and control",
      [(102, 103), (114, 118), (121, 121), (220, 220), (235, 237), (240, 243), (247, 249), (259, 260)]),
-    ("Numbers, two operands", [(122, 132)]),
-    ("Numbers, one operand", [(7, 25), (41, 73)]),
+    ("Numbers, two operands", NUMERIC, 2),
+    ("Numbers, one operand", NUMERIC, 1),
     ("Truth and comparison", [(26, 36), (133, 148)]),
     ("Chance", [(37, 40), (177, 177)]),
     ("Arrays", [(82, 101), (104, 111), (160, 176), (178, 215)]),
@@ -319,13 +321,14 @@ def meaning(handler, spellings, used):
 def page():
     parts, used, everything, wanted = [OPENING], set(), groups(), operandsbyclass()
     left = set(range(len(everything)))
-    for title, ranges in SECTIONS:
+    for title, ranges, *only in SECTIONS:
         parts.append("\n## %s\n\n| Words | | What it does |\n| --- | --- | --- |\n" % title)
-        for i, (number, group, handler, hidden, root, spellings) in enumerate(everything):
-            if not any(first <= number <= last for first, last in ranges):
+        for i in [i for first, last in ranges for i, row in enumerate(everything) if first <= row[0] <= last]:
+            number, group, handler, hidden, root, spellings = everything[i]
+            operands = wanted.get(group, 0) - hidden.startswith("HIDDEN") + root
+            if only and operands not in only:
                 continue
             left.discard(i)
-            operands = wanted.get(group, 0) - hidden.startswith("HIDDEN") + root
             parts.append("| %s | %s | %s |\n" % (" ".join(map(shown, spellings)), operands or "",
                                                 meaning(handler, spellings, used)))
     if left or used != set(MEANINGS):
