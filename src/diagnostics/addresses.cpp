@@ -263,12 +263,6 @@ void addpoint(Builder &b, const Point &point) {
   add(b, ' ');
 }
 
-char sigilof(const Point &name) {
-  static constexpr char SIGILS[] = {'_', '$', '.'};
-  const bool scoped = name.modifier >= instructions::SAIG && name.modifier <= instructions::SLIL;
-  return scoped ? SIGILS[name.modifier - instructions::SAIG] : '\0';
-}
-
 char *textofspace(const Point &space) {
   const std::uint32_t count = space.data_pointer && !isempty(space) ? space.elements : 0;
   char *text = static_cast<char *>(newblock(count + std::size_t{1}));
@@ -296,6 +290,12 @@ int rtox(char *buffer, double value) {
   const double fraction = std::frexp(std::fabs(value), &exponent);
   const auto mantissa = static_cast<std::uint64_t>(std::ldexp(fraction, MANTISSA_BITS));
   return realtox(buffer, exponent - MANTISSA_BITS, mantissa, value < 0);
+}
+
+char sigilof(const Point &name) {
+  static constexpr char SIGILS[] = {'_', '$', '.'};
+  const bool scoped = name.modifier >= instructions::SAIG && name.modifier <= instructions::SLIL;
+  return scoped ? SIGILS[name.modifier - instructions::SAIG] : '\0';
 }
 
 char *TOAddr(const Point *point) {

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "diagnostics/printer.h"
+#include "diagnostics/text.h"
 #include "spaces/instructions.h"
 
 namespace printer {
@@ -10,19 +11,6 @@ namespace {
 
 constexpr char COMMENT_QUOTE = '"';
 constexpr std::uint16_t COMMENT = instructions::CONTEXT;  // the modifier of a NOOP that carries a comment
-
-char sigilof(const Point &name) {
-  switch (name.modifier) {
-    case instructions::SAIG:
-      return '_';
-    case instructions::SAIL:
-      return '$';
-    case instructions::SLIL:
-      return '.';
-    default:
-      return 0;
-  }
-}
 
 const char *classword(const Point &name) {
   switch (name.modifier) {

@@ -31,6 +31,8 @@ void at(const Point *point);
 int itox(char *buffer, std::int64_t value);
 int rtox(char *buffer, double value);
 
+// The sigil of a name's rule of access, 0 for none.
+char sigilof(const Point &name);
 // The text of a name that stands on the stack: a counted string, owned by the caller. A character space gives its
 // bytes; an ADDRESS "@" and its written name; what names nothing the empty text. Message 27.
 char *TOAddr(const Point *point);

@@ -46,29 +46,54 @@ void make(Level &level, Point &name, std::uint32_t bit) {
   const bool global = name.modifier == instructions::SAIG;
   if (!global && name.modifier != instructions::SAIL) return;
   reference(name.name);
-  bind(level, name, *entername(global ? *level.memory : level.meaning->table, name.name, global ? '_' : '$'));
+  bind(level, name, *entername(global ? *level.memory : level.meaning->table, name.name, sigilof(name)));
   if (global) mark(level, bit);
 }
 
-// The text of the name on top, without "@": a counted string that the caller owns; null if there is none.
-char *nametext(const Level &level) {
-  char *text = TOAddr(level.sp);
-  if (!text) return nullptr;
-  if (isaddress(*level.sp) && text[0] == '@') std::memmove(text, text + 1, std::strlen(text));
-  if (text[0] != 0) return text;
-  release(text);
+// Looks a name up again where its rule asks for it: what it is bound to, null for nothing.
+Point *rebind(Level &level, Point &name) {
+  if (name.modifier == instructions::SGIG) return name.target;
+  if (name.target && name.context && sametable(name.context, level.meaning)) return name.target;
+  if (const Entry *entry = checkmeaning(level.meaning, name.name))
+    bind(level, name, *entry);
+  else
+    dereferencebinding(name.target);
+  return name.target;
+}
+
+// The entry that an address is bound to; null where it has none, or where it was forgotten since.
+Entry *boundentry(Level &level, Point &address) {
+  if (!address.name) return nullptr;
+  const Point *const target = rebind(level, address);
+  for (const Context *link = level.meaning; link; link = link->previous) {
+    Entry *entry = checksym_until(link, address.name, link->table);
+    if (entry && entry->meaning == target) return entry;
+  }
   return nullptr;
 }
 
 // The entry that the text on top names, along the chain; null if there is none.
-Entry *namedentry(const Level &level) {
-  char *text = nametext(level);
-  if (!text) return nullptr;
+Entry *spelledentry(const Level &level) {
+  char *text = TOAddr(level.sp);
   const char *name = text;
   splitsigil(name);
   Entry *entry = checkmeaning(level.meaning, name);
   release(text);
   return entry;
+}
+
+// The entry that the top stands for: that of an address, or that of a text. An address is never read as a text: a byte
+// of its name may look like a sigil.
+Entry *namedentry(Level &level) {
+  return isaddress(*level.sp) ? boundentry(level, *level.sp) : spelledentry(level);
+}
+
+// Finds or makes the entry of a name, which is handed over: one that is missing comes into the table that its rule of
+// access says. Null for an empty name.
+Entry *enternamed(Level &level, char *name, char sigil) {
+  if (sigil == '_' && !checkmeaning(level.meaning, name)) return entername(*level.memory, name, sigil);
+  Entry *table;
+  return meaning(level.meaning, name, &table, sigil);
 }
 
 // Replaces the top by a value, or by the empty vector where there is none.
@@ -87,19 +112,49 @@ void replacetop(Level &level, const Point *value) {
 }  // namespace
 
 Point *resolve(Level &level, Point &name) {
-  if (name.modifier == instructions::SGIG) return name.target;
-  if (name.target && name.context && sametable(name.context, level.meaning)) return name.target;
-  if (const Entry *entry = checkmeaning(level.meaning, name.name))
-    bind(level, name, *entry);
-  else
-    dereferencebinding(name.target);
-  if (!name.target && isaddress(name)) make(level, name, GLOBALCHANGE);
+  if (!rebind(level, name) && isaddress(name)) make(level, name, GLOBALCHANGE);
   return name.target;
 }
 
+namespace {
+
+// The top becomes the address of an entry.
+void putaddress(Level &level, const Entry &entry, std::uint16_t rule) {
+  Point address{};
+  address.rank = ranks::ADDRESS;
+  address.type = ISADDRESS;
+  address.depth = 1;
+  address.modifier = rule;
+  address.name = entry.name;
+  address.elements = static_cast<std::uint32_t>(std::strlen(entry.name));
+  address.context = level.meaning;
+  address.target = entry.meaning;
+  reference(address.name);
+  reference(address.context);
+  reference(address.target);
+  dereferencepoint(level.sp);
+  *level.sp = address;
+}
+
+// Of an address, the address of its entry, which is made again where it was forgotten.
+Next readdress(Level &level) {
+  Point &top = *level.sp;
+  if (!top.name) return fail(level, 23);
+  const Entry *entry = boundentry(level, top);
+  if (!entry) {
+    const bool global = top.modifier == instructions::SGIG || top.modifier == instructions::SAIG;
+    reference(top.name);
+    entry = entername(global ? *level.memory : level.meaning->table, top.name, sigilof(top));
+  }
+  putaddress(level, *entry, top.modifier);
+  return Next::FETCH;
+}
+
+}  // namespace
+
 Next doat(Level &level) {
-  char *text = nametext(level);
-  if (!text) return fail(level, 23);
+  if (isaddress(*level.sp)) return readdress(level);
+  char *text = TOAddr(level.sp);
   const char *bare = text;
   const char sigil = splitsigil(bare);
   if (*bare == 0) {
@@ -107,22 +162,7 @@ Next doat(Level &level) {
     return fail(level, 23);
   }
   std::memmove(text, bare, std::strlen(bare) + 1);
-  Entry *table;
-  const Entry *entry = sigil != 0 ? meaning(level.meaning, text, &table, sigil) : entername(*level.memory, text, sigil);
-  Point address{};
-  address.rank = ranks::ADDRESS;
-  address.type = ISADDRESS;
-  address.depth = 1;
-  address.modifier = scope(sigil);
-  address.name = entry->name;
-  address.elements = static_cast<std::uint32_t>(std::strlen(entry->name));
-  address.context = level.meaning;
-  address.target = entry->meaning;
-  reference(address.name);
-  reference(address.context);
-  reference(address.target);
-  dereferencepoint(level.sp);
-  *level.sp = address;
+  putaddress(level, *enternamed(level, text, sigil), scope(sigil));
   return Next::FETCH;
 }
 
