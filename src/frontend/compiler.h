@@ -52,6 +52,7 @@ struct Compiler {
   Point *literal;    // the innermost that is open: `hand`, or a counted block; null for none
   std::size_t room;  // records that it has room for
   Point extents;     // of the shape bracket that is open
+  bool misshapen;    // an extent of it was refused
   Collected operat;  // a name or a comment
   bool bracketed;    // a name between its brackets is being read
   bool breaking;     // BREAK: the jump drops a line only
@@ -135,8 +136,8 @@ void characters(const char *bytes, std::size_t length);
 void closestring();
 // `more`: flags for the type word.
 void closevector(std::uint32_t more);
-// The shape of the literal that is open follows: its extents one by one, then its end, which reports what reshape does
-// and jumps.
+// The shape of the literal that is open follows: its extents one by one (1100), then its end, which reports what
+// reshape does. Neither jumps: a literal whose bracket is refused stays a vector.
 void openshape(bool string);
 void extent(char *text, std::size_t length);
 void closeshape();

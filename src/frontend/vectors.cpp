@@ -198,6 +198,7 @@ void openshape(bool string) {
   c.extents.rank = ranks::VECTOR;
   c.extents.type = ISVECTOR;
   c.extents.depth = 1;
+  c.misshapen = false;
   c.room = 0;
 }
 
@@ -206,7 +207,10 @@ void extent(char *text, std::size_t length) {
   fixsign(text, length);
   const char *after;
   const double value = readdouble(text, &after);
-  if (!(std::fabs(value) <= INTEGERBOUND)) exceptionjump(LARGE_EXTENT, &c.stackposition, nullptr);
+  if (!(std::fabs(value) <= INTEGERBOUND)) {
+    c.misshapen = true;
+    return exception(LARGE_EXTENT, &c.stackposition, nullptr);
+  }
   reserve(c.extents, c.room, 1);
   Element record{};
   record.tag = tags::INTEGER;
@@ -215,12 +219,13 @@ void extent(char *text, std::size_t length) {
   add(c.extents, record);
 }
 
+// A literal whose bracket is refused stays the vector that it is, and the text goes on.
 void closeshape() {
   Compiler &c = compiler;
   settle(c.extents, c.room);
   if (c.extents.elements == 0) c.extents.type |= ISEMPTY;
   if (c.extents.elements == 1) c.extents.type |= ISONEELEMENT;
-  if (reshape(c.literal, &c.extents, nullptr) != 0) jump(-1);
+  if (c.misshapen || reshape(c.literal, &c.extents, nullptr) != 0) dereferencepoint(&c.extents);
   c.extents = {};
   endliteral();
 }

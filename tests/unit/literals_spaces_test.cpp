@@ -254,7 +254,7 @@ TEST_F(Literals, AShapeOfNothing) {
   EXPECT_EQ(p.data_pointer, nullptr);
 }
 
-TEST_F(Literals, BadShapesAbandonTheText) {
+TEST_F(Literals, BadShapesLeaveAVectorAndTheTextGoesOn) {
   struct {
     const char *text;
     int number;
@@ -262,8 +262,10 @@ TEST_F(Literals, BadShapesAbandonTheText) {
                      {"'ab'[-99999999999999999999] 2 . 3 .", 1100}, {"(1)[-1] 2 . 3 .", 113},
                      {"((1)[4294967296]) 2 . 3 .", 1100},           {"()[2] 2 . 3 .", 11}};
   for (const auto &c : cases) {
-    EXPECT_EQ(compile(c.text), 0) << c.text;
+    EXPECT_EQ(compile(c.text), 3) << c.text;
     EXPECT_TRUE(reported(c.number)) << c.text << err;
+    EXPECT_EQ(programme[0].rank, 1) << c.text;
+    EXPECT_EQ(programme[1].data_pointer->integer, 2) << c.text;
     EXPECT_EQ(rest, " 3 .") << c.text;
   }
 }
