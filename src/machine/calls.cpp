@@ -1,4 +1,5 @@
 // Calls: frames on the one value stack, and the execution forms around them.
+#include <algorithm>
 #include <cstring>
 
 #include "diagnostics/text.h"
@@ -54,13 +55,27 @@ void callheld(Level &level, const Point &function) {
   runinner(inner);
 }
 
+namespace {
+
+// There is no room for the locals of the function on top. It is gone, and its arguments with it; the locals that had
+// room stand.
+[[gnu::cold]] Next faillocals(Level &level) {
+  const std::ptrdiff_t locals = level.sp->locals;
+  settle(level.sp);
+  for (int left = level.sp->arguments; left >= 0; --left) droptop(level);
+  makelocals(level, 0, static_cast<int>(std::min(locals, stacktop - level.sp)));
+  return fail(level, 806);
+}
+
+}  // namespace
+
 Next call(Level &level) {
   const int arguments = level.sp->arguments;
   if (arguments >= 0 && level.sp - 1 < level.floor + arguments - 1) {
     droptop(level);
     return fail(level, 800);
   }
-  if (arguments >= 0 && level.sp - 1 + level.sp->locals > stacktop) return fail(level, 806);
+  if (arguments >= 0 && level.sp - 1 + level.sp->locals > stacktop) return faillocals(level);
   Point function = *level.sp--;
   Custody kept;
   takecustody(kept, releasepoint, &function);
