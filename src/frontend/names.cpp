@@ -144,7 +144,7 @@ void bracketname(const char *text, bool address) {
 
 void label(const char *name, bool address) {
   Compiler &c = compiler;
-  const Entry *entry = entercurrent(name, '%');
+  const Entry *entry = entercurrent(name, 0);
   if (!entry) return;
   if (address) {
     newhand(ranks::LABEL, ISADDRESS).depth = 1;

@@ -109,11 +109,10 @@ Needs needs(const Point &value) {
   return {3 + word, references(value)};
 }
 
-// Labels and names with a sigil are written as they are entered; all others stand between two bytes of their own.
+// Names with a sigil are written as they are entered. All others stand between two bytes of their own, those of labels
+// too, since nothing can be SET to what `@%name` makes.
 void writename(std::FILE *stream, const Entry &entry) {
-  if (entry.name[0] == '%' && isidentifier(entry.name + 1))
-    std::fprintf(stream, " @%s SET\n", entry.name);
-  else if (entry.sigil == 0 || entry.sigil == '%')
+  if (entry.sigil == 0)
     std::fprintf(stream, " @%c%s%c SET\n", BEGINNAME, entry.name, ENDNAME);
   else if (isidentifier(entry.name))
     std::fprintf(stream, " @%c%s SET\n", entry.sigil, entry.name);

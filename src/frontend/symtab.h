@@ -12,7 +12,7 @@ struct Entry {
   Point *meaning;      // counted block of one Point: the value; type 0 while the name has none
   Entry *next;         // counted, null at the tail
   std::uint16_t kind;  // LARGE_TABLE or SMALL_TABLE
-  char sigil;          // with which the name was entered: '_', '$', '.', '%' or 0
+  char sigil;          // with which the name was entered: '_', '$', '.' or 0
 };
 static_assert(sizeof(Entry) == 32);
 

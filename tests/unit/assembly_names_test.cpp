@@ -146,7 +146,7 @@ TEST_F(Assembly, Labels) {
   const Entry *a = checksmallhash(own, "%a"), *b = checksmallhash(own, "%b");
   ASSERT_NE(a, nullptr);
   ASSERT_NE(b, nullptr);
-  EXPECT_EQ(a->sigil, '%');
+  EXPECT_EQ(a->sigil, 0);
   // The number, counted from 1, of the Point after the label.
   EXPECT_EQ(a->meaning->type, 0x10400u);
   EXPECT_EQ(a->meaning->data_pointer->integer, 4);

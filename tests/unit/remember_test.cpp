@@ -112,7 +112,7 @@ TEST_F(Remember, RememberWritesTheWrittenName) {
       {" 7 @_under SET\n.\n", {"under", '_'}},
       {" 7 @$dollar SET\n.\n", {"dollar", '$'}},
       {" 7 @.dot SET\n.\n", {"dot", '.'}},
-      {" 7 @%label SET\n.\n", {"%label", 0}},
+      {" 7 @\2%label\3 SET\n.\n", {"%label", 0}},
       {" 7 @\2plain\3 SET\n.\n", {"plain", 0}},
       {" 7 @\2a+b\3 SET\n.\n", {"a+b", 0}},
       {" 7 @\2_x\3 SET\n.\n", {"_x", 0}},
