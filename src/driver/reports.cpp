@@ -122,19 +122,24 @@ void printline(const char *beginning, std::span<const Column> columns, const Tim
   if (begun) std::putchar('\n');
 }
 
-// The column after the longest name: a tab after it, two where it has fewer than 7 characters.
+// A tab follows the name and its blank, and one more follows a name of fewer than 7 characters.
+constexpr std::size_t SHORT_NAME = 7;
+std::size_t widthofname(const char *name) {
+  const std::size_t length = std::strlen(name);
+  return (length + 1) / TAB * TAB + (length < SHORT_NAME ? 2 : 1) * TAB;
+}
+
+// Where the figures begin: after the longest name.
 std::size_t namewidth() {
-  std::size_t width = 2 * TAB;
+  std::size_t width = 0;
   for (std::size_t number = 0; number < instructions::COUNT; ++number)
-    if (iscounted(InstructionTiming[number]))
-      width = std::max(width, (std::strlen(Instructions[number]) + 1) / TAB * TAB + TAB);
+    if (iscounted(InstructionTiming[number])) width = std::max(width, widthofname(Instructions[number]));
   return width;
 }
 
 void printname(const char *name, std::size_t width) {
-  std::printf("%s ", name);
-  for (std::size_t column = std::strlen(name) + 1; column < width; column = column / TAB * TAB + TAB)
-    std::putchar('\t');
+  const bool isshort = std::strlen(name) < SHORT_NAME;
+  std::printf("%s %s%*s", name, isshort ? "\t\t" : "\t", static_cast<int>(width - widthofname(name)), "");
 }
 
 void printtable(const Timing &all) {
