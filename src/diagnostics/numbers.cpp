@@ -85,7 +85,7 @@ bool aspolar(Parts &parts, const Element &e, bool source) {
 }
 
 // A part of a number that is to be read back. printf's own words hold letters that the reader takes for those between
-// the parts, and the sign of a NaN has no spelling.
+// the parts.
 char *spellpart(char *at, double value, bool source) {
   if (!source) return spell(at, value, DISPLAY_DIGITS);
   if (std::isfinite(value)) return spell(at, value, SOURCE_DIGITS);
@@ -131,7 +131,6 @@ void integer(const Element &e) {
 void real(double value, bool source) {
   char *at = room(ELEMENT_BYTES);
   *at++ = ' ';
-  if (source && std::isnan(value)) value = std::fabs(value);  // -nan is no number to the reader
   filled(spell(at, value, source ? SOURCE_DIGITS : DISPLAY_DIGITS));
 }
 

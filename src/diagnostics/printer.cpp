@@ -66,10 +66,7 @@ char *spell(char *at, std::int64_t value) {
 char *spell(char *at, double value, int digits) {
   if (std::fabs(value) < PLAIN_WHOLE && value == std::trunc(value) && (value != 0 || !std::signbit(value)))
     return spell(at, static_cast<std::int64_t>(value));
-  if (std::isnan(value)) {  // the library may spell more of it
-    const char *text = std::signbit(value) ? "-nan" : "nan";
-    return std::copy(text, text + std::strlen(text), at);
-  }
+  if (std::isnan(value)) return std::copy_n("nan", 3, at);  // its sign is an accident of the processor
   return std::to_chars(at, at + LONGEST_NUMBER, value, std::chars_format::general, digits).ptr;
 }
 

@@ -84,9 +84,10 @@ TEST(TextNumbers, RealsInBothPrecisions) {
   EXPECT_EQ(source(scalar(real(-INFINITE))), " -inf");
 }
 
-TEST(TextNumbers, ANaNIsReadBackWithoutItsSign) {
+TEST(TextNumbers, ANaNHasNoSign) {
   EXPECT_EQ(source(scalar(real(-NOTANUMBER))), " nan");
-  EXPECT_EQ(display(scalar(real(-NOTANUMBER))), " -nan");
+  EXPECT_EQ(display(scalar(real(-NOTANUMBER))), " nan");
+  EXPECT_EQ(display(scalar(quaternions(1, -NOTANUMBER, 0, NOTANUMBER))), " 1inanj0knan");
   EXPECT_EQ(source(scalar(quaternions(1, -NOTANUMBER, 0, NOTANUMBER))), " 1iNaNj0kNaN");
 }
 
