@@ -21,6 +21,16 @@ constexpr double NOTANUMBER = std::numeric_limits<double>::quiet_NaN();
 
 // ---- Numbers.
 
+// But for the sign of a NaN, which we never write.
+void expectasprintf(double value) {
+  for (const int digits : {10, 17}) {
+    char ours[64], theirs[64];
+    *printer::spell(ours, value, digits) = 0;
+    std::snprintf(theirs, sizeof theirs, "%.*lg", digits, std::isnan(value) ? std::fabs(value) : value);
+    ASSERT_STREQ(ours, theirs);
+  }
+}
+
 TEST(TextNumbers, SpelledLikePrintf) {
   std::mt19937_64 random(7);
   for (int i = 0; i < 200000; ++i) {
@@ -29,12 +39,7 @@ TEST(TextNumbers, SpelledLikePrintf) {
     std::memcpy(&value, &bits, sizeof value);
     if (i % 3 == 0) value = static_cast<double>(static_cast<std::int64_t>(bits)) / static_cast<double>(1 << (i % 30));
     if (i % 7 == 0) value = static_cast<double>(static_cast<std::int64_t>(bits >> (i % 60)));
-    for (const int digits : {10, 17}) {
-      char ours[64], theirs[64];
-      *printer::spell(ours, value, digits) = 0;
-      std::snprintf(theirs, sizeof theirs, "%.*lg", digits, value);
-      ASSERT_STREQ(ours, theirs);
-    }
+    ASSERT_NO_FATAL_FAILURE(expectasprintf(value));
   }
 }
 
@@ -59,12 +64,7 @@ TEST(TextNumbers, SpelledLikePrintfAtTheEdges) {
                              0x1p63,
                              -0x1p63,
                              4503599627370496.5})
-    for (const int digits : {10, 17}) {
-      char ours[64], theirs[64];
-      *printer::spell(ours, value, digits) = 0;
-      std::snprintf(theirs, sizeof theirs, "%.*lg", digits, value);
-      EXPECT_STREQ(ours, theirs);
-    }
+    expectasprintf(value);
 }
 
 TEST(TextNumbers, Integers) {
