@@ -353,7 +353,8 @@ TEST_F(Timed, TheTable) {
   filltable();
   const std::string table = tableof(report());
   EXPECT_EQ(table.substr(0, 12), "\n\nExecution ");
-  EXPECT_NE(table.find("\nADD \t\t\t"), std::string::npos) << "one tab more than without the long name";
+  EXPECT_NE(table.find("\nADD \t\t        500.000"), std::string::npos)
+      << "two tabs, then blanks as far as the long name";
   EXPECT_EQ(expanded(table),
             "\n\nExecution timing per operation:\n"
             "SLEEP                     0.011    op/S       1:30.000 m:S,  96.257 %t\n"
