@@ -5,7 +5,7 @@
 
 #define MONADIC(f) extern const Monadic f##monadic;
 #define DRAWING(f) MONADIC(f)
-#define INSTRUCTION(number, name, argumentclass, key, handler) handler
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) handler
 #include "machine/instructions.def"
 
 // A row for `name`, whose function is `f`: what a loop by hand does with x, which is of kind T.

@@ -21,7 +21,7 @@ using MonadicSlice = std::int32_t(Point *, const Point *, Point *, std::uint32_t
 using DrawingSlice = std::int32_t(Point *, const Point *, Point *, std::uint32_t, std::uint64_t *) noexcept;
 using DyadicSlice = std::int32_t(Point **, const Point *, Point *, std::uint32_t) noexcept;
 
-#define INSTRUCTION(number, name, argumentclass, key, handler) handler
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) handler
 #define MONADIC(f)   \
   MonadicFunction f; \
   MonadicSlice vec_##f;

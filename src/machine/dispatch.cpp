@@ -60,7 +60,7 @@ constexpr std::array<Needs, CLASSES> Classes = makeclasses();
 #define NOTIMPLEMENTED &notimplemented
 #define RESTRICTED &restricted
 #define NOTHING &nothing
-#define INSTRUCTION(number, name, argumentclass, key, handler) {handler, Classes[argumentclass]},
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) {handler, Classes[argumentclass]},
 
 }  // namespace
 

@@ -2,24 +2,24 @@
 #include "spaces/instructions.h"
 
 const char Instructions[instructions::COUNT][32] = {
-#define INSTRUCTION(number, name, argumentclass, key, handler) #name,
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) #name,
 #include "machine/instructions.def"
 };
 
 const std::uint16_t Types[instructions::COUNT] = {
-#define INSTRUCTION(number, name, argumentclass, key, handler) argumentclass,
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) argumentclass,
 #include "machine/instructions.def"
 };
 
 const char Addressnames[instructions::COUNT][2] = {
-#define INSTRUCTION(number, name, argumentclass, key, handler) {key[0], key[1]},
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) {key[0], key[1]},
 #include "machine/instructions.def"
 };
 
 namespace {
 // The rows stand in the order of their numbers, none missing: what is indexed by number can be made row by row.
 constexpr std::uint16_t numbers[] = {
-#define INSTRUCTION(number, name, argumentclass, key, handler) number,
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) number,
 #include "machine/instructions.def"
 };
 constexpr bool inorder() {

@@ -64,7 +64,7 @@ inline void begin(Level &level, Context *meaning, Point *sp) {
 enum class Next { FETCH, JUMPED, AGAIN, LEAVE };
 using Handler = Next(Level &);
 
-#define INSTRUCTION(number, name, argumentclass, key, handler) handler
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) handler
 #define SPACE(f) void f(Point **, const Point *, Point *);
 #define HANDLER(f) Handler f;
 #include "machine/instructions.def"

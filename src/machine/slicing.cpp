@@ -7,9 +7,9 @@
 #include "operators/interval.h"
 #include "spaces/instructions.h"
 
-#define INSTRUCTION(number, name, argumentclass, key, handler) \
-  case number:                                                 \
-    handler;                                                   \
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) \
+  case number:                                                                  \
+    handler;                                                                    \
     break;
 #define MONADIC(f) vec_##f(work.operand, &instruction, work.context, index)
 #define DRAWING(f) vec_##f(work.operand, &instruction, work.context, index, state)

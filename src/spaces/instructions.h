@@ -5,7 +5,7 @@
 
 namespace instructions {
 enum Number : std::uint16_t {
-#define INSTRUCTION(number, name, argumentclass, key, handler) name = number,
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) name = number,
 #include "machine/instructions.def"
   COUNT = 270
 };

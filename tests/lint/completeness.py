@@ -12,31 +12,14 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 TESTS = ROOT / "tests"
-STRING = re.compile(r'"((?:[^"\\]|\\.)*)"')
-STRINGS = re.compile(r'(?:"(?:[^"\\]|\\.)*"\s*)+')
-ESCAPE = re.compile(r"\\(?:x([0-9A-Fa-f]{2})|(.))")
+sys.path.insert(0, str(ROOT / "tools" / "reference"))
+import tables  # noqa: E402
+
 COMMENT = re.compile(rb'["\xBC][^"\xBC]*["\xBC]')
 SESSION = re.compile(r"^```morvik[^\n]*\n(.*?)^```", re.M | re.S)
-# By number alone: every number without an implementation is run in unit/instructions_test.cpp.
-BYNUMBER = ("NOTIMPLEMENTED", "RESTRICTED", "NOTHING")
 # The word that closes a function is none of the keywords.
 CLOSING = {"FUNCTIONEND": [b";"]}
 FIRSTCERTAIN = 100  # a smaller number in a unit test may mean anything
-
-
-def unescaped(text):
-    """The bytes of a string literal."""
-    return ESCAPE.sub(lambda m: chr(int(m.group(1), 16)) if m.group(1) else m.group(2), text).encode("latin-1")
-
-
-def rows(path, macro):
-    """The rows of a table: the text between the macro's brackets."""
-    text = (ROOT / "src" / path).read_text()
-    return re.findall(r"^%s\((.*)\)$" % macro, text, re.M)
-
-
-def spellings(row):
-    return [b"".join(map(unescaped, STRING.findall(literal))) for literal in STRINGS.findall(row)]
 
 
 def pages():
@@ -72,36 +55,32 @@ def stands(spelling, text):
 
 def untouchedspellings():
     everything = programmes(frontend=True)
-    for table, macro in (("frontend/keywords.def", "KEYWORD"), ("frontend/constants.def", "CONSTANT")):
-        for row in rows(table, macro):
-            for spelling in spellings(row):
-                if not stands(spelling, everything):
-                    yield "spelling %s" % spelling.decode("latin-1").encode("unicode_escape").decode()
+    for row in tables.keywords() + tables.constants():
+        for spelling in row.spellings:
+            if not stands(spelling, everything):
+                yield "spelling %s" % spelling.decode("latin-1").encode("unicode_escape").decode()
 
 
 def untouchedinstructions():
     words = {name: list(spelled) for name, spelled in CLOSING.items()}
-    for row in rows("frontend/keywords.def", "KEYWORD"):
-        kind, _, name = (part.strip() for part in row.split(",", 3)[:3])
-        if kind != "MASKFORM":  # these two write no Point
-            words.setdefault(name, []).extend(spellings(row))
+    for row in tables.keywords():
+        if row.kind != "MASKFORM":  # these two write no Point
+            words.setdefault(row.instruction, []).extend(row.spellings)
     run, units = programmes(frontend=False), unittests()
-    for row in rows("machine/instructions.def", "INSTRUCTION"):
-        number, name, _, _, handler = (part.strip() for part in row.split(",", 4))
-        if any(stands(spelling, run) for spelling in words.get(name, ())):
+    for row in tables.instructions():
+        if any(stands(spelling, run) for spelling in words.get(row.name, ())):
             continue
-        if name not in words and (handler in BYNUMBER or "instructions::%s" % name in units):
+        # Every number without an implementation is run in unit/instructions_test.cpp.
+        if row.name not in words and (row.handler in tables.RESERVED or "instructions::%s" % row.name in units):
             continue
-        yield "instruction %s %s" % (number, name)
+        yield "instruction %s %s" % (row.number, row.name)
 
 
 def untouchedmessages():
     texts, units = shown(), unittests()
-    for row in rows("diagnostics/messages.def", "MESSAGE"):
-        number, literal = row.split(",", 1)
-        text = STRING.search(literal).group(1).split("\\n")[0]
-        inunits = int(number) >= FIRSTCERTAIN and re.search(r"\b%s\b" % number, units)
-        if text not in texts and not inunits:
+    for number, text in tables.messages():
+        inunits = number >= FIRSTCERTAIN and re.search(r"\b%s\b" % number, units)
+        if text.split("\n")[0] not in texts and not inunits:
             yield "message %s" % number
 
 

@@ -3,26 +3,23 @@
 Everything is drawn from a generator with a seed, so that a programme is the same in every run."""
 import pathlib
 import re
+import sys
 
-ROOT = pathlib.Path(__file__).resolve().parents[2] / "src"
-
-
-def instructions(kind):
-    """The names of the rows of this kind of handler."""
-    rows = (ROOT / "machine/instructions.def").read_text(encoding="latin-1")
-    return re.findall(r'^INSTRUCTION\(\d+, (\w+), .*%s\(\w+\)\)$' % kind, rows, re.MULTILINE)
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools" / "reference"))
+import tables  # noqa: E402
 
 
-def spelling(name):
-    """A word for an instruction, with nothing hidden in it."""
-    rows = (ROOT / "frontend/keywords.def").read_text(encoding="latin-1")
-    spellings = re.findall(r'^KEYWORD\(PLAIN, \w+, %s, NIHIL, \w+, NOTHING_HIDDEN, (.*)\)$' % name, rows, re.MULTILINE)
-    words = re.findall(r'"([A-Z][A-Za-z0-9]+)"', " ".join(spellings))
-    return words[-1] if words else None
+def words(kind):
+    """A word for each instruction of this kind of handler, with nothing hidden in it."""
+    spelled = {}
+    for row in tables.keywords():
+        if row.kind == "PLAIN" and row.modifier == "NIHIL" and row.hidden == "NOTHING_HIDDEN":
+            spelled.setdefault(row.instruction, []).extend(re.findall(r"\b[A-Z][A-Za-z0-9]+\b", b" ".join(row.spellings).decode("latin-1")))
+    return [spelled[row.name][-1] for row in tables.instructions() if row.kind() == kind and spelled.get(row.name)]
 
 
-MONADIC = [word for word in map(spelling, instructions("MONADIC")) if word]
-DYADIC = [word for word in map(spelling, instructions("DYADIC")) if word]
+MONADIC = words("MONADIC")
+DYADIC = words("DYADIC")
 
 PARTS = ["", "i", "jk", "lmno"]
 

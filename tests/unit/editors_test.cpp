@@ -12,8 +12,7 @@
 namespace {
 
 std::string contents(const std::string &path) {
-  const std::string here = __FILE__;
-  std::ifstream file(here.substr(0, here.rfind("tests/unit/")) + "editors/" + path, std::ios::binary);
+  std::ifstream file(MORVIK_EDITORS "/" + path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
 

@@ -23,7 +23,8 @@ struct Row {
   std::string handler;
 };
 const std::vector<Row> ROWS = {
-#define INSTRUCTION(number, name, argumentclass, key, handler) {number, #name, argumentclass, #handler},
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) \
+  {number, #name, argumentclass, #handler},
 #include "machine/instructions.def"
 #undef INSTRUCTION
 };

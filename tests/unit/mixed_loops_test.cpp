@@ -19,7 +19,7 @@
 #define NOTIMPLEMENTED
 #define RESTRICTED
 #define NOTHING
-#define INSTRUCTION(number, name, argumentclass, key, handler) handler
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) handler
 #include "machine/instructions.def"
 #undef INSTRUCTION
 #undef MONADIC
@@ -37,7 +37,7 @@ struct Instruction {
 std::vector<Instruction<Dyadic>> dyadics() {
   std::vector<Instruction<Dyadic>> found;
 #define MONADIC(f)
-#define INSTRUCTION(number, name, argumentclass, key, handler) \
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) \
   if (dyadiccores(number)) found.push_back({#name, dyadiccores(number)});
 #include "machine/instructions.def"
 #undef INSTRUCTION
@@ -49,7 +49,7 @@ std::vector<Instruction<Monadic>> monadics() {
   std::vector<Instruction<Monadic>> found;
 #define MONADIC(f) found.push_back({name, &f##monadic});
 #define DRAWING(f) MONADIC(f)
-#define INSTRUCTION(number, word, argumentclass, key, handler) \
+#define INSTRUCTION(number, word, argumentclass, key, handler, effect, meaning) \
   [&]([[maybe_unused]] const char *name) { handler; }(#word);
 #include "machine/instructions.def"
 #undef INSTRUCTION

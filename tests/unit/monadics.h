@@ -37,7 +37,8 @@ inline const std::vector<Member> &members() {
 #define NOTIMPLEMENTED static_cast<void>(name)
 #define RESTRICTED static_cast<void>(name)
 #define NOTHING static_cast<void>(name)
-#define INSTRUCTION(number, word, argumentclass, key, handler) [&](const char *name) { handler; }(#word);
+#define INSTRUCTION(number, word, argumentclass, key, handler, effect, meaning) \
+  [&](const char *name) { handler; }(#word);
 #include "machine/instructions.def"
 #undef INSTRUCTION
 #undef MONADIC
