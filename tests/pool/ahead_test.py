@@ -166,19 +166,21 @@ class Slots(Ahead):
 
     def test_gathered_values_are_whole(self):
         for work in (SOUND, MIXED, SOUND + "5", FACTORIAL):
-            for text in ("(1 2 3) MONADIC %s ; EACH", "(1 2 3) MONADIC 2 @.t SET %s FUNCTIONEND EACH",
+            for text in ("(1 2 3) MONADIC %s ; EACH", "(1 2 3) VARS 2 MONADIC %s FUNCTIONEND EACH",
                          "(1 2 3) MONADIC DISCARD %s ; EACH", "(1 2 3) (1 1 1) MONADIC %s ; MASK"):
                 self.whole(text, work)
         self.whole("(1 2 3) MONADIC DISCARD %s FUNCTIONEND EACH MONADIC ! ; EACH", MIXED)
 
     def test_frames_that_move(self):
-        for text in ("MONADIC @.t SET .t .t + FUNCTIONEND !", "5 DYADIC @.t SET .t FUNCTIONEND !",
-                     "5 DYADIC @.s SET @.t SET FUNCTIONEND !"):
+        for text in ("VARS 2 MONADIC FUNCTIONEND !", "VARS 2 MONADIC 5 FUNCTIONEND !", "5 VARS 1 DYADIC FUNCTIONEND !",
+                     "5 VARS 3 DYADIC 6 FUNCTIONEND !", "VARS 1 MONADIC NEGATIVE FUNCTIONEND !"):
             self.fails_first(text)
-            self.whole("%s " + text, SOUND)
-        for body in ("2 @.t SET %s", "2 @.t SET %s 3", "2 @.t SET 1 %s"):
-            for work in (SOUND, FACTORIAL):
-                self.whole("9 MONADIC DISCARD " + body + " FUNCTIONEND ! 6 7", work)
+            for work in (SOUND, MIXED):
+                self.whole("%s " + text, work)
+        for body in ("%s", "%s 3", "1 %s"):
+            for work in (SOUND, MIXED, FACTORIAL):
+                for ahead in ("", "6 7", "!"):
+                    self.whole("9 VARS 2 MONADIC DISCARD " + body + " FUNCTIONEND ! " + ahead, work)
 
     def test_input_keeps_the_last_of_its_values(self):
         for work in (SOUND, FACTORIAL):

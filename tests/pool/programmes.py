@@ -136,7 +136,8 @@ def step(r, value, depth):
     if choice < 0.86:
         return ": %s ; !" % r.choice(SAFE_MONADS + ["1 +", "DUP *", "2 3 + *"]), 0
     if choice < 0.90:
-        return "MONADIC @.t SET .t %s .t RIGHT FUNCTIONEND !" % r.choice(["NEGATIVE", "3 4 + +"]), 0
+        return r.choice(["MONADIC @.t SET .t %s .t RIGHT FUNCTIONEND !", "VARS 2 MONADIC %s FUNCTIONEND !",
+                         "VARS 1 DYADIC %s FUNCTIONEND !"]) % r.choice(["NEGATIVE", "3 4 + +"]), 0
     if choice < 0.93:
         return "1 2 + 3 * DISCARD", 0
     if choice < 0.95:
@@ -184,7 +185,7 @@ def failingwork(r, count):
 MESSAGES = ["nosuch", "'a' 1 +", "(1 2) (1 2 3) *", "1 ?Y", "-1 SLEEP", "'none' READ", "5 DO", "5 RESULT"]
 # What such a thing may stand in, with the stack left as it was where only the function ends.
 CALLS = ["%s", "%s", ": %s ; !", "'%s' !", "7 : %s ; DIP DISCARD", "1 : %s ; REPEAT", "(5 6) MONADIC %s ; EACH DISCARD",
-         "MONADIC @.t SET .t %s FUNCTIONEND !", "5 MONADIC %s FUNCTIONEND RESULT DISCARD"]
+         "MONADIC @.t SET .t %s FUNCTIONEND !", "VARS 2 MONADIC %s FUNCTIONEND !", "5 MONADIC %s FUNCTIONEND RESULT DISCARD"]
 
 
 def called(r, words):
