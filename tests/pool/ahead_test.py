@@ -177,6 +177,7 @@ class Slots(Ahead):
             self.fails_first(text)
             for work in (SOUND, MIXED):
                 self.whole("%s " + text, work)
+                self.whole("%s " + text + " !", work)
         for body in ("%s", "%s 3", "1 %s"):
             for work in (SOUND, MIXED, FACTORIAL):
                 for ahead in ("", "6 7", "!"):
