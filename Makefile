@@ -2,6 +2,7 @@
 #
 #   make run      builds and starts the prompt, or runs what is piped in (ARGS="-q" passes options on)
 #   make test     every test; test-debug, test-asan, test-tsan, test-checking: the same in those builds
+#                 (TESTS="REGEX" chooses by name)
 #   make bless    rewrites expectations of transcripts (NAMES="room room/name.morvik" chooses); read the difference
 #   make lint     format, clang-tidy and the lints
 #   make format   formats
@@ -10,6 +11,7 @@
 
 ARGS ?=
 NAMES ?=
+TESTS ?= .
 SECONDS ?= 60
 JOBS ?= $(shell nproc)
 export JOBS
@@ -30,12 +32,12 @@ run:
 test:
 	@tools/need build test
 	@tools/build release
-	@ctest --test-dir build --output-on-failure -j $(JOBS)
+	@ctest --test-dir build --output-on-failure -j $(JOBS) -R '$(TESTS)'
 
 test-%:
 	@tools/need build test
 	@tools/build $*
-	@ctest --test-dir build-$* --output-on-failure -j $(JOBS)
+	@ctest --test-dir build-$* --output-on-failure -j $(JOBS) -R '$(TESTS)'
 
 bless:
 	@tools/need build test

@@ -129,7 +129,6 @@ void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const
   if (passvoid(stack)) return;
   const Point &left = (*stack)[-1], &right = **stack;
   const bool parallel = goesparallel(std::max(left.elements, right.elements));
-  if (parallel) wait_for_coprocessors(*stack, 2);
   hypercomplexflops = 0;
 
   Joint joint;

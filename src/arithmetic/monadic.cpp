@@ -158,7 +158,6 @@ void monadicframe(const Monadic &m, Point *point, const Point *instruction, cons
   if (!isspace(*point)) failwork(RESTRICTION, &top, instruction);
   if (isvoid(*point)) return;
   const bool parallel = goesparallel(point->elements);
-  if (parallel) wait_for_coprocessors(top, 1);
   hypercomplexflops = 0;
 
   Run run = runover(*point);
@@ -178,6 +177,7 @@ void monadicframe(const Monadic &m, Point *point, const Point *instruction, cons
   if (parallel && !isdeep(*point)) {
     describe(*point);
     handed = handout(run, instruction, point, tally);
+    if (handed) notedraws(0, state);
   }
   const std::uint64_t undrawn = state ? *state : 0;
   if (const std::int32_t message = work(m, run, tally); message != 0) {
@@ -196,8 +196,7 @@ std::int32_t monadicslice(const Monadic &m, std::uint32_t index, std::uint64_t *
   run.leftstep = 1;
   Tally tally = startslice();
   tally.state = state;
-  const std::uint64_t undrawn = state ? *state : 0;
+  notedraws(index, state);
   const std::int32_t message = cutslice(run, index) ? work(m, run, tally) : 0;
-  if (message != 0 && state) *state = undrawn;
   return endslice(run, tally, message, index);
 }

@@ -1,4 +1,4 @@
-// ROLL and RANDOM: one draw for each element.
+// ROLL and RANDOM: a draw for each component, in their order.
 #include <limits>
 
 #include "arithmetic/monadic.h"
@@ -39,8 +39,7 @@ struct Randomised : Counted {
   template <Parted T>
   T operator()(const T &x) {
     flops += PARTS<T>;
-    const double share = drawunit(state);
-    return assemble<T>([&](auto i) { return share * part(x, i); });
+    return assemble<T>([&](auto i) { return drawunit(state) * part(x, i); });
   }
 };
 

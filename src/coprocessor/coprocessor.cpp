@@ -2,12 +2,12 @@
 #include "coprocessor/coprocessor.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 
 #include "coprocessor/slices.h"
 #include "coprocessor/threads.h"
 #include "diagnostics/exception.h"
-#include "diagnostics/text.h"
 #include "spaces/convert.h"
 #include "spaces/counters.h"
 #include "spaces/refderef.h"
@@ -34,6 +34,7 @@ std::int32_t thrds = 1;
 std::int64_t MIN_PARALLEL = 1001;
 Work to_coprocessors;
 Point *quads;
+Point *unfinished;
 std::atomic<bool> slicesstopped;
 
 Slice slice(std::uint32_t count, std::uint32_t parts, std::uint32_t index) {
@@ -48,16 +49,20 @@ Slice slice(std::uint32_t count, std::uint32_t parts, std::uint32_t index) {
 
 namespace {
 
-Point posted;  // the instruction at work, as its Programme may be gone at the join
+Point posted;  // the instruction at work, with references of its own: its Programme may be gone at the join
 
 void post(std::uint32_t slots) {
+  assert(!coprocessors_running);
   posted = *to_coprocessors.instruction;
+  referencepoint(&posted);
   to_coprocessors.instruction = &posted;
   to_coprocessors.context = quads;
   unfinished = to_coprocessors.operand;
   slicesstopped = false;
   coprocessors_running = true;
+  from_coprocessor[0].state = nullptr;
   for (std::uint32_t i = slots - 1; i > 0; --i) {
+    from_coprocessor[i].state = nullptr;
     from_coprocessor[i].done = 0;
     postslot(i);
   }
@@ -90,11 +95,19 @@ Found collect(std::uint32_t slots) {
   return found;
 }
 
-// All slots sleep again.
+// All slots sleep again. The instruction stays, for who reports of it.
 void endwork() {
   coprocessors_running = false;
   unfinished = nullptr;
   dereference(to_coprocessors.release);
+}
+
+// As nothing came of the instruction, it drew nothing either.
+void takebackdraws() {
+  for (std::uint32_t i = 0; i < processors; ++i) {
+    const Reply &reply = from_coprocessor[i];
+    if (reply.state) *reply.state = reply.undrawn;
+  }
 }
 
 // Does what a coprocessor asked the main thread for, which then is not done yet. Did one ask?
@@ -128,6 +141,7 @@ void complete(std::uint32_t flags) {
 // The instruction failed: the result goes, and its operands stand where they stood. The right one only where the stack
 // did not grow over its slot.
 void restore(Point *&top) {
+  takebackdraws();
   Point &result = *to_coprocessors.operand;
   Point &left = from_coprocessor[0].deferred, &right = from_coprocessor[1].deferred;
   const bool dyadic = to_coprocessors.first != nullptr;
@@ -151,6 +165,12 @@ void restore(Point *&top) {
   right = {};
 }
 
+[[noreturn]] void reportfailure(std::int32_t message, Point *&top) {
+  Custody kept;
+  takecustody(kept, releasepoint, &posted);
+  failwork(message, &top, &posted);
+}
+
 }  // namespace
 
 bool postcoprocessors() {
@@ -168,10 +188,18 @@ void defer(const Point &left, const Point &right) {
   from_coprocessor[1].deferred = right;
 }
 
+void notedraws(std::uint32_t index, std::uint64_t *state) {
+  if (!state) return;
+  from_coprocessor[index].state = state;
+  from_coprocessor[index].undrawn = *state;
+}
+
 void recallslices() {
   slicesstopped = true;
   collect(processors);
   endwork();
+  takebackdraws();
+  dereferencepoint(&posted);
 }
 
 void wait_for_coprocessors(Point *&top, int) {
@@ -179,20 +207,12 @@ void wait_for_coprocessors(Point *&top, int) {
   const Found found = collect(processors);
   if (serverequest() || !found.any || !to_coprocessors.instruction) return;
   endwork();
-  if (found.failure == 0) return complete(found.flags);
-  restore(top);
-  failwork(found.failure, &top, &posted);
-}
-
-void dropwork(Point *&top) {
-  if (!unfinished) return;
-  slicesstopped = true;
-  const Found found = collect(processors);
-  endwork();
-  if (found.failure == 0)
-    complete(found.flags);
-  else
+  if (found.failure != 0) {
     restore(top);
+    reportfailure(found.failure, top);
+  }
+  complete(found.flags);
+  dereferencepoint(&posted);
 }
 
 void wakecoprocessors(const Point &instruction, std::int64_t number) {
@@ -203,4 +223,5 @@ void wakecoprocessors(const Point &instruction, std::int64_t number) {
   post(cpus);
   collect(cpus);
   endwork();
+  dereferencepoint(&posted);
 }

@@ -6,6 +6,7 @@
 // - There is one work record: whoever hands out joins first.
 // - The result in flight stays in its stack slot until the join. Whoever reads, moves or drops that slot joins first:
 //   the argument classes see to the operands of an instruction, `settle` to the rest.
+// - Nothing is reported and no jump leaves while anything is in flight, as that may have failed before (`joinahead`).
 // - What the slices read lives until the join: the operands are kept back in `deferred`.
 // - A slice writes its own records alone, and the counts that it changes are under the lock.
 #pragma once
@@ -13,7 +14,6 @@
 #include <atomic>
 #include <cstdint>
 
-#include "diagnostics/text.h"
 #include "spaces/point.h"
 
 // The one channel from the main thread to the pool; written only while all coprocessors are idle.
@@ -44,8 +44,10 @@ struct Reply {
   void (*request_function)(Point **operand, const Point *instruction, Point *context);
   Point *context;
   char done;
-  std::int32_t failure;  // a message number noted by the slice, 0 for none
-  double operations;     // element operations on nested spaces in the slice
+  std::int32_t failure;   // a message number noted by the slice, 0 for none
+  std::uint64_t *state;   // the thread's generator, where the slice draws from it; null where it does not
+  std::uint64_t undrawn;  // what it held before
+  double operations;      // element operations on nested spaces in the slice
 };
 
 extern std::uint32_t processors;   // work slots, slot 0 being the main thread
@@ -55,6 +57,7 @@ extern std::int64_t MIN_PARALLEL;  // an instruction of at most so many elements
 extern Work to_coprocessors;
 extern Reply *from_coprocessor;  // `processors` records; slot 0 always exists
 extern Point *quads;             // the 16 system variables of the bank in use
+extern Point *unfinished;        // the stack slot of the result in flight, null for none
 inline constexpr int IO_SLOT = 2, CT_SLOT = 6;
 
 // The parallel gate: does work over so many elements go to the pool?
@@ -69,6 +72,8 @@ bool postcoprocessors();
 // is written to is null. A monadic instruction has no right one.
 void defer(const Point &left);
 void defer(const Point &left, const Point &right);
+// Before the slice of a thread draws: where its generator stands, to which it goes back if any slice fails.
+void notedraws(std::uint32_t index, std::uint64_t *state);
 // Stops the slices and waits for them: the main thread's own slice failed. All records of theirs are whole then.
 void recallslices();
 
@@ -76,8 +81,6 @@ void recallslices();
 // failed, the operands stand on the stack again, as far as no other value took the place of the right one, and the
 // failure is reported and jumps. `top` is the caller's stack top; the number of operands documents the call site.
 void wait_for_coprocessors(Point *&top, int operands);
-// The same on the way of a jump, which goes on: slices are stopped, nothing is reported.
-void dropwork(Point *&top);
 // Joins if anything is in flight.
 inline void settle(Point *&top) {
   if (unfinished) [[unlikely]]

@@ -25,6 +25,7 @@ constexpr int FAILED_START = 1;
 
 Custody *landingmark;
 void (*landingunwind)();
+void (*landingjoin)();
 bool leaving;  // a jump is on its way: what it releases may fail in turn
 
 // A buffer that setjmp never filled is all zeros.
@@ -48,13 +49,14 @@ void report(std::int32_t number, Point **stackpointer, const Point *instruction)
     return;
   }
   if (instruction) dumpcopy("\nInstruction:\n", instruction);
-  if (stackpointer && A_Problem != 0 && *stackpointer != unfinished) dumpcopy("Top of stack:\n", *stackpointer);
+  if (stackpointer && A_Problem != 0) dumpcopy("Top of stack:\n", *stackpointer);
   std::fflush(stderr);
 }
 
 }  // namespace
 
 void exception(std::int32_t number, Point **stackpointer, const Point *instruction) {
+  joinahead();
   if (number < -GOODBYE) raised(-1000 - number);
   if (number == GOODBYE) {
     endprocess = 1;
@@ -86,7 +88,7 @@ void failwork(std::int32_t message, Point **stackpointer, const Point *instructi
 
 void jump(int value) {
   if (!armed()) endatonce(value < -GOODBYE ? value & 0xFF : FAILED_START);
-  dropreferencelocks();
+  joinahead();
   if (!leaving) {
     leaving = true;
     if (landingunwind) landingunwind();
@@ -96,18 +98,28 @@ void jump(int value) {
   longjmp(error_jump, value);
 }
 
-void armlanding(Landing &outer, void (*unwind)()) {
+// A walk over counts that fails holds the lock, which the other threads may wait for.
+void joinahead() {
+  dropreferencelocks();
+  if (landingjoin) landingjoin();
+}
+
+void armlanding(Landing &outer, void (*unwind)(), void (*join)()) {
+  joinahead();
   std::memcpy(&outer.buffer, &error_jump, sizeof error_jump);
   outer.mark = landingmark;
   outer.unwind = landingunwind;
+  outer.join = landingjoin;
   landingmark = custody;
   landingunwind = unwind;
+  landingjoin = join;
 }
 
 void disarmlanding(const Landing &outer) {
   std::memcpy(&error_jump, &outer.buffer, sizeof error_jump);
   landingmark = outer.mark;
   landingunwind = outer.unwind;
+  landingjoin = outer.join;
 }
 
 void endatonce(int status) {

@@ -43,11 +43,17 @@ struct Landing {
   jmp_buf buffer;
   Custody *mark;     // custody that was taken before the landing was armed stays
   void (*unwind)();  // called by jump while the frames still stand; null for nothing to do. A jump inside it goes on
+  void (*join)();    // waits for the work that runs beside the caller; null where there is none. See joinahead
 };
-// Keeps the landing in force in `outer`, and makes ready for a setjmp(error_jump) in the caller's frame.
-void armlanding(Landing &outer, void (*unwind)());
+// Keeps the landing in force in `outer`, and makes ready for a setjmp(error_jump) in the caller's frame. What was begun
+// under the outer landing is joined first, as its failure is to land there.
+void armlanding(Landing &outer, void (*unwind)(), void (*join)() = nullptr);
 // Puts the outer landing back.
 void disarmlanding(const Landing &outer);
+
+// Joins what other threads still work at. Nothing is reported and nothing jumps before: what they work at was begun
+// earlier, so that where it fails, its message is the one to report, and this does not return.
+void joinahead();
 
 // Signals. The handlers of interrupt and quit only note the signal; it is taken at the next safe point.
 extern volatile std::sig_atomic_t interrupted;

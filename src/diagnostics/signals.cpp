@@ -45,7 +45,9 @@ void say(const char *text) {
   }
 }
 
+// As long as it stands noted, the slices in flight stop for it.
 [[noreturn]] void interrupt(int signal) {
+  joinahead();
   interrupted = 0;
   if (PrintOut) std::fputc('\n', stdout);
   std::fputs("\n** User interrupt. **\n", stdout);
@@ -74,6 +76,7 @@ void giveup(pthread_mutex_t &mutex) {
   giveup(mp);
   giveup(mp1);
   referencelocks = 0;
+  joinahead();
   if (A_Problem == NEVER_STORED) say("\nA Problem Occured ... \n");
   switch (signal) {
     case SIGFPE:

@@ -9,11 +9,8 @@
 
 // Writes `prefix`, then the Point. `source` non-zero gives the form that the scanner reads back at full precision, 0
 // the display form for people; an `indent` (function nesting) above 0 counts as source for symbolic Points. Printing
-// may retag whole reals as integers and set COMPLEXED.
+// may retag whole reals as integers and set COMPLEXED, so nothing may be in flight.
 void disass(std::FILE *stream, const char *prefix, Point *point, int indent, int source);
-// The stack slot of the result that the pool is at work on, null for none. While there is one, printing leaves all
-// records and flags as they are, and the slot itself is not to be looked at.
-extern Point *unfinished;
 // disass in display form with PrintOut set for the call.
 void dump(std::FILE *stream, const char *prefix, Point *point);
 // The Points from bottom to top in source form, a line each, then a "." line.

@@ -7,8 +7,6 @@
 #include "diagnostics/text.h"
 #include "spaces/convert.h"
 
-Point *unfinished;
-
 namespace printer {
 
 namespace {
@@ -189,7 +187,7 @@ void element(const Element &e, bool source) {
   Element copy = e;
   const bool changed = lower(copy, complexes);
   element(copy, source);
-  if (!changed || unfinished) return 0;
+  if (!changed) return 0;
   e = copy;
   return kindbit(e.tag);
 }
@@ -202,7 +200,6 @@ void scalar(Point &space, bool source) {
 
 // The flags are counted anew: what they claim beyond the records stays, and a word without any kind stays without.
 void recount(Point &space, std::uint32_t kinds, std::uint32_t gained) {
-  if (unfinished) return;
   if ((space.type & ELEMENTBITS) != 0) space.type |= gained;
   if (space.elements > 1) space.type |= complexed(kinds);
 }

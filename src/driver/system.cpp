@@ -163,7 +163,6 @@ void startpool() {
 }
 
 void stoppool() {
-  dropwork(sp);
   endcoprocessors();
 }
 

@@ -66,6 +66,7 @@ void writetop(Level &level, std::FILE *stream, Form form) {
 
 // APPEND and its like.
 Next writetofile(Level &level, const char *mode, Form form) {
+  settle(level.sp);
   Held file;
   hold(file, openfile(level.instruction, &level.sp, mode, nullptr));
   writetop(level, file.stream, form);
@@ -130,6 +131,7 @@ Next doread(Level &level) {
 Next doload(Level &level) {
   Held file;
   if (!opennamed(level, LOADING, file)) return Next::LEAVE;
+  settle(level.sp);
   while (hasvalues(level, 1)) droptop(level);
   if (level.meaning->table) hashwipe(level.meaning->table);
   runstream(level, file.stream);
@@ -172,6 +174,7 @@ Next doremember(Level &level) {
 }
 
 Next dowrite(Level &level) {
+  settle(level.sp);
   if (!named(level, WRITING)) return Next::LEAVE;
   if (isempty(*level.sp)) {
     writetop(level, stdout, Form::SOURCE);

@@ -16,7 +16,6 @@ Next levelreturn(Level &level) {
     return Next::LEAVE;
   }
   if (endprocess || level.level != 0 || A_Problem != 1 || !hasvalues(level, 1)) return Next::LEAVE;
-  settle(level.sp);
   std::fputs("\n-- - Discarding the bad TOS value...\n", stdout);
   const std::uint32_t kept = level.sp->type & HASASCII;
   A_Problem = 0;
@@ -58,7 +57,7 @@ void reportrun() {
 
 // The end of a run at level 0: the join, the run reports and the echo.
 [[gnu::noinline]] void endofrun(Level &level) {
-  if (processors > 1) wait_for_coprocessors(level.sp, 0);
+  settle(level.sp);
   reportrun();
   if (hasvalues(level, 1))
     dump(stdout, "\n\n", level.sp);

@@ -5,8 +5,9 @@
 //     instruction that fails reports and jumps, which drops every level down to level 0.
 //  3. What a handler holds in hand across a call goes into custody; no frame here keeps an object with a destructor.
 //  4. The Programme is never changed but for the bindings of its names: recursion meets it whole.
-//  5. A result in flight is not looked at, moved or dropped: the classes wait for the pool, the end of a run does, and
-//     so does whoever else reaches into the stack (settle).
+//  5. A result in flight is not looked at, moved or dropped: the classes wait for the pool, and so does whoever else
+//     reaches into the stack (settle). Nothing is in flight when a message is reported, when a jump leaves, when a
+//     landing is armed, and when a run of level 0 ends.
 //  6. An interrupt is taken between Points, never inside one, unless its handler offers a safe point of its own.
 #include "machine/machine.h"
 
@@ -65,7 +66,6 @@ Next pushnamed(Level &level, Point &name) {
 
 Next pushlocal(Level &level, const Point &name) {
   const Point *local = level.frame + name.data_pointer->integer;
-  if (local == unfinished) settle(level.sp);
   if (local >= level.floor || local->rank == ranks::VARIABLE) return fail(level, 23);
   pushcopy(level, *local);
   return Next::FETCH;
@@ -89,6 +89,7 @@ Next pushaddress(Level &level, Point &name) {
 }
 
 Next unusable(Level &level, const char *text) {
+  joinahead();
   std::fputs(text, stderr);
   return levelreturn(level);
 }
@@ -164,7 +165,6 @@ void loop(Level &level) {
 void droplevels() {
   Point *top = running->sp;
   for (; running->level != 0; running = running->caller) popcontexts(*running);
-  if (unfinished > running->sp) dropwork(top);
   if (top < running->sp) running->sp = top;
   while (top > running->sp) dereferencepoint(top--);
 }
@@ -181,10 +181,14 @@ void land(Level &level) {
   levelreturn(level);
 }
 
+void joinrunning() {
+  settle(running->sp);
+}
+
 // A run at level 0 inside another (the Inspect prompt) puts the outer landing back.
 void runlanded(Level &level) {
   Landing outer;
-  armlanding(outer, droplevels);
+  armlanding(outer, droplevels, joinrunning);
   if (setjmp(error_jump) != 0)
     land(level);
   else if (opstime)

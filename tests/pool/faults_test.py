@@ -74,6 +74,31 @@ class Faults(unittest.TestCase):
                 if not SANITIZED:
                     self.assertLess(time.monotonic() - began, 20, "the slices went on")
 
+    def test_an_interrupt_stops_what_the_main_thread_ran_ahead_of(self):
+        # The main thread has the smallest slice, and sleeps when its words come out.
+        with subprocess.Popen([BINARY, "-q", "-c3"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE) as process:
+            process.stdin.write(b"1000000 .. 1l1 * @x SET 'there' PRINT x 2 POWER 100 SLEEP .\n")
+            process.stdin.flush()
+            self.assertEqual(process.stdout.read(len(b"there\n")), b"there\n")
+            process.send_signal(signal.SIGINT)
+            out, err = process.communicate(b"DISCARD x - ABS SUM .\n", timeout=120)
+            self.assertEqual(err, b"")
+            self.assertIn(b"** User interrupt. **", out)
+            self.assertEqual(lines(out.decode())[-1], " 0", "the operand stands again")
+
+    def test_a_fault_comes_behind_a_failure(self):
+        if SANITIZED:
+            self.skipTest("faults are the sanitizer's")
+        limit = lambda: resource.setrlimit(resource.RLIMIT_STACK, (64 * MEBIBYTE, 64 * MEBIBYTE))
+        text = "4 SERIAL . : f ! ; @f SET (1 2 3 4 5 6 7 %s) FACTORIAL f ! .\nCLEAR 1 2 + .\n"
+        for last, said in (("-1", "\n36 - invalid argument to factorial.\n\nInstruction:\n . OPERATOR:\t\tFACTORIAL"),
+                           ("8", "\nSEGMENTATION VIOLATION\n")):
+            done = run(text % last, "-q", "-c3", preexec_fn=limit)
+            self.assertEqual(done.stderr, said)
+            self.assertEqual(done.stdout.count("Exception processing:..."), 1)
+            self.assertEqual(lines(done.stdout)[-1], " 3")
+
     def test_fewer_threads_than_were_wanted(self):
         if SANITIZED:
             self.skipTest("the sanitizer needs the address space")

@@ -14,6 +14,8 @@ BINARY = sys.argv.pop(1)
 SLOTS = [2, 3, 4, 5, 8, 17]
 SHOW = programmes.SHOW
 QUICK = os.environ.get("MORVIK_SANITIZED") == "1"
+# By hand, for as long as one likes: MORVIK_SESSIONS=2000 parallel_test.py BINARY Parallel.test_sessions_that_fail
+SESSIONS = int(os.environ.get("MORVIK_SESSIONS", 10 if QUICK else 60))
 
 
 def run(text, *options):
@@ -76,6 +78,13 @@ class Parallel(unittest.TestCase):
             slots = r.choice(SLOTS)
             with self.subTest(seed=seed, slots=slots):
                 self.agree(programmes.chain(r, 1000, r.choice([slots + 1, 30, 61])), slots, slots)
+
+    def test_sessions_that_fail(self):
+        for seed in range(SESSIONS):
+            r = random.Random(2000 + seed)
+            slots = r.choice([3, 5])
+            with self.subTest(seed=seed, slots=slots):
+                self.agree(programmes.failures(r, 12, r.choice([slots + 1, 30, 61])), slots, slots)
 
     def test_flag_words(self):
         """Who asks the flag word, and not the records, finds a result mixed whose slices hold one kind each."""

@@ -110,6 +110,40 @@ def conformable(r, count):
                           for i in range(count)) + ")"
 
 
+def step(r, value, depth):
+    """The next words of a chain over a stack of so many values, and how many more there are then."""
+    choice = r.random()
+    if depth < 2 or (depth < 8 and choice < 0.15):
+        return r.choice([value(), r.choice(NAMES), r.choice(NAMES), KINDS["number"](r)]), 1
+    if choice < 0.45:
+        return r.choice(SAFE_DYADS), -1
+    if choice < 0.60:
+        return r.choice(SAFE_MONADS), 0
+    if choice < 0.66:
+        return "DUP", 1
+    if choice < 0.70:
+        return "SWAP", 0
+    if choice < 0.74:
+        return "DISCARD", -1
+    if choice < 0.78:
+        word = "@%s %s" % (r.choice(NAMES), r.choice(["ASSIGN", "SET"]))
+        return word, -word.endswith("SET")
+    if choice < 0.82:
+        return "RIGHT", -1
+    if choice < 0.86:
+        return ": %s ; !" % r.choice(SAFE_MONADS + ["1 +", "DUP *", "2 3 + *"]), 0
+    if choice < 0.90:
+        return r.choice(["MONADIC @.t SET .t %s .t RIGHT FUNCTIONEND !", "VARS 2 MONADIC %s FUNCTIONEND !",
+                         "VARS 1 DYADIC %s FUNCTIONEND !"]) % r.choice(["NEGATIVE", "3 4 + +"]), 0
+    if choice < 0.93:
+        return "1 2 + 3 * DISCARD", 0
+    if choice < 0.95:
+        return ": 1 + ; DIP", 0
+    if choice < 0.97:
+        return "DYADIC + 2 * FUNCTIONEND !", -1
+    return r.choice(["SHAPE DISCARD", "FIRST DISCARD", "DEPTH DISCARD", "ENLIST DISCARD", "PRINT"]), -1
+
+
 def chain(r, steps, count):
     """Instructions one after the other over spaces of one length, which are reused, aliased and dropped at once, between
     functions, locals, names and small work that runs ahead. Nothing in it fails."""
@@ -118,45 +152,63 @@ def chain(r, steps, count):
     for name in NAMES:
         words.append(value() + " @%s SET" % name)
     for _ in range(steps):
-        choice = r.random()
-        if depth < 2 or (depth < 8 and choice < 0.15):
-            words.append(r.choice([value(), r.choice(NAMES), r.choice(NAMES), KINDS["number"](r)]))
-            depth += 1
-        elif choice < 0.45:
-            words.append(r.choice(SAFE_DYADS))
-            depth -= 1
-        elif choice < 0.60:
-            words.append(r.choice(SAFE_MONADS))
-        elif choice < 0.66:
-            words.append("DUP")
-            depth += 1
-        elif choice < 0.70:
-            words.append("SWAP")
-        elif choice < 0.74:
-            words.append("DISCARD")
-            depth -= 1
-        elif choice < 0.78:
-            words.append("@%s %s" % (r.choice(NAMES), r.choice(["ASSIGN", "SET"])))
-            depth -= words[-1].endswith("SET")
-        elif choice < 0.82:
-            words.append("RIGHT")
-            depth -= 1
-        elif choice < 0.86:
-            words.append(": %s ; !" % r.choice(SAFE_MONADS + ["1 +", "DUP *", "2 3 + *"]))
-        elif choice < 0.90:
-            words.append("MONADIC @.t SET .t %s .t RIGHT FUNCTIONEND !" % r.choice(["NEGATIVE", "3 4 + +"]))
-        elif choice < 0.93:
-            words.append("1 2 + 3 * DISCARD")
-        elif choice < 0.95:
-            words.append(": 1 + ; DIP")
-        elif choice < 0.97:
-            words.append("DYADIC + 2 * FUNCTIONEND !")
-            depth -= 1
-        else:
-            words.append(r.choice(["SHAPE DISCARD", "FIRST DISCARD", "DEPTH DISCARD", "ENLIST DISCARD", "PRINT"]))
-            depth -= 1
+        word, more = step(r, value, depth)
+        words.append(word)
+        depth += more
     # A text is limited in length: the chain goes on in the next.
     text = ""
     for i, word in enumerate(words):
         text += word + (" .\n" if i % 60 == 59 else " ")
     return text + SHOW
+
+
+def failingwork(r, count):
+    """Work on a space of this length that fails at one place or at two, wherever that is."""
+    def spoilt(sound, bad):
+        members = [sound() for _ in range(count)]
+        for _ in range(r.choice([1, 1, 2])):
+            members[r.randrange(count)] = bad
+        return "(" + " ".join(members) + ")"
+    whole = lambda: str(r.randint(1, 9))
+    return r.choice([
+        spoilt(whole, "-1") + " FACTORIAL",
+        spoilt(whole, "'a'") + " " + r.choice(["NEGATIVE", "NOT", "MAGNITUDE", "1 +", "2 SWAP *"]),
+        spoilt(whole, "(1 2 3)") + " " + spoilt(whole, "(1 2)") + " " + r.choice(["+", "AND", "MINIMUM"]),
+        "7 SEED " + spoilt(whole, "0") + " ROLL",
+        spoilt(whole, "(2 (3 -1))") + " @x ASSIGN FACTORIAL"])
+
+
+# What ends a text, or a function alone, by a message of its own.
+MESSAGES = ["nosuch", "'a' 1 +", "(1 2) (1 2 3) *", "1 ?Y", "-1 SLEEP", "'none' READ", "5 DO", "5 RESULT"]
+# What such a thing may stand in, with the stack left as it was where only the function ends.
+CALLS = ["%s", "%s", ": %s ; !", "'%s' !", "7 : %s ; DIP DISCARD", "1 : %s ; REPEAT", "(5 6) MONADIC %s ; EACH DISCARD",
+         "MONADIC @.t SET .t %s FUNCTIONEND !", "VARS 2 MONADIC %s FUNCTIONEND !", "5 MONADIC %s FUNCTIONEND RESULT DISCARD"]
+
+
+def called(r, words):
+    call = r.choice(CALLS)
+    return call % (words.replace("'", "''") if "'%s'" in call else words)
+
+
+def failures(r, texts, count):
+    """A session of texts, of which many fail, by what the pool works at or by what the main thread does meanwhile, and
+    the others show that nothing is left of that."""
+    value = lambda: conformable(r, count) if r.random() < 0.15 else vector(r, r.choice(NUMBERS), count)
+    session = ""
+    for _ in range(texts):
+        words, depth = ["%s @%s SET" % (value(), name) for name in NAMES], 0
+        for _ in range(r.randint(3, 30)):
+            choice = r.random()
+            if choice < 0.05:
+                words.append(called(r, failingwork(r, count)))
+                if r.random() < 0.7:
+                    words.append(called(r, r.choice(MESSAGES)))
+                depth += 1
+            elif choice < 0.10:
+                words.append(called(r, r.choice(MESSAGES)))
+            else:
+                word, more = step(r, value, depth)
+                words.append(word)
+                depth += more
+        session += "CLEAR " + " ".join(words) + " '' DUMPSTACK .\n"
+    return session

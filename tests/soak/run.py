@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Wears the pool: run.py BINARY SECONDS [SEED]. Random chains with random numbers of threads, SERIAL and PARALLEL in
-between, and interrupts at any time. The process must come back from each, and end in order: with the checking build
-that is no block lost, with a sanitizer's no report."""
+"""Wears the pool: run.py BINARY SECONDS [SEED]. Random chains and texts that fail, with random numbers of threads, SERIAL
+and PARALLEL in between, and interrupts at any time. The process must come back from each, and end in order: with the
+checking build that is no block lost, with a sanitizer's no report."""
 import pathlib
 import random
 import signal
@@ -23,6 +23,7 @@ def session(r, binary):
         texts.append("%d PARALLEL .\n" % r.randint(1, slots))
         count = r.choice([slots + 1, 30, 300])
         texts.append(programmes.chain(r, r.randint(50, 300), count))
+        texts.append(programmes.failures(r, r.randint(1, 6), count))
         if r.random() < 0.3:
             texts.append("CLEAR %d .. 1l1 * EXPONENTIAL NATURALLOG DUP * @big SET big big + DISCARD .\n" %
                          r.randint(1000, 100000))

@@ -228,6 +228,56 @@ TEST_F(Exception, AFailureOnTheWayGoesOnToTheLanding) {
   EXPECT_EQ(notes, (std::vector<int>{9}));
 }
 
+// ---- Work that runs ahead.
+
+bool broken;  // does the join find a failure? It finds each once
+void notejoin() {
+  order->push_back(7);
+  if (!broken) return;
+  broken = false;
+  exceptionjump(36);
+}
+
+TEST_F(Exception, WhatRunsAheadIsJoinedBeforeAnythingIsReportedOrJumps) {
+  std::vector<int> notes;
+  order = &notes;
+  const Printed printed = failures::printed([] {
+    landingof([] { exception(23, nullptr, nullptr); }, nullptr, notejoin);
+    order->push_back(0);
+    landingof([] { jump(-1); }, noteunwind, notejoin);
+    order->push_back(0);
+    // An inner landing begins with nothing in flight, and has no join of its own.
+    landingof([] { landingof([] { exceptionjump(24); }); }, nullptr, notejoin);
+  });
+  EXPECT_EQ(notes, (std::vector<int>{7, 0, 7, 9, 0, 7}));
+  notes.clear();
+  interrupted = SIGINT;
+  failures::printed([] { landingof(takeinterrupt, noteunwind, notejoin); });
+  EXPECT_EQ(notes, (std::vector<int>{7, 7, 9})) << "once for the report, once for the jump";
+}
+
+TEST_F(Exception, TheFailureOfWhatRunsAheadIsReportedInThePlaceOfAllOthers) {
+  std::vector<int> notes;
+  order = &notes;
+  const auto reports = [](auto body) {
+    broken = true;
+    int landed = 0;
+    const Printed printed = failures::printed([&] { landed = landingof(body, nullptr, notejoin); });
+    EXPECT_EQ(landed, -1);
+    return printed.out + printed.err.substr(0, printed.err.find(" - "));
+  };
+  EXPECT_EQ(reports([] { exceptionjump(23); }), "\n36");
+  EXPECT_EQ(reports([] { exception(23, nullptr, nullptr); }), "\n36");
+  EXPECT_EQ(reports([] { jump(-9); }), "\n36");
+  EXPECT_EQ(reports([] { outofstorage(); }), "\n36");
+  EXPECT_EQ(A_Problem, 0);
+  EXPECT_EQ(reports([] { landingof([] {}); }), "\n36");
+  EXPECT_EQ(reports([] { exception(999, nullptr, nullptr); }), "\n36");
+  EXPECT_EQ(endprocess, 0);
+  interrupted = SIGINT;
+  EXPECT_EQ(reports([] { takeinterrupt(); }), "\n36");
+}
+
 TEST_F(Exception, CustodyReleasesPointsProgrammesAndBlocks) {
   const std::int64_t before = liveblocks();
   landingof([] {

@@ -20,9 +20,9 @@ inline constexpr bool SANITIZED = false;
 
 // Runs the body with a landing; the value of the jump, 0 if none was made. No frame in between holds an object.
 template <typename Body>
-inline int landingof(Body body, void (*unwind)() = nullptr) {
+inline int landingof(Body body, void (*unwind)() = nullptr, void (*join)() = nullptr) {
   Landing outer;
-  armlanding(outer, unwind);
+  armlanding(outer, unwind, join);
   const int value = setjmp(error_jump);
   if (value == 0) body();
   disarmlanding(outer);

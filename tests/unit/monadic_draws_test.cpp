@@ -42,7 +42,9 @@ TEST_F(MonadicDraws, DrawsOnlyWhereUndecided) {
   EXPECT_EQ(statenow("PROBABLY", complex(0.25, 1), type), ONE);
   EXPECT_EQ(statenow("PROBABLY", whole(1), type), 1U);
   EXPECT_EQ(type & ISPROBABLE, 0U);
-  EXPECT_EQ(statenow("RANDOM", quaternions(1, 2, 3, 4), type), ONE);
+  std::uint64_t fourth = 1;
+  for (int i = 0; i < 4; ++i) PRNGS(&fourth);
+  EXPECT_EQ(statenow("RANDOM", quaternions(1, 2, 3, 4), type), fourth);
   EXPECT_EQ(statenow("ROLL", whole(6), type), ONE);
 }
 
@@ -72,17 +74,23 @@ TEST_F(MonadicDraws, RollAndRandom) {
   Point p = result("ROLL", vector({whole(6), real(6), whole(1), whole(1000000)}), 0, ORIGIN, 7);
   std::uint64_t state = 7;
   std::vector<double> draws;
-  for (int i = 0; i < 4; ++i) draws.push_back(static_cast<double>(PRNGS(&state)) / PRNGS_MODULUS);
+  for (int i = 0; i < 16; ++i) draws.push_back(static_cast<double>(PRNGS(&state)) / PRNGS_MODULUS);
   EXPECT_EQ(p.data_pointer[0].integer, ORIGIN + static_cast<std::int64_t>(draws[0] * 6));
   EXPECT_EQ(p.data_pointer[1].real, draws[1] * 6);
   EXPECT_EQ(p.data_pointer[2].integer, ORIGIN);
   EXPECT_EQ(p.data_pointer[3].integer, ORIGIN + static_cast<std::int64_t>(draws[3] * 1000000));
   drop(p);
-  p = result("RANDOM", vector({real(-2), complex(1, -4), whole(3)}), 0, ORIGIN, 7);
+  p = result("RANDOM",
+             vector({real(-2), complex(1, -4), whole(3), quaternions(1, 2, 3, 4), octonion({1, 2, 3, 4, 5, 6, 7, 8})}),
+             0, ORIGIN, 7);
   EXPECT_EQ(p.data_pointer[0].real, draws[0] * -2);
   EXPECT_EQ(p.data_pointer[1].complex.re, draws[1]);
-  EXPECT_EQ(p.data_pointer[1].complex.im, draws[1] * -4);
-  EXPECT_EQ(p.data_pointer[2].real, draws[2] * 3);
+  EXPECT_EQ(p.data_pointer[1].complex.im, draws[2] * -4);
+  EXPECT_EQ(p.data_pointer[2].real, draws[3] * 3);
+  const Quaternion four = quaternion(p.data_pointer[3]);
+  for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(four.part[i], draws[4 + i] * static_cast<double>(i + 1)) << i;
+  const Octonion &eight = *p.data_pointer[4].octonion;
+  for (std::size_t i = 0; i < 8; ++i) EXPECT_EQ(eight.part[i], draws[8 + i] * static_cast<double>(i + 1)) << i;
   drop(p);
 }
 

@@ -208,16 +208,77 @@ TEST_F(Pool, TheRightOperandStandsAgainWhereItsSlotIsFree) {
   }
 }
 
-TEST_F(Pool, WhatIsDroppedReportsNothing) {
-  begin(3);
-  failing[1] = 162;
-  post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
-  dropwork(top);
-  EXPECT_EQ(slots[1].data_pointer[0].integer, -5);
-  EXPECT_EQ(unfinished, nullptr);
-  dereferencepoint(slots + 1);
-  end();
-  EXPECT_EQ(liveblocks(), before);
+// The Programme may be gone when the join reports.
+TEST_F(Pool, TheInstructionOutlivesItsProgramme) {
+  for (const std::int32_t message : {0, 162}) {
+    begin(3);
+    failing[2] = message;
+    instruction = instructionof(instructions::NEGATIVE);
+    Point &point = instruction;
+    point.name = stringdup("unlikely");
+    slots[1] = ones(9, 5);
+    top = slots + 1;
+    to_coprocessors = {};
+    to_coprocessors.instruction = &instruction;
+    to_coprocessors.operand = slots + 1;
+    to_coprocessors.count = 9;
+    to_coprocessors.result = slots[1].data_pointer;
+    ASSERT_TRUE(postcoprocessors());
+    defer(ones(9, -5));
+    dereferencepoint(&point);
+    Point **const at = &top;
+    const std::string err =
+        failures::printed([at] { failures::landingof([at] { wait_for_coprocessors(*at, 1); }); }).err;
+    EXPECT_EQ(err.find("unlikely") != std::string::npos, message != 0) << err;
+    dereferencepoint(slots + 1);
+    end();
+    EXPECT_EQ(liveblocks(), before);
+  }
+}
+
+// ---- Draws: where one slice fails, none has drawn.
+
+void draw(const Point &instruction, std::uint32_t index, std::uint64_t *state) noexcept {
+  if (instruction.instruction == instructions::RANDOMISE) *state = index;
+  if (instruction.instruction == instructions::RANDOMISE || instruction.instruction == instructions::NEGATIVE) return;
+  notedraws(index, state);
+  *state += 100;
+  found[index] = static_cast<std::uint32_t>(*state);
+  from_coprocessor[index].failure = failing[index];
+}
+
+TEST_F(Pool, WhereASliceFailsNoneHasDrawn) {
+  for (const std::uint32_t bad : {0u, 1u, 2u, 3u}) {
+    begin(4, draw);
+    failing[bad] = 994;
+    std::uint64_t main = 0;
+    for (const bool again : {false, true}) {
+      if (again) failing[bad] = 0;
+      post(instructions::ROLL, ones(9, 5), ones(9, -5));
+      notedraws(0, &main);
+      main += 100;
+      if (bad == 0 && !again) {
+        recallslices();
+        dereferencepoint(&from_coprocessor[0].deferred);
+        from_coprocessor[0].deferred = {};
+      } else {
+        EXPECT_EQ(reported(top), again ? "goes on" : "jumps\n994");
+      }
+      EXPECT_EQ(main, again ? 100u : 0u);
+      dereferencepoint(slots + 1);
+    }
+    for (std::uint32_t i = 1; i < 4; ++i) EXPECT_EQ(found[i], 100 + i) << "drawn once";
+    // What does not draw leaves the generators alone, though it fails.
+    failing[bad] = 0;
+    post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
+    recallslices();
+    dereferencepoint(&from_coprocessor[0].deferred);
+    from_coprocessor[0].deferred = {};
+    EXPECT_EQ(main, 100u);
+    dereferencepoint(slots + 1);
+    end();
+    EXPECT_EQ(liveblocks(), before);
+  }
 }
 
 TEST_F(Pool, OnlyTheSlotsInUseAreWokenButASeedReachesAll) {

@@ -5,9 +5,12 @@
 #include <cstring>
 #include <string>
 
+#include "coprocessor/coprocessor.h"
 #include "diagnostics/exception.h"
 #include "driver/prompt.h"
 #include "driver/system.h"
+#include "frontend/assembly.h"
+#include "machine/slicing.h"
 #include "spaces/instructions.h"
 #include "spaces/refderef.h"
 
@@ -211,6 +214,42 @@ TEST_F(Programmes, IndicesThatAreKept) {
   run("CLEAR 3 @n SET 0 n DYADIC + ; LOOP n");
   EXPECT_EQ(sp->data_pointer->integer, 3);
   EXPECT_EQ(sp[-1].data_pointer->integer, 6);
+}
+
+// Points that no text makes end their level without a message, and yet no text ends with work in flight.
+TEST_F(Programmes, UnusableSymbolsWaitForThePool) {
+  const std::int64_t least = MIN_PARALLEL;
+  processors = 4;
+  MIN_PARALLEL = 4;
+  startcoprocessors(workslice);
+  for (const std::int32_t rank : {ranks::UNUSED, ranks::INVALID}) {
+    for (const bool discarding : {false, true}) {
+      Point programme[PROGRAMME_POINTS];
+      char text[] = "(1 2 3 4 5 6 7 -1) FACTORIAL NOOP .\n";
+      std::FILE *stream = fmemopen(text, sizeof text - 1, "r");
+      fill(programme, variables[0], sp, stream, nullptr, SKIPPED);
+      std::fclose(stream);
+      dereferencepoint(programme + 2);
+      programme[2] = {};
+      programme[2].rank = rank;
+      programme[2].type = ISVECTOR;
+      A_Problem = discarding ? 1 : 0;
+      testing::internal::CaptureStdout();
+      testing::internal::CaptureStderr();
+      Point *const floor = &stack[0][1];
+      sp = machine(programme, variables[0], floor, floor, sp, &memory[0], 0, 0);
+      const std::string errors = testing::internal::GetCapturedStderr();
+      testing::internal::GetCapturedStdout();
+      EXPECT_EQ(unfinished, nullptr);
+      EXPECT_EQ(errors.substr(0, 5), "\n36 -");
+      cleanup(programme);
+      while (height() > 0) dereferencepoint(sp--);
+    }
+  }
+  endcoprocessors();
+  freereplies();
+  processors = cpus = 1;
+  MIN_PARALLEL = least;
 }
 
 }  // namespace
