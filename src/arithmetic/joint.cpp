@@ -12,6 +12,11 @@ bool issingle(const Point &p) {
   return isscalarlike(p) && p.elements == 1;
 }
 
+// What an operand says of itself. The low bits of a space count kinds, if anything, and are no name bits.
+std::uint32_t flagsof(const Point &p) {
+  return isspace(p) ? p.type & ~(NAMEBEARING | ISLOCAL) : p.type;
+}
+
 bool sameshape(const Point &left, const Point &right) {
   if (left.elements != right.elements) return false;
   for (std::int32_t axis = left.rank - 1; axis >= 0; --axis)
@@ -31,7 +36,7 @@ std::uint32_t resulttype(const Point &left, const Point &right, const Joint &joi
 }  // namespace
 
 std::int32_t conform(const Dyadic &d, const Point &left, const Point &right, Joint &joint) {
-  const std::uint32_t combined = left.type | right.type;
+  const std::uint32_t combined = flagsof(left) | flagsof(right);
   const bool samerank = left.rank == right.rank;
   if (!samerank && (combined & SCALARLIKE) == 0) return NOTCONFORMABLE;
   if ((combined & d.refused) != 0) return NOTCONFORMABLE;

@@ -1,6 +1,9 @@
 // The walk of a dyadic scalar instruction over records of any kinds: stretches of one pair of kinds go to their loop,
 // nested spaces are worked one by one. It runs on any thread, so it returns its failures.
 #include "arithmetic/walk.h"
+
+#include <bit>
+
 #include "arithmetic/joint.h"
 #include "diagnostics/exception.h"
 #include "spaces/refderef.h"
@@ -27,11 +30,18 @@ std::int32_t keep(const Element &e, Point &result) {
     referencepoint(&result);
     return 0;
   }
+  if (e.tag < 0) {
+    result = std::bit_cast<Point>(e);
+    referencepoint(&result);
+    return 0;
+  }
   auto *record = static_cast<Element *>(tryblock(sizeof(Element)));
   if (!record) return OUTOFSTORAGE;
   *record = e;
   result = scalarof(*record);
   referencedataelems(record, 1);
+  // The name of a scalar may be counted, and is then held by each scalar that bears it.
+  if (isnamed(e) && e.tag < tags::OCTONION) reference(e.name);
   return 0;
 }
 

@@ -71,6 +71,6 @@ Next doeach(Level &level) {
     droptop(level);
     return Next::FETCH;
   }
-  if (!isspace(level.sp[-1]) || hasungivable(level.sp[-1])) return fail(level, 994);
+  if (!isspace(level.sp[-1]) || hasungivable(level.sp[-1])) exceptionjump(994, &level.sp, level.instruction);
   return monadiceach(level);
 }

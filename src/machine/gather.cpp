@@ -6,6 +6,8 @@
 
 namespace {
 
+constexpr int RESTRICTION = 994;
+
 void releasegathering(Custody &c) {
   auto *g = static_cast<Gathering *>(c.held);
   release(g->spare);
@@ -48,6 +50,15 @@ std::uint32_t takespace(Level &level, Gathering &g, Element &element) {
 std::uint32_t takesymbolic(Level &level, Element &element) {
   std::memcpy(&element, level.sp--, sizeof element);
   return STRUCTURED | (element.tag == ranks::FUNCTION ? HASFUNCTION : 0);
+}
+
+// What a function left stands for no element: the operands go back to their places.
+[[noreturn]] void refuseresult(Level &level, const Gathering &g) {
+  while (level.sp > g.base) droptop(level);
+  pushcopy(level, g.data);
+  if (!isend(g.weights)) pushcopy(level, g.weights);
+  pushcopy(level, g.function);
+  failgathering(level, RESTRICTION);
 }
 
 void append(Level &level, Gathering &g) {
@@ -102,6 +113,7 @@ void gather(Level &inner, Gathering &g) {
     makeempty(empty);
     pushowned(level, empty);
   }
+  if (isoperator(*level.sp)) refuseresult(level, g);
   append(level, g);
   while (level.sp > g.base) droptop(level);
 }

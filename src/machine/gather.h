@@ -27,7 +27,8 @@ inline Element *takerecord(Gathering &g) {
 }
 // The level in which the function runs for each element.
 Level gatheringlevel(Level &level, const Gathering &g);
-// Calls the function on the space on top, and makes its topmost value the next element of the result. Messages 806, 27.
+// Calls the function on the space on top, and makes its topmost value the next element of the result. Messages 806, 27;
+// 994 for an OPERATOR Point, the operands left whole.
 void gather(Level &inner, Gathering &g);
 // Puts the result in the place of the operands, in the shape of the data; its kinds go into the flags that are kept.
 void endgathering(Level &level, Gathering &g, std::uint32_t kept);

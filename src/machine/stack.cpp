@@ -158,8 +158,8 @@ Next docollect(Level &level) {
     --level.sp;
     return Next::FETCH;
   }
-  if (level.instruction->modifier == instructions::MARK) return fail(level, 201);
   if (count == 0) return pushempty(level);
+  if (level.instruction->modifier == instructions::MARK) return fail(level, 201);
   if (count > 1) collect(level, mark + 1);
   return Next::FETCH;
 }

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "diagnostics/exception.h"
+#include "operators/records.h"
 #include "spaces/convert.h"
 #include "spaces/refderef.h"
 
@@ -32,7 +33,8 @@ Point *ownmember(Element &e) {
   return own;
 }
 
-// The kinds of the records as they are now, in place of those in the flag word.
+// The kinds of the records as they are now, in place of those in the flag word, which is known to be true of the
+// others.
 void countkinds(Point &space) {
   std::uint32_t kinds = 0;
   for (std::uint32_t i = 0; i < space.elements; ++i) kinds |= kindbit(space.data_pointer[i].tag);
@@ -175,6 +177,7 @@ void writeparts(const Point &point, std::size_t width, Element *to) {
 
 void encapsulate(Point *point, Point **stackpointer, const Point *instruction) {
   if (isspace(*point) && isempty(*point)) return;
+  records::knowkinds(*point);
   const bool structured = isspace(*point) && (point->type & STRUCTURED) != 0;
   if (structured && (point->type & COMPLEXED) != 0) return exception(COMPLEXED_STRUCTURE, stackpointer, instruction);
   if (structured) {
@@ -216,6 +219,7 @@ void decapsulate(Point *point) {
 
 void enascii(Point *point, double tolerance) {
   if (!isspace(*point) || isempty(*point)) return;
+  records::knowkinds(*point);
   makeprivate(*point);
   for (std::uint32_t i = 0; i < point->elements; ++i) {
     if (i % STRETCH == 0) safepoint();
@@ -234,6 +238,7 @@ void enascii(Point *point, double tolerance) {
 
 void deascii(Point *point) {
   if (!isspace(*point) || isempty(*point)) return;
+  records::knowkinds(*point);
   makeprivate(*point);
   for (std::uint32_t i = 0; i < point->elements; ++i) {
     if (i % STRETCH == 0) safepoint();

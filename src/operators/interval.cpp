@@ -181,7 +181,7 @@ std::int32_t reals(const Operand &o, double from, double to, double step) {
   if (const std::int32_t message = checkcount(count); message != 0) return message;
   Progression p = startprogression(tags::REAL, forms::COMPUTED);
   p.first[0] = from;
-  p.steps[0] = step;
+  p.steps[0] = std::isinf(step) ? 0 : step;  // which is never made, and has no multiple
   makevector(o, p, static_cast<std::uint64_t>(count));
   return 0;
 }
@@ -287,6 +287,7 @@ std::int32_t countgrid(Progression &g, const double *to, std::uint64_t &count) {
     total *= values;
     if (const std::int32_t message = checkcount(total); message != 0) return message;
     g.counts[k] = static_cast<std::uint64_t>(values);
+    if (!std::isfinite(g.steps[k])) g.steps[k] = 0;  // never made, and without a multiple
   }
   count = static_cast<std::uint64_t>(total);
   return 0;

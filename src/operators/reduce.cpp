@@ -9,6 +9,7 @@
 
 #include "arithmetic/cores.h"
 #include "diagnostics/exception.h"
+#include "operators/records.h"
 #include "spaces/instructions.h"
 #include "spaces/refderef.h"
 
@@ -257,7 +258,7 @@ void beginfold(Folded &f, const Point &space, const Axis &axis) {
   f.point.shape_pointer = nullptr;
   f.point.data_pointer = nullptr;
   f.point.elements = 0;
-  f.point.type &= ~(RANKBITS | ISSTRUCTURE | ISEMPTY | HASFILE);
+  f.point.type &= ~(RANKBITS | ISSTRUCTURE | ISEMPTY | ELEMENTBITS);  // no kinds: whatever is in there gets released
   f.point.type |= f.point.rank == 0 ? ISSCALAR : f.point.rank == ranks::VECTOR ? ISVECTOR : ISARRAY;
   takecustody(f.custody, releasepoint, &f.point);
   if (f.point.rank > 0) {
@@ -271,10 +272,8 @@ void beginfold(Folded &f, const Point &space, const Axis &axis) {
 
 void setkinds(Point &point) {
   std::uint32_t kinds = 0;
-  for (std::uint32_t i = 0; i < point.elements; ++i) {
-    const std::int32_t tag = point.data_pointer[i].tag;
-    kinds |= tag == tags::SUBARRAY || tag < 0 ? STRUCTURED : kindbit(tag);
-  }
+  for (std::uint32_t i = 0; i < point.elements; ++i) kinds |= records::recordbits(point.data_pointer[i]);
+  kinds &= ~ISSTRUCTURE;
   point.type = (point.type & ~(ELEMENTBITS | COMPLEXED | STRUCTURED | NAMEBEARING | ISLOCAL)) | kinds;
   if (point.elements > 1) point.type |= complexed(kinds);
   if (point.elements == 1 && point.rank > 0) point.type |= ISONEELEMENT;
@@ -282,7 +281,7 @@ void setkinds(Point &point) {
 
 // The copy that a fold starts from has no name any more.
 void unname(Element &e) {
-  if ((e.attributes & attributes::NAMED) == 0 || e.tag == tags::HANDLE) return;
+  if (!isnamed(e) || e.tag == tags::HANDLE) return;
   e.attributes = static_cast<std::uint16_t>(e.attributes & ~attributes::NAMED);
   e.name = nullptr;
 }

@@ -43,6 +43,21 @@ void takemember(Point &space) {
   release(old.shape_pointer);
 }
 
+// Keeps the first `count` records, `shape` being the new one.
+void keepfirst(Point &space, std::uint32_t count, std::int32_t rank, Element *shape) {
+  Custody making;
+  takecustody(making, releaseblock, shape);
+  keep(space, count, [&](auto &out) {
+    if (!isunique(space)) out.run(space.data_pointer, 1, count);
+  });
+  endcustody(making);
+  dereference(space.shape_pointer);
+  space.shape_pointer = shape;
+  space.rank = rank;
+  space.elements = count;
+  settlekinds(space);
+}
+
 // Keeps the records behind the first `dropped`, `shape` being the new one.
 void keeprest(Point &space, std::uint32_t dropped, std::int32_t rank, Element *shape) {
   const std::uint32_t count = space.elements - dropped;
@@ -73,30 +88,18 @@ Element *zeroshape(std::int32_t rank) {
 }  // namespace
 
 int first(Point &space) {
-  if (!isspace(space) || space.rank == 0 || !space.data_pointer) return 0;
+  if (!isspace(space) || space.rank == 0 || (space.type & ISSCALAR) != 0 || !space.data_pointer) return 0;
   knowkinds(space);
   if (const int fault = unknownkind(space)) return fault;
-  if (space.rank == 1) {
-    if (space.data_pointer->tag == tags::SUBARRAY)
-      takemember(space);
-    else
-      takerecord(space);
-    return 0;
+  if (space.rank > 1) {
+    const std::int32_t rank = space.rank - 1;
+    const auto count = static_cast<std::uint32_t>(space.elements / space.shape_pointer[rank].integer);
+    keepfirst(space, count, rank, copyshape(space.shape_pointer, rank));
+  } else if (space.data_pointer->tag == tags::SUBARRAY) {
+    keepfirst(space, 1, ranks::VECTOR, newshape(1));
+  } else {
+    takerecord(space);
   }
-  const std::int32_t rank = space.rank - 1;
-  const auto count = static_cast<std::uint32_t>(space.elements / space.shape_pointer[rank].integer);
-  Element *shape = copyshape(space.shape_pointer, rank);
-  Custody making;
-  takecustody(making, releaseblock, shape);
-  keep(space, count, [&](auto &out) {
-    if (!isunique(space)) out.run(space.data_pointer, 1, count);
-  });
-  endcustody(making);
-  dereference(space.shape_pointer);
-  space.shape_pointer = shape;
-  space.rank = rank;
-  space.elements = count;
-  settlekinds(space);
   return 0;
 }
 
@@ -104,24 +107,12 @@ int firstelement(Point &space) {
   if (!isspace(space) || space.rank == 0 || !space.data_pointer) return 0;
   knowkinds(space);
   if (const int fault = unknownkind(space)) return fault;
-  if (space.data_pointer->tag == tags::SUBARRAY) {
+  if (space.data_pointer->tag == tags::SUBARRAY)
     takemember(space);
-    return 0;
-  }
-  if (space.data_pointer->tag < 0) {
+  else if (space.data_pointer->tag < 0)
     takerecord(space);
-    return 0;
-  }
-  Element *shape = newshape(1);
-  Custody making;
-  takecustody(making, releaseblock, shape);
-  keep(space, 1, [&](auto &out) { out.run(space.data_pointer, 1, 1); });
-  endcustody(making);
-  dereference(space.shape_pointer);
-  space.shape_pointer = shape;
-  space.rank = ranks::VECTOR;
-  space.elements = 1;
-  settlekinds(space);
+  else
+    keepfirst(space, 1, ranks::VECTOR, newshape(1));
   return 0;
 }
 

@@ -16,8 +16,8 @@ void extents(Point &space);
 void enclose(Point &space, bool atom);
 // Takes out what the one record of a structured space encloses. 973 for more than one record.
 int disclose(Point &space);
-// The first element of a vector, or the first slice along the slowest axis. Scalars, empty spaces and symbolic Points
-// stay. 994.
+// The first element of a vector, an enclosed space within its enclosure, or the first slice along the slowest axis.
+// Scalars, empty spaces and symbolic Points stay. 994.
 int first(Point &space);
 // The first element as a vector, or what it encloses.
 int firstelement(Point &space);

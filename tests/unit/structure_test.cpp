@@ -214,7 +214,10 @@ TEST_F(StructureCases, FirstOfAVectorIsAScalar) {
   EXPECT_EQ(p.rank, 0);
   EXPECT_EQ(p.type, ISSCALAR | HASINTEGER);
   EXPECT_EQ(p.depth, 0);
-  EXPECT_EQ(made(first, vector({enclosed(text("ab")), whole(1)})).type, ISVECTOR | HASASCII);
+  const Point &enclosing = made(first, vector({enclosed(text("ab")), whole(1)}));
+  EXPECT_EQ(enclosing.type, ISVECTOR | ISONEELEMENT | STRUCTURED | ISSTRUCTURE);
+  EXPECT_EQ(enclosing.depth, 2);
+  EXPECT_EQ(shapeof(enclosing), Extents{1});
   EXPECT_EQ(made(first, scalar(whole(3))).type, ISSCALAR | HASINTEGER);
   expectempty(made(first, empty()), 1, EMPTYVECTOR);
   EXPECT_EQ(made(first, function({}, 1)).rank, ranks::FUNCTION);
