@@ -55,12 +55,13 @@ void disarmlanding(const Landing &outer);
 // earlier, so that where it fails, its message is the one to report, and this does not return.
 void joinahead();
 
-// Signals. The handlers of interrupt and quit only note the signal; it is taken at the next safe point.
+// Signals. Interrupt and quit, and the fault signals that a process sends, are only noted, and taken at the next safe
+// point. From the note on whatever waits is broken off again and again (EINTR), so that each wait comes to one.
 extern volatile std::sig_atomic_t interrupted;
 inline bool isinterrupted() {
   return interrupted != 0;
 }
-// Takes a noted interrupt: prints it, sets A_Problem and jumps. Not for coprocessor threads.
+// Takes the signal that was noted: prints it and jumps. Not for coprocessor threads.
 [[noreturn]] void takeinterrupt();
 // A safe point: between Points, and at least every 50 ms in long loops, sleeps and reads.
 inline void safepoint() {
@@ -79,7 +80,7 @@ void runningsignals();
 // Takes one that was noted before.
 void deferinterrupts();
 void admitinterrupts();
-// The handler itself.
+// What the handlers do with a signal that nobody sent: an interrupt is noted, a fault is raised at once.
 void signalexception(int signal);
 // What a signal does, at once: the report and the jump.
 [[noreturn]] void raised(int signal);

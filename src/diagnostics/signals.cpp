@@ -1,6 +1,7 @@
-// Signals: the user's interrupt, which is only noted and taken at a safe point, and the faults, which jump at once from
-// a stack of their own.
+// Signals: the user's interrupt and what another process sends, which are only noted and taken at a safe point, and the
+// faults of the process itself, which jump at once from a stack of their own.
 #include <sys/mman.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -18,6 +19,7 @@ namespace {
 constexpr int SIGNAL_NUMBERS = -1000;  // signal n is message SIGNAL_NUMBERS - n
 constexpr int ENDURED_VIOLATIONS = 2;
 constexpr int NEVER_STORED = 2;  // kept: A_Problem is asked for a value that nothing stores
+constexpr suseconds_t BEAT_US = 20000;
 
 // Sanitizers report a fault themselves, and better.
 #ifdef MORVIK_SYSTEM_HEAP
@@ -34,6 +36,9 @@ alignas(64) char faultstack[FAULT_STACK];
 // found. The wall is higher than any frame, so that none steps over it.
 constexpr std::uintptr_t DEEPEST_STACK = std::uintptr_t{256} << 20, WALL = std::uintptr_t{4} << 20;
 
+// What is noted while a text at hand is compiled waits in `deferred` until that is done.
+volatile std::sig_atomic_t deferring, deferred;
+
 // The text of a fault goes around the streams: one of them may be what was at work.
 void say(const char *text) {
   std::size_t left = std::strlen(text);
@@ -45,10 +50,41 @@ void say(const char *text) {
   }
 }
 
+// A timer that breaks whatever waits, since what was noted may have come right before the wait began.
+void beat(int) {}
+
+void setbeat(suseconds_t microseconds) {
+  const itimerval interval = {{0, microseconds}, {0, microseconds}};
+  setitimer(ITIMER_REAL, &interval, nullptr);
+}
+
+void startbeat() {
+  struct sigaction action {};
+  action.sa_handler = beat;
+  sigaction(SIGALRM, &action, nullptr);
+  setbeat(BEAT_US);
+}
+
+bool isinterrupt(int signal) {
+  return signal == SIGINT || signal == SIGQUIT;
+}
+
+// A fault counts for more than an interrupt, which another key brings again.
+void note(int signal) {
+  volatile std::sig_atomic_t &place = deferring ? deferred : interrupted;
+  if (place == 0 || isinterrupt(place)) place = signal;
+  if (!deferring) startbeat();
+}
+
+void forget() {
+  interrupted = 0;
+  setbeat(0);
+}
+
 // As long as it stands noted, the slices in flight stop for it.
 [[noreturn]] void interrupt(int signal) {
   joinahead();
-  interrupted = 0;
+  forget();
   if (PrintOut) std::fputc('\n', stdout);
   std::fputs("\n** User interrupt. **\n", stdout);
   std::fflush(stdout);
@@ -93,8 +129,13 @@ void giveup(pthread_mutex_t &mutex) {
   jump(SIGNAL_NUMBERS - signal);
 }
 
-bool isinterrupt(int signal) {
-  return signal == SIGINT || signal == SIGQUIT;
+// The processor and the kernel name a cause above 0; what a process sends, this one included, has none.
+bool issent(const siginfo_t &info) {
+  return info.si_code <= 0;
+}
+
+void handlesignal(int signal, siginfo_t *info, void *) {
+  issent(*info) ? note(signal) : signalexception(signal);
 }
 
 // A write to a closed pipe, or past the limit of a file, fails like any other. A handler, since what is set to be
@@ -108,17 +149,16 @@ void handle(int signal, void (*handler)(int), int flags) {
   sigaction(signal, &action, nullptr);
 }
 
-// The jump leaves the handler for good and restores no mask, so none may be set.
-void handlefault(int signal) {
-  handle(signal, signalexception, SA_ONSTACK | SA_NODEFER);
+void handlenoting(int signal, int flags) {
+  struct sigaction action {};
+  action.sa_sigaction = handlesignal;
+  action.sa_flags = SA_SIGINFO | flags;
+  sigaction(signal, &action, nullptr);
 }
 
-void mask(int how) {
-  sigset_t interrupts;
-  sigemptyset(&interrupts);
-  sigaddset(&interrupts, SIGINT);
-  sigaddset(&interrupts, SIGQUIT);
-  pthread_sigmask(how, &interrupts, nullptr);
+// The jump leaves the handler for good and restores no mask, so none may be set.
+void handlefault(int signal) {
+  handlenoting(signal, SA_ONSTACK | SA_NODEFER);
 }
 
 void raisewall() {
@@ -140,11 +180,13 @@ void raised(int signal) {
 
 void signalexception(int signal) {
   if (!isinterrupt(signal)) fault(signal);
-  interrupted = signal;
+  note(signal);
 }
 
 void takeinterrupt() {
-  interrupt(interrupted);
+  const int signal = interrupted;
+  forget();
+  raised(signal);
 }
 
 void initsignals() {
@@ -163,25 +205,29 @@ void readingsignals() {
   handle(SIGINT, SIG_IGN, 0);
   handle(SIGQUIT, SIG_IGN, 0);
   if (FAULTS_ARE_OURS) handle(SIGBUS, SIG_DFL, 0);
-  interrupted = 0;
+  if (isinterrupt(interrupted)) forget();
 }
 
 // No restart: a sleep or a read that an interrupt breaks comes back to a safe point.
 void runningsignals() {
-  handle(SIGINT, signalexception, 0);
-  handle(SIGQUIT, signalexception, 0);
+  handlenoting(SIGINT, 0);
+  handlenoting(SIGQUIT, 0);
   if (FAULTS_ARE_OURS) handlefault(SIGBUS);
   handlefault(SIGFPE);
 }
 
 // One that was noted is taken here: a safe point further in would end the compile alone, and the run would go on.
 void deferinterrupts() {
-  mask(SIG_BLOCK);
+  deferring = 1;
   if (interrupted == 0) return;
-  admitinterrupts();
+  deferring = 0;
   takeinterrupt();
 }
 
 void admitinterrupts() {
-  mask(SIG_UNBLOCK);
+  deferring = 0;
+  if (deferred == 0) return;
+  const int signal = deferred;
+  deferred = 0;
+  note(signal);
 }

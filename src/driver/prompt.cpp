@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "coprocessor/coprocessor.h"
 #include "diagnostics/exception.h"
 #include "driver/options.h"
@@ -29,6 +31,10 @@ bool emptyline() {
   if (!isatty(STDIN_FILENO)) return false;
   for (bool linestart = true;;) {
     const int byte = std::getc(stdin);
+    if (byte == EOF && std::ferror(stdin) && errno == EINTR) {  // a fault was sent, which fill takes
+      std::clearerr(stdin);
+      return false;
+    }
     if (byte == '\n') {
       if (linestart) return true;
       linestart = true;
@@ -41,12 +47,18 @@ bool emptyline() {
   }
 }
 
+// Was there nothing to read but the end of the input? That gives ENDPROCESS and END.
+bool isinputgone(std::int64_t points) {
+  return points == 2 && inputended();
+}
+
 }  // namespace
 
 void onetext(std::FILE *stream) {
   readingsignals();
-  fill(programme, variables[0], sp, stream, nullptr, SKIPPED);
+  const std::int64_t points = fill(programme, variables[0], sp, stream, nullptr, SKIPPED);
   runningsignals();
+  const bool last = isinputgone(points);
   operations = 0;
   operators = 0;
   stacktop = stacktops[0];
@@ -55,6 +67,8 @@ void onetext(std::FILE *stream) {
   cleanup(programme);
   std::fflush(stdout);
   verbs += operators;
+  // No failure of the run may keep the loop from its end.
+  if (last) endprocess = 1;
 }
 
 void promptloop() {

@@ -228,6 +228,7 @@ std::int64_t compile() {
   for (;;) {
     const Condition was = c.condition;
     const Token token = scan(was);
+    if (token.rule != Rule::LINEFEED) c.begun = true;
     c.condition = after(token);
     if (act(token, was)) return c.position - c.returnstack[0].start + 1;
   }
@@ -275,9 +276,11 @@ void droptext() {
   }
 }
 
-// A jump lands here again where even the dropping fails; some bytes are used up each time.
+// A jump lands here again where even the dropping fails; some bytes are used up each time. Where a fault came before
+// the text began there is nothing to drop.
 void recover() {
   Compiler &c = compiler;
+  if (!c.begun && !c.dropping && !scanbegun()) return;
   if (c.dropping) dropword();
   c.dropping = true;
   if (c.breaking)
@@ -297,6 +300,7 @@ void begin(Point *programme, Context *chain, Point *stackposition, int flag) {
   c.stackposition = stackposition;
   c.flag = flag;
   c.inspecting = flag == ENDS_STEP && stepping;
+  c.begun = false;
   c.inputended = false;
   c.pcsp = 1;
   c.funcvars = 0;
@@ -314,10 +318,12 @@ std::int64_t fill(Point *programme, Context *chain, Point *stackposition, std::F
   std::int64_t points = 0;
   Landing outer;
   armlanding(outer, abandon);
-  if (setjmp(error_jump) == 0)
+  if (setjmp(error_jump) == 0) {
+    safepoint();
     points = compile();
-  else
+  } else {
     recover();
+  }
   disarmlanding(outer);
   dereference(compiler.operat.bytes);
   compiler.operat = {};

@@ -56,6 +56,7 @@ struct Compiler {
   Collected operat;  // a name or a comment
   bool bracketed;    // a name between its brackets is being read
   bool breaking;     // BREAK: the jump drops a line only
+  bool begun;        // a token of the text was read
   bool dropping;     // the rest of an abandoned text is being read
   bool inputended;   // the text ended with its input
   char q[TOKEN_BYTES];

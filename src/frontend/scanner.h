@@ -101,6 +101,8 @@ Token scan(Condition condition);
 // them, and white space after them; that is dropped too. Reads no further than scan does. False for anything else,
 // which scan meets next.
 bool scanplain(Token &token);
+// Were bytes read that no token has used yet?
+bool scanbegun();
 // The next byte, EOF at the end of input or a NUL.
 int input();
 // Gives a byte back, to be read next; the text of the last token is no longer valid.

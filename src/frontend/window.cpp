@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "diagnostics/exception.h"
 #include "frontend/scanner.h"
 #include "spaces/blocks.h"
 
@@ -24,6 +25,7 @@ char firstwindow[FIRST_CAPACITY + 1];
   int byte = EOF;
   while (byte == EOF && ferror_unlocked(stream) && errno == EINTR) {
     clearerr_unlocked(stream);
+    safepoint();
     byte = getc_unlocked(stream);
   }
   return byte;
@@ -249,6 +251,10 @@ const char *scanposition() {
   const std::size_t pending = state.filled - state.token;
   const std::size_t read = static_cast<std::size_t>(state.string - state.beginning);
   return state.string - (pending < read ? pending : read);
+}
+
+bool scanbegun() {
+  return state.filled > state.token;
 }
 
 bool scanplain(Token &token) {

@@ -1,5 +1,6 @@
 // Keywords: one OPERATOR Point each, or a change of the one before.
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 #include "diagnostics/exception.h"
@@ -10,6 +11,21 @@
 namespace {
 
 constexpr std::int32_t NO_OUTER_OPERAND = 74, NO_FOLD_OPERAND = 79;
+
+// The names of what ends the process: permanent blocks that stand ready, so that it can end where there is no storage.
+struct Ready {
+  std::int64_t count, unused;
+  char text[16];
+};
+static_assert(offsetof(Ready, text) == BLOCKPREFIX);
+Ready endings[] = {{-1, 0, ""}, {-1, 0, "OFF"}, {-1, 0, "QUIT"}, {-1, 0, "ENDPROCESS"}};
+
+char *nameof(const char *text, std::uint16_t instruction) {
+  if (instruction == instructions::ENDPROCESS)
+    for (Ready &ending : endings)
+      if (std::strcmp(ending.text, text) == 0) return ending.text;
+  return stringdup(text);
+}
 
 bool ishidden(const Keyword &row) {
   return row.hidden.kind != Hidden::NOTHING;
@@ -125,7 +141,7 @@ void appendoperator(const char *text, std::uint16_t instruction, std::uint16_t m
   Point &point = newhand(ranks::OPERATOR, ISOPERATOR);
   point.instruction = instruction;
   point.modifier = modifier;
-  point.name = stringdup(text);
+  point.name = nameof(text, instruction);
   append();
 }
 

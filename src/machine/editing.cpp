@@ -7,6 +7,7 @@
 #include "diagnostics/text.h"
 #include "files/files.h"
 #include "files/persist.h"
+#include "files/replacement.h"
 #include "machine/filing.h"
 
 namespace {
@@ -51,6 +52,15 @@ void closedraft(Draft &draft) {
   std::fclose(draft.stream);
 }
 
+// The end of the writing. Is all of it in the file? If not, that is gone.
+bool enddraft(Draft &draft) {
+  endcustody(draft.opened);
+  if (closewritten(draft.stream)) return true;
+  endcustody(draft.named);
+  std::remove(draft.name);
+  return false;
+}
+
 // Opens what the editor left, and removes its name. Could it be opened?
 bool reopendraft(Draft &draft) {
   draft.stream = openstream(draft.name, "r");
@@ -79,7 +89,7 @@ Next doedit(Level &level) {
   Draft draft;
   if (!begindraft(draft)) return fail(level, CANNOT_OPEN_TO_WRITE);
   writevalue(draft.stream, level.sp, plain ? Form::PLAIN : Form::SOURCE);
-  closedraft(draft);
+  if (!enddraft(draft)) return fail(level, CANNOT_OPEN_TO_WRITE);
   runeditor(draft.name);
   if (!reopendraft(draft)) return fail(level, CANNOT_OPEN_TO_READ);
   if (plain) {

@@ -5,24 +5,32 @@
 #include "diagnostics/text.h"
 #include "files/files.h"
 #include "files/persist.h"
+#include "files/replacement.h"
 #include "frontend/assembly.h"
 #include "machine/texts.h"
 
 namespace {
 
-// The messages about a name and about a file that can't be opened, and the way to open it.
+// The messages about a name and about a file that can't be opened or written, and whether they jump.
 struct Access {
   int data, structure, opening;
-  const char *mode;
+  bool jumps;
 };
-constexpr Access READING = {701, 702, 710, "r"}, WRITING = {703, 704, 711, "w"}, SAVING = {708, 709, 713, "w"},
-                 LOADING = {715, 716, 710, "r"}, DUMPING = {721, 722, 723, "w"}, REMEMBERING = {724, 725, 726, "w"};
+constexpr Access READING = {701, 702, 710, false}, WRITING = {703, 704, 711, false}, SAVING = {708, 709, 713, false},
+                 LOADING = {715, 716, 710, false}, DUMPING = {721, 722, 723, false},
+                 REMEMBERING = {724, 725, 726, false}, NAMING = {706, 707, 712, true};
 constexpr int REFUSED = 720, CANNOT_OPEN = 712, PATTERN_DATA = 205, PATTERN_STRUCTURE = 206;
+
+// Reports, and leaves the level or all of them.
+Next refuse(Level &level, const Access &access, int number) {
+  if (access.jumps) exceptionjump(number, &level.sp, level.instruction);
+  return fail(level, number);
+}
 
 // Does the top name a file? If not, that is reported and the level left.
 bool named(Level &level, const Access &access) {
   const int fault = namefault(*level.sp, access.data, access.structure);
-  if (fault != 0) fail(level, fault);
+  if (fault != 0) refuse(level, access, fault);
   return fault == 0;
 }
 
@@ -40,37 +48,57 @@ void closeheld(Held &held) {
   std::fclose(held.stream);
 }
 
-// Opens the file that the top names. If that can't be, it is reported and the level left, with the name in its place.
+// Opens the file that the top names, to be read. If that can't be, it is reported and the level left, with the name in
+// its place.
 bool opennamed(Level &level, const Access &access, Held &held) {
   if (!named(level, access)) return false;
   char *name = filename(*level.sp);
   Custody kept;
   takecustody(kept, releaseblock, name);
   const bool refused = isrefused(name);
-  std::FILE *stream = refused ? nullptr : openstream(name, access.mode);
+  std::FILE *stream = refused ? nullptr : openstream(name, "r");
   endcustody(kept);
   freeblock(name);
   if (stream)
     hold(held, stream);
   else
-    fail(level, refused ? REFUSED : access.opening);
+    refuse(level, access, refused ? REFUSED : access.opening);
   return stream != nullptr;
 }
 
-// Writes the value under the name, which goes; the value stays.
-void writetop(Level &level, std::FILE *stream, Form form) {
-  droptop(level);
-  operations += level.sp->elements;
-  writevalue(stream, level.sp, form);
+// The same for a file that is to be written anew. The name stays until it is.
+bool beginnamed(Level &level, const Access &access, Replacement &file) {
+  if (!named(level, access)) return false;
+  char *name = filename(*level.sp);
+  const bool refused = isrefused(name);
+  if (refused) freeblock(name);
+  if (!refused && beginreplacement(file, name)) return true;
+  refuse(level, access, refused ? REFUSED : access.opening);
+  return false;
 }
 
-// APPEND and its like.
-Next writetofile(Level &level, const char *mode, Form form) {
+Next endnamed(Level &level, const Access &access, Replacement &file) {
+  if (!endreplacement(file)) return refuse(level, access, access.opening);
+  droptop(level);
+  return Next::FETCH;
+}
+
+void writecounted(std::FILE *stream, Point *value, Form form) {
+  operations += value->elements;
+  writevalue(stream, value, form);
+}
+
+// Writes the value under the name, which goes; the value stays.
+Next appendtofile(Level &level, Form form) {
   settle(level.sp);
   Held file;
-  hold(file, openfile(level.instruction, &level.sp, mode, nullptr));
-  writetop(level, file.stream, form);
-  closeheld(file);
+  hold(file, openfile(level.instruction, &level.sp, "a", nullptr));
+  writecounted(file.stream, level.sp - 1, form);
+  const bool whole = std::fflush(file.stream) == 0 && !std::ferror(file.stream);
+  if (!whole) safepoint();  // it may be an interrupt that broke the write
+  endcustody(file.custody);
+  if (!closewritten(file.stream) || !whole) return refuse(level, NAMING, NAMING.opening);
+  droptop(level);
   return Next::FETCH;
 }
 
@@ -140,13 +168,11 @@ Next doload(Level &level) {
 }
 
 Next dosave(Level &level) {
-  Held file;
-  if (!opennamed(level, SAVING, file)) return Next::LEAVE;
-  droptop(level);
+  Replacement file;
+  if (!beginnamed(level, SAVING, file)) return Next::LEAVE;
   remember(file.stream, level.meaning);
-  dumpstack(file.stream, level.floor, level.sp);
-  closeheld(file);
-  return Next::FETCH;
+  dumpstack(file.stream, level.floor, level.sp - 1);
+  return endnamed(level, SAVING, file);
 }
 
 // Kept: an empty name stays, and is listed as the top.
@@ -156,48 +182,49 @@ Next dodumpstack(Level &level) {
     dumpstack(stdout, level.floor, level.sp);
     return Next::FETCH;
   }
-  Held file;
-  if (!opennamed(level, DUMPING, file)) return Next::LEAVE;
-  droptop(level);
-  dumpstack(file.stream, level.floor, level.sp);
-  closeheld(file);
-  return Next::FETCH;
+  Replacement file;
+  if (!beginnamed(level, DUMPING, file)) return Next::LEAVE;
+  dumpstack(file.stream, level.floor, level.sp - 1);
+  return endnamed(level, DUMPING, file);
 }
 
 Next doremember(Level &level) {
-  Held file;
-  if (!opennamed(level, REMEMBERING, file)) return Next::LEAVE;
-  droptop(level);
+  Replacement file;
+  if (!beginnamed(level, REMEMBERING, file)) return Next::LEAVE;
   remember(file.stream, level.meaning);
-  closeheld(file);
-  return Next::FETCH;
+  return endnamed(level, REMEMBERING, file);
 }
 
 Next dowrite(Level &level) {
   settle(level.sp);
   if (!named(level, WRITING)) return Next::LEAVE;
   if (isempty(*level.sp)) {
-    writetop(level, stdout, Form::SOURCE);
+    droptop(level);
+    writecounted(stdout, level.sp, Form::SOURCE);
     std::fputc('\n', stdout);
     std::fflush(stdout);
     return Next::FETCH;
   }
-  Held file;
-  if (!opennamed(level, WRITING, file)) return Next::LEAVE;
-  writetop(level, file.stream, Form::SOURCE);
+  Replacement file;
+  if (!beginnamed(level, WRITING, file)) return Next::LEAVE;
+  writecounted(file.stream, level.sp - 1, Form::SOURCE);
   std::fputc('\n', file.stream);
-  closeheld(file);
-  return Next::FETCH;
+  return endnamed(level, WRITING, file);
+}
+
+Next dotextwrite(Level &level) {
+  settle(level.sp);
+  Replacement file;
+  if (!beginnamed(level, NAMING, file)) return Next::LEAVE;
+  writecounted(file.stream, level.sp - 1, Form::PLAIN);
+  return endnamed(level, NAMING, file);
 }
 
 Next doappend(Level &level) {
-  return writetofile(level, "a", Form::SOURCE);
-}
-Next dotextwrite(Level &level) {
-  return writetofile(level, "w", Form::PLAIN);
+  return appendtofile(level, Form::SOURCE);
 }
 Next dotextappend(Level &level) {
-  return writetofile(level, "a", Form::PLAIN);
+  return appendtofile(level, Form::PLAIN);
 }
 
 Next dotextread(Level &level) {

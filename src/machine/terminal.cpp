@@ -1,6 +1,4 @@
 // The instructions that talk to the person at the terminal: values in and out, the clock, and waiting.
-#include <sys/time.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
@@ -23,32 +21,7 @@ constexpr std::size_t PORTION = 4096;               // bytes between two safe po
 
 // ---- Reading the standard input byte by byte.
 
-void beat(int) {}
-
-// A timer that breaks a read which waits, since an interrupt may come right before the read begins to wait.
-void setbeat(suseconds_t microseconds) {
-  const itimerval interval = {{0, microseconds}, {0, microseconds}};
-  setitimer(ITIMER_REAL, &interval, nullptr);
-}
-
-void stopbeat(Custody &) {
-  setbeat(0);
-}
-
-void startbeat(Custody &beating) {
-  struct sigaction action {};
-  action.sa_handler = beat;
-  sigaction(SIGALRM, &action, nullptr);
-  takecustody(beating, stopbeat, nullptr);
-  setbeat(SLICE_NS / 1000);
-}
-
-void endbeat(const Custody &beating) {
-  setbeat(0);
-  endcustody(beating);
-}
-
-// The next byte of the standard input, EOF at its end. The beat is on.
+// The next byte of the standard input, EOF at its end.
 int readbyte() {
   for (;;) {
     errno = 0;
@@ -63,8 +36,6 @@ int readbyte() {
 Point readline() {
   Characters line;
   begincharacters(line, 0);
-  Custody beating;
-  startbeat(beating);
   char bytes[PORTION];
   std::size_t count = 0;
   for (int byte = readbyte(); byte != EOF && byte != '\n'; byte = readbyte()) {
@@ -74,7 +45,6 @@ Point readline() {
     appendcharacters(line, bytes, count);
     count = 0;
   }
-  endbeat(beating);
   appendcharacters(line, bytes, count);
   return endcharacters(line);
 }
@@ -190,9 +160,6 @@ Next dowait(Level &) {
   std::fflush(stdout);
   std::fputs("\nWaiting... press ENTER to continue: ", stderr);
   std::fflush(stderr);
-  Custody beating;
-  startbeat(beating);
   readbyte();
-  endbeat(beating);
   return Next::FETCH;
 }

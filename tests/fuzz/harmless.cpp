@@ -3,6 +3,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -11,6 +12,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 
@@ -49,7 +51,9 @@ void removeleft() {
 }  // namespace
 
 void harmless() {
-  char name[] = "/tmp/morvik-fuzz-XXXXXX";
+  const char *temporary = std::getenv("TMPDIR");
+  char name[PATH_MAX];
+  std::snprintf(name, sizeof name, "%s/morvik-fuzz-XXXXXX", temporary ? temporary : "/tmp");
   home = open(".", O_RDONLY | O_DIRECTORY);
   if (!mkdtemp(name)) std::abort();
   scratch = open(name, O_RDONLY | O_DIRECTORY);

@@ -98,6 +98,40 @@ class BadInput(unittest.TestCase):
             self.assertTrue(ended.stdout.startswith(shown), ended.stdout)
             self.assertIn(CLOSED, ended.stdout)
 
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")
+    def test_the_end_needs_no_storage(self):
+        """With all of it used up, message 27 comes for each text, and the process ends with its input or where told to."""
+        def limit():
+            resource.setrlimit(resource.RLIMIT_DATA, (20000 << 10, 20000 << 10))
+
+        filling = b"0 1000000000 : ENCLOSE 'ab' SWAP , ; REPEAT .\n"
+        names = b"".join(b"@v%06d .\n" % n for n in range(3000))
+        for text in (filling + b"CLEAR .\n" + names, filling + names, filling + names + b"name",
+                     filling + names + b"(1 2 'abc", filling + names + b": 1 2", filling + b"STEPALL .\n" + names):
+            ended = run(text, limit)
+            self.assertEqual(ended.returncode, 0)
+            self.assertIn(b"\n27 - out of main storage.\n", ended.stderr)
+            self.assertEqual(ended.stdout.count(b"\n--- Spent: "), 1)
+        for ending in (b"OFF .\n", b"QUIT END ", b"ENDPROCESS\n.\n"):
+            ended = run(filling + b"CLEAR .\n" + names + ending + b"'not reached' PRINT .\n" * 3, limit)
+            self.assertEqual(ended.returncode, 0)
+            self.assertNotIn(b"not reached", ended.stdout)
+            self.assertEqual(ended.stderr.count(b"\n1 - "), 0)
+
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")
+    def test_what_was_given_back_is_used_again(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_DATA, (64 * MEBIBYTE, 64 * MEBIBYTE))
+
+        filling = b"0 1000000000 : ENCLOSE 'ab' SWAP , ; REPEAT .\nCLEAR .\n"
+        large = b"1000000000 : 200000 .. ; REPEAT .\nCLEAR .\n"
+        for text, after in ((filling, b"0 100000 : ENCLOSE 'ab' SWAP , ; REPEAT DISCARD 'all' ."),
+                            (large, b"200000 .. 200000 .. + DISCARD 'all' .")):
+            ended = run(text * 5 + b"CLEAR " + after, limit)
+            self.assertEqual(ended.stderr.count(b"\n27 - out of main storage.\n"), 5)
+            self.assertIn(b"\n\nall\n", ended.stdout)
+            self.assertEqual(ended.returncode, 0)
+
     def test_garbage(self):
         chance = random.Random(4)
         for _ in range(200):

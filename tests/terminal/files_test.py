@@ -1,90 +1,20 @@
 #!/usr/bin/env python3
 """Files and the terminal where the host is unkind: interrupts, full disks, endless and missing files, no handles left."""
-import glob
 import os
 import pathlib
 import random
 import resource
 import signal
 import subprocess
-import sys
-import tempfile
 import time
 import unittest
 
+from folder import BINARY, PATIENCE, Folder, asleep
 from terminal import Terminal
 
-BINARY = os.path.abspath(sys.argv.pop(1))
 SANITIZED = os.environ.get("MORVIK_SANITIZED") == "1"
 INTERRUPT = "\x03"
 MEBIBYTE = 1 << 20
-PATIENCE = 300
-
-
-def limited(*limits):
-    def lower():
-        for kind, value in limits:
-            resource.setrlimit(kind, (value, value))
-
-    return lower
-
-
-class Folder(unittest.TestCase):
-    """A scratch directory, and runs of the binary in it."""
-
-    def setUp(self):
-        scratch = tempfile.TemporaryDirectory(prefix="morvik-")
-        self.addCleanup(scratch.cleanup)
-        self.folder = pathlib.Path(scratch.name)
-
-    def run_text(self, text, *arguments, limits=(), **variables):
-        """Returns what both streams hold, without the closing lines. The process must end in peace."""
-        run = subprocess.run([BINARY, "-q", *arguments], input=text.encode("latin-1"), capture_output=True,
-                             cwd=self.folder, env={**os.environ, **variables}, preexec_fn=limited(*limits),
-                             timeout=PATIENCE, check=False)
-        self.assertEqual(run.returncode, 0, run.stderr[-2000:])
-        out, closing, _ = run.stdout.decode("latin-1").rpartition("\n--- Spent: ")
-        self.assertTrue(closing)
-        return out, run.stderr.decode("latin-1")
-
-    def give(self, name, contents):
-        (self.folder / name).write_bytes(contents.encode("latin-1") if isinstance(contents, str) else contents)
-
-    def contents(self, name):
-        return (self.folder / name).read_bytes().decode("latin-1")
-
-    def start(self, text, *arguments):
-        """A run that is not waited for."""
-        process = subprocess.Popen([BINARY, "-q", *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                   stderr=subprocess.PIPE, cwd=self.folder)
-        self.addCleanup(self.end, process)
-        process.stdin.write(text.encode("latin-1"))
-        process.stdin.flush()
-        return process
-
-    @staticmethod
-    def end(process):
-        if process.poll() is None:
-            process.kill()
-        process.wait()
-        for stream in (process.stdin, process.stdout, process.stderr):
-            stream.close()
-
-    @staticmethod
-    def handles(process):
-        return {os.readlink(path) for path in glob.glob("/proc/%d/fd/*" % process.pid) if os.path.islink(path)}
-
-    def wait_until(self, condition):
-        end = time.monotonic() + 60
-        while not condition():
-            self.assertLess(time.monotonic(), end)
-            time.sleep(0.01)
-
-
-def asleep(process):
-    """Does the process wait for something?"""
-    with open("/proc/%d/stat" % process.pid, encoding="latin-1") as line:
-        return line.read().rpartition(")")[2].split()[0] == "S"
 
 
 class Interrupts(Folder):
@@ -252,21 +182,6 @@ class Editors(Folder):
 
 
 class Unkind(Folder):
-    def test_a_full_disk(self):
-        """Nobody notices, and nothing is harmed."""
-        text = "".join(": 2 * ; @name%d SET " % n for n in range(60)) + "CLEAR 0 @a SET .\n"
-        text += "(1 2 3) '/dev/full' WRITE '/dev/full' APPEND '/dev/full' TEXTWRITE '/dev/full' TEXTAPPEND .\n"
-        text += "'/dev/full' SAVE '/dev/full' REMEMBER '/dev/full' DUMP COUNTSTACK TELL .\n"
-        out, err = self.run_text(text, "-u")
-        self.assertEqual(err, "")
-        self.assertEqual(out, "\n-\n\n 1 2 3\n 1\n\n 1 2 3\n")
-
-    def test_files_may_not_grow(self):
-        out, err = self.run_text("(1 2 3) 'file' WRITE 'file' APPEND 'file' TEXTWRITE 'file' SAVE .",
-                                 limits=[(resource.RLIMIT_FSIZE, 0)])
-        self.assertEqual((out, err), ("\n\n 1 2 3\n", ""))
-        self.assertEqual(self.contents("file"), "")
-
     def test_unreadable(self):
         if os.geteuid() == 0:
             self.skipTest("root reads everything")

@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 
 #include <cerrno>
+#include <ctime>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,6 +19,14 @@ namespace {
 using namespace failures;
 
 class Signals : public Quiet {};
+
+// A fault as the processor finds it: a code above 0 tells it from what a process sends.
+void fault(int signal) {
+  siginfo_t info{};
+  info.si_signo = signal;
+  info.si_code = FPE_INTDIV;
+  syscall(SYS_rt_tgsigqueueinfo, getpid(), gettid(), signal, &info);
+}
 
 TEST_F(Signals, AnInterruptIsOnlyNotedUntilASafePoint) {
   int value = 0;
@@ -119,7 +129,7 @@ TEST_F(Signals, ABusSignalEndsTheProcessWhileATextIsRead) {
   e = child([] {
     initsignals();
     runningsignals();
-    std::printf("%d", landingof([] { raise(SIGBUS); }));
+    std::printf("%d", landingof([] { fault(SIGBUS); }));
     std::printf(" %d", violations);
   });
   EXPECT_EQ(exitstatus(e), 77);
@@ -143,7 +153,7 @@ TEST_F(Signals, FaultsLandTwiceAndTheThirdEndsTheProcess) {
     const Ended e = child([signal = signal] {
       initsignals();
       runningsignals();
-      for (int i = 0; i < 4; ++i) std::printf("%d;", landingof([signal] { raise(signal); }));
+      for (int i = 0; i < 4; ++i) std::printf("%d;", landingof([signal] { fault(signal); }));
     });
     EXPECT_EQ(exitstatus(e), status);
     const std::string value = std::to_string(-1000 - signal) + ";";
@@ -153,11 +163,73 @@ TEST_F(Signals, FaultsLandTwiceAndTheThirdEndsTheProcess) {
   }
 }
 
+TEST_F(Signals, AFaultThatIsSentWaitsForASafePoint) {
+  for (const int signal : {SIGFPE, SIGSEGV, SIGBUS}) {
+    if (SANITIZED && signal != SIGFPE) continue;  // the sanitizer's
+    const Ended e = child([signal] {
+      initsignals();
+      runningsignals();
+      std::printf("%d;", landingof([signal] {
+                    raise(signal);
+                    std::printf("%d;", interrupted);
+                    safepoint();
+                  }));
+      std::printf("%d;%d", interrupted, violations);
+    });
+    const std::string text = std::to_string(signal);
+    EXPECT_EQ(e.out, text + ";" + std::to_string(-1000 - signal) + ";0;" + (signal == SIGFPE ? "0" : "1"));
+    EXPECT_EQ(e.err, signal == SIGFPE ? "\nFloating point exception.\n" : "\nSEGMENTATION VIOLATION\n");
+  }
+}
+
+TEST_F(Signals, AFaultThatIsSentCountsForMoreThanAnInterrupt) {
+  runningsignals();
+  for (const int first : {SIGINT, SIGFPE}) {
+    raise(first);
+    raise(first == SIGINT ? SIGFPE : SIGINT);
+    EXPECT_EQ(interrupted, SIGFPE);
+    readingsignals();
+    EXPECT_EQ(interrupted, SIGFPE) << "it waits until the reading takes it";
+    const Printed p = printed([] { EXPECT_EQ(landingof([] { safepoint(); }), -1008); });
+    EXPECT_EQ(interrupted, 0);
+  }
+}
+
+TEST_F(Signals, WhatIsNotedBreaksEveryWaitUntilItIsTaken) {
+  runningsignals();
+  raise(SIGINT);
+  for (int i = 0; i < 3; ++i) {
+    const timespec minute = {60, 0};
+    EXPECT_EQ(nanosleep(&minute, nullptr), -1);
+    EXPECT_EQ(errno, EINTR);
+  }
+  readingsignals();
+  const timespec blink = {0, 100000000};
+  EXPECT_EQ(nanosleep(&blink, nullptr), 0);
+}
+
+TEST_F(Signals, WhatComesDuringACompileWaitsForItsEnd) {
+  runningsignals();
+  for (const int signal : {SIGINT, SIGFPE}) {
+    deferinterrupts();
+    raise(signal);
+    EXPECT_EQ(interrupted, 0);
+    admitinterrupts();
+    EXPECT_EQ(interrupted, signal);
+    const Printed p = printed([] { EXPECT_LT(landingof([] { deferinterrupts(); }), -1000); });
+    raise(SIGQUIT);
+    EXPECT_EQ(interrupted, SIGQUIT) << "nothing is deferred after the jump";
+    readingsignals();
+    runningsignals();
+  }
+  readingsignals();
+}
+
 TEST_F(Signals, AFloatingPointSignalIsNoViolation) {
   const Ended e = child([] {
     initsignals();
     runningsignals();
-    for (int i = 0; i < 4; ++i) std::printf("%d;", landingof([] { raise(SIGFPE); }));
+    for (int i = 0; i < 4; ++i) std::printf("%d;", landingof([] { fault(SIGFPE); }));
     std::printf("%d", violations);
   });
   EXPECT_EQ(exitstatus(e), 77);
@@ -230,7 +302,7 @@ TEST_F(Signals, AFaultLeavesNoSignalBlockedAndNoLockHeld) {
     landingof([] {
       pthread_mutex_lock(&mp1);
       pthread_mutex_lock(&mp);
-      raise(SIGSEGV);
+      fault(SIGSEGV);
     });
     sigset_t blocked;
     sigprocmask(SIG_SETMASK, nullptr, &blocked);
