@@ -31,6 +31,7 @@ std::int32_t keep(const Element &e, Point &result) {
   if (!record) return OUTOFSTORAGE;
   *record = e;
   result = scalarof(*record);
+  if (isnamed(e) && e.tag < tags::OCTONION) reference(e.name);  // a scalar may have a counted one
   referencedataelems(record, 1);
   return 0;
 }

@@ -22,11 +22,13 @@ double real(const Element &e) {
   return e.tag == tags::INTEGER ? static_cast<double>(e.integer) : e.real;
 }
 
-// Gives a member of a structure that is to be changed a Point of its own.
+// Gives a member that is to be changed a Point of its own. The record stands in a block that nobody else sees, and so
+// does that of each member around it: then alone does a count of 1 tell that the member is nobody else's.
 Point *ownmember(Element &e) {
   if (refr(e.subarray) == 1) return e.subarray;
   Point *own = newpoint();
-  *own = *e.subarray;  // this way to what is enclosed moves along
+  *own = *e.subarray;
+  referencepoint(own);
   release(e.subarray);
   e.subarray = own;
   return own;
