@@ -3,6 +3,7 @@
 #include "arithmetic/walk.h"
 #include "arithmetic/joint.h"
 #include "diagnostics/exception.h"
+#include "diagnostics/processstack.h"
 #include "spaces/refderef.h"
 
 namespace {
@@ -61,6 +62,7 @@ std::int32_t enclosed(const Dyadic &d, const Element &left, const Element &right
 
 // All that one space is combined to, in new blocks.
 std::int32_t combine(const Dyadic &d, const Point &left, const Point &right, Point &result, Tally &tally) {
+  if (stackends()) return OUTOFSTORAGE;
   Joint joint;
   if (const std::int32_t message = conform(d, left, right, joint); message != 0) return message;
   Run run = runover(left, right, joint);

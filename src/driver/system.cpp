@@ -15,6 +15,7 @@
 #include "arithmetic/random.h"
 #include "coprocessor/coprocessor.h"
 #include "diagnostics/exception.h"
+#include "diagnostics/processstack.h"
 #include "diagnostics/text.h"
 #include "driver/architecture.h"
 #include "driver/options.h"
@@ -203,6 +204,7 @@ void startsystem() {
   countslots();
   maxdatamem = raiselimit(RLIMIT_DATA);
   maxstackmem = raiselimit(RLIMIT_STACK);
+  measurestack();
   measurememory();
   if (!quiet) machineline();
   tval = starttime = clocktime();
