@@ -23,6 +23,7 @@
 #include "machine/slicing.h"
 #include "machine/timing.h"
 #include "spaces/counters.h"
+#include "spaces/recount.h"
 #include "spaces/refderef.h"
 
 Entry *memory[BANKS];
@@ -218,6 +219,27 @@ void startsystem() {
   SEED_PRNGS(0, &prngs_seed, CLOCK_SEED);
   verbs = 0;
 }
+
+#ifdef MORVIK_CHECKING
+void recountblocks() {
+  if (unfinished) return;  // the pool holds what its result is made of
+  Recount recount;
+  for (const Point *p = stack[0] + 1; p <= sp; ++p) recount.hold(*p);
+  for (std::size_t bank = 0; bank < BANKS; ++bank) {
+    recounttable(recount, memory[bank]);
+    recount.hold(variables[bank]);
+    recount.hold(banks[bank].quads[IO_SLOT]);
+    recount.hold(banks[bank].quads[CT_SLOT]);
+    recount.hold(banks[bank].io);
+    recount.hold(banks[bank].ct);
+  }
+  recountlocalnames(recount);
+  const std::string faults = recount.faults(liveblocks());
+  if (faults.empty()) return;
+  std::fprintf(stderr, "\nRecount: %s\n", faults.c_str());
+  std::abort();
+}
+#endif
 
 int shutdownsystem() {
   stoppool();

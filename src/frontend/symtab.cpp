@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "frontend/tables.h"
+#include "spaces/recount.h"
 #include "spaces/refderef.h"
 
 namespace {
@@ -174,6 +175,16 @@ void subwipe(Entry *entry) {
 void hashwipe(Entry *table) {
   Walk walk{table};
   while (Entry *entry = next(walk)) subwipe(entry);
+}
+
+void recounttable(Recount &recount, Entry *table) {
+  if (!recount.hold(table)) return;
+  Walk walk{table};
+  while (const Entry *entry = next(walk)) {
+    recount.hold(entry->name);
+    recount.holdbox(entry->meaning);
+    recount.hold(entry->next);
+  }
 }
 
 void forgethash(Entry *entry) {

@@ -6,6 +6,8 @@
 
 #include "spaces/point.h"
 
+class Recount;
+
 // A bucket head or one link of a bucket. Every bucket ends in an empty entry.
 struct Entry {
   char *name;          // counted, without its sigil (a label keeps its %); null in an empty entry
@@ -83,6 +85,10 @@ Context *popsymtabs(Context *link);
 void hanglocalnames(Point &functionend, const Context *chain);
 // The table of its own that a function's FUNCTIONEND Point holds, null for none.
 Entry *localnames(const Point &functionend);
+
+// The owners that a table and its names are, for a recount; and those that all the records of FUNCTIONEND Points are.
+void recounttable(Recount &recount, Entry *table);
+void recountlocalnames(Recount &recount);
 
 // Wipes the local names of every function in being: at shutdown, for the functions that keep themselves.
 void wipealllocalnames();

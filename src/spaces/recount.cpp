@@ -5,7 +5,6 @@
 #include <bit>
 #include <cstdio>
 
-#include "spaces/instructions.h"
 #include "spaces/refderef.h"
 
 namespace {
@@ -23,9 +22,13 @@ std::string described(const void *block) {
 // Do the extents make so many elements?
 bool isshaped(const Point &space) {
   if (space.rank > 0 && !space.shape_pointer) return false;
+  constexpr std::uint64_t BEYOND = std::uint64_t{UINT32_MAX} + 1;
   std::uint64_t product = 1;
-  for (std::int32_t axis = 0; axis < space.rank && product <= UINT32_MAX; ++axis)
-    product *= static_cast<std::uint64_t>(space.shape_pointer[axis].integer);
+  for (std::int32_t axis = 0; axis < space.rank; ++axis) {
+    const auto extent = static_cast<std::uint64_t>(space.shape_pointer[axis].integer);
+    if (extent == 0) return space.elements == 0;
+    product = extent < BEYOND / product ? product * extent : BEYOND;
+  }
   return product == space.elements;
 }
 
@@ -55,8 +58,7 @@ void Recount::holdbox(const Point *box) {
 
 void Recount::holdsymbolic(const Point &point) {
   hold(point.name);
-  if (hold(point.link) && names_ && point.rank == ranks::OPERATOR && point.instruction == instructions::FUNCTIONEND)
-    names_(*this, point.link);
+  hold(point.link);
   switch (point.rank) {
     case ranks::FUNCTION:
       if (hold(point.programme)) programmes_.push_back(point.programme);

@@ -11,10 +11,6 @@
 
 class Recount {
  public:
-  // What the link of a FUNCTIONEND Point owns, when it is met for the first time, is known further up.
-  using Names = void (*)(Recount &, const void *link);
-  explicit Recount(Names names = nullptr) : names_(names) {}
-
   // One who holds a Point, a block that owns nothing, a block of one Point. Null is nothing, and so is a permanent
   // block. The one of a block tells whether this is its first owner.
   void hold(const Point &point);
@@ -42,7 +38,6 @@ class Recount {
   void walkprogramme(const Point *header);
   void complain(const Point &space, const char *what);
 
-  Names names_;
   std::unordered_map<const void *, std::int64_t> owners_;
   std::unordered_map<const void *, Records> records_;
   std::vector<const Point *> boxes_, programmes_;  // met, and not looked into yet
