@@ -25,6 +25,7 @@
 #include "spaces/counters.h"
 #include "spaces/recount.h"
 #include "spaces/refderef.h"
+#include "spaces/release.h"
 
 Entry *memory[BANKS];
 Context *variables[BANKS];
@@ -223,6 +224,7 @@ void startsystem() {
 #ifdef MORVIK_CHECKING
 void recountblocks() {
   if (unfinished) return;  // the pool holds what its result is made of
+  finishreleases();
   Recount recount;
   for (const Point *p = stack[0] + 1; p <= sp; ++p) recount.hold(*p);
   for (std::size_t bank = 0; bank < BANKS; ++bank) {
@@ -248,6 +250,8 @@ int shutdownsystem() {
     std::printf("\n%s\n", errors(999));
   }
   std::putchar('\n');
+  releasestops = nullptr;
+  finishreleases();
   closebanks();
   freereplies();
   spent();

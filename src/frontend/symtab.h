@@ -59,6 +59,11 @@ Entry *hashtab(Entry *table, char *name, char sigil = 0);
 Entry *smallhashtab(Entry *table, char *name, char sigil = 0);
 // The one of the two that the table's kind asks for.
 Entry *entername(Entry *table, char *name, char sigil = 0);
+// Was the name of a meaning taken away, while Points are bound to it?
+bool isforgotten(const Point &meaning);
+// Enters the name of such a meaning again. Returns what it means now: the same block, so that all that are bound to it
+// find what is set there; or what somebody entered the name for in between. The name is not taken over. Message 27.
+Point *reentername(Entry *table, char *name, char sigil, Point *meaning);
 // Find only; null if absent or empty. The name is not taken over.
 Entry *checkhash(Entry *table, const char *name);
 Entry *checksmallhash(Entry *table, const char *name);

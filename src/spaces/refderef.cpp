@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "spaces/instructions.h"
+#include "spaces/release.h"
 
 namespace {
 
@@ -186,17 +187,33 @@ void freeprogramme(Point *header) {
   freeblock(header);
 }
 
+constexpr std::uint32_t STRETCH = 4096;  // of the dead between two looks at whether the user waits
+
 void drain() {
   if (dead.draining || (!dead.boxes && !dead.programmes)) return;
   dead.draining = true;
-  while (dead.boxes || dead.programmes) {
-    while (Point *box = exhume(dead.boxes)) freebox(box);
-    if (Point *programme = exhume(dead.programmes)) freeprogramme(programme);
+  for (std::uint32_t done = 1; dead.boxes || dead.programmes; ++done) {
+    if (Point *box = exhume(dead.boxes))
+      freebox(box);
+    else
+      freeprogramme(exhume(dead.programmes));
+    if (done % STRETCH == 0 && releasestops && releasestops()) break;
   }
   dead.draining = false;
 }
 
 }  // namespace
+
+constinit thread_local bool (*releasestops)() = nullptr;
+
+void finishreleases() {
+  bool (*const stops)() = releasestops;
+  releasestops = nullptr;
+  lockreferences();
+  drain();
+  unlockreferences();
+  releasestops = stops;
+}
 
 void dropwalks() {
   dead.draining = false;

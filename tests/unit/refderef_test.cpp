@@ -9,6 +9,7 @@
 
 #include "frontend/symtab.h"
 #include "recount.h"
+#include "spaces/release.h"
 
 namespace {
 
@@ -254,6 +255,33 @@ TEST_F(Lifetimes, DeepValuesAreDroppedOnASmallStack) {
   ASSERT_EQ(pthread_create(&thread, &attributes, dropall, &values), 0);
   pthread_join(thread, nullptr);
   pthread_attr_destroy(&attributes);
+}
+
+// Where the user waits, a long release leaves its rest to the next one.
+TEST_F(Lifetimes, ALongReleaseIsPutOff) {
+  const auto deep = [] {
+    Point p = vector({whole(1)});
+    for (int i = 0; i < 20000; ++i) p = vector({enclosed(p)});
+    return p;
+  };
+  Point first = deep(), second = deep();
+  const std::int64_t both = liveblocks();
+  releasestops = [] { return true; };
+  dereferencepoint(&first);
+  EXPECT_EQ(first.data_pointer, nullptr);
+  const std::int64_t left = liveblocks();
+  EXPECT_LT(left, both);
+  EXPECT_GT(left, before + (both - before) / 2);
+  releasestops = nullptr;
+  dereferencepoint(&second);
+  EXPECT_EQ(liveblocks(), before);
+  second = deep();
+  releasestops = [] { return true; };
+  dereferencepoint(&second);
+  EXPECT_GT(liveblocks(), before);
+  finishreleases();
+  EXPECT_EQ(liveblocks(), before);
+  releasestops = nullptr;
 }
 
 // ---- An impossible tag.
