@@ -204,10 +204,10 @@ void drain() {
 
 }  // namespace
 
-constinit thread_local bool (*releasestops)() = nullptr;
+constinit thread_local Question releasestops = nullptr;
 
 void finishreleases() {
-  bool (*const stops)() = releasestops;
+  const Question stops = releasestops;
   releasestops = nullptr;
   lockreferences();
   drain();
