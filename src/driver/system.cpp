@@ -236,7 +236,7 @@ void recountblocks() {
     recount.hold(banks[bank].ct);
   }
   recountlocalnames(recount);
-  const std::string faults = recount.faults(liveblocks());
+  const auto faults = recount.faults(liveblocks());
   if (faults.empty()) return;
   std::fprintf(stderr, "\nRecount: %s\n", faults.c_str());
   std::abort();
