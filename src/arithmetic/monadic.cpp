@@ -15,6 +15,7 @@
 #include "arithmetic/joint.h"
 #include "arithmetic/walk.h"
 #include "diagnostics/exception.h"
+#include "diagnostics/processstack.h"
 #include "spaces/hypercomplex.h"
 #include "spaces/refderef.h"
 
@@ -69,6 +70,7 @@ std::int32_t choosehome(const Monadic &m, const Point &operand, const Run &run, 
 // All that one enclosed space becomes, in new blocks.
 std::int32_t workspace(const Monadic &m, const Point &operand, Point &result, Tally &tally) {
   if (!isspace(operand)) return RESTRICTION;
+  if (stackends()) return OUTOFSTORAGE;
   result = operand;
   if (isvoid(operand)) {
     referencepoint(&result);

@@ -6,6 +6,7 @@
 
 #include "arithmetic/joint.h"
 #include "diagnostics/exception.h"
+#include "diagnostics/processstack.h"
 #include "spaces/refderef.h"
 
 namespace {
@@ -39,6 +40,7 @@ std::int32_t keep(const Element &e, Point &result) {
   if (!record) return OUTOFSTORAGE;
   *record = e;
   result = scalarof(*record);
+  if (isnamed(e) && e.tag < tags::OCTONION) reference(e.name);  // a scalar may have a counted one
   referencedataelems(record, 1);
   // The name of a scalar may be counted, and is then held by each scalar that bears it.
   if (isnamed(e) && e.tag < tags::OCTONION) reference(e.name);
@@ -70,6 +72,7 @@ std::int32_t enclosed(const Dyadic &d, const Element &left, const Element &right
 
 // All that one space is combined to, in new blocks.
 std::int32_t combine(const Dyadic &d, const Point &left, const Point &right, Point &result, Tally &tally) {
+  if (stackends()) return OUTOFSTORAGE;
   Joint joint;
   if (const std::int32_t message = conform(d, left, right, joint); message != 0) return message;
   Run run = runover(left, right, joint);

@@ -11,6 +11,7 @@
 #include "coprocessor/coprocessor.h"
 #include "coprocessor/threads.h"
 #include "diagnostics/exception.h"
+#include "diagnostics/processstack.h"
 #include "spaces/blocks.h"
 #include "spaces/instructions.h"
 
@@ -78,6 +79,7 @@ void vector_coprocessor(std::uint32_t index) {
 }
 
 void *vector_coprocessor_thread(void *index) {
+  measurestack();
   vector_coprocessor(*static_cast<const std::uint32_t *>(index));
   return nullptr;
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "diagnostics/exception.h"
+#include "diagnostics/processstack.h"
 #include "diagnostics/text.h"
 #include "spaces/instructions.h"
 #include "spaces/refderef.h"
@@ -256,6 +257,7 @@ void addspace(Builder &b, const Point &space) {
 }
 
 void addpoint(Builder &b, const Point &point) {
+  if (stackends()) outofstorage();
   if (point.rank < 0)
     addsymbolic(b, point);
   else

@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "diagnostics/text.h"
-#include "spaces/blocks.h"
+#include "spaces/refderef.h"
 
 jmp_buf error_jump;
 std::int32_t A_Problem;
@@ -88,6 +88,7 @@ void failwork(std::int32_t message, Point **stackpointer, const Point *instructi
 
 void jump(int value) {
   if (!armed()) endatonce(value < -GOODBYE ? value & 0xFF : FAILED_START);
+  dropwalks();
   joinahead();
   if (!leaving) {
     leaving = true;

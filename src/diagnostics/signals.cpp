@@ -11,6 +11,7 @@
 #include "diagnostics/exception.h"
 #include "spaces/blocks.h"
 #include "spaces/memory.h"
+#include "spaces/release.h"
 
 volatile std::sig_atomic_t interrupted;
 
@@ -190,6 +191,7 @@ void takeinterrupt() {
 }
 
 void initsignals() {
+  releasestops = isinterrupted;
   handle(SIGPIPE, ignoresignal, SA_RESTART);
   handle(SIGXFSZ, ignoresignal, SA_RESTART);
   if (!FAULTS_ARE_OURS) return;

@@ -2,7 +2,9 @@
 #include <cstring>
 
 #include "diagnostics/printer.h"
+#include "diagnostics/processstack.h"
 #include "diagnostics/text.h"
+#include "spaces/blocks.h"
 #include "spaces/instructions.h"
 
 namespace printer {
@@ -243,6 +245,10 @@ void symbolic(Point &p, int indent, bool source) {
 }
 
 void point(Point &p, int indent, bool source, bool inner) {
+  if (stackends()) [[unlikely]] {
+    flush();
+    outofstorage();
+  }
   if (p.rank < 0)
     symbolic(p, indent, source);
   else

@@ -78,5 +78,8 @@ void promptloop() {
     prompt();
     if (emptyline()) continue;
     onetext(stdin);
+#ifdef MORVIK_CHECKING
+    recountblocks();
+#endif
   }
 }

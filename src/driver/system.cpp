@@ -15,6 +15,7 @@
 #include "arithmetic/random.h"
 #include "coprocessor/coprocessor.h"
 #include "diagnostics/exception.h"
+#include "diagnostics/processstack.h"
 #include "diagnostics/text.h"
 #include "driver/architecture.h"
 #include "driver/options.h"
@@ -22,7 +23,9 @@
 #include "machine/slicing.h"
 #include "machine/timing.h"
 #include "spaces/counters.h"
+#include "spaces/recount.h"
 #include "spaces/refderef.h"
+#include "spaces/release.h"
 
 Entry *memory[BANKS];
 Context *variables[BANKS];
@@ -202,6 +205,7 @@ void startsystem() {
   countslots();
   maxdatamem = raiselimit(RLIMIT_DATA);
   maxstackmem = raiselimit(RLIMIT_STACK);
+  measurestack();
   measurememory();
   if (!quiet) machineline();
   tval = starttime = clocktime();
@@ -216,6 +220,28 @@ void startsystem() {
   verbs = 0;
 }
 
+#ifdef MORVIK_CHECKING
+void recountblocks() {
+  if (unfinished) return;  // the pool holds what its result is made of
+  finishreleases();
+  Recount recount;
+  for (const Point *p = stack[0] + 1; p <= sp; ++p) recount.hold(*p);
+  for (std::size_t bank = 0; bank < BANKS; ++bank) {
+    recounttable(recount, memory[bank]);
+    recount.hold(variables[bank]);
+    recount.hold(banks[bank].quads[IO_SLOT]);
+    recount.hold(banks[bank].quads[CT_SLOT]);
+    recount.hold(banks[bank].io);
+    recount.hold(banks[bank].ct);
+  }
+  recountlocalnames(recount);
+  const auto faults = recount.faults(liveblocks());
+  if (faults.empty()) return;
+  std::fprintf(stderr, "\nRecount: %s\n", faults.c_str());
+  std::abort();
+}
+#endif
+
 int shutdownsystem() {
   stoppool();
   if (!quiet) {
@@ -223,6 +249,8 @@ int shutdownsystem() {
     std::printf("\n%s\n", errors(999));
   }
   std::putchar('\n');
+  releasestops = nullptr;
+  finishreleases();
   closebanks();
   freereplies();
   spent();

@@ -26,6 +26,12 @@ extern double starttime;                       // the clock at start
 void openbanks();
 void closebanks();
 
+#ifdef MORVIK_CHECKING
+// After a text: aborts unless every block that is alive has the count of its owners, and each flag word keeps its
+// promise.
+void recountblocks();
+#endif
+
 // Everything between the command line and the first prompt. Ends the process where there is no storage for it.
 void startsystem();
 // Everything after the last text. Returns the exit status.

@@ -136,6 +136,10 @@ void wipelocalnames(Point &functionend) {
   if (own) releaseown(own);
 }
 
+void recountlocalnames(Recount &recount) {
+  for (const Context *own = owners; own; own = own->next) recounttable(recount, own->table);
+}
+
 void wipealllocalnames() {
   // A wipe may end other functions, but not the one whose record is held.
   for (Context *own = owners; own;) {

@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "frontend/tables.h"
+#include "spaces/recount.h"
 #include "spaces/refderef.h"
 
 namespace {
@@ -93,16 +94,24 @@ Entry *check(Entry *table, std::size_t bucket, const char *name) {
   Entry *entry = search(table + bucket, name);
   return isnamed(*entry) ? entry : nullptr;
 }
+Entry *checkname(Entry *table, const char *name) {
+  return *name != 0 ? check(table, hash(table->kind, name), name) : nullptr;
+}
+
+// What is left of a meaning whose name was taken away says so in its modifier.
+constexpr std::uint16_t FORGOTTEN = 1;
 
 // The first name leaves a bucket, or what is left of one from this entry on. A Point that was bound to it keeps the
-// block of the meaning, and finds no value there. The bucket is whole before anything is released, since a release may
-// come back to this table.
+// block of the meaning, and finds no value there; nor does anybody put one in, so that no value can keep the block
+// which it stands in alive. The bucket is whole before anything is released, since a release may come back to this
+// table.
 void remove(Entry &entry) {
   char *const name = entry.name;
   Point *const meaning = entry.meaning;
   Entry *const link = entry.next;
   Point value = *meaning;
   unbind(*meaning);
+  meaning->modifier = FORGOTTEN;
   entry = *link;
   freeblock(link);
   dereferencepoint(&value);
@@ -136,6 +145,18 @@ Entry *smallhashtab(Entry *table, char *name, char sigil) {
 
 Entry *entername(Entry *table, char *name, char sigil) {
   return table->kind == SMALL_TABLE ? smallhashtab(table, name, sigil) : hashtab(table, name, sigil);
+}
+
+Point *reentername(Entry *table, char *name, char sigil, Point *meaning) {
+  const bool stood = checkname(table, name) != nullptr;
+  reference(name);
+  Entry *const entry = entername(table, name, sigil);
+  if (stood || !entry) return entry ? entry->meaning : nullptr;
+  release(entry->meaning);
+  entry->meaning = meaning;
+  reference(meaning);
+  unbind(*meaning);
+  return meaning;
 }
 
 Entry *checkhash(Entry *table, const char *name) {
@@ -174,6 +195,20 @@ void subwipe(Entry *entry) {
 void hashwipe(Entry *table) {
   Walk walk{table};
   while (Entry *entry = next(walk)) subwipe(entry);
+}
+
+bool isforgotten(const Point &meaning) {
+  return isend(meaning) && meaning.modifier == FORGOTTEN;
+}
+
+void recounttable(Recount &recount, Entry *table) {
+  if (!recount.hold(table)) return;
+  Walk walk{table};
+  while (const Entry *entry = next(walk)) {
+    recount.hold(entry->name);
+    recount.holdbox(entry->meaning);
+    recount.hold(entry->next);
+  }
 }
 
 void forgethash(Entry *entry) {

@@ -6,6 +6,8 @@
 
 #include "spaces/point.h"
 
+class Recount;
+
 // A bucket head or one link of a bucket. Every bucket ends in an empty entry.
 struct Entry {
   char *name;          // counted, without its sigil (a label keeps its %); null in an empty entry
@@ -57,6 +59,11 @@ Entry *hashtab(Entry *table, char *name, char sigil = 0);
 Entry *smallhashtab(Entry *table, char *name, char sigil = 0);
 // The one of the two that the table's kind asks for.
 Entry *entername(Entry *table, char *name, char sigil = 0);
+// Was the name of a meaning taken away, while Points are bound to it?
+bool isforgotten(const Point &meaning);
+// Enters the name of such a meaning again. Returns what it means now: the same block, so that all that are bound to it
+// find what is set there; or what somebody entered the name for in between. The name is not taken over. Message 27.
+Point *reentername(Entry *table, char *name, char sigil, Point *meaning);
 // Find only; null if absent or empty. The name is not taken over.
 Entry *checkhash(Entry *table, const char *name);
 Entry *checksmallhash(Entry *table, const char *name);
@@ -83,6 +90,10 @@ Context *popsymtabs(Context *link);
 void hanglocalnames(Point &functionend, const Context *chain);
 // The table of its own that a function's FUNCTIONEND Point holds, null for none.
 Entry *localnames(const Point &functionend);
+
+// The owners that a table and its names are, for a recount; and those that all the records of FUNCTIONEND Points are.
+void recounttable(Recount &recount, Entry *table);
+void recountlocalnames(Recount &recount);
 
 // Wipes the local names of every function in being: at shutdown, for the functions that keep themselves.
 void wipealllocalnames();

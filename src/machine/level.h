@@ -121,13 +121,10 @@ inline void droptop(Level &level) {
 inline void pushowned(Level &level, const Point &point) {
   *++level.sp = point;
 }
-// Pushes a copy and raises its references; the one by a walk, whatever the Point holds.
-void pushwalked(Level &level, const Point &point);
+// Pushes a copy and raises its references.
 inline void pushcopy(Level &level, const Point &point) {
   assert(&point != unfinished);
-  if (!ownsoneblock(point) || coprocessors_running) [[unlikely]]
-    return pushwalked(level, point);
-  raisecount(point.data_pointer);
+  referencepoint(&point);
   *++level.sp = point;
 }
 // Pushes an integer scalar. Message 27.

@@ -38,8 +38,9 @@ void keep(Level &level, char *key, Point &header, const Point *floor) {
   if (single && !drawn) {
     Entry *entry = entername(*level.memory, key);
     referencepoint(level.sp);
-    dereferencepoint(entry->meaning);
+    Point old = *entry->meaning;
     *entry->meaning = *level.sp;
+    dereferencepoint(&old);
     return;
   }
   if (Entry *entry = checkhash(*level.memory, key)) forgethash(entry);

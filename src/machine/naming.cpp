@@ -27,6 +27,19 @@ void bind(Level &level, Point &name, const Entry &entry) {
   name.context = level.meaning;
 }
 
+char sigilof(std::uint16_t rule) {
+  switch (rule) {
+    case instructions::SAIG:
+      return '_';
+    case instructions::SAIL:
+      return '$';
+    case instructions::SLIL:
+      return '.';
+    default:
+      return 0;
+  }
+}
+
 // The rule of access of a name that is given as text.
 std::uint16_t scope(char sigil) {
   switch (sigil) {
@@ -107,6 +120,26 @@ void replacetop(Level &level, const Point *value) {
   }
   dereferencepoint(level.sp);
   *level.sp = copy;
+}
+
+// Where the value for the ADDRESS on top goes; null for nowhere: a local, or a name of a table that is gone. A name
+// that was taken away since it was bound is entered again. Message 27, with the stack as it is.
+Point *destination(Level &level) {
+  Point &address = *level.sp;
+  if (islocaladdress(address)) return nullptr;
+  if (!address.target || !isforgotten(*address.target)) return address.target;
+  const bool global = address.modifier == instructions::SGIG || address.modifier == instructions::SAIG;
+  if (!global && !(address.context && level.meaning->table && sametable(address.context, level.meaning)))
+    return nullptr;
+  return reentername(global ? *level.memory : level.meaning->table, address.name, sigilof(address.modifier),
+                     address.target);
+}
+
+// The old value goes last: its release may wipe the very name.
+void replace(Point &bound, const Point &value) {
+  Point old = bound;
+  bound = value;
+  dereferencepoint(&old);
 }
 
 }  // namespace
@@ -191,11 +224,10 @@ Next dodo(Level &level) {
 
 Next doassign(Level &level) {
   if (!isaddress(*level.sp)) return fail(level, 55);
-  if (!islocaladdress(*level.sp) && level.sp->target) {
+  if (Point *const bound = destination(level)) {
     Point value = level.sp[-1];
     referencepoint(&value);
-    dereferencepoint(level.sp->target);
-    *level.sp->target = value;
+    replace(*bound, value);
   }
   droptop(level);
   return Next::FETCH;
@@ -203,10 +235,10 @@ Next doassign(Level &level) {
 
 Next doset(Level &level) {
   if (!isaddress(*level.sp)) return fail(level, 55);
+  Point *const bound = destination(level);
   Point address = *level.sp--;
-  if (!islocaladdress(address) && address.target) {
-    dereferencepoint(address.target);
-    *address.target = *level.sp--;
+  if (bound) {
+    replace(*bound, *level.sp--);
   } else {
     droptop(level);
   }

@@ -5,11 +5,6 @@
 
 #include "machine/level.h"
 
-void pushwalked(Level &level, const Point &point) {
-  referencepoint(&point);
-  pushowned(level, point);
-}
-
 namespace {
 
 bool ismark(const Point &point) {

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "diagnostics/exception.h"
+#include "operators/descent.h"
 #include "operators/records.h"
 #include "spaces/convert.h"
 #include "spaces/refderef.h"
@@ -23,11 +24,13 @@ double real(const Element &e) {
   return e.tag == tags::INTEGER ? static_cast<double>(e.integer) : e.real;
 }
 
-// Gives a member of a structure that is to be changed a Point of its own.
+// Gives a member that is to be changed a Point of its own. The record stands in a block that nobody else sees, and so
+// does that of each member around it: then alone does a count of 1 tell that the member is nobody else's.
 Point *ownmember(Element &e) {
   if (refr(e.subarray) == 1) return e.subarray;
   Point *own = newpoint();
-  *own = *e.subarray;  // this way to what is enclosed moves along
+  *own = *e.subarray;
+  referencepoint(own);
   release(e.subarray);
   e.subarray = own;
   return own;
@@ -44,6 +47,46 @@ void countkinds(Point &space) {
 void unname(Element &e) {
   if (e.tag != tags::QUATERNION) e.name = nullptr;
   e.attributes = static_cast<std::uint16_t>(e.attributes & ~attributes::NAMED);
+}
+
+// ---- All levels of a value.
+
+struct Changing {
+  Point *space;
+  std::uint32_t next;
+};
+
+bool hasrecords(Point &space) {
+  if (!isspace(space) || isempty(space)) return false;
+  records::knowkinds(space);
+  return true;
+}
+
+// Makes the records of each space that `opens` one that nobody else sees, has `change` do to each what is to be done,
+// member by member before what comes after it, and ends with `close`.
+template <typename Opens, typename Change, typename Close>
+void changeall(Point *point, Opens opens, Change change, Close close) {
+  Descent<Changing> levels;
+  begindescent(levels);
+  const auto open = [&](Point *space) {
+    if (!opens(*space)) return;
+    makeprivate(*space);
+    descend(levels, {space, 0});
+  };
+  open(point);
+  while (levels.depth > 0) {
+    auto &[space, next] = innermost(levels);
+    if (next % STRETCH == 0) safepoint();
+    if (next == space->elements) {
+      close(*space);
+      --levels.depth;
+      continue;
+    }
+    Element &e = space->data_pointer[next++];
+    change(e);
+    if (e.tag == tags::SUBARRAY) open(ownmember(e));
+  }
+  enddescent(levels);
 }
 
 // ---- Folding.
@@ -173,26 +216,31 @@ void writeparts(const Point &point, std::size_t width, Element *to) {
   }
 }
 
+// A space without members.
+void encapsulatesimple(Point &space, Point **stackpointer, const Point *instruction) {
+  if (space.rank != ranks::VECTOR) return exception(MULTIDIMENSIONAL, stackpointer, instruction);
+  if (!isfoldable(space)) return;
+  if (space.elements == 1) return settle(&space);
+  if (space.elements <= PARTS) fold(&space);
+}
+
 }  // namespace
 
 void encapsulate(Point *point, Point **stackpointer, const Point *instruction) {
-  if (isspace(*point) && isempty(*point)) return;
-  records::knowkinds(*point);
-  const bool structured = isspace(*point) && (point->type & STRUCTURED) != 0;
-  if (structured && (point->type & COMPLEXED) != 0) return exception(COMPLEXED_STRUCTURE, stackpointer, instruction);
-  if (structured) {
-    makeprivate(*point);
-    for (std::uint32_t i = 0; i < point->elements; ++i) {
-      if (i % STRETCH == 0) safepoint();
-      if (point->data_pointer[i].tag == tags::SUBARRAY)
-        encapsulate(ownmember(point->data_pointer[i]), stackpointer, instruction);
-    }
-    return;
-  }
-  if (point->rank != ranks::VECTOR) return exception(MULTIDIMENSIONAL, stackpointer, instruction);
-  if (!isfoldable(*point)) return;
-  if (point->elements == 1) return settle(point);
-  if (point->elements <= PARTS) fold(point);
+  changeall(
+      point,
+      [&](Point &space) {
+        if (isspace(space) && isempty(space)) return false;
+        records::knowkinds(space);
+        if (!isspace(space) || (space.type & STRUCTURED) == 0) {
+          encapsulatesimple(space, stackpointer, instruction);
+          return false;
+        }
+        const bool mixed = (space.type & COMPLEXED) != 0;
+        if (mixed) exception(COMPLEXED_STRUCTURE, stackpointer, instruction);
+        return !mixed;
+      },
+      [](Element &) {}, [](Point &) {});
 }
 
 void decapsulate(Point *point) {
@@ -218,38 +266,30 @@ void decapsulate(Point *point) {
 }
 
 void enascii(Point *point, double tolerance) {
-  if (!isspace(*point) || isempty(*point)) return;
-  records::knowkinds(*point);
-  makeprivate(*point);
-  for (std::uint32_t i = 0; i < point->elements; ++i) {
-    if (i % STRETCH == 0) safepoint();
-    Element &e = point->data_pointer[i];
-    if (e.tag == tags::SUBARRAY) enascii(ownmember(e), tolerance);
-    if (!isreal(e)) continue;
-    const double whole = e.tag == tags::INTEGER ? real(e) : std::nearbyint(e.real);
-    if (std::fabs(real(e) - whole) > tolerance || !(whole >= 0 && whole <= 255)) continue;
-    unname(e);
-    e.tag = tags::ASCII;
-    e.form = 0;
-    e.integer = static_cast<std::int64_t>(whole);
-  }
-  countkinds(*point);
+  changeall(
+      point, hasrecords,
+      [=](Element &e) {
+        if (!isreal(e)) return;
+        const double whole = e.tag == tags::INTEGER ? real(e) : std::nearbyint(e.real);
+        if (std::fabs(real(e) - whole) > tolerance || !(whole >= 0 && whole <= 255)) return;
+        unname(e);
+        e.tag = tags::ASCII;
+        e.form = 0;
+        e.integer = static_cast<std::int64_t>(whole);
+      },
+      countkinds);
 }
 
 void deascii(Point *point) {
-  if (!isspace(*point) || isempty(*point)) return;
-  records::knowkinds(*point);
-  makeprivate(*point);
-  for (std::uint32_t i = 0; i < point->elements; ++i) {
-    if (i % STRETCH == 0) safepoint();
-    Element &e = point->data_pointer[i];
-    if (e.tag == tags::SUBARRAY) deascii(ownmember(e));
-    if (e.tag < 0 || e.tag == tags::HANDLE) continue;
-    unname(e);
-    if (e.tag != tags::ASCII) continue;
-    e.integer = e.ascii;
-    e.tag = tags::INTEGER;
-    e.form = forms::NUMBER;
-  }
-  countkinds(*point);
+  changeall(
+      point, hasrecords,
+      [](Element &e) {
+        if (e.tag < 0 || e.tag == tags::HANDLE) return;
+        unname(e);
+        if (e.tag != tags::ASCII) return;
+        e.integer = e.ascii;
+        e.tag = tags::INTEGER;
+        e.form = forms::NUMBER;
+      },
+      countkinds);
 }

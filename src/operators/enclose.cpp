@@ -41,15 +41,11 @@ int disclose(Point &space) {
   knowkinds(space);
   if (!isspace(space) || (space.type & STRUCTURED) == 0 || !space.data_pointer) return 0;
   if (space.elements != 1) return MANYMEMBERS;
-  Element *record = space.data_pointer;
-  const Element e = *record;
+  const Element &e = *space.data_pointer;
   if (e.tag != tags::SUBARRAY && !issymbol(e)) return 0;
-  // The way to what is enclosed gets shorter, and stays one way: its counts do not change.
   const Point member = e.tag == tags::SUBARRAY ? *e.subarray : std::bit_cast<Point>(e);
-  Element *shape = space.shape_pointer;
+  referencepoint(&member);
+  dereferencepoint(&space);
   space = member;
-  release(shape);
-  if (e.tag == tags::SUBARRAY) release(e.subarray);
-  release(record);
   return 0;
 }

@@ -2,6 +2,7 @@
 #include <bit>
 #include <utility>
 
+#include "operators/descent.h"
 #include "operators/records.h"
 #include "operators/structure.h"
 
@@ -13,43 +14,18 @@ namespace {
 constexpr std::uint32_t LEVELBITS =
     ~(ELEMENTBITS | COMPLEXED | STRUCTURED | RANKBITS | ISSTRUCTURE | ISEMPTY | NAMEBEARING | ISLOCAL);
 
-// The levels that are open. They stand in a counted block, so that no depth of a value can exhaust the process stack.
+constexpr std::uint32_t FEW = 64;
+
 struct Open {
   const Element *next, *end;
 };
 struct Walk {
-  Open *open;
-  std::size_t depth, room;
-  Custody custody;
+  Descent<Open> levels;
   std::size_t left;  // records to the next safe point
 };
 
-constexpr std::size_t FIRSTLEVELS = 16;
-constexpr std::uint32_t FEW = 64;
-
-void startwalk(Walk &w) {
-  w.open = static_cast<Open *>(newblock(FIRSTLEVELS * sizeof(Open)));
-  w.depth = 0;
-  w.room = FIRSTLEVELS;
-  w.left = CHUNK;
-  takecustody(w.custody, releaseblock, w.open);
-}
-
-void endwalk(Walk &w) {
-  endcustody(w.custody);
-  freeblock(w.open);
-}
-
 void openlevel(Walk &w, const Point &space) {
-  if (w.depth == w.room) {
-    auto *larger = static_cast<Open *>(newblock(2 * w.room * sizeof(Open)));
-    std::memcpy(larger, w.open, w.depth * sizeof(Open));
-    freeblock(w.open);
-    w.open = larger;
-    w.custody.held = larger;
-    w.room *= 2;
-  }
-  w.open[w.depth++] = {space.data_pointer, space.data_pointer + space.elements};
+  descend(w.levels, {space.data_pointer, space.data_pointer + space.elements});
 }
 
 void poll(Walk &w, std::size_t records) {
@@ -100,16 +76,17 @@ const Point *walklevel(Walk &w, Open &level, Visit &visit) {
 template <typename Visit>
 void walkleaves(const Point &space, Visit &visit) {
   Walk w;
-  startwalk(w);
+  begindescent(w.levels);
+  w.left = CHUNK;
   visit.level(space);
   openlevel(w, space);
-  while (w.depth > 0) {
-    if (const Point *member = walklevel(w, w.open[w.depth - 1], visit))
+  while (w.levels.depth > 0) {
+    if (const Point *member = walklevel(w, innermost(w.levels), visit))
       openlevel(w, *member);
     else
-      --w.depth;
+      --w.levels.depth;
   }
-  endwalk(w);
+  enddescent(w.levels);
 }
 
 struct Counting {

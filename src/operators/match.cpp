@@ -7,6 +7,7 @@
 
 #include "coprocessor/coprocessor.h"
 #include "diagnostics/exception.h"
+#include "operators/descent.h"
 
 namespace {
 
@@ -101,37 +102,91 @@ std::uint32_t scorerun(const Element *a, const Element *b, std::uint32_t count, 
 
 }  // namespace
 
-Similarity match(const Point &left, const Point &right) {
-  const Elements l(left), r(right);
-  Similarity s{2 * static_cast<std::uint64_t>(std::max(l.count, r.count)), 0};
+namespace {
+
+// Two spaces in step.
+struct Pair {
+  const Point *left, *right;
+  std::uint32_t next;
+};
+
+// The records of both from `next` on; returns where two members are to be opened, or where the records end.
+std::uint32_t scorelevel(const Pair &pair, Similarity &s) {
+  const Elements l(*pair.left), r(*pair.right);
   const std::uint32_t common = std::min(l.count, r.count);
-  for (std::uint32_t i = 0; i < common; ++i) {
+  for (std::uint32_t i = pair.next; i < common; ++i) {
     safepoint();
     i += scorerun(l.records + i, r.records + i, std::min(common - i, STRETCH), s.score);
     if (i == common) break;
     const Element &a = l.records[i], &b = r.records[i];
     const bool leftencloses = a.tag == tags::SUBARRAY, rightencloses = b.tag == tags::SUBARRAY;
-    if (leftencloses && rightencloses) {
-      const Similarity inner = match(*a.subarray, *b.subarray);
-      s.weight += inner.weight - 2;
-      s.score += inner.score;
-    } else if (leftencloses || rightencloses) {
+    if (leftencloses && rightencloses) return i;
+    if (leftencloses || rightencloses)
       s.weight += weightof(leftencloses ? *a.subarray : *b.subarray);
-    } else if (a.tag == b.tag) {
+    else if (a.tag == b.tag)
       s.score += samevalue(a, b) ? 2 : 1;
-    }
   }
+  return common;
+}
+
+std::uint64_t weightof(const Pair &pair) {
+  return std::max(weightof(*pair.left), weightof(*pair.right));
+}
+
+// The same, where the first difference ends it. Is there none?
+bool samelevel(const Pair &pair, std::uint32_t &end) {
+  const Elements l(*pair.left), r(*pair.right);
+  for (end = pair.next; end < l.count; ++end) {
+    if (end % STRETCH == 0) safepoint();
+    const Element &a = l.records[end], &b = r.records[end];
+    if (a.tag != b.tag) return false;
+    if (a.tag == tags::SUBARRAY) return true;
+    if (!samevalue(a, b)) return false;
+  }
+  return true;
+}
+
+std::uint32_t countof(const Point &p) {
+  return Elements(p).count;
+}
+
+// Goes on with the members at this place of the innermost level, or with the level around it where there are none.
+// Returns the new level, null for none.
+const Pair *nextlevel(Descent<Pair> &levels, std::uint32_t place) {
+  Pair &pair = innermost(levels);
+  if (place >= std::min(countof(*pair.left), countof(*pair.right))) {
+    --levels.depth;
+    return nullptr;
+  }
+  pair.next = place + 1;
+  descend(levels, {pair.left->data_pointer[place].subarray, pair.right->data_pointer[place].subarray, 0});
+  return &innermost(levels);
+}
+
+}  // namespace
+
+Similarity match(const Point &left, const Point &right) {
+  Descent<Pair> levels;
+  begindescent(levels);
+  descend(levels, {&left, &right, 0});
+  Similarity s{weightof(innermost(levels)), 0};
+  while (levels.depth > 0)
+    if (const Pair *inner = nextlevel(levels, scorelevel(innermost(levels), s))) s.weight += weightof(*inner) - 2;
+  enddescent(levels);
   return s;
 }
 
 int exactmatch(const Point &left, const Point &right) {
-  const Elements l(left), r(right);
-  if (l.count != r.count) return 0;
-  for (std::uint32_t i = 0; i < l.count; ++i) {
-    if (i % STRETCH == 0) safepoint();
-    const Element &a = l.records[i], &b = r.records[i];
-    if (a.tag != b.tag) return 0;
-    if (a.tag == tags::SUBARRAY ? exactmatch(*a.subarray, *b.subarray) == 0 : !samevalue(a, b)) return 0;
+  Descent<Pair> levels;
+  begindescent(levels);
+  bool same = countof(left) == countof(right);
+  if (same) descend(levels, {&left, &right, 0});
+  while (same && levels.depth > 0) {
+    std::uint32_t place = 0;
+    same = samelevel(innermost(levels), place);
+    if (!same) break;
+    if (const Pair *inner = nextlevel(levels, place)) same = countof(*inner->left) == countof(*inner->right);
   }
-  return 1;
+  enddescent(levels);
+  return same ? 1 : 0;
 }

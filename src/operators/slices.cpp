@@ -33,14 +33,10 @@ void takerecord(Point &space) {
 
 // Takes the enclosed value of the first record without a look at its inside.
 void takemember(Point &space) {
-  Point old = space;
-  Point *block = old.data_pointer->subarray;
-  space = *block;
-  // The way to the value gets shorter and stays one; the other records lose theirs.
-  if (old.elements > 1) dereferencedataelems(old.data_pointer + 1, old.elements - 1);
-  release(block);
-  release(old.data_pointer);
-  release(old.shape_pointer);
+  const Point member = *space.data_pointer->subarray;
+  referencepoint(&member);
+  dereferencepoint(&space);
+  space = member;
 }
 
 // Keeps the first `count` records, `shape` being the new one.

@@ -1,12 +1,12 @@
-// The walks over whole values. Raising and lowering go the same ways, so that each count stays the number of ways that
-// lead to its block; who owns what stands at the head of refderef.h. A chain of enclosures is followed in a loop: only
-// the second and further enclosed spaces of one block cost process stack.
+// Raising and lowering; who owns what stands at the head of refderef.h. What dies with a block waits its turn in a list
+// of the dead, threaded through their reference words: no depth of a value costs process stack or memory.
 #include "spaces/refderef.h"
 
 #include <bit>
 #include <cstring>
 
 #include "spaces/instructions.h"
+#include "spaces/release.h"
 
 namespace {
 
@@ -37,8 +37,10 @@ bool isfunctionend(const Point &point) {
   return point.rank == ranks::OPERATOR && point.instruction == instructions::FUNCTIONEND;
 }
 
-void raisepoint(const Point *point);
-void lowerpoint(Point held);
+bool isknown(std::int32_t tag) {
+  return (tag >= tags::SUBARRAY && tag <= tags::OCTONION) || tag == tags::FILLER || tag == tags::HANDLE ||
+         iswholepoint(tag);
+}
 
 // ---- Raising.
 
@@ -48,181 +50,180 @@ void raisesymbolic(const Point &point) {
   if (!isslot(point)) reference(point.block);
 }
 
-// Raises what a record owns, but for the Point that it encloses, which is returned.
-const Point *raiserecord(const Element &e) {
+void raiserecord(const Element &e) {
   switch (e.tag) {
     case tags::SUBARRAY:
-      reference(e.subarray);
-      return e.subarray;
+      return reference(e.subarray);
     case tags::OCTONION:
       if (isnamed(e)) reference(e.name);
-      reference(e.octonion);
-      return nullptr;
+      return reference(e.octonion);
     case tags::HANDLE:
       reference(e.name);
       reference(e.file.reserved);
-      reference(e.file.descriptor);
-      return e.file.descriptor;
+      return reference(e.file.descriptor);
     default:
       if (iswholepoint(e.tag)) raisesymbolic(std::bit_cast<Point>(e));
-      return nullptr;
   }
 }
 
-bool isknown(std::int32_t tag) {
-  return (tag >= tags::SUBARRAY && tag <= tags::OCTONION) || tag == tags::FILLER || tag == tags::HANDLE ||
-         iswholepoint(tag);
+// ---- The dead. Blocks of one Point (what encloses, what binds, what describes a file), and Programmes.
+
+struct Dead {
+  void *boxes = nullptr, *programmes = nullptr;
+  bool draining = false;  // whoever finds one dead while they are released leaves it to that
+};
+constinit thread_local Dead dead;
+
+void bury(void *&list, void *block) {
+  *refer(block) = reinterpret_cast<std::int64_t>(list);
+  list = block;
+}
+Point *exhume(void *&list) {
+  void *const block = list;
+  if (block) list = reinterpret_cast<void *>(*refer(block));  // NOLINT(performance-no-int-to-ptr)
+  return static_cast<Point *>(block);
 }
 
-// The last enclosed Point is left to the caller.
-const Point *raiserecords(const Element *records, std::size_t count) {
-  const Point *last = nullptr;
-  for (const Element *e = records; e < records + count; ++e) {
-    if (!isknown(e->tag)) exceptionjump(IMPOSSIBLE);
-    const Point *enclosed = raiserecord(*e);
-    if (!enclosed) continue;
-    if (last) raisepoint(last);
-    last = enclosed;
+void lowerbox(Point *box) {
+  if (lowered(box)) bury(dead.boxes, box);
+}
+void lowerprogramme(Point *programme) {
+  if (lowered(programme)) bury(dead.programmes, programme);
+}
+
+// ---- Lowering.
+
+void lowersymbolic(Point point) {
+  if (isfunctionend(point) && point.link) wipelocalnames(point);
+  switch (point.rank) {
+    case ranks::FUNCTION:
+      lowerprogramme(point.programme);
+      break;
+    case ranks::VARIABLE:
+    case ranks::ADDRESS:
+    case ranks::LABEL:
+      if (!isslot(point)) lowerbox(point.target);
+      break;
+    default:
+      release(point.block);
   }
-  return last;
+  release(point.link);
+  release(point.name);
 }
-
-void raisepoint(const Point *point) {
-  while (point) {
-    if (issymbolic(point->rank)) return raisesymbolic(*point);
-    const Element *data = point->data_pointer;
-    reference(point->shape_pointer);
-    if (!data) return;
-    reference(point->data_pointer);
-    if (point->rank == ranks::SCALAR) {
-      if (isnamed(*data) && data->tag < tags::OCTONION) reference(data->name);
-      point = raiserecord(*data);
-    } else {
-      point = mayown(*point) ? raiserecords(data, point->elements) : nullptr;
-    }
-  }
-}
-
-// ---- Lowering. Nothing is written to a record: others may still see it.
 
 void closestream(std::FILE *stream) {
   if (stream) std::fclose(stream);
 }
 
-// A Programme block that nobody holds any longer. Each Point is emptied as it goes.
+// The cell of the stream is shared by all copies of a record, and so is what describes the file.
+void lowerhandle(const Element &e) {
+  release(e.name);
+  std::FILE *const stream = handlestream(e);
+  if (!e.file.reserved) {
+    if (lowered(e.file.descriptor)) {
+      closestream(stream);
+      bury(dead.boxes, e.file.descriptor);
+    }
+    return;
+  }
+  if (lowered(e.file.reserved)) {
+    closestream(stream);
+    freeblock(e.file.reserved);
+  }
+  lowerbox(e.file.descriptor);
+}
+
+void lowerrecord(const Element &e) {
+  switch (e.tag) {
+    case tags::SUBARRAY:
+      return lowerbox(e.subarray);
+    case tags::OCTONION:
+      if (isnamed(e)) release(e.name);
+      return release(e.octonion);
+    case tags::HANDLE:
+      return lowerhandle(e);
+    default:
+      if (iswholepoint(e.tag)) lowersymbolic(std::bit_cast<Point>(e));
+  }
+}
+
+void lowerrecords(const Element *records, std::size_t count) {
+  for (const Element *e = records; e < records + count; ++e) {
+    if (!isknown(e->tag)) exceptionjump(IMPOSSIBLE);
+    lowerrecord(*e);
+  }
+}
+
+// The last holder of a data block tells how many records it has, and whether they own anything.
+void freerecords(const Point &space) {
+  Element *const data = space.data_pointer;
+  if (space.rank == ranks::SCALAR) {
+    if (isnamed(*data) && data->tag < tags::OCTONION) release(data->name);
+    lowerrecord(*data);
+  } else if (mayown(space)) {
+    lowerrecords(data, space.elements);
+  }
+  freeblock(data);
+}
+
+void lowerpoint(const Point &point) {
+  if (issymbolic(point.rank)) return lowersymbolic(point);
+  if (lowered(point.data_pointer)) freerecords(point);
+  release(point.shape_pointer);
+}
+
+void freebox(Point *box) {
+  const Point held = *box;
+  freeblock(box);
+  lowerpoint(held);
+}
+
 void freeprogramme(Point *header) {
   Point *p = header + 1;
-  for (; !isend(*p); ++p) dereferencepoint(p);
+  for (; !isend(*p); ++p) lowerpoint(*p);
   release(p->name);
   release(p->link);
   release(header->link);
   freeblock(header);
 }
 
-// A value that hangs on a binding which no table knows any longer.
-void freebinding(Point *target) {
-  const Point bound = *target;
-  freeblock(target);
-  lowerpoint(bound);
-}
+constexpr std::uint32_t STRETCH = 4096;  // of the dead between two looks at whether the user waits
 
-void lowersymbolic(Point &point) {
-  if (isfunctionend(point) && point.link) wipelocalnames(point);
-  if (lowered(point.block)) switch (point.rank) {
-      case ranks::FUNCTION:
-        freeprogramme(point.programme);
-        break;
-      case ranks::VARIABLE:
-      case ranks::ADDRESS:
-      case ranks::LABEL:
-        freebinding(point.target);
-        break;
-      default:
-        freeblock(point.block);
-    }
-  release(point.link);
-  release(point.name);
-}
-
-void lowerhandle(const Element &e) {
-  release(e.name);
-  std::FILE *const stream = handlestream(e);
-  void *const last = e.file.reserved ? e.file.reserved : e.file.descriptor;
-  void *const other = e.file.reserved ? e.file.descriptor : nullptr;
-  if (lowered(last)) {
-    closestream(stream);
-    freeblock(last);
+void drain() {
+  if (dead.draining || (!dead.boxes && !dead.programmes)) return;
+  dead.draining = true;
+  for (std::uint32_t done = 1; dead.boxes || dead.programmes; ++done) {
+    if (Point *box = exhume(dead.boxes))
+      freebox(box);
+    else
+      freeprogramme(exhume(dead.programmes));
+    if (done % STRETCH == 0 && releasestops && releasestops()) break;
   }
-  release(other);
-}
-
-// Lowers what a record owns, but for the Point that it encloses, which is copied out. Was there one?
-bool lowerrecord(const Element &e, Point &enclosed) {
-  switch (e.tag) {
-    case tags::SUBARRAY:
-      if (!e.subarray) return false;
-      enclosed = *e.subarray;
-      release(e.subarray);
-      return true;
-    case tags::OCTONION:
-      if (isnamed(e)) release(e.name);
-      release(e.octonion);
-      return false;
-    case tags::HANDLE: {
-      const bool described = e.file.descriptor != nullptr;
-      if (described) enclosed = *e.file.descriptor;
-      lowerhandle(e);
-      return described;
-    }
-    default:
-      if (iswholepoint(e.tag)) lowerpoint(std::bit_cast<Point>(e));
-      return false;
-  }
-}
-
-// The last enclosed Point is left to the caller.
-bool lowerrecords(const Element *records, std::size_t count, Point &last) {
-  bool any = false;
-  for (const Element *e = records; e < records + count; ++e) {
-    if (!isknown(e->tag)) exceptionjump(IMPOSSIBLE);
-    Point enclosed;
-    if (!lowerrecord(*e, enclosed)) continue;
-    if (any) lowerpoint(last);
-    last = enclosed;
-    any = true;
-  }
-  return any;
-}
-
-void lowerpoint(Point held) {
-  for (bool more = true; more;) {
-    if (issymbolic(held.rank)) {
-      if (isslot(held)) held.block = nullptr;
-      return lowersymbolic(held);
-    }
-    Element *data = held.data_pointer;
-    Point enclosed;
-    more = false;
-    if (data && held.rank == ranks::SCALAR) {
-      if (isnamed(*data) && data->tag < tags::OCTONION) release(data->name);
-      more = lowerrecord(*data, enclosed);
-    } else if (data && mayown(held)) {
-      more = lowerrecords(data, held.elements, enclosed);
-    }
-    release(data);
-    release(held.shape_pointer);
-    if (more) held = enclosed;
-  }
+  dead.draining = false;
 }
 
 }  // namespace
 
-void referencepoint(const Point *point) {
-  if (point && ownsoneblock(*point)) [[likely]]
-    return reference(point->data_pointer);
+constinit thread_local Question releasestops = nullptr;
+
+void finishreleases() {
+  const Question stops = releasestops;
+  releasestops = nullptr;
   lockreferences();
-  raisepoint(point);
+  drain();
   unlockreferences();
+  releasestops = stops;
+}
+
+void dropwalks() {
+  dead.draining = false;
+  dropreferencelocks();
+}
+
+void referencesymbolic(const Point &point) {
+  if (issymbolic(point.rank)) return raisesymbolic(point);
+  reference(point.shape_pointer);
+  reference(point.data_pointer);
 }
 
 void dereferencepoint(Point *point) {
@@ -235,29 +236,36 @@ void dereferencepoint(Point *point) {
   if (issymbolic(held.rank)) point->link = nullptr;
   lockreferences();
   lowerpoint(held);
+  drain();
   unlockreferences();
 }
 
 void dereferencebinding(Point *&target) {
-  Point *old = target;
+  Point *const old = target;
   target = nullptr;
-  if (lowered(old)) freebinding(old);
+  lockreferences();
+  lowerbox(old);
+  drain();
+  unlockreferences();
 }
 
 void referencedataelems(Element *records, std::size_t count) {
   lockreferences();
-  raisepoint(raiserecords(records, count));
+  for (const Element *e = records; e < records + count; ++e) {
+    if (!isknown(e->tag)) exceptionjump(IMPOSSIBLE);
+    raiserecord(*e);
+  }
   unlockreferences();
 }
 
 void referencerecord(const Element &record) {
-  raisepoint(raiserecord(record));
+  raiserecord(record);
 }
 
 void dereferencedataelems(Element *records, std::size_t count) {
   lockreferences();
-  Point last;
-  if (lowerrecords(records, count, last)) lowerpoint(last);
+  lowerrecords(records, count);
+  drain();
   unlockreferences();
 }
 
@@ -266,9 +274,12 @@ void referencefun(Point *function) {
 }
 
 void dereferencefun(Point *function) {
-  Point *programme = function->programme;
+  Point *const programme = function->programme;
   function->programme = nullptr;
-  if (lowered(programme)) freeprogramme(programme);
+  lockreferences();
+  lowerprogramme(programme);
+  drain();
+  unlockreferences();
 }
 
 void cleanup(Point *programme) {

@@ -1,17 +1,23 @@
-// Lifetimes of whole values: the walks that raise and lower every count that a Point holds, the copy of a function, and
-// the release of a Programme.
+// Lifetimes of values: raising and lowering the counts of what a Point holds, the copy of a function, and the release
+// of a Programme.
 //
 // Who owns what:
-// - The count of a block is the number of ways that lead to it from a holder: a Point raises its shape, its data and,
-//   all the way down, what the records of its data own. So a count of 1 means at any depth that nobody else sees the
-//   block, and a Point may be moved out of an enclosing block without a change of its own counts.
-// - A record of tag SUBARRAY owns the enclosed Point and its block, OCTONION its eight doubles, HANDLE its name, its
-//   cell and its descriptor, a symbolic Point (negative tag) what it would own on the stack.
-// - The records of a space of rank 1 or more are walked only where mayown says so. Whoever changes a flag word keeps
-//   its promise: kind bits without STRUCTURED, HASOCTONION, HASFILE and HASFUNCTION say that no record owns a block. A
-//   word without any kind bit (COLLECT) promises nothing. The one record of a scalar is always looked at.
+// - The count of a block is the number of its owners, which hold a pointer to it: Points, and records of blocks that
+//   are alive. A Point owns its shape and its data, and no more: the data block owns what its records own, and gives
+//   it up when it dies itself. So raising a value costs the same whatever it holds.
+// - A count of 1 says that the block has one owner, not that nobody else sees it: others may see the owner. Only he
+//   who holds a Point, and finds a count of 1 at every block from there down, may write to the last of them. A Point
+//   never moves out of an enclosing block: it is copied and raised, and the enclosing value is given up.
+// - A record of tag SUBARRAY owns the block of the enclosed Point, which owns what that Point does; OCTONION its eight
+//   doubles, HANDLE its name, its cell and its descriptor, a symbolic Point (negative tag) what it would own on the
+//   stack.
+// - Whoever is the last to hold a data block tells by his Point what is in it: how many records, and by mayown whether
+//   the records of a space of rank 1 or more own anything. So all Points that hold a block say the same of it.
+//   Whoever changes a flag word keeps its promise: kind bits without STRUCTURED, HASOCTONION, HASFILE and HASFUNCTION
+//   say that no record owns a block. A word without any kind bit (COLLECT) promises nothing. The one record of a scalar
+//   is always looked at.
 // - Names of elements (attributes::NAMED) are permanent, made by elementname, so that records can be copied freely. The
-//   counted name of a scalar is tolerated: it counts the scalar's holders.
+//   counted name of a scalar is tolerated: its record owns it.
 // - A Programme block owns the Points in it; FUNCTION Points raise the block alone. Its header owns nothing but its
 //   link, the END its name and link.
 // - A symbolic Point owns its name, its link and its data block. The target of an ADDRESS with ISLOCAL is a slot of the
@@ -53,15 +59,26 @@ inline bool isnamed(const Element &e) {
   return (e.attributes & attributes::NAMED) != 0 && e.tag >= tags::ASCII && e.tag != tags::QUATERNION;
 }
 
-// Raise every block that a Point holds, through the whole value. Null does nothing. Message 991 on an unknown tag.
-void referencepoint(const Point *point);
-// Lower them, releasing what falls to 0, and null the pointers of the Point. Message 991 on an unknown tag.
+// Raises what a symbolic Point holds.
+void referencesymbolic(const Point &point);
+// Raise the blocks that a Point holds. Null does nothing.
+inline void referencepoint(const Point *point) {
+  if (!point) return;
+  if (!isspace(*point)) [[unlikely]]
+    return referencesymbolic(*point);
+  reference(point->shape_pointer);
+  reference(point->data_pointer);
+}
+// Lower them, releasing what falls to 0 and what goes with it, at no cost of process stack; null the pointers of the
+// Point. Message 991 on an unknown tag.
 void dereferencepoint(Point *point);
+// A jump out of a release, which the next one ends, and out of what holds the lock of the counts.
+void dropwalks();
 
 // Lowers the binding of a name, and nulls the pointer. The last reference releases the value that is bound there too.
 void dereferencebinding(Point *&target);
 
-// The same over element records.
+// The same of what element records own.
 void referencedataelems(Element *records, std::size_t count);
 void dereferencedataelems(Element *records, std::size_t count);
 // Raises what one record owns, whatever its tag.

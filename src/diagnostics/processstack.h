@@ -1,0 +1,16 @@
+// How much of a thread's own stack is left. What goes down into a value by calling itself asks before each step, and
+// reports message 27 while there is still room to do so: nothing then is half done that an end of storage would not
+// leave so too. What can do its work with a list of its own needs none of this.
+#pragma once
+
+#include <cstdint>
+
+// The address below which a thread must not go down further; 0 where it was not measured.
+extern constinit thread_local std::uintptr_t stackfloor;
+
+inline bool stackends() {
+  return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) < stackfloor;
+}
+
+// Finds the end of the calling thread's stack. On the main thread after its limit was set.
+void measurestack();

@@ -1,0 +1,49 @@
+// The levels of a value that a walk has open, innermost last. They stand in a counted block, so that no depth of a
+// value can exhaust the process stack, and that a jump gives it back.
+#pragma once
+
+#include <cstring>
+
+#include "diagnostics/exception.h"
+#include "spaces/blocks.h"
+
+template <typename Frame>
+struct Descent {
+  Frame *open;
+  std::size_t depth, room;
+  Custody custody;
+};
+
+template <typename Frame>
+void begindescent(Descent<Frame> &d) {
+  d.open = nullptr;
+  d.depth = d.room = 0;
+  takecustody(d.custody, releaseblock, nullptr);
+}
+
+template <typename Frame>
+void enddescent(Descent<Frame> &d) {
+  endcustody(d.custody);
+  release(d.open);
+}
+
+template <typename Frame>
+inline Frame &innermost(Descent<Frame> &d) {
+  return d.open[d.depth - 1];
+}
+
+// Opens a level. Message 27.
+template <typename Frame>
+void descend(Descent<Frame> &d, const Frame &frame) {
+  constexpr std::size_t FIRST_ROOM = 16;
+  if (d.depth == d.room) {
+    const std::size_t room = d.room == 0 ? FIRST_ROOM : 2 * d.room;
+    auto *larger = static_cast<Frame *>(newblock(room * sizeof(Frame)));
+    if (d.depth > 0) std::memcpy(larger, d.open, d.depth * sizeof(Frame));
+    release(d.open);
+    d.open = larger;
+    d.custody.held = larger;
+    d.room = room;
+  }
+  d.open[d.depth++] = frame;
+}
