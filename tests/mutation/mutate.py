@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Plants small changes into src/, one at a time, and tells which of them no test finds.
 
-    mutate.py [--sample N] [--seed N] [--jobs N] [--again] [--report] [--only TEXT]
+    mutate.py [--sample N] [--seed N] [--jobs N] [--again] [--report] [--only TEXT] [--skip STEPS]
 
 Works on copies under build-mutate/; the working tree is only read. Goes on where it was stopped. --again tries only what
-survived, and --report only reports. --only keeps to the sources whose path begins so.
+survived, and --report only reports. --only keeps to the sources whose path begins so. --skip leaves out steps whose
+name begins so, with commas between: "unit.slow,terminal,pool,pages" is soon done, and --again has the last word.
 """
 import argparse
 import difflib
@@ -42,11 +43,11 @@ def draw(texts, seed):
         lines, found = changes.changesof(texts[path])
         if path.suffix == ".def":  # rows of macros, where an exchange never compiles
             found = {line: [c for c in some if c.kind == "constant"] for line, some in found.items()}
-        places += [(path, found.get(line, [])) for line in sorted(lines)]
-    generator = random.Random(seed)
-    generator.shuffle(places)
-    for path, found in places:
+        places += [(path, line, found.get(line, [])) for line in sorted(lines)]
+    random.Random(seed).shuffle(places)
+    for path, line, found in places:
         if found:
+            generator = random.Random("%d %s %d" % (seed, path, line))
             kind = generator.choice(sorted({change.kind for change in found}))
             yield path, generator.choice([change for change in found if change.kind == kind])
 
@@ -139,9 +140,12 @@ class Queue:
 
     def __init__(self, drawn, results, sample, again):
         self.results, self.again = results, again
-        self.missing = sample - (0 if again else sum(counts(results.verdict(*place)) for place in drawn))
+        self.missing = len(drawn) if again else sample - sum(counts(results.verdict(*place)) for place in drawn)
         wanted = SURVIVED if again else None
-        self.places = iter([place for place in drawn if results.verdict(*place) == wanted])
+        places = [place for place in drawn if results.verdict(*place) == wanted]
+        # What many sources include takes long to build: last among those that are surely tried.
+        sure = sorted(places[:self.missing], key=lambda place: place[0].suffix != ".cpp")
+        self.places = iter(sure + places[self.missing:])
         self.changed, self.running = threading.Condition(), 0
 
     def take(self):
@@ -170,19 +174,20 @@ def shortened(text, most=50):
     return text if len(text) <= most else text[:most - 3] + "..."
 
 
-def work(queue, suite, texts, equivalents):
+def work(queue, suite, texts, equivalents, skip):
     while (place := queue.take()) is not None:
         path, change = place
         if isequivalent(equivalents, path, texts[path], change):
             queue.give(path, change, {"verdict": EQUIVALENT, "by": "", "seconds": 0})
         else:
-            queue.give(path, change, suite.workshop.trial(path, change, suite.steps(path)))
+            steps = [step for step in suite.steps(path) if not step.name.startswith(skip)]
+            queue.give(path, change, suite.workshop.trial(path, change, steps))
 
 
 def prepare(root, folders, names, kind):
     """A suite for each folder, with the tree in it as it stands. The first one runs it without a change, and the others
     go by its times. Ends the process where something fails without a change."""
-    suites, fingerprint = [], fingerprintof(root, names)
+    suites, fingerprint = [], fingerprintof(root, {name for name in names if not name.startswith("tests/mutation/")})
     for folder in folders:
         suite = kind(Workshop(folder))
         suite.workshop.bring(root, names)
@@ -211,6 +216,7 @@ def readarguments(arguments):
     parser.add_argument("--again", action="store_true")
     parser.add_argument("--report", action="store_true")
     parser.add_argument("--only", default="src/")
+    parser.add_argument("--skip", type=lambda text: tuple(text.split(",")), default=())
     return parser.parse_args(arguments)
 
 
@@ -228,7 +234,7 @@ def run(root, arguments, kind=Suite, out=sys.stdout):
         equivalents = readequivalents((root / "tests" / "mutation" / "equivalent.txt").read_text())
         suites = prepare(root, [place / str(number) for number in range(options.jobs)], names, kind)
         queue = Queue(drawn, results, options.sample, options.again)
-        workers = [threading.Thread(target=work, args=(queue, suite, texts, equivalents)) for suite in suites]
+        workers = [threading.Thread(target=work, args=(queue, suite, texts, equivalents, options.skip)) for suite in suites]
         for worker in workers:
             worker.start()
         for worker in workers:

@@ -10,7 +10,7 @@ from trial import Step
 
 CASES = re.compile(r"^(?:TYPED_)?TEST(?:_F|_P)?\((\w+),", re.M)
 SPARE_SECONDS, SLOWER = 10, 4  # a step may take so many times the seconds of the unchanged tree, and so much more
-QUICK_SECONDS = 1.0
+QUICK_SECONDS = 0.15  # of a unit test case
 BUILD_SECONDS = 1200
 RUNNER = ("env", "GTEST_FAIL_FAST=1")
 PYTHON = (sys.executable, "-B")
@@ -59,7 +59,7 @@ class Suite:
         chosen = ":".join("%s.*:*/%s.*" % (case, case) for case in sorted(cases))
         command = (*RUNNER, self.workshop.build / "tests" / "unit_tests", "--gtest_brief=1", "--gtest_filter=" + chosen,
                    *options)
-        return [Step(name, command, self.limit("unit." + case for case in cases))]
+        return [Step(name, command, self.limit("case." + case for case in cases))]
 
     def nearcases(self, path):
         """The cases of the unit tests that are named like a source, or include its header."""
@@ -71,8 +71,8 @@ class Suite:
         """First the cases that are near to a source, then the quick ones of the others, then the slow ones."""
         near = self.nearcases(path) if path else set()
         others = self.cases((self.tests / "unit").glob("*_test.cpp")) - near
-        quick = {case for case in others if self.seconds.get("unit." + case, 0) < QUICK_SECONDS}
-        return self.units("unit", near), self.units("unit", quick) + self.units("unit", others - quick)
+        quick = {case for case in others if self.seconds.get("case." + case, 0) < QUICK_SECONDS}
+        return self.units("unit", near), self.units("unit.quick", quick) + self.units("unit.slow", others - quick)
 
     def transcripts(self, path):
         """All of them; those that are named like the folder of the source come first."""
@@ -137,7 +137,9 @@ class Suite:
 
 def secondsofcases(report, total):
     """What each case took of the seconds of all unit tests, from GoogleTest's report."""
-    spent = {"unit." + case["name"].split("/")[0]: float(case["time"].rstrip("s"))
-             for case in json.loads(report.read_text())["testsuites"]}
+    spent = {}
+    for suite in json.loads(report.read_text())["testsuites"]:
+        for case in suite["name"].split("/"):  # INSTANCE/CASE, CASE/NUMBER or CASE
+            spent["case." + case] = float(suite["time"].rstrip("s"))
     share = total / max(sum(spent.values()), 1e-3)
     return {name: seconds * share for name, seconds in spent.items()}
