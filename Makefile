@@ -8,16 +8,21 @@
 #   make format   formats
 #   make fuzz     fuzzes for SECONDS, and proves that a planted bug is found
 #   make bench    measures
+#   make mutate   plants SAMPLE changes in the sources, drawn by SEED, and names those that no test finds (MUTATE="--again
+#                 --report --only src/files" passes options on)
 
 ARGS ?=
 NAMES ?=
 TESTS ?= .
 SECONDS ?= 60
+SAMPLE ?= 300
+SEED ?= 1
+MUTATE ?=
 JOBS ?= $(shell nproc)
 export JOBS
 
 .DEFAULT_GOAL := build
-.PHONY: build run test bless lint format fuzz bench clean
+.PHONY: build run test bless lint format fuzz bench mutate clean
 
 build:
 	@tools/need build
@@ -61,6 +66,10 @@ bench:
 	@tools/need build bench
 	@tools/build release
 	@tools/bench build
+
+mutate:
+	@tools/need build test
+	@python3 -B tests/mutation/mutate.py --sample $(SAMPLE) --seed $(SEED) --jobs $(JOBS) $(MUTATE)
 
 clean:
 	@rm -rf build build-*

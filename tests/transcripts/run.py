@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Runs transcripts through the real binary and compares both streams, the exit status and the files left behind.
 
-    run.py [--bless] [--timeout SECONDS] BINARY [ROOM | FILE.morvik]...
+    run.py [--bless] [--first] [--timeout SECONDS] BINARY [ROOM | FILE.morvik]...
 
-tests/README.md describes the format. --bless rewrites expectations; read the difference before you keep it.
+tests/README.md describes the format. --bless rewrites expectations; read the difference before you keep it. --first
+stops at the first that fails.
 """
 import argparse
 import difflib
@@ -120,19 +121,23 @@ def selection(names):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--bless", action="store_true")
+    parser.add_argument("--first", action="store_true")
     parser.add_argument("--timeout", type=float, default=60)
     parser.add_argument("binary")
     parser.add_argument("names", nargs="*")
     options = parser.parse_args()
     transcripts = selection(options.names)
     binary = os.path.abspath(options.binary)
-    failed = 0
+    passed = failed = 0
     for transcript in transcripts:
         complaint = check(binary, transcript, options.timeout, options.bless)
+        passed += not complaint
         if complaint:
             failed += 1
             print("FAILED %s\n%s" % (label(transcript), complaint))
-    print("%d passed, %d failed" % (len(transcripts) - failed, failed))
+            if options.first:
+                break
+    print("%d passed, %d failed" % (passed, failed))
     return 1 if failed or not transcripts else 0
 
 

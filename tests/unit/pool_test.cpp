@@ -297,6 +297,7 @@ TEST_F(Pool, OnlyTheSlotsInUseAreWokenButASeedReachesAll) {
 // ---- A coprocessor that needs the main thread.
 
 int served;
+std::uint32_t asker;
 void serve(Point **, const Point *, Point *) {
   ++served;
   sem_post(&gate);
@@ -304,31 +305,34 @@ void serve(Point **, const Point *, Point *) {
 
 void request(const Point &instruction, std::uint32_t index, std::uint64_t *state) noexcept {
   obey(instruction, index, state);
-  if (index != 1 || seen[index] != 1 || instruction.instruction == instructions::RANDOMISE) return;
+  if (index != asker || seen[index] != 1 || instruction.instruction == instructions::RANDOMISE) return;
   from_coprocessor[index].request_function = serve;
   from_coprocessor[index].request = 1;
 }
 
-TEST_F(Pool, ARequestIsServedAtTheJoinWhichReturnsAtOnce) {
-  begin(3, request);
-  found[2] = HASREAL;
-  served = 0;
-  post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
-  testing::internal::CaptureStdout();
-  wait_for_coprocessors(top, 1);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "REQ");
-  EXPECT_EQ(served, 1);
-  EXPECT_EQ(unfinished, slots + 1) << "the work goes on";
-  EXPECT_EQ(from_coprocessor[1].done, 0);
-  // What it asked for is there: it is woken to go on, and is done.
-  postslot(1);
-  wait_for_coprocessors(top, 1);
-  EXPECT_EQ(unfinished, nullptr);
-  EXPECT_EQ(seen[1], 2u);
-  EXPECT_EQ(slots[1].type, ISVECTOR | HASINTEGER | HASREAL | COMPLEXED) << "what the others found is not lost";
-  dereferencepoint(slots + 1);
-  end();
-  EXPECT_EQ(liveblocks(), before);
+TEST_F(Pool, ARequestOfAnySlotIsServedAtTheJoinWhichReturnsAtOnce) {
+  for (const std::uint32_t slot : {1u, 2u}) {
+    asker = slot;
+    begin(3, request);
+    found[3 - asker] = HASREAL;
+    served = 0;
+    post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
+    testing::internal::CaptureStdout();
+    wait_for_coprocessors(top, 1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "REQ");
+    EXPECT_EQ(served, 1);
+    EXPECT_EQ(unfinished, slots + 1) << "the work goes on";
+    EXPECT_EQ(from_coprocessor[asker].done, 0);
+    // What it asked for is there: it is woken to go on, and is done.
+    postslot(asker);
+    wait_for_coprocessors(top, 1);
+    EXPECT_EQ(unfinished, nullptr);
+    EXPECT_EQ(seen[asker], 2u);
+    EXPECT_EQ(slots[1].type, ISVECTOR | HASINTEGER | HASREAL | COMPLEXED) << "what the others found is not lost";
+    dereferencepoint(slots + 1);
+    end();
+    EXPECT_EQ(liveblocks(), before);
+  }
 }
 
 }  // namespace

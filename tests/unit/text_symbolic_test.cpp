@@ -57,6 +57,9 @@ TEST(TextSymbolic, NamesThatOnlyBracketsHold) {
   EXPECT_EQ(source(variable("a+b", SGIG)), "\na+b");
   EXPECT_EQ(source(variable("+", SGIG)), "\n+");
   EXPECT_EQ(source(variable("..", SGIG)), "\n..");
+  EXPECT_EQ(source(variable("Infx", SGIG)), "\n\2Infx\3");  // numbers need no boundary
+  EXPECT_EQ(source(variable("nano", SGIG)), "\n\2nano\3");
+  EXPECT_EQ(source(variable("In", SGIG)), "\nIn");
   EXPECT_EQ(source(variable("two words", SAIG)), "\n _\2two words\3");
   EXPECT_EQ(source(symbol(ranks::ADDRESS, 4, "a;b", SGIG)), " @\2a;b\3");
   EXPECT_EQ(source(symbol(ranks::ADDRESS, 4, "vector", SGIG)), " @vector");

@@ -1,0 +1,145 @@
+"""How a change in this tree is built and tried: the tests in the order in which a kill is found soonest."""
+import dataclasses
+import json
+import os
+import re
+import shutil
+import sys
+
+from trial import Step
+
+CASES = re.compile(r"^(?:TYPED_)?TEST(?:_F|_P)?\((\w+),", re.M)
+SPARE_SECONDS, SLOWER = 10, 4  # a step may take so many times the seconds of the unchanged tree, and so much more
+QUICK_SECONDS = 0.15  # of a unit test case
+BUILD_SECONDS = 1200
+RUNNER = ("env", "GTEST_FAIL_FAST=1")
+PYTHON = (sys.executable, "-B")
+
+
+class Suite:
+    """The steps for a workshop. `seconds` says what each step, and each unit test case, takes in the unchanged tree."""
+
+    def __init__(self, workshop):
+        self.workshop = workshop
+        self.tests = workshop.tree / "tests"
+        self.binary = workshop.build / "morvik"
+        self.record = workshop.folder / "seconds.json"
+        self.seconds = json.loads(self.record.read_text()) if self.record.exists() else {}
+
+    def configure(self):
+        """The step that prepares the build: no debug information, no warnings, and the quickest tools there are."""
+        options = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-w", "-DCMAKE_CXX_FLAGS_DEBUG=-O1"]
+        if shutil.which("clang++"):
+            options += ["-DCMAKE_CXX_COMPILER=clang++", "-DCMAKE_CXX_FLAGS_DEBUG=-O0"]
+        if shutil.which("ccache"):
+            options.append("-DCMAKE_CXX_COMPILER_LAUNCHER=ccache")
+        if shutil.which("ld.lld"):
+            options.append("-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld")
+        if shutil.which("ninja"):
+            options += ["-G", "Ninja"]
+        return Step("configure", ("cmake", "-S", self.workshop.tree, "-B", self.workshop.build, *options), builds=True)
+
+    def make(self, *targets):
+        return Step("build", ("cmake", "--build", self.workshop.build, "-j", os.environ.get("BUILD_JOBS", "2"), "--target",
+                              *targets), BUILD_SECONDS, builds=True)
+
+    def limit(self, names):
+        return round(SPARE_SECONDS + SLOWER * sum(self.seconds.get(name, 0) for name in names))
+
+    def test(self, name, command, **more):
+        return Step(name, command, self.limit([name]), **more)
+
+    def cases(self, sources):
+        return {case for source in sources for case in CASES.findall(source.read_text())}
+
+    def units(self, name, cases, *options):
+        """The unit tests of some cases in one step; none where there are no cases."""
+        if not cases:
+            return []
+        chosen = ":".join("%s.*:*/%s.*" % (case, case) for case in sorted(cases))
+        command = (*RUNNER, self.workshop.build / "tests" / "unit_tests", "--gtest_brief=1", "--gtest_filter=" + chosen,
+                   *options)
+        return [Step(name, command, self.limit("case." + case for case in cases))]
+
+    def nearcases(self, path):
+        """The cases of the unit tests that are named like a source, or include its header."""
+        header = '#include "%s"' % path.relative_to("src").with_suffix(".h")
+        return self.cases(source for source in (self.tests / "unit").glob("*_test.cpp")
+                          if source.stem == path.stem + "_test" or header in source.read_text())
+
+    def unitsteps(self, path):
+        """First the cases that are near to a source, then the quick ones of the others, then the slow ones."""
+        near = self.nearcases(path) if path else set()
+        others = self.cases((self.tests / "unit").glob("*_test.cpp")) - near
+        quick = {case for case in others if self.seconds.get("case." + case, 0) < QUICK_SECONDS}
+        return self.units("unit", near), self.units("unit.quick", quick) + self.units("unit.slow", others - quick)
+
+    def transcripts(self, path):
+        """All of them; those that are named like the folder of the source come first."""
+        folders = sorted(folder.name for folder in (self.tests / "transcripts").iterdir() if any(folder.glob("*.morvik")))
+        if path and path.parent.name in folders:
+            folders.sort(key=lambda name: name != path.parent.name)
+        return self.test("transcripts", (*PYTHON, self.tests / "transcripts" / "run.py", "--first", "--timeout", "40",
+                                         self.binary, *folders, self.workshop.tree / "examples"))
+
+    def rest(self):
+        """What needs a terminal, the pool, the clock."""
+        for folder in ("terminal", "pool"):
+            for script in sorted((self.tests / folder).glob("*_test.py")):
+                # One of them makes a file that is all hole, and very large.
+                yield self.test("%s.%s" % (folder, script.stem), (*PYTHON, script, self.binary, "-f"), timed=True,
+                                blocks="unlimited")
+        pages = [self.workshop.tree / "README.md", *sorted((self.workshop.tree / "docs").glob("*.md"))]
+        yield self.test("pages", (*PYTHON, self.tests / "pages" / "run.py", self.binary, *pages), timed=True)
+
+    def lints(self):
+        return [self.test("lint.%s" % name, (*PYTHON, self.tests / "lint" / (name + ".py")))
+                for name in ("completeness", "words")]
+
+    def steps(self, path):
+        """The steps for a change of a source. What many sources include is tried as far as possible before the unit
+        tests are compiled anew."""
+        near, others = self.unitsteps(path)
+        if path.suffix == ".cpp":
+            order = [self.make("morvik", "unit_tests"), *near, self.transcripts(path), *others]
+        else:
+            order = [self.make("morvik"), self.transcripts(path), self.make("unit_tests"), *near, *others]
+        return [*order, *self.rest(), *(self.lints() if path.suffix == ".def" else [])]
+
+    def perform(self, steps):
+        """Runs steps with time to spare. Returns the seconds of each, and a complaint where one fails."""
+        seconds = {}
+        for step in steps:
+            outcome = self.workshop.settle(dataclasses.replace(step, seconds=BUILD_SECONDS))
+            seconds[step.name] = outcome.processor
+            if not outcome.passed:
+                return seconds, "%s:\n%s" % (step.name, outcome.output[-3000:])
+        return seconds, ""
+
+    def ready(self):
+        """Builds the tree without a change. Returns a complaint."""
+        return self.perform([self.configure(), self.make("morvik", "unit_tests")])[1]
+
+    def measure(self):
+        """Runs all tests without a change, and learns how long each step takes. Returns a complaint."""
+        report = self.workshop.folder / "units.json"
+        everycase = self.cases((self.tests / "unit").glob("*_test.cpp"))
+        units = self.units("unit", everycase, "--gtest_output=json:%s" % report)
+        seconds, complaint = self.perform([*units, self.transcripts(None), *self.rest(), *self.lints()])
+        if not complaint:
+            self.learn({**seconds, **secondsofcases(report, seconds["unit"])})
+        return complaint
+
+    def learn(self, seconds):
+        self.seconds = seconds
+        self.record.write_text(json.dumps(seconds))
+
+
+def secondsofcases(report, total):
+    """What each case took of the seconds of all unit tests, from GoogleTest's report."""
+    spent = {}
+    for suite in json.loads(report.read_text())["testsuites"]:
+        for case in suite["name"].split("/"):  # INSTANCE/CASE, CASE/NUMBER or CASE
+            spent["case." + case] = float(suite["time"].rstrip("s"))
+    share = total / max(sum(spent.values()), 1e-3)
+    return {name: seconds * share for name, seconds in spent.items()}
