@@ -16,7 +16,9 @@ import subprocess
 import sys
 import tempfile
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools" / "reference"))
+import tables  # noqa: E402
+
 CLOSING = re.compile(rb"--- Spent: \d\d:\d\d:\d\d\.\d{6} ---\n\n$")
 FAULTS = (b"SEGMENTATION VIOLATION", b"SERIOUS INTERNAL ERROR", b"UNKNOWN SIGNAL", b"Floating point exception",
           b"Counted block", b"runtime error")
@@ -44,23 +46,13 @@ ENDLESS = {"SLEEP": re.compile(r"[1-9T#]"), "JUMP": re.compile(r"^\W*([1-9]|T|#I
            "LOOP": re.compile(r"[0-9]{10}")}
 
 
-def literal(text):
-    """The bytes of a C string."""
-    return text.replace(r"\?", "?").encode("latin-1").decode("unicode_escape").encode("latin-1")
-
-
 def vocabulary():
     """One spelling of each row, in bytes, with the name of its instruction; and folds, which need a word ahead."""
-    rows = (ROOT / "src/frontend/keywords.def").read_text(encoding="latin-1")
     words = []
-    for kind, instruction, rest in re.findall(r"^KEYWORD\((\w+), \w+, (\w+), \w+, \w+, (?:\w+\([^)]*\)|\w+), (.*)\)$",
-                                              rows, re.MULTILINE):
-        pieces = rest.split(", ")
-        spellings = [b"".join(map(literal, re.findall(r'"((?:[^"\\]|\\.)*)"', piece))) for piece in pieces]
-        plain = [s for s in spellings if s.isalnum()] or spellings
-        word = plain[-1]
-        for ahead in ((b"+", b"MIN", b"^", b"=", b"*") if kind == "REWRITE" else (b"",)):
-            words.append((instruction if kind not in ("RUN", "BREAK") else kind, (ahead + b" " + word).strip()))
+    for row in tables.keywords():
+        word = ([s for s in row.spellings if s.isalnum()] or row.spellings)[-1]
+        for ahead in ((b"+", b"MIN", b"^", b"=", b"*") if row.kind == "REWRITE" else (b"",)):
+            words.append((row.instruction if row.kind not in ("RUN", "BREAK") else row.kind, (ahead + b" " + word).strip()))
     words.append(("MASK", b"WRAP MASK"))
     words.append(("MASK", b"REFLECT MASK"))
     return words
