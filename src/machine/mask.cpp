@@ -131,7 +131,10 @@ void pushneighbourhood(Level &level, const Gathering &g, Row *rows, Tally &tally
     const std::int64_t index = neighbour(rows, g.data.rank, level.instruction->modifier);
     const Element *datum = index < 0 ? nullptr : g.data.data_pointer + index;
     const std::int32_t message = weigh(weights.data_pointer[j], datum, around.data_pointer[j], kinds, tally);
-    if (message != 0) failgathering(level, message);
+    if (message != 0) {
+      droptop(level);  // half a neighbourhood, which has not the elements that its shape says
+      failgathering(level, message);
+    }
     level.sp->elements = j + 1;
     nextoffset(rows, g.data.rank);
   }

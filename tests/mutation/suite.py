@@ -79,7 +79,7 @@ class Suite:
         folders = sorted(folder.name for folder in (self.tests / "transcripts").iterdir() if any(folder.glob("*.morvik")))
         if path and path.parent.name in folders:
             folders.sort(key=lambda name: name != path.parent.name)
-        return self.test("transcripts", (*PYTHON, self.tests / "transcripts" / "run.py", "--first", "--timeout", "40",
+        return self.test("transcripts", (*PYTHON, self.tests / "transcripts" / "run.py", "--first", "--timeout", "150",
                                          self.binary, *folders, self.workshop.tree / "examples"))
 
     def rest(self):

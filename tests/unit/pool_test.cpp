@@ -4,6 +4,7 @@
 #include <semaphore.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "coprocessor/coprocessor.h"
@@ -298,8 +299,11 @@ TEST_F(Pool, OnlyTheSlotsInUseAreWokenButASeedReachesAll) {
 
 int served;
 std::uint32_t asker;
-void serve(Point **, const Point *, Point *) {
+void serve(Point **operand, const Point *instruction, Point *context) {
   ++served;
+  EXPECT_EQ(*operand, to_coprocessors.operand);
+  EXPECT_EQ(instruction, to_coprocessors.instruction);
+  EXPECT_EQ(context, quads);
   sem_post(&gate);
 }
 
@@ -311,6 +315,8 @@ void request(const Point &instruction, std::uint32_t index, std::uint64_t *state
 }
 
 TEST_F(Pool, ARequestOfAnySlotIsServedAtTheJoinWhichReturnsAtOnce) {
+  Point variables[16] = {};
+  Point *const outer = std::exchange(quads, variables);
   for (const std::uint32_t slot : {1u, 2u}) {
     asker = slot;
     begin(3, request);
@@ -333,6 +339,7 @@ TEST_F(Pool, ARequestOfAnySlotIsServedAtTheJoinWhichReturnsAtOnce) {
     end();
     EXPECT_EQ(liveblocks(), before);
   }
+  quads = outer;
 }
 
 }  // namespace
