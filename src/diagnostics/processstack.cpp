@@ -9,9 +9,6 @@ constinit thread_local std::uintptr_t stackfloor = 0;
 
 namespace {
 
-// What a step and its failure need, the report and the release included; and the kernel keeps a gap between a stack
-// that grows and what was mapped below it.
-constexpr std::size_t KEPT_FREE = std::size_t{3} << 20;
 constexpr std::size_t SHARE = 8;  // of a small stack, of which that much would be too much
 
 }  // namespace
@@ -22,6 +19,6 @@ void measurestack() {
   void *lowest = nullptr;
   std::size_t size = 0;
   if (pthread_attr_getstack(&attributes, &lowest, &size) == 0)
-    stackfloor = reinterpret_cast<std::uintptr_t>(lowest) + std::min(KEPT_FREE, size / SHARE);
+    stackfloor = reinterpret_cast<std::uintptr_t>(lowest) + std::min<std::uintptr_t>(KEPT_FREE, size / SHARE);
   pthread_attr_destroy(&attributes);
 }

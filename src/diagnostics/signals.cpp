@@ -82,10 +82,7 @@ void forget() {
   setbeat(0);
 }
 
-// As long as it stands noted, the slices in flight stop for it.
 [[noreturn]] void interrupt(int signal) {
-  joinahead();
-  forget();
   if (PrintOut) std::fputc('\n', stdout);
   std::fputs("\n** User interrupt. **\n", stdout);
   std::fflush(stdout);
@@ -184,7 +181,9 @@ void signalexception(int signal) {
   note(signal);
 }
 
+// As long as it is noted, the slices in flight stop for it.
 void takeinterrupt() {
+  joinahead();
   const int signal = interrupted;
   forget();
   raised(signal);

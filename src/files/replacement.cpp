@@ -14,7 +14,7 @@ namespace {
 
 // Short, so that it fits wherever a name of any length does.
 constexpr char TEMPLATE[] = ".morvik-XXXXXX";
-constexpr int MOST_LINKS = 40;
+constexpr int MOST_LINKS = 40, MOST_LOOKS = 100;
 constexpr mode_t PERMISSIONS = 0777, ALL_MODES = 07777, NEW_FILE = 0666;
 
 // The length of the folder's part of a path, the slash included.
@@ -51,6 +51,29 @@ int openold(const char *name) {
   return descriptor;
 }
 
+// Does the name still lead to what is open?
+bool leadsthere(Replacement &file) {
+  struct stat found;
+  if (!followlinks(file.target, file.name) || stat(file.target, &found) != 0) return false;
+  return found.st_ino == file.old.st_ino && found.st_dev == file.old.st_dev;
+}
+
+// Opens what the name leads to and notes what that is. Another writer may put its file in place at any time: what is
+// open then is a file that nobody finds any more, and is let go. The target is empty where the name always leads
+// elsewhere, as in /proc. -1 where there is no file.
+int openpresent(Replacement &file) {
+  for (int looks = 0;; ++looks) {
+    const int descriptor = openold(file.name);
+    if (descriptor < 0) return -1;
+    const bool known = fstat(descriptor, &file.old) == 0;
+    if (known && leadsthere(file)) return descriptor;
+    file.target[0] = '\0';
+    if (known && (looks == MOST_LOOKS || !S_ISREG(file.old.st_mode))) return descriptor;
+    close(descriptor);
+    if (!known) return -1;
+  }
+}
+
 // Opens the new file, private until it is whole. -1 where there can be none.
 int opentemporary(Replacement &file) {
   const bool fits = putbeside(file.temporary, file.target, TEMPLATE);
@@ -63,16 +86,15 @@ int opennew(Replacement &file) {
   return followlinks(file.target, file.name) ? opentemporary(file) : -1;
 }
 
-// May another file take the place of what is open? Not where the name led elsewhere, as in /proc; where something is
-// mounted on the file; and where the folder lets nobody else take it away.
+// May another file take the place of what is open? Not where the name leads elsewhere, where something is mounted on
+// the file, and where the folder lets nobody else take it away.
 bool isreplaceable(Replacement &file) {
-  struct stat found, folder;
-  if (!followlinks(file.target, file.name) || !putbeside(file.temporary, file.target, ".")) return false;
-  if (stat(file.target, &found) != 0 || stat(file.temporary, &folder) != 0) return false;
-  if (found.st_ino != file.old.st_ino || found.st_dev != file.old.st_dev || folder.st_dev != found.st_dev) return false;
+  struct stat folder;
+  if (file.target[0] == '\0' || !putbeside(file.temporary, file.target, ".")) return false;
+  if (stat(file.temporary, &folder) != 0 || folder.st_dev != file.old.st_dev) return false;
   const uid_t user = geteuid();
   const bool guarded = (folder.st_mode & S_ISVTX) != 0 && user != 0;
-  return (!guarded || user == found.st_uid || user == folder.st_uid) && access(file.temporary, W_OK | X_OK) == 0;
+  return (!guarded || user == file.old.st_uid || user == folder.st_uid) && access(file.temporary, W_OK | X_OK) == 0;
 }
 
 // The new file for what is open, or that itself.
@@ -142,8 +164,8 @@ bool beginreplacement(Replacement &file, char *name) {
   file.temporary[0] = '\0';
   file.old.st_mode = 0;
   takecustody(file.custody, releasereplacement, &file);
-  int descriptor = openold(name);
-  if (descriptor >= 0 && fstat(descriptor, &file.old) == 0)
+  int descriptor = openpresent(file);
+  if (descriptor >= 0)
     descriptor = openover(file, descriptor);
   else if (descriptor < 0 && errno == ENOENT && name[0] != '\0')
     descriptor = opennew(file);
