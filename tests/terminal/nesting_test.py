@@ -4,9 +4,10 @@ import os
 import resource
 import subprocess
 import sys
+import tempfile
 import unittest
 
-BINARY = sys.argv.pop(1)
+BINARY = os.path.abspath(sys.argv.pop(1))
 SANITIZED = os.environ.get("MORVIK_SANITIZED") == "1"
 MEBIBYTE = 1 << 20
 # The second of two members leads down in one value, the first in the other.
@@ -21,7 +22,9 @@ def smallstack():
 
 
 def run(text, prepare=None):
-    return subprocess.run([BINARY, "-q"], input=text, capture_output=True, preexec_fn=prepare, timeout=300, check=False)
+    with tempfile.TemporaryDirectory() as folder:
+        return subprocess.run([BINARY, "-q"], input=text, capture_output=True, preexec_fn=prepare, timeout=300,
+                              check=False, cwd=folder)
 
 
 class Nesting(unittest.TestCase):

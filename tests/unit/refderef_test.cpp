@@ -546,6 +546,7 @@ TEST_F(Lifetimes, ACopyThatFailsLeavesEverythingWhole) {
             }),
             4);  // the block, and three octonions
   result->elements = space->elements;
+  made.shape_pointer = newshape(space->elements);
   hold(made);
   expectexact();
   EXPECT_EQ(walk([=] { makeprivate(*space); }), 4);
