@@ -63,13 +63,24 @@ int opennew(Replacement &file) {
   return followlinks(file.target, file.name) ? opentemporary(file) : -1;
 }
 
-// May another file take the place of what is open? Not where the name led elsewhere, as in /proc; where something is
-// mounted on the file; and where the folder lets nobody else take it away.
+// Is something mounted there, so that nothing can take its place? A host that cannot tell has none such.
+bool ismounted(const char *path) {
+#ifdef STATX_ATTR_MOUNT_ROOT
+  struct statx found;
+  return statx(AT_FDCWD, path, 0, 0, &found) == 0 && (found.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+#else
+  static_cast<void>(path);
+  return false;
+#endif
+}
+
+// May another file take the place of what is open? Not where the name led elsewhere, as in /proc, and where the folder
+// lets nobody take it away.
 bool isreplaceable(Replacement &file) {
   struct stat found, folder;
   if (!followlinks(file.target, file.name) || !putbeside(file.temporary, file.target, ".")) return false;
   if (stat(file.target, &found) != 0 || stat(file.temporary, &folder) != 0) return false;
-  if (found.st_ino != file.old.st_ino || found.st_dev != file.old.st_dev || folder.st_dev != found.st_dev) return false;
+  if (found.st_ino != file.old.st_ino || found.st_dev != file.old.st_dev || ismounted(file.target)) return false;
   const uid_t user = geteuid();
   const bool guarded = (folder.st_mode & S_ISVTX) != 0 && user != 0;
   return (!guarded || user == found.st_uid || user == folder.st_uid) && access(file.temporary, W_OK | X_OK) == 0;
