@@ -1,4 +1,4 @@
-# How the code is built, as three bundles: for everything, for what stands in src/, and for the linking of `morvik`.
+# How the code is built, as bundles: for everything, two for what stands in src/, and one for the linking of `morvik`.
 
 # No contraction: a product and a sum round twice on every machine, so that results do not depend on the compiler.
 add_library(morvik_build INTERFACE)
@@ -20,6 +20,14 @@ if(sanitizers)
   target_link_options(morvik_build INTERFACE -fsanitize=${sanitizers})
 endif()
 
+# What a release build has against faults that nobody has found yet: a guard word in the frames that hold arrays, and
+# bounds asked by the library where the compiler knows them. Marked targets of indirect jumps (-fcf-protection) are left
+# out: they count only where all that is linked bears the marks, which few systems' start files do, and cost 3 %.
+add_library(morvik_hardening INTERFACE)
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT sanitizers)
+  target_compile_options(morvik_hardening INTERFACE -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+endif()
+
 add_library(morvik_warnings INTERFACE)
 target_compile_options(morvik_warnings INTERFACE -fno-exceptions -fno-rtti -Wall -Wextra -Wpedantic -Wshadow
                        -Wconversion -Werror)
@@ -28,4 +36,6 @@ target_compile_options(morvik_warnings INTERFACE -fno-exceptions -fno-rtti -Wall
 add_library(morvik_startup INTERFACE)
 if(NOT sanitizers)
   target_link_options(morvik_startup INTERFACE -static-libstdc++ -static-libgcc -Wl,-O1,--as-needed,--gc-sections)
+  # What the loader writes to is closed before the first line runs; so all of it is bound by then.
+  target_link_options(morvik_startup INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 endif()

@@ -86,12 +86,23 @@ int opennew(Replacement &file) {
   return followlinks(file.target, file.name) ? opentemporary(file) : -1;
 }
 
-// May another file take the place of what is open? Not where the name leads elsewhere, where something is mounted on
-// the file, and where the folder lets nobody else take it away.
+// Is something mounted there, so that nothing can take its place? A host that cannot tell has none such.
+bool ismounted(const char *path) {
+#ifdef STATX_ATTR_MOUNT_ROOT
+  struct statx found;
+  return statx(AT_FDCWD, path, 0, 0, &found) == 0 && (found.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+#else
+  static_cast<void>(path);
+  return false;
+#endif
+}
+
+// May another file take the place of what is open? Not where the name leads elsewhere, and where the folder lets nobody
+// take it away.
 bool isreplaceable(Replacement &file) {
   struct stat folder;
   if (file.target[0] == '\0' || !putbeside(file.temporary, file.target, ".")) return false;
-  if (stat(file.temporary, &folder) != 0 || folder.st_dev != file.old.st_dev) return false;
+  if (stat(file.temporary, &folder) != 0 || ismounted(file.target)) return false;
   const uid_t user = geteuid();
   const bool guarded = (folder.st_mode & S_ISVTX) != 0 && user != 0;
   return (!guarded || user == file.old.st_uid || user == folder.st_uid) && access(file.temporary, W_OK | X_OK) == 0;

@@ -194,6 +194,11 @@ class Slots(Ahead):
                           "(1 2 3 4 5 6 7 8) NEGATIVE", "100 SERIAL (1 2 3 4 5 6 7 8) NEGATIVE"):
                 self.whole("%s " + words, work)
 
+    def test_the_threshold_stays_for_what_is_in_flight(self):
+        # A higher one would leave more to the main thread.
+        once = "CLEAR 4 SERIAL x NEGATIVE 100 SERIAL DUP SUM .\nCLEAR 100 SERIAL x NEGATIVE 4 SERIAL DUP SUM .\n"
+        self.agree("400 .. @x SET .\n" + once * 20)
+
     def test_trace_shows_nothing_behind_a_failure(self):
         for words in (FACTORIAL + "1 2 3", "7 : TRACE " + FACTORIAL + "4 5 ; !", SOUND + "1 2 3"):
             self.agree(GATE + "TRACE " + words + " .\n" + FRESH)

@@ -67,9 +67,10 @@ class Writing(Folder):
                                  **{"$EDITOR": "touch edited; true"})
         self.assertEqual((reports(err), out, self.left()), ([711], "\n\n 5000\n", []))
 
-    def start_saving(self, word="SAVE"):
+    def start_saving(self):
         """A run that saves 'ws' again and again, each time whole."""
-        process = self.start(LARGE + "1000000 : 'ws' %s ; REPEAT .\n" % word)
+        os.remove(self.folder / "ws")
+        process = self.start(LARGE + "1000000 : 'ws' SAVE ; REPEAT .\n")
         self.wait_until(lambda: (self.folder / "ws").exists())
         return process
 
@@ -250,6 +251,19 @@ class Writing(Folder):
             _, err = self.run_as_nobody("5 'closed' %s .\n" % word)
             self.assertEqual((reports(err), self.contents("closed")), ([number], "old"))
         self.assertEqual(self.left(), ["closed", "open"])
+
+    @unittest.skipIf(os.geteuid() != 0, "only root can mount")
+    def test_a_mounted_file(self):
+        """Nothing can take its place, so that it is written directly."""
+        self.give("outer", "outer")
+        self.give("inner", "inner")
+        mounting = ["unshare", "-m", "sh", "-c", "mount --bind inner outer && exec \"$0\" -q", BINARY]
+        run = subprocess.run(mounting, input="5 'outer' WRITE .\n", capture_output=True, text=True, cwd=self.folder,
+                             timeout=60, check=False)
+        if "--- Spent" not in run.stdout:
+            self.skipTest("no mounts here: " + run.stderr)
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        self.assertEqual((self.contents("inner"), self.contents("outer"), self.left()), (" 5\n", "outer", ["inner", "outer"]))
 
     @unittest.skipIf(os.geteuid() != 0, "only root can give files away")
     def test_owners(self):
