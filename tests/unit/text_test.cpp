@@ -400,19 +400,4 @@ TEST(TextRetagging, AWordWithoutKindsGainsNone) {
   drop(p);
 }
 
-TEST(TextRetagging, NothingChangesWhileSlicesAreInFlight) {
-  Point elsewhere{};
-  unfinished = &elsewhere;
-  Point p = vector({whole(1), real(2)}), q = scalar(real(3));
-  p.type &= ~COMPLEXED;
-  EXPECT_EQ(print(p, false), " 1 2\n");
-  EXPECT_EQ(print(q, false), " 3");
-  EXPECT_EQ(p.data_pointer[1].tag, tags::REAL);
-  EXPECT_EQ(p.type & COMPLEXED, 0u);
-  EXPECT_EQ(q.data_pointer->tag, tags::REAL);
-  unfinished = nullptr;
-  drop(p);
-  drop(q);
-}
-
 }  // namespace
