@@ -40,7 +40,6 @@ std::int32_t keep(const Element &e, Point &result) {
   if (!record) return OUTOFSTORAGE;
   *record = e;
   result = scalarof(*record);
-  if (isnamed(e) && e.tag < tags::OCTONION) reference(e.name);  // a scalar may have a counted one
   referencedataelems(record, 1);
   // The name of a scalar may be counted, and is then held by each scalar that bears it.
   if (isnamed(e) && e.tag < tags::OCTONION) reference(e.name);
