@@ -65,7 +65,7 @@ def readequivalents(text):
 
 def isequivalent(rows, path, text, change):
     line = text.splitlines()[change.line - 1]
-    exchange = "%s => %s" % (change.before, change.after)
+    exchange = ("%s => %s" % (change.before, change.after)).strip()
     return any(source == str(path) and holds.search(line) and whole.fullmatch(exchange) for source, holds, whole in rows)
 
 
@@ -109,13 +109,15 @@ def difference(path, text, change):
     return "\n".join(["%s:%d: %s" % (path, change.line, change.kind), *("  " + line for line in lines)])
 
 
-def report(texts, drawn, results, sample, out):
+def report(texts, drawn, results, sample, equivalents, out):
     """Tells about the first `sample` changes that count. Returns whether there were as many."""
     tally, survivors = dict.fromkeys((KILLED, TIMEOUT, SURVIVED, EQUIVALENT, BROKEN), 0), []
     for path, change in drawn:
         verdict = results.verdict(path, change)
         if verdict is None:
             continue
+        if verdict == SURVIVED and isequivalent(equivalents, path, texts[path], change):
+            verdict = EQUIVALENT
         tally[verdict] += 1
         if verdict == SURVIVED:
             survivors.append(difference(path, texts[path], change))
@@ -230,8 +232,8 @@ def run(root, arguments, kind=Suite, out=sys.stdout):
     place.mkdir(exist_ok=True)
     about = {"seed": options.seed, "only": options.only, "sources": fingerprintof(root, sources)}
     results = Results(place / ("results-%d.jsonl" % options.seed), about)
+    equivalents = readequivalents((root / "tests" / "mutation" / "equivalent.txt").read_text())
     if not options.report:
-        equivalents = readequivalents((root / "tests" / "mutation" / "equivalent.txt").read_text())
         suites = prepare(root, [place / str(number) for number in range(options.jobs)], names, kind)
         queue = Queue(drawn, results, options.sample, options.again)
         workers = [threading.Thread(target=work, args=(queue, suite, texts, equivalents, options.skip)) for suite in suites]
@@ -239,7 +241,7 @@ def run(root, arguments, kind=Suite, out=sys.stdout):
             worker.start()
         for worker in workers:
             worker.join()
-    return report(texts, drawn, results, options.sample, out)
+    return report(texts, drawn, results, options.sample, equivalents, out)
 
 
 if __name__ == "__main__":

@@ -38,6 +38,14 @@ class Faults(unittest.TestCase):
         text = "4 SERIAL . (1 2 3 4 5 6 7 (1 2 3)) (1 2 3 4 5 6 7 (1 2)) + .\n'' DUMPSTACK .\n"
         self.assertEqual(lines(run(text, "-q", "-c3").stdout), lines(run(text, "-q").stdout))
 
+    def test_a_failed_slice_of_the_main_thread_drops_what_the_others_made(self):
+        # Only the first members do not conform. The checking build tells of a block that is left.
+        left, right = "((1 2 3)" + " (1 2)" * 8 + ")", "((1 2)" + " (1 2)" * 8 + ")"
+        done = run("4 SERIAL . %s %s + .\nCLEAR 1 2 + .\n" % (left, right), "-q", "-c3")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(done.stderr.count("17 - dyadic function arguments are not conformable."), 1)
+        self.assertEqual(lines(done.stdout)[-1], " 3")
+
     def test_a_failure_inside_a_function_drops_what_the_function_pushed(self):
         text = ("4 SERIAL . 5 : (1 2 3 4 5 6 7 'a') 2 + 1 2 3 + CLEAR ; ! 6 .\n"
                 "1 DYADIC (1 2 3 4 5 6 7 (1 2)) (1 2 3 4 5 6 7 (1 2 3)) + 4 5 FUNCTIONEND ! .\n1 2 + .\n")

@@ -16,7 +16,7 @@ PATIENCE = 30
 VIOLATION = "\nSEGMENTATION VIOLATION\n"
 # A sanitizer keeps the handlers of memory faults for itself.
 FAULTS = {signal.SIGFPE: FPE} if SANITIZED else {signal.SIGFPE: FPE, signal.SIGSEGV: VIOLATION}
-BUSY = 1 if not SANITIZED else 5  # seconds that a loaded machine may take more
+BUSY = 2 if not SANITIZED else 5  # seconds that a loaded machine may take more
 LANDED = "\nException processing:..."
 
 
@@ -139,7 +139,7 @@ class Waiting(Session):
         for text in ("1000 SLEEP .\n", "1E9 SLEEP .\n", "1 0.001 SLEEP 1000 SLEEP .\n", "QUOTEDIN .\n",
                      "'pipe' READ .\n", "'pipe' TEXTREAD .\n", "'pipe' LOAD .\n", "5 'pipe' WRITE .\n",
                      "5 'pipe' APPEND .\n", "'pipe' SAVE .\n", "100000000000 : 1 DISCARD ; REPEAT .\n",
-                     "(1 2 3)[3000000] @v SET 1000000 : v SIN DISCARD ; REPEAT .\n"):
+                     "(1 2 3)[300000] @v SET 10000000 : v SIN DISCARD ; REPEAT .\n"):
             with self.subTest(text):
                 self.check(text)
 
