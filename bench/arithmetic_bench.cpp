@@ -1,5 +1,8 @@
 // The arithmetic of two operands beside hand-written loops, two scalars on the stack, and a whole instruction.
 #include "byhand.h"
+#include "spaces/making.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -13,13 +13,23 @@
 #include <vector>
 
 #include "coprocessor/coprocessor.h"
+#include "operators/catenate.h"
+#include "operators/compress.h"
+#include "operators/enlist.h"
 #include "operators/interval.h"
 #include "operators/match.h"
+#include "operators/ravel.h"
 #include "operators/reduce.h"
 #include "operators/reshape.h"
-#include "operators/structure.h"
+#include "operators/reverse.h"
+#include "operators/transpose.h"
+#include "spaces/copies.h"
 #include "spaces/instructions.h"
+#include "spaces/making.h"
 #include "spaces/refderef.h"
+#include "spaces/sysvars.h"
+
+using namespace morvik;
 
 namespace {
 

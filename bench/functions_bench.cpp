@@ -1,9 +1,11 @@
 // Powers, logarithms, circular functions, factorials and binomial coefficients beside plain loops that call the same
 // library: that of the language for reals, the functions of src/arithmetic for what it has not, or has otherwise.
-#include "arithmetic/functions.h"
+#include "arithmetic/complexfunctions.h"
 #include "arithmetic/gamma.h"
 #include "byhand.h"
 #include "monadics.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -15,8 +15,13 @@
 
 #include "arithmetic/cores.h"
 #include "arithmetic/monadic.h"
+#include "arithmetic/numberloops.h"
+#include "arithmetic/pairs.h"
 #include "spaces/instructions.h"
 #include "spaces/refderef.h"
+#include "spaces/work.h"
+
+using namespace morvik;
 
 namespace kernels {
 

@@ -1,6 +1,10 @@
 // What a space of mixed kinds costs beside a uniform one: both are worked by the system, so that the ratio is its own
 // to itself. The kinds change at every element, or by chance, which no processor can foresee.
+#include "arithmetic/pairs.h"
+#include "arithmetic/pairwalk.h"
 #include "monadics.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -1,10 +1,12 @@
 // Arithmetic, rounding, logic and forms of one operand beside hand-written loops.
+#include "arithmetic/generator.h"
 #include "arithmetic/length.h"
-#include "arithmetic/random.h"
 #include "monadics.h"
 #include "spaces/hypercomplex.h"
 
 #include <numbers>
+
+using namespace morvik;
 
 namespace {
 

@@ -3,10 +3,12 @@
 
 #include "byhand.h"
 
+namespace morvik {
 #define MONADIC(f) extern const Monadic f##monadic;
 #define DRAWING(f) MONADIC(f)
 #define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) handler
-#include "machine/instructions.def"
+#include "tables/instructions.def"
+}  // namespace morvik
 
 // A row for `name`, whose function is `f`: what a loop by hand does with x, which is of kind T.
 #define MONAD(T, name, f, goal, what) \

@@ -6,8 +6,11 @@
 #include <cstdio>
 #include <random>
 
-#include "diagnostics/text.h"
 #include "spaces/refderef.h"
+#include "text/keys.h"
+#include "text/text.h"
+
+using namespace morvik;
 
 namespace {
 

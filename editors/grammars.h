@@ -8,7 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "frontend/tokens.h"
 #include "frontend/vocabulary.h"
+
+using namespace morvik;
 
 namespace grammars {
 

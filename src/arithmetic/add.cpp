@@ -1,6 +1,8 @@
 // ADD: the sum, component by component.
 #include "arithmetic/dyadic.h"
 
+namespace morvik {
+
 namespace {
 
 struct Add : Counted {
@@ -35,3 +37,5 @@ struct Add : Counted {
 }  // namespace
 
 DYADIC_SCALAR(add, Add)
+
+}  // namespace morvik

@@ -4,6 +4,8 @@
 
 #include "arithmetic/monadic.h"
 
+namespace morvik {
+
 namespace {
 
 constexpr double HALFTURN = 180;
@@ -38,3 +40,5 @@ struct Rad : Counted {
 
 MONADIC_SCALAR(deg, Deg)
 MONADIC_SCALAR(rad, Rad)
+
+}  // namespace morvik

@@ -4,6 +4,8 @@
 #include "arithmetic/gamma.h"
 #include "arithmetic/refusal.h"
 
+namespace morvik {
+
 namespace {
 
 struct Binomial : Counted {
@@ -31,3 +33,5 @@ struct Binomial : Counted {
 }  // namespace
 
 DYADIC_SCALAR(binomial, Binomial)
+
+}  // namespace morvik

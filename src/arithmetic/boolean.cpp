@@ -1,7 +1,9 @@
 // BOOLEAN and PROBABLY: probable truths become plain ones, BOOLEAN by the nearer end, PROBABLY by chance. A component
 // that is NaN marks a row with fewer truths and stays.
+#include "arithmetic/generator.h"
 #include "arithmetic/monadic.h"
-#include "arithmetic/random.h"
+
+namespace morvik {
 
 namespace {
 
@@ -83,3 +85,5 @@ struct Decision : Counted {
 
 DRAWING_SCALAR(boolean, Decision<BOOL_R>)
 DRAWING_SCALAR(probably, Decision<probable_r>)
+
+}  // namespace morvik

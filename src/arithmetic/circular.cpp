@@ -2,8 +2,10 @@
 // the domain of its function gives NaN; a complex number has a value everywhere but at poles.
 #include <complex>
 
+#include "arithmetic/complexfunctions.h"
 #include "arithmetic/dyadic.h"
-#include "arithmetic/functions.h"
+
+namespace morvik {
 
 namespace {
 
@@ -174,3 +176,5 @@ struct Circular : Counted {
 }  // namespace
 
 DYADIC_SCALAR(circular, Circular)
+
+}  // namespace morvik

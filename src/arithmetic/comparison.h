@@ -5,8 +5,10 @@
 #include <cstdlib>
 #include <limits>
 
-#include "arithmetic/dyadic.h"
+#include "arithmetic/loops.h"
 #include "arithmetic/ordering.h"
+
+namespace morvik {
 
 // ---- Tolerant: by the difference of left and right, and by c, which is #CT. NaN passes none of these.
 
@@ -111,3 +113,5 @@ struct Identity : Counted {
     return {(a.value == b.value) == same};
   }
 };
+
+}  // namespace morvik

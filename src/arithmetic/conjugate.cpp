@@ -1,6 +1,8 @@
 // CONJUGATE: every component but the first changes its sign. An integer or a real stays as it is, form included.
 #include "arithmetic/monadic.h"
 
+namespace morvik {
+
 namespace {
 
 struct Conjugate : Counted {
@@ -17,3 +19,5 @@ struct Conjugate : Counted {
 }  // namespace
 
 MONADIC_SCALAR(conjugate, Conjugate)
+
+}  // namespace morvik

@@ -2,6 +2,8 @@
 #include "arithmetic/dyadic.h"
 #include "arithmetic/products.h"
 
+namespace morvik {
+
 namespace {
 
 struct Divide : Counted {
@@ -70,3 +72,5 @@ struct Divide : Counted {
 }  // namespace
 
 DYADIC_SCALAR(divide, Divide)
+
+}  // namespace morvik

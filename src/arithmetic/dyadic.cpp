@@ -12,10 +12,16 @@
 #include <algorithm>
 
 #include "arithmetic/joint.h"
-#include "coprocessor/sysvars.h"
-#include "diagnostics/exception.h"
+#include "arithmetic/pairs.h"
+#include "arithmetic/pairwalk.h"
+#include "failure/exception.h"
+#include "failure/signals.h"
 #include "spaces/hypercomplex.h"
 #include "spaces/refderef.h"
+#include "spaces/sysvars.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 namespace {
 
@@ -174,3 +180,5 @@ std::int32_t dyadicslice(const Dyadic &d, std::uint32_t index) noexcept {
 double tolerancein(const Point *context) {
   return context ? tolerance(context) : 0;
 }
+
+}  // namespace morvik

@@ -8,22 +8,11 @@
 #pragma once
 
 #include "arithmetic/frame.h"
-#include "arithmetic/numbers.h"
+#include "arithmetic/numberloops.h"
+#include "arithmetic/pairs.h"
 #include "arithmetic/scalars.h"
 
-// One instruction as data: its loops, by pairs of kinds.
-struct Dyadic : Loops<KINDS * KINDS + 1> {
-  std::uint32_t refused;                                           // flags of operands that make them not conformable
-  bool tolerant;                                                   // compares under #CT
-  std::size_t stretch;                                             // elements between two looks at an interrupt
-  std::int32_t (*refusal)(std::int32_t left, std::int32_t right);  // the message for a pair without a loop
-};
-
-// What numbers.h takes together are pairs of this kind too.
-inline constexpr std::size_t NUMBERS = KINDS * KINDS;
-inline constexpr std::size_t kindof(std::int32_t left, std::int32_t right) {
-  return kindof(left) * KINDS + kindof(right);
-}
+namespace morvik {
 
 // What the macro's functions call: the frame on the stack, and one slice of what to_coprocessors holds. The slice's
 // flags, flops and failure go into its reply; its message number is returned.
@@ -131,3 +120,5 @@ inline bool scalars(Point **stack, const Point *context) {
   std::int32_t vec_##name(Point **, const Point *, Point *, std::uint32_t index) noexcept { \
     return dyadicslice(name##cores, index);                                                 \
   }
+
+}  // namespace morvik

@@ -6,6 +6,8 @@
 
 #include "arithmetic/length.h"
 
+namespace morvik {
+
 // A sine or cosine below this is 0.
 inline constexpr double CLEAN = 1e-15;
 inline double clean(double x) {
@@ -35,3 +37,5 @@ inline T alongunit(const T &x, F &&f) {
     }
   });
 }
+
+}  // namespace morvik

@@ -1,7 +1,9 @@
 // EXPONENTIAL and POWE: e to the power of the number. The base is e itself and not the double nearest to it, whose
 // error would grow with the exponent.
-#include "arithmetic/functions.h"
+#include "arithmetic/complexfunctions.h"
 #include "arithmetic/monadic.h"
+
+namespace morvik {
 
 namespace {
 
@@ -25,3 +27,5 @@ struct Exponential : Counted {
 
 MONADIC_SCALAR(exponential, Exponential)
 MONADIC_SCALAR(powe, Exponential)
+
+}  // namespace morvik

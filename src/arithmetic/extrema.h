@@ -2,8 +2,10 @@
 // an element that is no number outweighs every other.
 #pragma once
 
-#include "arithmetic/dyadic.h"
+#include "arithmetic/loops.h"
 #include "arithmetic/ordering.h"
+
+namespace morvik {
 
 // `Order::better(a, b)` tells whether a goes before b; `Order::weight(x)` is what a higher number goes by, at
 // `Order::flops<T>` each.
@@ -38,3 +40,5 @@ struct Extremum : Counted {
   Unicode operator()(Ascii a, Unicode b) { return (*this)(Unicode{a.value}, b); }
   Unicode operator()(Unicode a, Ascii b) { return (*this)(a, Unicode{b.value}); }
 };
+
+}  // namespace morvik

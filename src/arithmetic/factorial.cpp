@@ -3,6 +3,8 @@
 #include "arithmetic/gamma.h"
 #include "arithmetic/monadic.h"
 
+namespace morvik {
+
 namespace {
 
 struct Factorial : Counted {
@@ -39,3 +41,5 @@ struct Factorial : Counted {
 }  // namespace
 
 MONADIC_SCALAR(factorial, Factorial)
+
+}  // namespace morvik

@@ -5,6 +5,8 @@
 #include "arithmetic/monadic.h"
 #include "arithmetic/power.h"
 
+namespace morvik {
+
 struct Two {
   static constexpr double VALUE = 2;
 };
@@ -46,3 +48,5 @@ struct LogarithmOf : Counted {
     return result;
   }
 };
+
+}  // namespace morvik

@@ -1,6 +1,8 @@
 // BINARY, NUMBER, POLAR and CARTESIAN: how an element is written back. The value stays what it is.
 #include "arithmetic/monadic.h"
 
+namespace morvik {
+
 namespace {
 
 constexpr std::int32_t NOTABINARY = 811;
@@ -47,3 +49,5 @@ MONADIC_SCALAR(binary, Binary)
 MONADIC_SCALAR(number, ToNumber)
 MONADIC_SCALAR(polar, Reform<coordinateform<forms::POLAR>>)
 MONADIC_SCALAR(cartesian, Reform<coordinateform<forms::CARTESIAN>>)
+
+}  // namespace morvik

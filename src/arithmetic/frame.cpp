@@ -1,10 +1,11 @@
 // How scalar instructions fail, and what their results replace.
 #include "arithmetic/frame.h"
 
-#include "arithmetic/joint.h"
-#include "coprocessor/slices.h"
 #include "spaces/hypercomplex.h"
 #include "spaces/refderef.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 void giveupall(const Run &run, Element &result) {
   // What the record encloses may be seen by others too: it is lowered, and stays as it is.
@@ -96,3 +97,5 @@ std::int32_t endslice(Run &run, const Tally &tally, std::int32_t message, std::u
   reply.operations += tally.operations;
   return message;
 }
+
+}  // namespace morvik

@@ -6,8 +6,10 @@
 #include <array>
 
 #include "arithmetic/loops.h"
-#include "coprocessor/coprocessor.h"
 #include "spaces/counters.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 // How many tags may have loops, and so kinds of their own; one more kind stands for all others.
 inline constexpr std::size_t LOOPTAGS = tags::OCTONION - tags::ASCII + 1, KINDS = LOOPTAGS + 1;
@@ -79,3 +81,5 @@ bool cutslice(Run &run, std::uint32_t index);
 Tally startslice();
 // Leaves all in the thread's reply, and gives back what a slice that failed made. Returns the message.
 std::int32_t endslice(Run &run, const Tally &tally, std::int32_t message, std::uint32_t index);
+
+}  // namespace morvik

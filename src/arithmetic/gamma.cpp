@@ -5,7 +5,9 @@
 #include <cmath>
 #include <numbers>
 
-#include "arithmetic/functions.h"
+#include "arithmetic/complexfunctions.h"
+
+namespace morvik {
 
 namespace {
 
@@ -248,3 +250,7 @@ Complex complexfactorial(const Complex &z, double tolerance) {
     gammax({z.re + 1, z.im}, out, true, tolerance);
   return {out[0], out[1]};
 }
+
+thread_local std::int32_t aplerr;
+
+}  // namespace morvik

@@ -5,8 +5,9 @@
 #include <array>
 #include <cstdint>
 
-#include "diagnostics/exception.h"
 #include "spaces/point.h"
+
+namespace morvik {
 
 // n! of every n whose factorial is an integer.
 inline constexpr std::size_t FACTORIALS = 21;
@@ -28,3 +29,7 @@ void gammax(const Complex &z, double out[2], bool exponentiate, double tolerance
 void binomC(const Complex &a, const Complex &b, double out[2], double tolerance);
 // What FACTORIAL makes of a complex z: gamma of z + 1, and factor(Re z) near the real axis. aplerr 36 and 130.
 Complex complexfactorial(const Complex &z, double tolerance);
+
+extern thread_local std::int32_t aplerr;  // what the numeric kernels report: a message number, 0 for none
+
+}  // namespace morvik

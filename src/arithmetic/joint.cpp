@@ -3,7 +3,9 @@
 
 #include <algorithm>
 
-#include "spaces/refderef.h"
+#include "arithmetic/pairs.h"
+
+namespace morvik {
 
 namespace {
 
@@ -69,3 +71,5 @@ Point resultof(const Point &left, const Point &right, const Joint &joint, const 
   result.data_pointer = run.result;
   return result;
 }
+
+}  // namespace morvik

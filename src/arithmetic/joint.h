@@ -1,7 +1,9 @@
 // How two operands of a dyadic scalar instruction fit together, and what the Point of their result is.
 #pragma once
 
-#include "arithmetic/dyadic.h"
+#include "arithmetic/pairs.h"
+
+namespace morvik {
 
 struct Joint {
   const Point *shaped;  // the operand whose shape the result has
@@ -22,3 +24,5 @@ Run runover(const Point &left, const Point &right, const Joint &joint);
 
 // The Point of what a run made, with a reference of its own on the shape.
 Point resultof(const Point &left, const Point &right, const Joint &joint, const Run &run);
+
+}  // namespace morvik

@@ -1,4 +1,8 @@
 // LD: the logarithm to the base 2.
 #include "arithmetic/fixedbase.h"
 
+namespace morvik {
+
 MONADIC_SCALAR(ld, LogarithmOf<Two>)
+
+}  // namespace morvik

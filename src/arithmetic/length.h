@@ -6,6 +6,8 @@
 
 #include "arithmetic/products.h"
 
+namespace morvik {
+
 // Squares are exact enough between these: nothing above overflowed, nothing that counts was lost below.
 inline constexpr double LEASTSQUARE = 0x1p-900, GREATESTSQUARE = std::numeric_limits<double>::max();
 
@@ -46,3 +48,5 @@ inline double length(const T &x, std::uint64_t &flops) {
   flops += 2 * PARTS<T>;
   return lengthfrom<0>(x);
 }
+
+}  // namespace morvik

@@ -1,9 +1,10 @@
 // The core of LOGARITHM, which the instructions of one fixed base share.
 #pragma once
 
-#include "arithmetic/dyadic.h"
-#include "arithmetic/functions.h"
+#include "arithmetic/complexfunctions.h"
 #include "arithmetic/refusal.h"
+
+namespace morvik {
 
 struct Logarithm : Counted {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
@@ -25,3 +26,5 @@ struct Logarithm : Counted {
     return onaxis(z.im) ? Complex{std::log(std::fabs(z.re)), angleof(z.re, z.im)} : complexlogarithm(z);
   }
 };
+
+}  // namespace morvik

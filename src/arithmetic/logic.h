@@ -2,7 +2,10 @@
 // instruction is one function of two truths, for each component by itself; NaN in either gives NaN.
 #pragma once
 
-#include "arithmetic/dyadic.h"
+#include "arithmetic/kinds.h"
+#include "arithmetic/loops.h"
+
+namespace morvik {
 
 // What is outside of 0 to 1 is as true as can be, or not at all.
 constexpr double clamped(double x) {
@@ -71,3 +74,5 @@ struct Logic : Counted {
   template <int a, int b>
   static constexpr bool plain = truth(a, b) != 0;
 };
+
+}  // namespace morvik

@@ -18,16 +18,17 @@
 //
 // A pair without an operator() is promoted: integers to reals, then the lower number to the kind of the higher. An
 // integer beside a real always counts as the real that it is, whatever operator() takes the pair. A core adds to
-// `flops` what it did, unless flopseach tells. R is any kind of values.h; a loop turns it into a record.
+// `flops` what it did, unless flopseach tells. R is any kind of kinds.h; a loop turns it into a record.
 #pragma once
 
 #include <bit>
 #include <concepts>
 #include <cstddef>
 
-#include "arithmetic/values.h"
-#include "diagnostics/exception.h"
+#include "arithmetic/kinds.h"
 #include "spaces/blocks.h"
+
+namespace morvik {
 
 inline constexpr std::int32_t NOTCONFORMABLE = 17, OUTOFSTORAGE = 27, NOTBOOLEAN = 149, INCOMPATIBLE = 162;
 
@@ -90,12 +91,7 @@ using Picked = Places (*)(Run &run, Places places, Tally &tally);
 // The message for the first of such records whose values fail, 0 for none; ends as a kernel does.
 using Check = std::int32_t (*)(const Run &run, std::size_t from, std::size_t to);
 
-// Works all of a run, whatever its records are, nested spaces included. `run.done` tells how far it came. Returns a
-// message number, 0 for none, or INTERRUPTED; never jumps. For slices, and for folds: steps may be any number of
-// records, and steps of 0 for left and result make each result the next left.
-struct Dyadic;
 inline constexpr std::size_t STRETCH = 65536;  // elements between two looks at an interrupt, mostly
-std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept;
 
 // ---- Which formula serves a pair.
 
@@ -439,3 +435,5 @@ std::int32_t check(const Run &run, std::size_t from, std::size_t to) {
   }
   return 0;
 }
+
+}  // namespace morvik

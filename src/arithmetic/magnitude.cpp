@@ -4,6 +4,8 @@
 #include "arithmetic/length.h"
 #include "arithmetic/monadic.h"
 
+namespace morvik {
+
 namespace {
 
 struct Magnitude : Counted {
@@ -27,3 +29,5 @@ struct Magnitude : Counted {
 }  // namespace
 
 MONADIC_SCALAR(magnitude, Magnitude)
+
+}  // namespace morvik

@@ -1,5 +1,8 @@
 // MAXIMUM: the larger element. Kept: higher numbers go by the modulus alone, without the sign that MINIMUM looks at.
+#include "arithmetic/dyadic.h"
 #include "arithmetic/extrema.h"
+
+namespace morvik {
 
 namespace {
 
@@ -19,3 +22,5 @@ struct Larger {
 }  // namespace
 
 DYADIC_SCALAR(maximum, Extremum<Larger>)
+
+}  // namespace morvik

@@ -1,5 +1,8 @@
 // MINIMUM: the smaller element. Higher numbers go by their signed magnitude.
+#include "arithmetic/dyadic.h"
 #include "arithmetic/extrema.h"
+
+namespace morvik {
 
 namespace {
 
@@ -19,3 +22,5 @@ struct Smaller {
 }  // namespace
 
 DYADIC_SCALAR(minimum, Extremum<Smaller>)
+
+}  // namespace morvik

@@ -13,11 +13,16 @@
 #include <algorithm>
 
 #include "arithmetic/joint.h"
+#include "arithmetic/pairs.h"
 #include "arithmetic/walk.h"
-#include "diagnostics/exception.h"
-#include "diagnostics/processstack.h"
+#include "failure/exception.h"
+#include "failure/signals.h"
 #include "spaces/hypercomplex.h"
+#include "spaces/processstack.h"
 #include "spaces/refderef.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 namespace {
 
@@ -134,7 +139,7 @@ void finish(Point *point, const Run &run, bool handed) {
 // ---- All of a run.
 
 struct Singles {
-  static constexpr std::size_t KINDS = ::KINDS, stretch = STRETCH;
+  static constexpr std::size_t KINDS = morvik::KINDS, stretch = STRETCH;
   const Monadic &loops;
 
   bool inorder(const Run &) const { return loops.inorder; }
@@ -145,7 +150,7 @@ struct Singles {
     };
   }
   static std::size_t goon(Run &, std::size_t from, std::size_t, Tally &) { return from; }
-  std::int32_t single(Run &run, std::size_t i, Tally &tally) const { return ::single(loops, run, i, tally); }
+  std::int32_t single(Run &run, std::size_t i, Tally &tally) const { return morvik::single(loops, run, i, tally); }
 };
 
 }  // namespace
@@ -202,3 +207,5 @@ std::int32_t monadicslice(const Monadic &m, std::uint32_t index, std::uint64_t *
   const std::int32_t message = cutslice(run, index) ? work(m, run, tally) : 0;
   return endslice(run, tally, message, index);
 }
+
+}  // namespace morvik

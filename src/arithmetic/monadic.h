@@ -16,12 +16,15 @@
 //   };
 //
 // and a line MONADIC_SCALAR(conjugate, Conjugate), or DRAWING_SCALAR where it draws random numbers. An integer without
-// an operator() is taken as a real. R is any kind of values.h, or Formed where the value stays.
+// an operator() is taken as a real. R is any kind of kinds.h, or Formed where the value stays.
 #pragma once
 
 #include "arithmetic/frame.h"
+#include "arithmetic/pairwalk.h"
 #include "arithmetic/scalars.h"
-#include "coprocessor/sysvars.h"
+#include "spaces/sysvars.h"
+
+namespace morvik {
 
 inline constexpr std::int32_t NOTBINARY = 164, IMPOSSIBLE = 991, RESTRICTION = 994;
 
@@ -89,7 +92,7 @@ concept Choosing = requires(Core core, const A &a) {
 template <class Core, class A>
 concept Direct = Headed<Core, A> || Plain<Core, A> || Choosing<Core, A>;
 template <class Core, class A>
-concept Takes = Direct<Core, A> ||(std::same_as<A, Integer> &&Direct<Core, double>);
+concept Accepts = Direct<Core, A> ||(std::same_as<A, Integer> &&Direct<Core, double>);
 
 template <class Core, class A>
 concept MayWait = requires(const A &a) {
@@ -256,8 +259,8 @@ std::int32_t judgeall(const Run &run, std::size_t from, std::size_t to) {
 
 template <class Core, std::int32_t tag>
 constexpr void setloops(Monadic &m) {
-  if constexpr (Takes<Core, Kind<tag>>) m.kernels[kindof(tag)] = &monadicloop<Core, tag>;
-  if constexpr (Takes<Core, Kind<tag>>) m.picked[kindof(tag)] = &pickedmonadic<Core, tag>;
+  if constexpr (Accepts<Core, Kind<tag>>) m.kernels[kindof(tag)] = &monadicloop<Core, tag>;
+  if constexpr (Accepts<Core, Kind<tag>>) m.picked[kindof(tag)] = &pickedmonadic<Core, tag>;
   if constexpr (Judged<Core, Kind<tag>>) m.checks[kindof(tag)] = &judgeall<Core, tag>;
 }
 
@@ -299,7 +302,7 @@ inline Element *singlehome(Point *point) {
 // False where the frame has to look closer.
 template <class Core, std::int32_t tag>
 inline bool scalarone(Point *point, const Tally &tally) {
-  if constexpr (Takes<Core, Kind<tag>>) {
+  if constexpr (Accepts<Core, Kind<tag>>) {
     const Element &e = *point->data_pointer;
     if constexpr (Judged<Core, Kind<tag>>)
       if (judge<Core, tag>(e) != 0) return false;
@@ -356,3 +359,5 @@ inline bool workscalar(Point *point, const Point *context, std::uint64_t *state)
   std::int32_t vec_##name(Point *, const Point *, Point *, std::uint32_t index, std::uint64_t *state) noexcept { \
     return monadicslice(name##monadic, index, state);                                                            \
   }
+
+}  // namespace morvik

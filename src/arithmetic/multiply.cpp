@@ -4,6 +4,8 @@
 #include "arithmetic/dyadic.h"
 #include "arithmetic/products.h"
 
+namespace morvik {
+
 namespace {
 
 constexpr std::uint8_t BLANK = ' ';
@@ -82,3 +84,5 @@ struct Multiply : Counted {
 }  // namespace
 
 DYADIC_SCALAR(multiply, Multiply)
+
+}  // namespace morvik

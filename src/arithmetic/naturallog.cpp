@@ -1,6 +1,8 @@
 // NATURALLOG: the logarithm to the base e. That of a negative real is complex.
-#include "arithmetic/functions.h"
+#include "arithmetic/complexfunctions.h"
 #include "arithmetic/monadic.h"
+
+namespace morvik {
 
 namespace {
 
@@ -27,3 +29,5 @@ struct NaturalLog : Counted {
 }  // namespace
 
 MONADIC_SCALAR(naturallog, NaturalLog)
+
+}  // namespace morvik

@@ -3,6 +3,8 @@
 
 #include "arithmetic/monadic.h"
 
+namespace morvik {
+
 namespace {
 
 struct Negative : Counted {
@@ -24,3 +26,5 @@ struct Negative : Counted {
 }  // namespace
 
 MONADIC_SCALAR(negative, Negative)
+
+}  // namespace morvik

@@ -1,8 +1,10 @@
 // How numbers and characters of any kind enter a comparison: a number as one double, a character as its code.
 #pragma once
 
-#include "arithmetic/values.h"
+#include "arithmetic/kinds.h"
 #include "spaces/hypercomplex.h"
+
+namespace morvik {
 
 template <class T>
 concept Numeric = Parted<T> || std::is_same_v<T, Integer>;
@@ -61,3 +63,5 @@ inline double signedmagnitude(const T &x) {
     return latersign(x) * size;
   return first < 0 ? -size : size;
 }
+
+}  // namespace morvik

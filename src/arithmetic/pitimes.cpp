@@ -3,6 +3,8 @@
 
 #include "arithmetic/monadic.h"
 
+namespace morvik {
+
 namespace {
 
 struct PiTimes : Counted {
@@ -16,3 +18,5 @@ struct PiTimes : Counted {
 }  // namespace
 
 MONADIC_SCALAR(pitimes, PiTimes)
+
+}  // namespace morvik

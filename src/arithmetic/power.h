@@ -3,8 +3,10 @@
 
 #include <bit>
 
-#include "arithmetic/dyadic.h"
-#include "arithmetic/functions.h"
+#include "arithmetic/complexfunctions.h"
+#include "arithmetic/loops.h"
+
+namespace morvik {
 
 struct Power : Counted {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
@@ -64,3 +66,5 @@ struct Power : Counted {
     return {clean(w.re), clean(w.im)};
   }
 };
+
+}  // namespace morvik

@@ -3,7 +3,9 @@
 // are spelled out by templates as one expression a component, which is the form that compilers turn into pairs.
 #pragma once
 
-#include "arithmetic/values.h"
+#include "arithmetic/kinds.h"
+
+namespace morvik {
 
 // Is the sign minus? Row is the left unit, column the right one.
 inline constexpr bool MINUS[8][8] = {
@@ -154,3 +156,5 @@ inline bool isreal(const T &x) {
   }
   (std::make_integer_sequence<int, PARTS<T> - 1>{});
 }
+
+}  // namespace morvik

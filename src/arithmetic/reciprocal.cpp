@@ -2,6 +2,8 @@
 #include "arithmetic/monadic.h"
 #include "arithmetic/products.h"
 
+namespace morvik {
+
 namespace {
 
 struct Reciprocal : Counted {
@@ -31,3 +33,5 @@ struct Reciprocal : Counted {
 }  // namespace
 
 MONADIC_SCALAR(reciprocal, Reciprocal)
+
+}  // namespace morvik

@@ -3,9 +3,13 @@
 
 #include "arithmetic/frame.h"
 
+namespace morvik {
+
 inline constexpr std::int32_t RESTRICTED_KIND = 994;
 
 inline std::int32_t nohigher(std::int32_t left, std::int32_t right) {
   const auto isnumber = [](std::int32_t tag) { return tag >= tags::INTEGER && tag <= tags::OCTONION; };
   return isnumber(left) && isnumber(right) ? RESTRICTED_KIND : INCOMPATIBLE;
 }
+
+}  // namespace morvik

@@ -1,8 +1,10 @@
 // RESIDUE: left modulo right, with the sign of the left. The quotient is cut to 64 bits, so that of a left far greater
 // than right not much is taken away.
+#include "arithmetic/complexfunctions.h"
 #include "arithmetic/dyadic.h"
-#include "arithmetic/functions.h"
 #include "arithmetic/refusal.h"
+
+namespace morvik {
 
 namespace {
 
@@ -45,3 +47,5 @@ struct Residue : Counted {
 }  // namespace
 
 DYADIC_SCALAR(residue, Residue)
+
+}  // namespace morvik

@@ -1,8 +1,10 @@
 // ROLL and RANDOM: a draw for each component, in their order.
 #include <limits>
 
+#include "arithmetic/generator.h"
 #include "arithmetic/monadic.h"
-#include "arithmetic/random.h"
+
+namespace morvik {
 
 namespace {
 
@@ -47,3 +49,5 @@ struct Randomised : Counted {
 
 DRAWING_SCALAR(roll, Roll)
 DRAWING_SCALAR(Random, Randomised)
+
+}  // namespace morvik

@@ -1,7 +1,9 @@
 // Whole numbers near a double. What lies within the tolerance of a whole number is that number.
 #pragma once
 
-#include "arithmetic/values.h"
+#include "arithmetic/kinds.h"
+
+namespace morvik {
 
 // Of a double below INTEGERBOUND in magnitude. By integers, as that is one instruction each way on every machine.
 inline double towardzero(double x) {
@@ -45,3 +47,5 @@ inline double tolerantceiling(double x, double t) {
     return high;
   return tolerantwhole(x, t, high);
 }
+
+}  // namespace morvik

@@ -1,4 +1,4 @@
-// Every scalar instruction, declared from machine/instructions.def.
+// Every scalar instruction, declared from tables/instructions.def.
 //   monadic  f(point, instruction, context, nested): `point` is the stack top, replaced in place by one of its shape
 //   drawing  the same with the state of the thread's generator
 //   dyadic   f(&sp, instruction, context, nested): the two top Points become one, and sp moves down by one
@@ -12,6 +12,8 @@
 #include <cstdint>
 
 #include "spaces/point.h"
+
+namespace morvik {
 
 using MonadicFunction = void(Point *, const Point *, Point *, char);
 using DrawingFunction = void(Point *, const Point *, Point *, char, std::uint64_t *);
@@ -31,4 +33,6 @@ using DyadicSlice = std::int32_t(Point **, const Point *, Point *, std::uint32_t
 #define DYADIC(f)   \
   DyadicFunction f; \
   DyadicSlice vec_##f;
-#include "machine/instructions.def"
+#include "tables/instructions.def"
+
+}  // namespace morvik

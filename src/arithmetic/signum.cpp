@@ -3,6 +3,8 @@
 #include "arithmetic/length.h"
 #include "arithmetic/monadic.h"
 
+namespace morvik {
+
 namespace {
 
 template <Hyper T>
@@ -51,3 +53,5 @@ struct Direction : Counted {
 
 MONADIC_SCALAR(signum, Signum)
 MONADIC_SCALAR(direction, Direction)
+
+}  // namespace morvik

@@ -1,6 +1,8 @@
 // SUBTRACT: left less right, component by component.
 #include "arithmetic/dyadic.h"
 
+namespace morvik {
+
 namespace {
 
 struct Subtract : Counted {
@@ -36,3 +38,5 @@ struct Subtract : Counted {
 }  // namespace
 
 DYADIC_SCALAR(subtract, Subtract)
+
+}  // namespace morvik

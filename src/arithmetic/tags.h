@@ -5,6 +5,8 @@
 
 #include "arithmetic/loops.h"
 
+namespace morvik {
+
 // So many records have one bit each in a word.
 inline constexpr std::size_t SORTED = 64;
 
@@ -67,3 +69,5 @@ class Tags {
 
   std::uint64_t words[BYTES] = {};
 };
+
+}  // namespace morvik

@@ -4,6 +4,8 @@
 #include "arithmetic/monadic.h"
 #include "spaces/hypercomplex.h"
 
+namespace morvik {
+
 namespace {
 
 struct Negation : Counted {
@@ -63,7 +65,7 @@ struct Contradiction : Counted {
   double operator()(const T &x) {
     double parts[PARTS<T>];
     for (int i = 0; i < PARTS<T>; ++i) parts[i] = part(x, i);
-    return ::contradiction(parts, PARTS<T>);
+    return morvik::contradiction(parts, PARTS<T>);
   }
 };
 
@@ -73,3 +75,5 @@ MONADIC_SCALAR(Not, Negation)
 MONADIC_SCALAR(logical, Logical)
 MONADIC_SCALAR(islogical, IsLogical)
 MONADIC_SCALAR(contradiction, Contradiction)
+
+}  // namespace morvik

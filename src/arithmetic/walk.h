@@ -5,7 +5,9 @@
 
 #include "arithmetic/frame.h"
 #include "arithmetic/tags.h"
-#include "diagnostics/exception.h"
+#include "failure/exception.h"
+
+namespace morvik {
 
 // Where fewer than these were of one kind, records are sorted until 64 together are of one again.
 inline constexpr std::size_t TOGETHER = 8;
@@ -112,3 +114,5 @@ std::int32_t walk(const Family &family, Run &run, Tally &tally) {
   }
   return 0;
 }
+
+}  // namespace morvik

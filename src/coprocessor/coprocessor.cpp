@@ -5,47 +5,16 @@
 #include <cassert>
 #include <cstdio>
 
-#include "coprocessor/slices.h"
 #include "coprocessor/threads.h"
-#include "diagnostics/exception.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
 #include "spaces/convert.h"
 #include "spaces/counters.h"
 #include "spaces/refderef.h"
+#include "spaces/sysvars.h"
+#include "spaces/work.h"
 
-namespace {
-
-constexpr double ROUNDING = 0.25;
-
-// Where slice `index` begins, before it is clipped.
-std::int64_t boundary(double count, double parts, double index) {
-  const double least = static_cast<double>(MIN_PARALLEL);
-  if (parts > 2 && count / parts > least) {
-    const std::int64_t share = saturate((count - least) / (parts - 1) + ROUNDING);
-    return MIN_PARALLEL - 1 + share * static_cast<std::int64_t>(index - 1);
-  }
-  return saturate(count / parts + ROUNDING) * static_cast<std::int64_t>(index);
-}
-
-}  // namespace
-
-std::uint32_t processors = 1;
-std::uint32_t cpus = 1;
-std::int32_t thrds = 1;
-std::int64_t MIN_PARALLEL = 1001;
-Work to_coprocessors;
-Point *quads;
-Point *unfinished;
-std::atomic<bool> slicesstopped;
-
-Slice slice(std::uint32_t count, std::uint32_t parts, std::uint32_t index) {
-  const auto cut = [=](std::uint32_t i) -> std::uint32_t {
-    if (i == 0) return 0;
-    if (i >= parts) return count;
-    const std::int64_t begin = boundary(count, parts, i);
-    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(begin, std::min<std::int64_t>(1, count), count));
-  };
-  return {cut(index), cut(index + 1)};
-}
+namespace morvik {
 
 namespace {
 
@@ -173,28 +142,26 @@ void restore(Point *&top) {
 
 }  // namespace
 
-bool postcoprocessors() {
+void wakecoprocessors(const Point &instruction, std::int64_t number) {
+  if (cpus < 2 || !poolstarted()) return;
+  to_coprocessors = {};
+  to_coprocessors.instruction = &instruction;
+  to_coprocessors.origin = number;
+  post(cpus);
+  collect(cpus);
+  endwork();
+  dereferencepoint(&posted);
+}
+
+namespace {
+
+bool postall() {
   if (processors < 2 || !poolstarted()) return false;
   post(processors);
   return true;
 }
 
-void defer(const Point &left) {
-  from_coprocessor[0].deferred = left;
-}
-
-void defer(const Point &left, const Point &right) {
-  defer(left);
-  from_coprocessor[1].deferred = right;
-}
-
-void notedraws(std::uint32_t index, std::uint64_t *state) {
-  if (!state) return;
-  from_coprocessor[index].state = state;
-  from_coprocessor[index].undrawn = *state;
-}
-
-void recallslices() {
+void recallall() {
   slicesstopped = true;
   collect(processors);
   endwork();
@@ -202,7 +169,7 @@ void recallslices() {
   dereferencepoint(&posted);
 }
 
-void wait_for_coprocessors(Point *&top, int) {
+void join(Point *&top, int) {
   if (!poolstarted()) return;
   const Found found = collect(processors);
   if (serverequest() || !found.any || !to_coprocessors.instruction) return;
@@ -215,13 +182,14 @@ void wait_for_coprocessors(Point *&top, int) {
   dereferencepoint(&posted);
 }
 
-void wakecoprocessors(const Point &instruction, std::int64_t number) {
-  if (cpus < 2 || !poolstarted()) return;
-  to_coprocessors = {};
-  to_coprocessors.instruction = &instruction;
-  to_coprocessors.origin = number;
-  post(cpus);
-  collect(cpus);
-  endwork();
-  dereferencepoint(&posted);
-}
+// Set before main, so that no start of a programme or of a test can forget it.
+[[maybe_unused]] const bool hooked = [] {
+  postcoprocessors = postall;
+  recallslices = recallall;
+  wait_for_coprocessors = join;
+  return true;
+}();
+
+}  // namespace
+
+}  // namespace morvik

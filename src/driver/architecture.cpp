@@ -9,6 +9,8 @@
 
 #include "spaces/point.h"
 
+namespace morvik {
+
 namespace {
 
 constexpr const char *PROGRAMME = "Morvik 0.8";
@@ -78,3 +80,5 @@ void internals() {
   std::printf("\teps                          %.17lg\n", EPSILON);
   std::printf("\tomega                        %.17lg\n\n", OMEGA);
 }
+
+}  // namespace morvik

@@ -8,6 +8,8 @@
 
 #include "spaces/convert.h"
 
+namespace morvik {
+
 namespace {
 
 constexpr double GIGA = 1000000000.0, MEGA = 1000000.0, KILO = 1000.0;
@@ -101,3 +103,5 @@ Cell cyclesperoperation(double millions) {
 Cell cyclesperflop(double millions) {
   return cycles({"%6.2lf Gcy/flop  ", "%6.2lf  Mcy/flop ", "%6.2lf   Kcy/flop", "%6.2lf     cy/flop"}, millions);
 }
+
+}  // namespace morvik

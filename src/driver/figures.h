@@ -3,6 +3,8 @@
 
 #include <array>
 
+namespace morvik {
+
 // The text of one figure, as it stands in a column. The blanks in a format set the units apart: the larger the unit,
 // the further left it stands.
 struct Cell {
@@ -30,3 +32,5 @@ Cell percentage(double part);
 // Cycles of a processor, given in millions.
 Cell cyclesperoperation(double millions);
 Cell cyclesperflop(double millions);
+
+}  // namespace morvik

@@ -4,8 +4,8 @@
 #include "driver/system.h"
 
 int main(int argc, char **argv) {
-  readoptions(argc, argv);
-  startsystem();
-  promptloop();
-  return shutdownsystem();
+  morvik::readoptions(argc, argv);
+  morvik::startsystem();
+  morvik::promptloop();
+  return morvik::shutdownsystem();
 }

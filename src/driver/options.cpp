@@ -6,10 +6,12 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "coprocessor/coprocessor.h"
 #include "driver/architecture.h"
 #include "files/files.h"
 #include "machine/timing.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 char quiet;
 std::int32_t argsc;
@@ -199,3 +201,5 @@ void readoptions(int argc, char **argv) {
   for (int argument = argsc - 1; argument >= 1; --argument)
     for (scan.next = argv[argument]; *scan.next != '\0';) readletter(scan);
 }
+
+}  // namespace morvik

@@ -5,14 +5,19 @@
 
 #include <cerrno>
 
-#include "coprocessor/coprocessor.h"
-#include "diagnostics/exception.h"
 #include "driver/options.h"
 #include "driver/system.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
 #include "frontend/assembly.h"
+#include "frontend/limits.h"
+#include "machine/level.h"
+#include "machine/machine.h"
 #include "machine/timing.h"
 #include "spaces/counters.h"
 #include "spaces/refderef.h"
+
+namespace morvik {
 
 namespace {
 
@@ -83,3 +88,5 @@ void promptloop() {
 #endif
   }
 }
+
+}  // namespace morvik

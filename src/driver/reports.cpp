@@ -12,11 +12,12 @@
 #include <span>
 #include <string_view>
 
-#include "coprocessor/coprocessor.h"
 #include "driver/figures.h"
-#include "driver/system.h"
 #include "machine/timing.h"
 #include "spaces/counters.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 namespace {
 
@@ -211,3 +212,7 @@ void exitreport() {
   if (!tabled) std::putchar('\n');
   printsummary(all);
 }
+
+double starttime;
+
+}  // namespace morvik

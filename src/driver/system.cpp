@@ -12,20 +12,31 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "arithmetic/random.h"
-#include "coprocessor/coprocessor.h"
-#include "diagnostics/exception.h"
-#include "diagnostics/processstack.h"
-#include "diagnostics/text.h"
+#include "arithmetic/generator.h"
+#include "coprocessor/threads.h"
 #include "driver/architecture.h"
 #include "driver/options.h"
 #include "driver/reports.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
+#include "failure/messagetext.h"
+#include "failure/signals.h"
+#include "frontend/contexts.h"
+#include "frontend/fixedsyms.h"
+#include "frontend/symtab.h"
+#include "machine/level.h"
 #include "machine/slicing.h"
 #include "machine/timing.h"
 #include "spaces/counters.h"
+#include "spaces/processstack.h"
 #include "spaces/recount.h"
 #include "spaces/refderef.h"
-#include "spaces/release.h"
+#include "spaces/symbols.h"
+#include "spaces/sysvars.h"
+#include "spaces/work.h"
+#include "text/text.h"
+
+namespace morvik {
 
 Entry *memory[BANKS];
 Context *variables[BANKS];
@@ -34,7 +45,6 @@ Point *stacktops[BANKS];
 Point *sp = stack[0];
 double physmem = 16777216.0;
 std::uint64_t maxdatamem, maxstackmem;
-double starttime;
 
 namespace {
 
@@ -265,3 +275,5 @@ int shutdownsystem() {
 #endif
   return EXIT_SUCCESS;
 }
+
+}  // namespace morvik

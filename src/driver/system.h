@@ -4,9 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "frontend/symtab.h"
-#include "machine/machine.h"
+#include "machine/level.h"
 #include "spaces/point.h"
+#include "spaces/symbols.h"
+
+namespace morvik {
 
 inline constexpr std::size_t BANKS = 2;
 inline constexpr std::size_t BANK_QUADS = 8;
@@ -20,7 +22,6 @@ extern Point *sp;                // the top of the value stack, kept between inp
 
 extern double physmem;                         // bytes of memory found
 extern std::uint64_t maxdatamem, maxstackmem;  // the limits reached, in bytes
-extern double starttime;                       // the clock at start
 
 // Makes names, stacks and system variables of both banks; bank 0 is in use afterwards. Releases everything of both.
 void openbanks();
@@ -36,3 +37,5 @@ void recountblocks();
 void startsystem();
 // Everything after the last text. Returns the exit status.
 int shutdownsystem();
+
+}  // namespace morvik

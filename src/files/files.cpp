@@ -7,7 +7,13 @@
 #include <cerrno>
 #include <cstring>
 
-#include "spaces/refderef.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "failure/signals.h"
+#include "spaces/blocks.h"
+#include "spaces/making.h"
+
+namespace morvik {
 
 char constraindirectories = 1;
 
@@ -153,3 +159,5 @@ bool reopenfile(Element &file) {
   sethandlestream(file, stream);
   return stream != nullptr;
 }
+
+}  // namespace morvik

@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "diagnostics/exception.h"
+#include "failure/custody.h"
 #include "spaces/point.h"
+
+namespace morvik {
 
 // 1 at the start; the option -u clears it.
 extern char constraindirectories;
@@ -41,3 +43,5 @@ void rewindfile(Point **stackpointer, const Point *instruction);
 void makefile(Point &file, std::FILE *stream, char *name, const Point &descriptor, bool small);
 // Opens the file of a FILE element again, in place of its stream, which is closed. Could it be opened?
 bool reopenfile(Element &file);
+
+}  // namespace morvik

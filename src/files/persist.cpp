@@ -9,9 +9,14 @@
 #include <cerrno>
 #include <cstdint>
 
-#include "diagnostics/text.h"
+#include "failure/custody.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
 #include "spaces/blocks.h"
-#include "spaces/refderef.h"
+#include "spaces/making.h"
+#include "text/text.h"
+
+namespace morvik {
 
 namespace {
 
@@ -111,3 +116,5 @@ Point readcharacters(std::FILE *stream) {
     if (count == 0 || (count < 0 && errno != EINTR)) return endcharacters(characters);
   }
 }
+
+}  // namespace morvik

@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "diagnostics/exception.h"
+#include "failure/custody.h"
 #include "spaces/point.h"
+
+namespace morvik {
 
 // How a value is written: as people read it, or as the scanner reads it back.
 enum class Form : std::uint8_t { PLAIN, SOURCE };
@@ -29,3 +31,5 @@ Point endcharacters(Characters &characters);
 
 // All the bytes of a file that was just opened, as such a space. Takes an interrupt meanwhile, by a jump. Message 27.
 Point readcharacters(std::FILE *stream);
+
+}  // namespace morvik

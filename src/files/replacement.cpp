@@ -8,7 +8,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "failure/custody.h"
+#include "failure/signals.h"
 #include "spaces/blocks.h"
+
+namespace morvik {
 
 namespace {
 
@@ -199,3 +203,5 @@ bool endreplacement(Replacement &file) {
   discard(file);
   return whole;
 }
+
+}  // namespace morvik

@@ -7,7 +7,9 @@
 
 #include <cstdio>
 
-#include "diagnostics/exception.h"
+#include "failure/custody.h"
+
+namespace morvik {
 
 // A file that is being written; in custody until it is ended, and a jump removes what was written.
 struct Replacement {
@@ -29,3 +31,5 @@ bool endreplacement(Replacement &file);
 
 // Closes a stream. Did all that was written to it arrive?
 bool closewritten(std::FILE *stream);
+
+}  // namespace morvik

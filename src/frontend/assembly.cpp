@@ -5,10 +5,22 @@
 #include <algorithm>
 #include <csetjmp>
 
-#include "diagnostics/exception.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
 #include "frontend/compiler.h"
+#include "frontend/functionwords.h"
+#include "frontend/limits.h"
+#include "frontend/namewords.h"
+#include "frontend/scanner.h"
+#include "frontend/tokens.h"
+#include "frontend/vectors.h"
+#include "frontend/window.h"
+#include "frontend/words.h"
 #include "spaces/blocks.h"
-#include "spaces/refderef.h"
+#include "spaces/symbols.h"
+
+namespace morvik {
 
 namespace {
 
@@ -335,3 +347,5 @@ std::int64_t fill(Point *programme, Context *chain, Point *stackposition, std::F
 bool inputended() {
   return compiler.inputended;
 }
+
+}  // namespace morvik

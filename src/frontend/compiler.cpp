@@ -5,9 +5,13 @@
 #include <algorithm>
 #include <cstring>
 
-#include "diagnostics/exception.h"
+#include "failure/exception.h"
+#include "frontend/contexts.h"
+#include "frontend/limits.h"
 #include "spaces/blocks.h"
 #include "spaces/refderef.h"
+
+namespace morvik {
 
 Compiler compiler;
 
@@ -111,3 +115,25 @@ char *collected() {
   compiler.operat.length = 0;
   return compiler.operat.bytes;
 }
+
+void unnest() {
+  Compiler &c = compiler;
+  const Frame &frame = c.returnstack[--c.pcsp];
+  c.literal = frame.point;
+  c.room = static_cast<std::size_t>(frame.counted);
+}
+
+void dropliterals() {
+  Compiler &c = compiler;
+  dereferencepoint(&c.extents);
+  c.extents = {};
+  while (c.literal && c.literal != &c.hand) {
+    Point *block = c.literal;
+    unnest();
+    dereferencepoint(block);
+    freeblock(block);
+  }
+  c.literal = nullptr;
+}
+
+}  // namespace morvik

@@ -5,6 +5,8 @@
 
 #include "spaces/point.h"
 
+namespace morvik {
+
 namespace {
 
 constexpr bool SIGNED = true, UNSIGNED = false;
@@ -14,12 +16,12 @@ constexpr bool SIGNED = true, UNSIGNED = false;
 #define SPELLINGS(line) PASTE(spellings, line)
 
 #define CONSTANT(tag, form, bits, sign, ...) constexpr const char *SPELLINGS(__LINE__)[] = {__VA_ARGS__};
-#include "frontend/constants.def"
+#include "tables/constants.def"
 #undef CONSTANT
 
 constexpr auto rows = std::to_array<Constant>({
 #define CONSTANT(tag, form, bits, sign, ...) {tag, form, bits, sign, SPELLINGS(__LINE__)},
-#include "frontend/constants.def"
+#include "tables/constants.def"
 #undef CONSTANT
 });
 
@@ -33,3 +35,5 @@ static_assert(onlyrealsaresigned());
 }  // namespace
 
 constinit const std::span<const Constant> Constants = rows;
+
+}  // namespace morvik

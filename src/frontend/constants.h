@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <span>
 
+namespace morvik {
+
 struct Constant {
   std::int32_t tag;  // 0: the empty vector
   std::uint16_t form;
@@ -14,3 +16,5 @@ struct Constant {
 };
 
 extern const std::span<const Constant> Constants;
+
+}  // namespace morvik

@@ -10,9 +10,15 @@
 //  - The last reference on a table wipes it. The one cycle left is a function that keeps itself in its own table; the
 //    records of FUNCTIONEND Points are therefore linked, previous and next, and the shutdown wipes what is left of
 //    them.
-#include "diagnostics/exception.h"
-#include "frontend/tables.h"
+#include "frontend/contexts.h"
+
+#include "failure/custody.h"
+#include "frontend/buckets.h"
+#include "frontend/symtab.h"
 #include "spaces/refderef.h"
+#include "spaces/symbols.h"
+
+namespace morvik {
 
 namespace {
 
@@ -130,11 +136,19 @@ Entry *localnames(const Point &functionend) {
   return functionend.link ? static_cast<const Context *>(functionend.link)->table : nullptr;
 }
 
-void wipelocalnames(Point &functionend) {
+namespace {
+
+// wipelocalnames of refderef.h.
+void releaselocalnames(Point &functionend) {
   auto *own = static_cast<Context *>(functionend.link);
   functionend.link = nullptr;
   if (own) releaseown(own);
 }
+
+// Set before main, so that no start of a programme or of a test can forget it.
+[[maybe_unused]] const bool hooked = (wipelocalnames = releaselocalnames, true);
+
+}  // namespace
 
 void recountlocalnames(Recount &recount) {
   for (const Context *own = owners; own; own = own->next) recounttable(recount, own->table);
@@ -150,3 +164,5 @@ void wipealllocalnames() {
     own = next;
   }
 }
+
+}  // namespace morvik

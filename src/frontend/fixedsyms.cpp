@@ -1,7 +1,12 @@
 // The system variables #IO and #CT: names that stand in no table and mean the same in every context. The meaning of
 // each is the Point of quads that the scalar instructions are given, so that a new value is in force at once.
-#include "frontend/tables.h"
+#include "frontend/fixedsyms.h"
+
+#include "frontend/buckets.h"
 #include "spaces/refderef.h"
+#include "spaces/symbols.h"
+
+namespace morvik {
 
 namespace {
 
@@ -72,3 +77,5 @@ void bindfixedsym(const char *name, Point *value) {
   fixed->entry.meaning = value;
   if (value) *refer(value) = PINNED;
 }
+
+}  // namespace morvik

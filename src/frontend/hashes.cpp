@@ -1,5 +1,7 @@
 // The two hash functions of names, which both rest on one permutation of the byte values.
-#include "frontend/symtab.h"
+#include "frontend/hashes.h"
+
+namespace morvik {
 
 // clang-format off
 const std::uint8_t rand8[256] = {
@@ -39,3 +41,5 @@ std::uint16_t largehash(const char *name) {
   }
   return static_cast<std::uint16_t>(h2 + 256 * h1);
 }
+
+}  // namespace morvik

@@ -6,6 +6,8 @@
 #include "spaces/instructions.h"
 #include "spaces/point.h"
 
+namespace morvik {
+
 namespace {
 
 constexpr bool BOUNDED = true, FREE = false;
@@ -24,16 +26,18 @@ constexpr Hidden HIDDEN_REAL(double value) {
 
 #define KEYWORD(kind, boundary, instruction, modifier, mark, hidden, ...) \
   constexpr const char *SPELLINGS(__LINE__)[] = {__VA_ARGS__};
-#include "frontend/keywords.def"
+#include "tables/keywords.def"
 #undef KEYWORD
 
 constexpr auto rows = std::to_array<Keyword>({
 #define KEYWORD(kind, boundary, instruction, modifier, mark, hidden, ...) \
   {KeywordKind::kind, boundary, instructions::instruction, instructions::modifier, mark, hidden, SPELLINGS(__LINE__)},
-#include "frontend/keywords.def"
+#include "tables/keywords.def"
 #undef KEYWORD
 });
 
 }  // namespace
 
 constinit const std::span<const Keyword> Keywords = rows;
+
+}  // namespace morvik

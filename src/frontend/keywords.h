@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <span>
 
+namespace morvik {
+
 enum class KeywordKind : std::uint8_t { PLAIN, REWRITE, MASKFORM, MASK, DECISION, ROOT, YIELDTO, RUN, BREAK };
 
 struct Hidden {
@@ -23,3 +25,5 @@ struct Keyword {
 };
 
 extern const std::span<const Keyword> Keywords;
+
+}  // namespace morvik

@@ -10,12 +10,15 @@
 #include <cstring>
 #include <iterator>
 
-#include "diagnostics/exception.h"
+#include "failure/exception.h"
 #include "frontend/compiler.h"
 #include "frontend/constants.h"
+#include "frontend/tokens.h"
 #include "spaces/blocks.h"
 #include "spaces/convert.h"
 #include "spaces/hypercomplex.h"
+
+namespace morvik {
 
 namespace {
 
@@ -310,3 +313,5 @@ void readelement(const Token &token, bool member, Element &element) {
       return;
   }
 }
+
+}  // namespace morvik

@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "frontend/scanner.h"
+#include "frontend/tokens.h"
 #include "spaces/point.h"
+
+namespace morvik {
 
 // Turns every high minus into a minus, in place.
 void fixsign(char *text, std::size_t length);
@@ -16,3 +18,5 @@ double readdouble(const char *text, const char **after);
 // bits (BINARYNUMBER, BINARYCHARACTER). `member`: it stands in a vector literal. The block of an octonion belongs to
 // the caller. The text may be changed. Messages 27, 809, 810.
 void readelement(const Token &token, bool member, Element &element);
+
+}  // namespace morvik

@@ -1,9 +1,17 @@
 // Names as text: the lists of VARIABLES and FUNCTIONS, and the definitions that read back as a workspace.
-#include "diagnostics/exception.h"
-#include "diagnostics/text.h"
+#include "frontend/remember.h"
+
+#include "failure/custody.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
+#include "frontend/buckets.h"
 #include "frontend/compiler.h"
-#include "frontend/tables.h"
-#include "spaces/refderef.h"
+#include "frontend/limits.h"
+#include "spaces/blocks.h"
+#include "spaces/symbols.h"
+#include "text/text.h"
+
+namespace morvik {
 
 namespace {
 
@@ -174,3 +182,5 @@ void remember(std::FILE *stream, const Context *chain) {
     if (link->table && !wasmet(chain, link)) remembertable(stream, link->table);
   std::fputs(".\n", stream);
 }
+
+}  // namespace morvik

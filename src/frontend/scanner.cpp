@@ -2,11 +2,38 @@
 // looked at beyond the match is read again.
 #include "frontend/scanner.h"
 
-#include "frontend/numbers.h"
+#include "frontend/numerals.h"
+#include "frontend/tokens.h"
 #include "frontend/vocabulary.h"
 #include "frontend/window.h"
 
-using namespace window;
+namespace morvik {
+
+using window::begin;
+using window::BLANK;
+using window::BLANKORTAB;
+using window::DIGIT;
+using window::dropbyte;
+using window::DROPPEDINNAME;
+using window::Ended;
+using window::FEEDORBLANK;
+using window::INADDRESSNAME;
+using window::INCOMMENT;
+using window::INNAME;
+using window::INSTRING;
+using window::is;
+using window::LONGEST_RUN;
+using window::MINUS;
+using window::NAMEBEGIN;
+using window::NAMEBYTE;
+using window::OPENSMEMBER;
+using window::pass;
+using window::peek;
+using window::skip;
+using window::SKIPPED;
+using window::state;
+using window::take;
+using window::WHITE;
 
 namespace {
 
@@ -291,3 +318,5 @@ Token scan(Condition condition) {
   }
   return endofinput();
 }
+
+}  // namespace morvik

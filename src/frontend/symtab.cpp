@@ -3,9 +3,14 @@
 
 #include <bit>
 
-#include "frontend/tables.h"
+#include "frontend/buckets.h"
+#include "frontend/fixedsyms.h"
+#include "frontend/hashes.h"
 #include "spaces/recount.h"
 #include "spaces/refderef.h"
+#include "spaces/symbols.h"
+
+namespace morvik {
 
 namespace {
 
@@ -215,28 +220,4 @@ void forgethash(Entry *entry) {
   if (isnamed(*entry) && !isfixed(entry)) remove(*entry);
 }
 
-Entry *next(Walk &walk) {
-  Tail &t = tail(walk.table);
-  if (walk.link) {
-    walk.link = walk.link->next;
-    if (walk.link && isnamed(*walk.link)) return walk.link;
-    ++walk.bucket;
-  }
-  const std::size_t end = buckets(walk.table->kind);
-  while (walk.bucket < end) {
-    const std::size_t group = walk.bucket / GROUP;
-    const std::uint64_t begungroups = t.groups[group / BITS] >> (group % BITS);
-    if (begungroups == 0) {
-      walk.bucket = (group / BITS + 1) * BITS * GROUP;
-      continue;
-    }
-    if ((begungroups & 1) == 0) {
-      walk.bucket = (group + static_cast<std::size_t>(std::countr_zero(begungroups))) * GROUP;
-      continue;
-    }
-    Entry *const headentry = walk.table + walk.bucket;
-    if (isnamed(*headentry)) return walk.link = headentry;
-    ++walk.bucket;
-  }
-  return nullptr;
-}
+}  // namespace morvik

@@ -1,16 +1,25 @@
 // Literals as Points: scalars, strings, vectors and structures in each other, and the shapes that brackets give them.
+#include "frontend/vectors.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
-#include "diagnostics/exception.h"
+#include "failure/exception.h"
 #include "frontend/compiler.h"
 #include "frontend/constants.h"
+#include "frontend/limits.h"
 #include "frontend/literals.h"
-#include "operators/reshape.h"
+#include "frontend/tokens.h"
+#include "frontend/window.h"
 #include "spaces/blocks.h"
 #include "spaces/convert.h"
+#include "spaces/making.h"
 #include "spaces/refderef.h"
+
+namespace morvik {
+
+int (*reshapeliteral)(Point *data, Point *shape, const Point *instruction);
 
 namespace {
 
@@ -60,13 +69,6 @@ void nest() {
   parent.type |= STRUCTURED | ISSTRUCTURE;
   c.returnstack[c.pcsp++] = {c.literal, c.pctop, static_cast<std::int64_t>(c.room), c.chain, nullptr};
   c.literal = block;
-}
-
-void unnest() {
-  Compiler &c = compiler;
-  const Frame &frame = c.returnstack[--c.pcsp];
-  c.literal = frame.point;
-  c.room = static_cast<std::size_t>(frame.counted);
 }
 
 // The literal in work is whole: it becomes a member of the one around it, or a Point of the Programme.
@@ -225,20 +227,9 @@ void closeshape() {
   settle(c.extents, c.room);
   if (c.extents.elements == 0) c.extents.type |= ISEMPTY;
   if (c.extents.elements == 1) c.extents.type |= ISONEELEMENT;
-  if (c.misshapen || reshape(c.literal, &c.extents, nullptr) != 0) dereferencepoint(&c.extents);
+  if (c.misshapen || reshapeliteral(c.literal, &c.extents, nullptr) != 0) dereferencepoint(&c.extents);
   c.extents = {};
   endliteral();
 }
 
-void dropliterals() {
-  Compiler &c = compiler;
-  dereferencepoint(&c.extents);
-  c.extents = {};
-  while (c.literal && c.literal != &c.hand) {
-    Point *block = c.literal;
-    unnest();
-    dereferencepoint(block);
-    freeblock(block);
-  }
-  c.literal = nullptr;
-}
+}  // namespace morvik

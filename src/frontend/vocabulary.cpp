@@ -5,7 +5,10 @@
 #include <initializer_list>
 
 #include "frontend/keywords.h"
+#include "frontend/tokens.h"
 #include "spaces/point.h"
+
+namespace morvik {
 
 namespace vocabulary {
 
@@ -75,7 +78,7 @@ constexpr Trie maketrie() {
   std::uint16_t row = 0;
 #define KEYWORD(kind, boundary, instruction, modifier, mark, hidden, ...) \
   addrule(trie, {Rule::KEYWORD, setsof(KeywordKind::kind), boundary, row++, 0}, UNSIGNED, {__VA_ARGS__});
-#include "frontend/keywords.def"
+#include "tables/keywords.def"
 #undef KEYWORD
   addrule(trie, Rule::ENDOFTEXT, FREE, {"."});
   addrule(trie, Rule::ENDOFTEXT, BOUNDED, {"END"});
@@ -85,7 +88,7 @@ constexpr Trie maketrie() {
   row = 0;
 #define CONSTANT(tag, form, bits, sign, ...) \
   addrule(trie, {Rule::CONSTANT, setsof(tag), BOUNDED, row++, 0}, sign, {__VA_ARGS__});
-#include "frontend/constants.def"
+#include "tables/constants.def"
 #undef CONSTANT
   for (std::uint16_t node = trie.nodes[0].firstchild; node != 0; node = trie.nodes[node].sibling)
     trie.firsts[trie.nodes[node].byte] = node;
@@ -111,3 +114,5 @@ const Node *child(const Node &node, int byte) {
 }
 
 }  // namespace vocabulary
+
+}  // namespace morvik

@@ -3,7 +3,9 @@
 
 #include <cstdint>
 
-#include "frontend/scanner.h"
+#include "frontend/tokens.h"
+
+namespace morvik {
 
 namespace vocabulary {
 
@@ -31,3 +33,5 @@ const Node *first(int byte);
 const Node *child(const Node &node, int byte);
 
 }  // namespace vocabulary
+
+}  // namespace morvik

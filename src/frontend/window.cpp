@@ -5,9 +5,11 @@
 #include <cerrno>
 #include <cstring>
 
-#include "diagnostics/exception.h"
-#include "frontend/scanner.h"
+#include "failure/signals.h"
+#include "frontend/tokens.h"
 #include "spaces/blocks.h"
+
+namespace morvik {
 
 namespace window {
 
@@ -310,3 +312,5 @@ void yyunput(int byte) {
 bool isboundary(int byte) {
   return byte > 0 && !window::is(byte, window::NAMEBYTE);
 }
+
+}  // namespace morvik

@@ -6,6 +6,10 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "frontend/tokens.h"
+
+namespace morvik {
+
 namespace window {
 
 // No run of bytes that the scanner returns is longer.
@@ -123,3 +127,28 @@ int skip(std::uint16_t classes);
 char *take(std::size_t length);
 
 }  // namespace window
+
+// What is read from now on: the string if it is not null (a NUL ends it), else the stream.
+void scanfrom(std::FILE *stream, const char *string);
+// Where the string that is being read has been read to.
+const char *scanposition();
+// The end of a text: what was looked at but not used goes back to the stream, so that whoever reads the stream next
+// meets it. That is a byte or two at the end of a text (in `.]x` the text ends at the point); of more, after a failure,
+// nothing goes back. Nothing is read after it until the next scanfrom.
+void scandone();
+
+// The next member of a vector where it is a plain number, that is digits, perhaps with a minus ahead and a point among
+// them, and white space after them; that is dropped too. Reads no further than scan does. False for anything else,
+// which scan meets next.
+bool scanplain(Token &token);
+// Were bytes read that no token has used yet?
+bool scanbegun();
+// The next byte, EOF at the end of input or a NUL.
+int input();
+// Gives a byte back, to be read next; the text of the last token is no longer valid.
+void yyunput(int byte);
+
+// Any byte that may follow a keyword: none of NUL, a digit, a letter, `_`; the end of input is none either.
+bool isboundary(int byte);
+
+}  // namespace morvik

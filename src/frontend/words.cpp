@@ -1,12 +1,19 @@
 // Keywords: one OPERATOR Point each, or a change of the one before.
+#include "frontend/words.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 
-#include "diagnostics/exception.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
 #include "frontend/compiler.h"
+#include "frontend/contexts.h"
+#include "frontend/namewords.h"
 #include "spaces/blocks.h"
-#include "spaces/refderef.h"
+#include "spaces/symbols.h"
+
+namespace morvik {
 
 namespace {
 
@@ -189,3 +196,5 @@ void keyword(const Keyword &row, const char *text) {
 void mask() {
   oper("MASK", instructions::MASK);
 }
+
+}  // namespace morvik

@@ -2,10 +2,15 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "diagnostics/text.h"
+#include "failure/custody.h"
 #include "files/persist.h"
-#include "frontend/assembly.h"
+#include "frontend/limits.h"
+#include "machine/leave.h"
 #include "machine/texts.h"
+#include "spaces/instructions.h"
+#include "text/text.h"
+
+namespace morvik {
 
 namespace {
 
@@ -127,3 +132,5 @@ Next dodisassemble(Level &level) {
   pushowned(level, text);
   return Next::FETCH;
 }
+
+}  // namespace morvik

@@ -1,10 +1,22 @@
 // Calls: frames on the one value stack, and the execution forms around them.
+#include "machine/calls.h"
+
 #include <algorithm>
 #include <cstring>
 
-#include "diagnostics/text.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "frontend/contexts.h"
+#include "machine/leave.h"
 #include "machine/level.h"
+#include "machine/machine.h"
 #include "machine/texts.h"
+#include "spaces/copies.h"
+#include "spaces/instructions.h"
+#include "spaces/symbols.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 namespace {
 
@@ -171,3 +183,5 @@ Next doendprocess(Level &level) {
   exception(999, &level.sp, level.instruction);
   return Next::LEAVE;
 }
+
+}  // namespace morvik

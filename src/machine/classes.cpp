@@ -1,7 +1,14 @@
 // What the checks of the argument classes come to: a refusal, the empty rule, the wait for the pool.
+#include "machine/classes.h"
+
 #include <algorithm>
 
+#include "machine/leave.h"
 #include "machine/level.h"
+#include "spaces/counters.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 namespace {
 
@@ -40,3 +47,5 @@ bool emptyrule(Level &level) {
   --level.sp;
   return true;
 }
+
+}  // namespace morvik

@@ -2,10 +2,14 @@
 #include <algorithm>
 
 #include "arithmetic/frame.h"
-#include "coprocessor/sysvars.h"
 #include "machine/level.h"
 #include "operators/capsulate.h"
 #include "operators/match.h"
+#include "spaces/making.h"
+#include "spaces/sysvars.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 namespace {
 
@@ -86,3 +90,5 @@ Next domatch(Level &level) {
   replacetwo(level, result);
   return Next::FETCH;
 }
+
+}  // namespace morvik

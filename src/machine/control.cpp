@@ -1,9 +1,18 @@
 // The instructions that decide what runs next.
 #include <utility>
 
-#include "arithmetic/random.h"
+#include "arithmetic/generator.h"
+#include "failure/custody.h"
+#include "frontend/symtab.h"
+#include "machine/calls.h"
+#include "machine/leave.h"
 #include "machine/level.h"
+#include "spaces/counters.h"
 #include "spaces/hypercomplex.h"
+#include "spaces/instructions.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 namespace {
 
@@ -172,3 +181,5 @@ Next doreturn(Level &level) {
 Next dofunctionend(Level &level) {
   return endlevel(level);
 }
+
+}  // namespace morvik

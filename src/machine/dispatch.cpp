@@ -1,9 +1,19 @@
 // From instruction number to handler and class.
+#include "machine/dispatch.h"
+
 #include <array>
 
-#include "arithmetic/random.h"
+#include "arithmetic/generator.h"
 #include "arithmetic/scalars.h"
+#include "frontend/contexts.h"
+#include "machine/classes.h"
+#include "machine/leave.h"
 #include "machine/level.h"
+#include "operators/interval.h"
+#include "operators/reduce.h"
+#include "spaces/sysvars.h"
+
+namespace morvik {
 
 namespace {
 
@@ -46,7 +56,7 @@ constexpr std::size_t CLASSES = 37;
 constexpr std::array<Needs, CLASSES> makeclasses() {
   std::array<Needs, CLASSES> c{};
 #define ARGUMENTCLASS(number, wait, operands, more) c[number] = {Wait::wait, operands, Takes::more};
-#include "machine/classes.def"
+#include "tables/classes.def"
 #undef ARGUMENTCLASS
   return c;
 }
@@ -65,6 +75,8 @@ constexpr std::array<Needs, CLASSES> Classes = makeclasses();
 }  // namespace
 
 const Action Actions[instructions::COUNT] = {
-#include "machine/instructions.def"
+#include "tables/instructions.def"
     {&notimplemented, {}},
 };
+
+}  // namespace morvik

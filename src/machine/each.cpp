@@ -1,7 +1,13 @@
 // EACH: a function applied to every element of a space.
 #include <bit>
 
+#include "failure/exception.h"
+#include "machine/classes.h"
 #include "machine/gather.h"
+#include "machine/leave.h"
+#include "spaces/copies.h"
+
+namespace morvik {
 
 namespace {
 
@@ -74,3 +80,5 @@ Next doeach(Level &level) {
   if (!isspace(level.sp[-1]) || hasungivable(level.sp[-1])) exceptionjump(994, &level.sp, level.instruction);
   return monadiceach(level);
 }
+
+}  // namespace morvik

@@ -4,11 +4,15 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "diagnostics/text.h"
+#include "failure/custody.h"
 #include "files/files.h"
 #include "files/persist.h"
 #include "files/replacement.h"
 #include "machine/filing.h"
+#include "machine/leave.h"
+#include "spaces/instructions.h"
+
+namespace morvik {
 
 namespace {
 
@@ -103,3 +107,5 @@ Next doedit(Level &level) {
   closedraft(draft);
   return Next::FETCH;
 }
+
+}  // namespace morvik

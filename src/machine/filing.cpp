@@ -2,12 +2,24 @@
 // that loading is compiling and running.
 #include "machine/filing.h"
 
-#include "diagnostics/text.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
 #include "files/files.h"
 #include "files/persist.h"
 #include "files/replacement.h"
-#include "frontend/assembly.h"
+#include "frontend/limits.h"
+#include "frontend/remember.h"
+#include "frontend/symtab.h"
+#include "machine/leave.h"
 #include "machine/texts.h"
+#include "spaces/counters.h"
+#include "spaces/instructions.h"
+#include "spaces/work.h"
+#include "text/text.h"
+
+namespace morvik {
 
 namespace {
 
@@ -260,3 +272,5 @@ Next dostreamedit(Level &level) {
   const int fault = namefault(*level.sp, PATTERN_DATA, PATTERN_STRUCTURE);
   return fault == 0 ? Next::FETCH : fail(level, fault);
 }
+
+}  // namespace morvik

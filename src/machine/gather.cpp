@@ -4,6 +4,16 @@
 #include <algorithm>
 #include <cstring>
 
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "machine/calls.h"
+#include "machine/machine.h"
+#include "spaces/copies.h"
+#include "spaces/making.h"
+#include "spaces/work.h"
+
+namespace morvik {
+
 namespace {
 
 constexpr int RESTRICTION = 994;
@@ -131,3 +141,5 @@ void endgathering(Level &level, Gathering &g, std::uint32_t kept) {
   dereferencepoint(&g.function);
   pushowned(level, result);
 }
+
+}  // namespace morvik

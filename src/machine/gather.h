@@ -3,7 +3,10 @@
 
 #include <utility>
 
+#include "failure/custody.h"
 #include "machine/level.h"
+
+namespace morvik {
 
 // The operands, off the stack and in custody, and the result as far as it is made.
 struct Gathering {
@@ -34,3 +37,5 @@ void gather(Level &inner, Gathering &g);
 void endgathering(Level &level, Gathering &g, std::uint32_t kept);
 // Leaves the operands behind for good, after a failure that was found between two calls.
 [[noreturn]] void failgathering(Level &level, int number);
+
+}  // namespace morvik

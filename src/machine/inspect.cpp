@@ -1,9 +1,17 @@
 // Trace, step and the Inspect prompt.
 #include "machine/inspect.h"
 
-#include "diagnostics/text.h"
+#include "failure/jump.h"
 #include "frontend/assembly.h"
+#include "frontend/limits.h"
+#include "machine/level.h"
+#include "machine/machine.h"
 #include "machine/texts.h"
+#include "spaces/instructions.h"
+#include "spaces/work.h"
+#include "text/text.h"
+
+namespace morvik {
 
 char Trace, Step;
 
@@ -89,3 +97,5 @@ Next dorun(Level &level) {
   level.trace = level.step = false;
   return Next::FETCH;
 }
+
+}  // namespace morvik

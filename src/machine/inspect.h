@@ -1,7 +1,9 @@
-// Trace, step and the Inspect prompt, and the timing hook: what stands before and after a Point.
+// Trace, step and the Inspect prompt: what stands before a Point.
 #pragma once
 
 #include "machine/level.h"
+
+namespace morvik {
 
 extern char Trace, Step;  // the global switches, which hold across calls
 
@@ -12,6 +14,4 @@ inline bool watched(const Level &level) {
 // Before a Point: writes the trace line, and holds the Inspect prompt.
 void watch(Level &level);
 
-// The timing hook: the start of an instruction, and the charge to its row afterwards.
-void beginstamp(Level &level);
-void charge(Level &level);
+}  // namespace morvik

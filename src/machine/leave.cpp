@@ -1,8 +1,20 @@
 // How a level is left: by a failure, by RETURN and its like, or at the end of a run.
+#include "machine/leave.h"
+
 #include <cstring>
 
-#include "diagnostics/text.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
+#include "frontend/contexts.h"
 #include "machine/level.h"
+#include "machine/timing.h"
+#include "spaces/counters.h"
+#include "spaces/making.h"
+#include "spaces/symbols.h"
+#include "spaces/work.h"
+#include "text/text.h"
+
+namespace morvik {
 
 Next fail(Level &level, int number) {
   exception(number, &level.sp, level.instruction);
@@ -84,3 +96,5 @@ Next endlevel(Level &level) {
   }
   return reachend(level);
 }
+
+}  // namespace morvik

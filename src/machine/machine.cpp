@@ -14,12 +14,22 @@
 #include <algorithm>
 #include <csetjmp>
 
-#include "diagnostics/text.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
+#include "frontend/contexts.h"
+#include "machine/calls.h"
+#include "machine/classes.h"
+#include "machine/dispatch.h"
 #include "machine/inspect.h"
+#include "machine/leave.h"
 #include "machine/level.h"
+#include "machine/naming.h"
+#include "machine/timing.h"
+#include "spaces/counters.h"
+#include "spaces/symbols.h"
+#include "spaces/work.h"
 
-Level *running;
-Point *stacktop;
+namespace morvik {
 
 namespace {
 
@@ -256,3 +266,5 @@ Point *machine(Point *start, Context *meaning, Point *frame, Point *floor, Point
   running = self.caller;
   return self.sp;
 }
+
+}  // namespace morvik

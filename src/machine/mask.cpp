@@ -3,7 +3,13 @@
 
 #include "arithmetic/cores.h"
 #include "arithmetic/frame.h"
+#include "arithmetic/pairwalk.h"
+#include "failure/custody.h"
 #include "machine/gather.h"
+#include "machine/leave.h"
+#include "spaces/copies.h"
+
+namespace morvik {
 
 namespace {
 
@@ -179,3 +185,5 @@ Next domask(Level &level) {
   if (!hasoddextents(weights)) return fail(level, 984);
   return mask(level);
 }
+
+}  // namespace morvik

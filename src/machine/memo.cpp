@@ -1,6 +1,14 @@
 // RESULT and REEVALUATE: what a function gave for these arguments, kept in the global table under the text of both.
-#include "diagnostics/text.h"
+#include "failure/custody.h"
+#include "frontend/symtab.h"
+#include "machine/calls.h"
+#include "machine/leave.h"
 #include "machine/level.h"
+#include "spaces/symbols.h"
+#include "spaces/work.h"
+#include "text/keys.h"
+
+namespace morvik {
 
 namespace {
 
@@ -94,3 +102,5 @@ Next doresult(Level &level) {
 Next doreevaluate(Level &level) {
   return memo(level, true);
 }
+
+}  // namespace morvik

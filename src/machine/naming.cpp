@@ -1,8 +1,20 @@
 // Names at run time: looking them up, binding them, and the contexts that they live in.
+#include "machine/naming.h"
+
 #include <cstring>
 
-#include "diagnostics/text.h"
+#include "frontend/contexts.h"
+#include "frontend/remember.h"
+#include "frontend/symtab.h"
+#include "machine/calls.h"
+#include "machine/leave.h"
 #include "machine/level.h"
+#include "spaces/instructions.h"
+#include "spaces/making.h"
+#include "spaces/symbols.h"
+#include "text/keys.h"
+
+namespace morvik {
 
 namespace {
 
@@ -301,3 +313,5 @@ Next docontext(Level &level) {
       return hasvalues(level, 1) ? Next::FETCH : fail(level, 800);
   }
 }
+
+}  // namespace morvik

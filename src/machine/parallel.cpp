@@ -1,7 +1,12 @@
 // The instructions that set up the pool.
 #include <algorithm>
 
+#include "failure/exception.h"
+#include "machine/leave.h"
 #include "machine/level.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 namespace {
 
@@ -35,3 +40,5 @@ Next doserial(Level &level) {
   droptop(level);
   return Next::FETCH;
 }
+
+}  // namespace morvik

@@ -2,10 +2,13 @@
 // the generators.
 #include "machine/slicing.h"
 
-#include "arithmetic/random.h"
+#include "arithmetic/generator.h"
 #include "arithmetic/scalars.h"
 #include "operators/interval.h"
 #include "spaces/instructions.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 #define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) \
   case number:                                                                  \
@@ -22,8 +25,10 @@ void workslice(const Point &instruction, std::uint32_t index, std::uint64_t *sta
     return SEED_PRNGS(static_cast<std::int32_t>(index), state, work.origin);
   if (instruction.instruction == instructions::INTERVAL) return vec_interval(index);
   switch (instruction.instruction) {
-#include "machine/instructions.def"
+#include "tables/instructions.def"
     default:
       break;
   }
 }
+
+}  // namespace morvik

@@ -1,6 +1,10 @@
 // What the pool's threads run.
 #pragma once
 
-#include "coprocessor/coprocessor.h"
+#include "coprocessor/threads.h"
+
+namespace morvik {
 
 Worker workslice;
+
+}  // namespace morvik

@@ -3,7 +3,14 @@
 #include <cstring>
 #include <utility>
 
+#include "failure/custody.h"
+#include "machine/leave.h"
 #include "machine/level.h"
+#include "spaces/copies.h"
+#include "spaces/instructions.h"
+#include "spaces/making.h"
+
+namespace morvik {
 
 namespace {
 
@@ -158,3 +165,5 @@ Next docollect(Level &level) {
   if (count > 1) collect(level, mark + 1);
   return Next::FETCH;
 }
+
+}  // namespace morvik

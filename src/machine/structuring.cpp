@@ -1,8 +1,21 @@
 // The instructions that look at the structure of a space: their place on the stack, and their reports.
 #include "operators/reshape.h"
-#include "operators/structure.h"
 
+#include "machine/leave.h"
 #include "machine/level.h"
+#include "operators/catenate.h"
+#include "operators/compress.h"
+#include "operators/enclose.h"
+#include "operators/enlist.h"
+#include "operators/ravel.h"
+#include "operators/reverse.h"
+#include "operators/slices.h"
+#include "operators/transpose.h"
+#include "spaces/counters.h"
+#include "spaces/instructions.h"
+#include "spaces/making.h"
+
+namespace morvik {
 
 namespace {
 
@@ -103,3 +116,5 @@ Next doreshape(Level &level) {
   operations += level.sp->elements;
   return Next::FETCH;
 }
+
+}  // namespace morvik

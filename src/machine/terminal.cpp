@@ -4,11 +4,20 @@
 #include <cmath>
 #include <ctime>
 
-#include "diagnostics/text.h"
+#include "failure/exception.h"
+#include "failure/signals.h"
 #include "files/persist.h"
-#include "frontend/assembly.h"
+#include "frontend/limits.h"
+#include "machine/leave.h"
 #include "machine/level.h"
 #include "machine/texts.h"
+#include "machine/timing.h"
+#include "spaces/instructions.h"
+#include "spaces/making.h"
+#include "spaces/work.h"
+#include "text/text.h"
+
+namespace morvik {
 
 namespace {
 
@@ -163,3 +172,5 @@ Next dowait(Level &) {
   readbyte();
   return Next::FETCH;
 }
+
+}  // namespace morvik

@@ -3,7 +3,14 @@
 
 #include <cstring>
 
+#include "failure/custody.h"
+#include "failure/signals.h"
 #include "frontend/assembly.h"
+#include "frontend/limits.h"
+#include "machine/calls.h"
+#include "machine/machine.h"
+
+namespace morvik {
 
 void opentext(Text &text) {
   text.programme = static_cast<Point *>(newblock(PROGRAMME_POINTS * sizeof(Point)));
@@ -59,3 +66,5 @@ Next executetext(Level &level) {
   freeblock(bytes);
   return Next::FETCH;
 }
+
+}  // namespace morvik

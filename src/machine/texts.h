@@ -3,7 +3,10 @@
 
 #include <cstdio>
 
+#include "failure/custody.h"
 #include "machine/level.h"
+
+namespace morvik {
 
 // The bytes of a character space with an end of text after them: a counted string, owned by the caller. Message 27.
 char *endedtext(const Point &space);
@@ -23,3 +26,5 @@ void runtext(Level &level, Text &text, Point *frame, Point *floor);
 
 // Runs the text of the character space on top, portion by portion.
 Next executetext(Level &level);
+
+}  // namespace morvik

@@ -1,10 +1,15 @@
 // The clock, the switches of the reports, and the timing hook.
+#include "machine/timing.h"
+
 #include <sys/time.h>
 
 #include <algorithm>
 #include <limits>
 
-#include "machine/inspect.h"
+#include "spaces/counters.h"
+#include "spaces/instructions.h"
+
+namespace morvik {
 
 char timing, performance, processor_performance, flops, just_summary, terse_ops, opstime;
 std::int64_t MHz;
@@ -69,3 +74,5 @@ void charge(Level &level) {
   row.operations += done > 0 ? done : 1;
   row.flops += flopos;
 }
+
+}  // namespace morvik

@@ -3,6 +3,10 @@
 
 #include <cstdint>
 
+#include "machine/level.h"
+
+namespace morvik {
+
 // What the command line asks for.
 extern char timing, performance, processor_performance, flops, just_summary, terse_ops, opstime;
 extern std::int64_t MHz;
@@ -18,3 +22,9 @@ extern double verbs;  // the sum of `operators` over all inputs
 
 // How often a second; 0 for what was never done, whatever the time, and infinity for what took no time.
 double persecond(double count, double seconds);
+
+// The timing hook: the start of an instruction, and the charge to its row afterwards.
+void beginstamp(Level &level);
+void charge(Level &level);
+
+}  // namespace morvik

@@ -4,11 +4,16 @@
 #include <algorithm>
 #include <cmath>
 
-#include "diagnostics/exception.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "failure/signals.h"
 #include "operators/descent.h"
 #include "operators/records.h"
 #include "spaces/convert.h"
+#include "spaces/copies.h"
 #include "spaces/refderef.h"
+
+namespace morvik {
 
 namespace {
 
@@ -293,3 +298,5 @@ void deascii(Point *point) {
       },
       countkinds);
 }
+
+}  // namespace morvik

@@ -3,6 +3,8 @@
 
 #include "spaces/point.h"
 
+namespace morvik {
+
 // Each works on a Point in place, which nobody else sees afterwards. Message 27, the Point left whole.
 
 // Folds a vector of two to eight integers and reals into one hypercomplex scalar; the enclosed spaces of a structure
@@ -14,3 +16,5 @@ void decapsulate(Point *point);
 void enascii(Point *point, double tolerance);
 // Makes integers of characters.
 void deascii(Point *point);
+
+}  // namespace morvik

@@ -1,11 +1,32 @@
 // CATENATE: the records of two values in one block. What can fail comes first; from then on the operands are given up
 // without a safe point in between.
+#include "operators/catenate.h"
+
 #include <bit>
 
+#include "failure/custody.h"
 #include "operators/records.h"
-#include "operators/structure.h"
+#include "spaces/blocks.h"
+#include "spaces/refderef.h"
 
-using namespace records;
+namespace morvik {
+
+using records::copyrecords;
+using records::copyshape;
+using records::endmaking;
+using records::found;
+using records::hascountedname;
+using records::isunique;
+using records::knowkinds;
+using records::makecopies;
+using records::Making;
+using records::MOSTELEMENTS;
+using records::NOBRANCH;
+using records::owns;
+using records::recordbits;
+using records::releaserecords;
+using records::startmaking;
+using records::unknownkind;
 
 namespace {
 
@@ -193,3 +214,5 @@ int catenate(Point &left, Point &right) {
   join(left, right, l, r, static_cast<std::uint32_t>(total));
   return 0;
 }
+
+}  // namespace morvik

@@ -1,11 +1,27 @@
 // COMPRESS and COMPRESSLASTAXIS: what a mask keeps of an axis. REPLICATE: the whole again and again.
+#include "operators/compress.h"
+
 #include <utility>
 
+#include "failure/custody.h"
+#include "failure/signals.h"
 #include "operators/records.h"
 #include "operators/reshape.h"
-#include "operators/structure.h"
+#include "spaces/blocks.h"
+#include "spaces/copies.h"
+#include "spaces/refderef.h"
 
-using namespace records;
+namespace morvik {
+
+using records::becomeempty;
+using records::CHUNK;
+using records::copyshape;
+using records::found;
+using records::keep;
+using records::knowkinds;
+using records::NOBRANCH;
+using records::settle;
+using records::unknownkind;
 
 namespace {
 
@@ -181,3 +197,5 @@ int replicate(Point &count, Point &data, const Point *instruction) {
   moveleft(count, data);
   return 0;
 }
+
+}  // namespace morvik

@@ -4,8 +4,10 @@
 
 #include <cstring>
 
-#include "diagnostics/exception.h"
+#include "failure/custody.h"
 #include "spaces/blocks.h"
+
+namespace morvik {
 
 template <typename Frame>
 struct Descent {
@@ -47,3 +49,5 @@ void descend(Descent<Frame> &d, const Frame &frame) {
   }
   d.open[d.depth++] = frame;
 }
+
+}  // namespace morvik

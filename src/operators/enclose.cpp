@@ -1,10 +1,17 @@
 // ENCLOSE and DISCLOSE: a whole value as one record, and back.
+#include "operators/enclose.h"
+
 #include <bit>
 
+#include "failure/custody.h"
 #include "operators/records.h"
-#include "operators/structure.h"
+#include "spaces/blocks.h"
+#include "spaces/refderef.h"
 
-using namespace records;
+namespace morvik {
+
+using records::knowkinds;
+using records::recordbits;
 
 namespace {
 
@@ -49,3 +56,5 @@ int disclose(Point &space) {
   space = member;
   return 0;
 }
+
+}  // namespace morvik

@@ -1,12 +1,28 @@
 // ENLIST: the leaves of a structured space as one vector.
+#include "operators/enlist.h"
+
 #include <bit>
 #include <utility>
 
+#include "failure/custody.h"
+#include "failure/signals.h"
 #include "operators/descent.h"
 #include "operators/records.h"
-#include "operators/structure.h"
+#include "spaces/refderef.h"
 
-using namespace records;
+namespace morvik {
+
+using records::CHUNK;
+using records::copyrecords;
+using records::endmaking;
+using records::knowkinds;
+using records::makecopies;
+using records::Making;
+using records::MOSTELEMENTS;
+using records::NOBRANCH;
+using records::owns;
+using records::recordbits;
+using records::startmaking;
 
 namespace {
 
@@ -161,3 +177,5 @@ int enlist(Point &space) {
   space = made;
   return 0;
 }
+
+}  // namespace morvik

@@ -5,15 +5,19 @@
 #include <cmath>
 #include <limits>
 
-#include "coprocessor/coprocessor.h"
-#include "coprocessor/slices.h"
-#include "coprocessor/sysvars.h"
-#include "diagnostics/exception.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "failure/signals.h"
 #include "operators/progression.h"
 #include "spaces/convert.h"
 #include "spaces/counters.h"
 #include "spaces/hypercomplex.h"
+#include "spaces/making.h"
 #include "spaces/refderef.h"
+#include "spaces/sysvars.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 namespace {
 
@@ -351,3 +355,5 @@ void interval(Point **stackpointer, const Point *instruction, Point *context) {
         describe({stackpointer, instruction, top.data_pointer, top.elements, indexorigin(context), tolerance(context)});
   if (message != 0) exceptionjump(message, stackpointer, instruction);
 }
+
+}  // namespace morvik

@@ -5,9 +5,11 @@
 #include <bit>
 #include <cmath>
 
-#include "coprocessor/coprocessor.h"
-#include "diagnostics/exception.h"
+#include "failure/signals.h"
 #include "operators/descent.h"
+#include "spaces/work.h"
+
+namespace morvik {
 
 namespace {
 
@@ -190,3 +192,5 @@ int exactmatch(const Point &left, const Point &right) {
   enddescent(levels);
   return same ? 1 : 0;
 }
+
+}  // namespace morvik

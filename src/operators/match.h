@@ -5,6 +5,8 @@
 
 #include "spaces/point.h"
 
+namespace morvik {
+
 struct Similarity {
   std::uint64_t weight;  // what two spaces of these sizes could score
   std::uint64_t score;
@@ -15,3 +17,5 @@ struct Similarity {
 Similarity match(const Point &left, const Point &right);
 // Are the elements the same, in kind and in value? 1 or 0.
 int exactmatch(const Point &left, const Point &right);
+
+}  // namespace morvik

@@ -5,6 +5,8 @@
 
 #include "spaces/hypercomplex.h"
 
+namespace morvik {
+
 namespace {
 
 void makehead(const Progression &p, Element &e) {
@@ -125,3 +127,5 @@ void writeinterval(const Progression &progression, Element *result, std::uint64_
       return writegrid(progression, result, begin, end);
   }
 }
+
+}  // namespace morvik

@@ -5,6 +5,8 @@
 
 #include "spaces/point.h"
 
+namespace morvik {
+
 inline constexpr int PROGRESSION_PARTS = 8;
 
 // Integers and characters are from + i * step. Anything else is a grid of so many parts, part 0 running fastest: value
@@ -23,3 +25,5 @@ struct Progression {
 // `result` is the block's first record. A record for an octonion holds its block of eight doubles already. Allocates
 // and reports nothing, and may run on any thread.
 void writeinterval(const Progression &progression, Element *result, std::uint64_t begin, std::uint64_t end) noexcept;
+
+}  // namespace morvik

@@ -1,8 +1,17 @@
 // RAVEL and SHAPE: other readings of the same blocks, at a cost that does not depend on the number of elements.
-#include "operators/records.h"
-#include "operators/structure.h"
+#include "operators/ravel.h"
 
-using namespace records;
+#include "failure/custody.h"
+#include "operators/records.h"
+#include "spaces/blocks.h"
+#include "spaces/copies.h"
+#include "spaces/refderef.h"
+
+namespace morvik {
+
+using records::hascountedname;
+using records::recordbits;
+using records::releaserecords;
 
 namespace {
 
@@ -76,3 +85,5 @@ void extents(Point &space) {
   dereferencepoint(&space);
   space = answer;
 }
+
+}  // namespace morvik

@@ -1,6 +1,14 @@
 // Records on their way: what they own, what their flag word has to say, and the copies of them.
 #include "operators/records.h"
 
+#include "failure/custody.h"
+#include "failure/signals.h"
+#include "spaces/blocks.h"
+#include "spaces/copies.h"
+#include "spaces/refderef.h"
+
+namespace morvik {
+
 namespace records {
 
 namespace {
@@ -152,3 +160,5 @@ void makecopies(Making &m, const Element *from, std::ptrdiff_t stride, std::size
 }
 
 }  // namespace records
+
+}  // namespace morvik

@@ -5,8 +5,11 @@
 #include <algorithm>
 #include <cstring>
 
-#include "diagnostics/exception.h"
-#include "spaces/refderef.h"
+#include "failure/custody.h"
+#include "failure/signals.h"
+#include "spaces/blocks.h"
+
+namespace morvik {
 
 namespace records {
 
@@ -183,3 +186,5 @@ void keep(Point &space, std::uint32_t count, Walk walk) {
 }
 
 }  // namespace records
+
+}  // namespace morvik

@@ -8,10 +8,18 @@
 #include <utility>
 
 #include "arithmetic/cores.h"
-#include "diagnostics/exception.h"
+#include "arithmetic/dyadic.h"
+#include "arithmetic/pairs.h"
+#include "arithmetic/pairwalk.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "failure/signals.h"
 #include "operators/records.h"
+#include "spaces/copies.h"
 #include "spaces/instructions.h"
 #include "spaces/refderef.h"
+
+namespace morvik {
 
 namespace {
 
@@ -334,3 +342,5 @@ void reducelastaxis(Point **stackpointer, const Point *instruction, Point *conte
 void group(Point **stackpointer, const Point *instruction, Point *) {
   exceptionjump(UNFOLDED, stackpointer, instruction);
 }
+
+}  // namespace morvik

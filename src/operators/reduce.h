@@ -5,9 +5,13 @@
 
 #include "spaces/point.h"
 
+namespace morvik {
+
 // Along the rows: shape record 0.
 void reduce(Point **stackpointer, const Point *instruction, Point *context);
 // Along the slowest axis: the last shape record.
 void reducelastaxis(Point **stackpointer, const Point *instruction, Point *context);
 // GROUP, which is reserved: message 994.
 [[noreturn]] void group(Point **stackpointer, const Point *instruction, Point *context);
+
+}  // namespace morvik

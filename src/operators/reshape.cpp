@@ -8,9 +8,15 @@
 #include <limits>
 #include <utility>
 
-#include "diagnostics/exception.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "failure/signals.h"
+#include "frontend/vectors.h"
 #include "operators/records.h"
+#include "spaces/copies.h"
 #include "spaces/refderef.h"
+
+namespace morvik {
 
 namespace {
 
@@ -337,3 +343,12 @@ int reshape(Point *data, Point *shape, const Point *instruction) {
   if (fault != 0) exception(fault, &shape, instruction);
   return fault != 0 ? 1 : 0;
 }
+
+namespace {
+
+// Set before main, so that no start of a programme or of a test can forget it.
+[[maybe_unused]] const bool hooked = (reshapeliteral = reshape, true);
+
+}  // namespace
+
+}  // namespace morvik

@@ -1,8 +1,16 @@
 // REVERSE and MIRROR: all records, or those of each row, from last to first.
-#include "operators/records.h"
-#include "operators/structure.h"
+#include "operators/reverse.h"
 
-using namespace records;
+#include "failure/signals.h"
+#include "operators/records.h"
+
+namespace morvik {
+
+using records::CHUNK;
+using records::isunique;
+using records::knowkinds;
+using records::rearrange;
+using records::unknownkind;
 
 namespace {
 
@@ -51,3 +59,5 @@ int mirror(Point &space) {
   const auto row = static_cast<std::uint32_t>(space.shape_pointer[0].integer);
   return row > 1 ? reverserows(space, row) : 0;
 }
+
+}  // namespace morvik

@@ -1,10 +1,25 @@
 // FIRST and REST: the first slice of a space along its slowest axis, and all the others.
+#include "operators/slices.h"
+
 #include <bit>
 
+#include "failure/custody.h"
 #include "operators/records.h"
-#include "operators/structure.h"
+#include "spaces/blocks.h"
+#include "spaces/copies.h"
+#include "spaces/refderef.h"
 
-using namespace records;
+namespace morvik {
+
+using records::becomeempty;
+using records::copyshape;
+using records::isunique;
+using records::keep;
+using records::knowkinds;
+using records::recordbits;
+using records::settle;
+using records::settlekinds;
+using records::unknownkind;
 
 namespace {
 
@@ -143,3 +158,5 @@ int restelements(Point &space) {
   keeprest(space, 1, ranks::VECTOR, newshape(space.elements - 1));
   return 0;
 }
+
+}  // namespace morvik

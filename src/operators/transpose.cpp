@@ -1,8 +1,16 @@
 // TRANSPOSE: the axes in reverse order.
-#include "operators/records.h"
-#include "operators/structure.h"
+#include "operators/transpose.h"
 
-using namespace records;
+#include "failure/custody.h"
+#include "operators/records.h"
+#include "spaces/blocks.h"
+
+namespace morvik {
+
+using records::copyshape;
+using records::knowkinds;
+using records::rearrange;
+using records::unknownkind;
 
 namespace {
 
@@ -63,3 +71,5 @@ int transpose(Point &space) {
   space.shape_pointer = shape;
   return 0;
 }
+
+}  // namespace morvik

@@ -10,6 +10,29 @@
 #include <cstring>
 #include <limits>
 
+namespace morvik {
+
+namespace {
+
+constexpr std::int32_t OUTOFSTORAGE = 27;
+
+[[noreturn]] void failunheard(std::int32_t) {
+  std::abort();
+}
+
+}  // namespace
+
+void (*raisefailure)(std::int32_t message) = failunheard;
+
+void failwith(std::int32_t message) {
+  raisefailure(message);
+  std::abort();
+}
+
+void outofstorage() {
+  failwith(OUTOFSTORAGE);
+}
+
 pthread_mutex_t mp1 = PTHREAD_ADAPTIVE_MUTEX_INITIALIZER_NP;
 constinit thread_local int referencelocks = 0;
 
@@ -319,3 +342,5 @@ char *elementname(const char *text) {
   interned = made;
   return name;
 }
+
+}  // namespace morvik

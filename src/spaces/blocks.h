@@ -10,6 +10,8 @@
 #include "spaces/memory.h"
 #include "spaces/point.h"
 
+namespace morvik {
+
 inline constexpr std::size_t BLOCKPREFIX = 16;
 
 // Guards every reference word while coprocessors run; taken before `mp`, never after it.
@@ -33,7 +35,10 @@ struct ReferenceLock {
   ReferenceLock &operator=(const ReferenceLock &) = delete;
 };
 
-// Reports message 27 and jumps. Defined in diagnostics, which builds on this room.
+// Reports a message and jumps. What does so stands above this layer, which sets the hook.
+extern void (*raisefailure)(std::int32_t message);
+[[noreturn]] void failwith(std::int32_t message);
+// The same with message 27.
 [[noreturn]] void outofstorage();
 
 // The address of a block's reference word, null for null.
@@ -134,3 +139,5 @@ inline void dereference(T *&block) {
   block = nullptr;
   release(old);
 }
+
+}  // namespace morvik

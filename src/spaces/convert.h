@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <limits>
 
+namespace morvik {
+
 // 2 to the power 63: the first whole double above every integer. The bound of the integers as results compare with it,
 // 9.223372036854776e+18, is this same double.
 inline constexpr double INTEGERBOUND = 0x1p63;
@@ -16,3 +18,5 @@ inline std::int64_t saturate(double x) {
   if (std::isnan(x)) return 0;
   return x < 0 ? std::numeric_limits<std::int64_t>::min() : std::numeric_limits<std::int64_t>::max();
 }
+
+}  // namespace morvik

@@ -1,8 +1,12 @@
 // Private copies: of a function's Programme and of the records of a space, each holding its own references.
+#include "spaces/copies.h"
+
 #include <cstring>
 
 #include "spaces/blocks.h"
 #include "spaces/refderef.h"
+
+namespace morvik {
 
 Point *copyfun(const Point *function) {
   const Point *body = function->programme;
@@ -79,3 +83,5 @@ void makeprivate(Point &point) {
   point.data_pointer = copy;
   dereferencepoint(&old);
 }
+
+}  // namespace morvik

@@ -5,6 +5,8 @@
 
 #include "spaces/instructions.h"
 
+namespace morvik {
+
 extern double operators;   // Points executed in this run
 extern double operations;  // element operations done in this run
 extern double flopos;      // floating point operations of the present instruction
@@ -14,3 +16,5 @@ struct Timing {
   double time, squares, operations, flops;
 };
 extern Timing InstructionTiming[instructions::COUNT];
+
+}  // namespace morvik

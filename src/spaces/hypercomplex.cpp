@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace morvik {
+
 constinit thread_local double hypercomplexflops = 0;
 
 namespace {
@@ -174,3 +176,5 @@ double contradict_q(const Element &element) {
 double contradict_o(const Element &element) {
   return contradiction(element.octonion->part, 8);
 }
+
+}  // namespace morvik

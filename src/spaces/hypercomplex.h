@@ -4,6 +4,8 @@
 
 #include "spaces/point.h"
 
+namespace morvik {
+
 // Floating point operations that these functions did on this thread, until who counts flops takes them and sets 0.
 extern constinit thread_local double hypercomplexflops;
 
@@ -29,3 +31,5 @@ double contradict_q(const Element &element);
 double contradict_o(const Element &element);
 // The same of 2, 4 or 8 components that stand together.
 double contradiction(const double *parts, int count);
+
+}  // namespace morvik

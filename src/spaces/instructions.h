@@ -1,12 +1,14 @@
-// The vocabulary of instruction numbers, made from machine/instructions.def.
+// The vocabulary of instruction numbers, made from tables/instructions.def.
 #pragma once
 
 #include <cstdint>
 
+namespace morvik {
+
 namespace instructions {
 enum Number : std::uint16_t {
 #define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) name = number,
-#include "machine/instructions.def"
+#include "tables/instructions.def"
   COUNT = 270
 };
 // On IF_YES and IF_NO: nothing is decided but what stands on the stack.
@@ -16,3 +18,5 @@ inline constexpr std::uint16_t BARE = 65531;
 extern const char Instructions[instructions::COUNT][32];
 extern const std::uint16_t Types[instructions::COUNT];   // argument classes
 extern const char Addressnames[instructions::COUNT][2];  // two-byte keys, for memo texts
+
+}  // namespace morvik

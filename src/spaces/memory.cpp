@@ -13,6 +13,8 @@
 #include <cstring>
 #include <limits>
 
+namespace morvik {
+
 // Kept: these stay in the data image, and nothing reads them.
 [[gnu::used]] std::uint64_t First = 1;
 [[gnu::used]] void *newalloc = nullptr;
@@ -247,7 +249,11 @@ bool Heap::resizes(void *payload, std::size_t size, bool &moves) {
   return true;
 }
 
+}  // namespace morvik
+
 #ifndef MORVIK_SYSTEM_HEAP
+
+namespace morvik {
 
 namespace {
 
@@ -327,61 +333,64 @@ bool ispower(std::size_t n) {
 
 }  // namespace
 
+}  // namespace morvik
+
 extern "C" {
 
 [[gnu::flatten]] void *malloc(std::size_t size) noexcept {
-  return reported(take(size));
+  return morvik::reported(morvik::take(size));
 }
 
 [[gnu::flatten]] void free(void *payload) noexcept {
-  give(payload);
+  morvik::give(payload);
 }
 
 void *realloc(void *payload, std::size_t size) noexcept {
-  if (!payload) return reported(take(size));
+  if (!payload) return morvik::reported(morvik::take(size));
   bool moves;
-  if (!Heap::resizes(payload, size, moves)) {
+  if (!morvik::Heap::resizes(payload, size, moves)) {
     std::fflush(stdout);
     return nullptr;
   }
   if (!moves) return payload;
-  void *moved = take(size);
-  if (!moved) return reported(moved);
-  std::memcpy(moved, payload, std::min(size, Heap::capacity(payload)));
-  give(payload);
+  void *moved = morvik::take(size);
+  if (!moved) return morvik::reported(moved);
+  std::memcpy(moved, payload, std::min(size, morvik::Heap::capacity(payload)));
+  morvik::give(payload);
   return moved;
 }
 
 void *calloc(std::size_t count, std::size_t size) noexcept {
   std::size_t bytes;
-  if (__builtin_mul_overflow(count, size, &bytes)) return reported(nullptr);
-  void *payload = take(bytes);
-  return payload ? std::memset(payload, 0, bytes) : reported(payload);
+  if (__builtin_mul_overflow(count, size, &bytes)) return morvik::reported(nullptr);
+  void *payload = morvik::take(bytes);
+  return payload ? std::memset(payload, 0, bytes) : morvik::reported(payload);
 }
 
 // The rest of the family: nothing of the system's may ever reach the `free` above.
 void *aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-  return reported(ispower(alignment) ? takealigned(alignment, size) : nullptr);
+  return morvik::reported(morvik::ispower(alignment) ? morvik::takealigned(alignment, size) : nullptr);
 }
 void *memalign(std::size_t alignment, std::size_t size) noexcept {
-  return reported(alignment <= LARGESTSIZE ? takealigned(std::bit_ceil(alignment), size) : nullptr);
+  return morvik::reported(alignment <= morvik::LARGESTSIZE ? morvik::takealigned(std::bit_ceil(alignment), size)
+                                                           : nullptr);
 }
 int posix_memalign(void **payload, std::size_t alignment, std::size_t size) noexcept {
-  if (!ispower(alignment) || alignment % sizeof(void *) != 0) return EINVAL;
-  void *made = takealigned(alignment, size);
+  if (!morvik::ispower(alignment) || alignment % sizeof(void *) != 0) return EINVAL;
+  void *made = morvik::takealigned(alignment, size);
   if (!made) return ENOMEM;
   *payload = made;
   return 0;
 }
 void *valloc(std::size_t size) noexcept {
-  return reported(takealigned(PAGE, size));
+  return morvik::reported(morvik::takealigned(morvik::PAGE, size));
 }
 void *pvalloc(std::size_t size) noexcept {
-  if (size > LARGESTSIZE - PAGE) return reported(nullptr);
-  return reported(takealigned(PAGE, (size + PAGE - 1) / PAGE * PAGE));
+  if (size > morvik::LARGESTSIZE - morvik::PAGE) return morvik::reported(nullptr);
+  return morvik::reported(morvik::takealigned(morvik::PAGE, (size + morvik::PAGE - 1) / morvik::PAGE * morvik::PAGE));
 }
 std::size_t malloc_usable_size(void *payload) noexcept {
-  return payload ? Heap::capacity(payload) : 0;
+  return payload ? morvik::Heap::capacity(payload) : 0;
 }
 
 }  // extern "C"

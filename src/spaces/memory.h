@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace morvik {
+
 // Guards the heap of the process; taken after `mp1` where both are held.
 extern pthread_mutex_t mp;
 // Set while any thread but the main one may touch the heap or a reference word: coprocessors that start, end, or have
@@ -62,3 +64,5 @@ unsigned bucketof(std::size_t size);
 // Called at the start and at the end of the process; there is nothing to do.
 void morvik_allocator_init();
 void dumpstats();
+
+}  // namespace morvik

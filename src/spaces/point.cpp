@@ -3,10 +3,9 @@
 
 #include "spaces/counters.h"
 
+namespace morvik {
+
 const char Ranks[12][32] = {"END",      "LOCAL VARIABLE", "LOCAL ADDRESS", "ADDRESS", "OPERATOR", "FUNCTION",
                             "VARIABLE", "LABEL",          "UNUSED",        "INVALID", "SCALAR",   "ARRAY"};
 
-double operators;
-double operations;
-double flopos;
-Timing InstructionTiming[instructions::COUNT];
+}  // namespace morvik

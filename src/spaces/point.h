@@ -6,8 +6,10 @@
 #include <cstdint>
 #include <cstdio>
 
+namespace morvik {
+
 #define FLAG(name, value) inline constexpr std::uint32_t name = value;
-#include "spaces/flags.def"
+#include "tables/flags.def"
 #undef FLAG
 
 // What a Point is: 0 or more is the rank of a space, below 0 a symbolic Point.
@@ -185,3 +187,5 @@ inline constexpr std::uint32_t complexed(std::uint32_t type) {
 
 // Rank names, indexed by rank + 10.
 extern const char Ranks[12][32];
+
+}  // namespace morvik

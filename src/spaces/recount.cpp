@@ -7,6 +7,8 @@
 
 #include "spaces/refderef.h"
 
+namespace morvik {
+
 namespace {
 
 bool issymbolic(const Point &point) {
@@ -160,3 +162,5 @@ std::string Recount::faults(std::int64_t alive) {
   if (alive != met) text += std::to_string(alive) + " blocks alive, " + std::to_string(met) + " reached";
   return text;
 }
+
+}  // namespace morvik

@@ -9,6 +9,8 @@
 
 #include "spaces/point.h"
 
+namespace morvik {
+
 class Recount {
  public:
   // One who holds a Point, a block that owns nothing, a block of one Point. Null is nothing, and so is a permanent
@@ -43,3 +45,5 @@ class Recount {
   std::vector<const Point *> boxes_, programmes_;  // met, and not looked into yet
   std::string complaints_;
 };
+
+}  // namespace morvik

@@ -6,7 +6,11 @@
 #include <cstring>
 
 #include "spaces/instructions.h"
-#include "spaces/release.h"
+#include "spaces/making.h"
+
+namespace morvik {
+
+void (*wipelocalnames)(Point &functionend);
 
 namespace {
 
@@ -149,7 +153,7 @@ void lowerrecord(const Element &e) {
 
 void lowerrecords(const Element *records, std::size_t count) {
   for (const Element *e = records; e < records + count; ++e) {
-    if (!isknown(e->tag)) exceptionjump(IMPOSSIBLE);
+    if (!isknown(e->tag)) failwith(IMPOSSIBLE);
     lowerrecord(*e);
   }
 }
@@ -252,7 +256,7 @@ void dereferencebinding(Point *&target) {
 void referencedataelems(Element *records, std::size_t count) {
   lockreferences();
   for (const Element *e = records; e < records + count; ++e) {
-    if (!isknown(e->tag)) exceptionjump(IMPOSSIBLE);
+    if (!isknown(e->tag)) failwith(IMPOSSIBLE);
     raiserecord(*e);
   }
   unlockreferences();
@@ -286,3 +290,5 @@ void cleanup(Point *programme) {
   for (Point *p = programme; !isend(*p); ++p) dereferencepoint(p);
   *programme = {};
 }
+
+}  // namespace morvik

@@ -29,6 +29,14 @@
 #include "spaces/blocks.h"
 #include "spaces/point.h"
 
+namespace morvik {
+
+// On the main thread: does the user wait? Then what is left of a long release goes with the next one. Null: no.
+using Question = bool (*)();
+extern constinit thread_local Question releasestops;
+// Releases what was left.
+void finishreleases();
+
 // Must the records of a space of rank 1 or more be walked?
 inline bool mayown(const Point &space) {
   return (space.type & (OWNING | HASFILE | HASFUNCTION)) != 0 || (space.type & ELEMENTBITS) == 0;
@@ -91,37 +99,8 @@ void dereferencefun(Point *function);
 // Release the Points of a Programme up to its END, which is where it begins afterwards.
 void cleanup(Point *programme);
 
-// A private copy of a FUNCTION Point's Programme block, header included; what the Points hold is raised.
-// The FUNCTION keeps its own block. Message 27.
-Point *copyfun(const Point *function);
+// Gives up the local names that hang on a FUNCTIONEND Point and nulls its link; the last reference wipes them. For
+// the lowering of that Point, in place of the plain release of its link. Who hangs names there sets the hook.
+extern void (*wipelocalnames)(Point &functionend);
 
-// A private copy of records that somebody else may hold too: octonions in fresh blocks, one more reference on the
-// rest. Owned by the caller. Message 27.
-Element *copyelements(const Element *records, std::size_t count);
-// One record copied so: `to` owns what it holds.
-void copyelement(Element &to, const Element &from);
-
-// Makes a Point the integer scalar of this value (form 8), in a fresh block. Nothing is released. Message 27.
-void makeinteger(Point &point, std::int64_t value);
-void makereal(Point &point, double value, std::uint16_t form);
-// Makes a Point the empty vector, whose shape is one extent of 0. Nothing is released. Message 27.
-void makeempty(Point &point);
-
-// Makes the data block of a Point one that nobody else sees. Nothing happens where it is so already. Message 27, the
-// Point left whole.
-void makeprivate(Point &point);
-
-// FILE elements. Copies of one share a cell that holds the stream, so that it is closed once, by whoever comes first.
-// The counted name and the references of the descriptor are handed over. Message 27, nothing taken.
-void makehandle(Element &element, char *name, std::FILE *stream, const Point &descriptor);
-// The open stream, null once it was closed.
-std::FILE *handlestream(const Element &element);
-// Notes a new stream, or null after closing.
-void sethandlestream(Element &element, std::FILE *stream);
-
-// What this room needs of those above it.
-// Reports a message and jumps. Defined in diagnostics.
-[[noreturn]] void exceptionjump(std::int32_t number);
-// Gives up the local names that hang on a FUNCTIONEND Point and nulls its link; the last reference wipes them. For the
-// lowering of that Point, in place of the plain release of its link. Defined in frontend, which builds on this room.
-void wipelocalnames(Point &functionend);
+}  // namespace morvik

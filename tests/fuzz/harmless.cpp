@@ -16,7 +16,10 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "diagnostics/exception.h"
+#include "failure/exception.h"
+#include "failure/signals.h"
+
+using namespace morvik;
 
 namespace {
 

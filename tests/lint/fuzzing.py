@@ -15,7 +15,7 @@ for argument; do case $argument in -artifact_prefix=*) echo bug >"${argument#*=}
 echo '    #1 in (anonymous namespace)::look(Point const&)'
 exit 77
 """
-ROAD = """#!/bin/sh
+PIPELINE = """#!/bin/sh
 mkdir "$TMPDIR/morvik-fuzz-2"
 echo Done
 exit %d
@@ -30,7 +30,7 @@ class Fuzzing(unittest.TestCase):
                 temporary, built = folder / "temporary", folder / "built"
                 temporary.mkdir()
                 (built / "tests" / "fuzz").mkdir(parents=True)
-                for name, text in (("fuzz_planted", PLANTED), ("fuzz_road", ROAD % status)):
+                for name, text in (("fuzz_planted", PLANTED), ("fuzz_pipeline", PIPELINE % status)):
                     harness = built / "tests" / "fuzz" / name
                     harness.write_text(text)
                     harness.chmod(0o755)

@@ -5,7 +5,10 @@
 
 #include <csignal>
 
-#include "diagnostics/exception.h"
+#include "failure/exception.h"
+#include "failure/signals.h"
+
+using namespace morvik;
 
 class Alarm {
  public:

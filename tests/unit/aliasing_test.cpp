@@ -4,6 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "applying.h"
+#include "frontend/contexts.h"
+#include "spaces/copies.h"
+#include "spaces/symbols.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -8,7 +8,12 @@
 #include "arithmetic_model.h"
 #include "driver/prompt.h"
 #include "driver/system.h"
+#include "failure/jump.h"
+#include "frontend/symtab.h"
+#include "machine/machine.h"
 #include "structure_values.h"
+
+using namespace morvik;
 
 namespace applying {
 

@@ -19,6 +19,8 @@
 #include "recount.h"
 #include "spaces/counters.h"
 
+using namespace morvik;
+
 namespace model {
 
 // ---- The table of units: row times column.

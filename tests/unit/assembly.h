@@ -4,6 +4,9 @@
 #include <string>
 
 #include "compiled.h"
+#include "spaces/symbols.h"
+
+using namespace morvik;
 
 class Assembly : public Compiled {
  protected:

@@ -3,6 +3,9 @@
 
 #include "assembly.h"
 #include "frontend/compiler.h"
+#include "frontend/limits.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -2,8 +2,13 @@
 #include <string>
 
 #include "assembly.h"
+#include "failure/jump.h"
 #include "frontend/compiler.h"
 #include "frontend/keywords.h"
+#include "frontend/symtab.h"
+#include "spaces/symbols.h"
+
+using namespace morvik;
 
 namespace {
 

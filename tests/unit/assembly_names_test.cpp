@@ -3,6 +3,11 @@
 
 #include "assembly.h"
 #include "frontend/compiler.h"
+#include "frontend/contexts.h"
+#include "frontend/symtab.h"
+#include "spaces/symbols.h"
+
+using namespace morvik;
 
 namespace {
 

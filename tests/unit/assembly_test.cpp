@@ -4,7 +4,15 @@
 #include <string>
 
 #include "assembly.h"
+#include "failure/jump.h"
+#include "frontend/assembly.h"
 #include "frontend/compiler.h"
+#include "frontend/contexts.h"
+#include "frontend/limits.h"
+#include "frontend/symtab.h"
+#include "frontend/tokens.h"
+
+using namespace morvik;
 
 namespace {
 

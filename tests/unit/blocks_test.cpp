@@ -8,7 +8,10 @@
 #include <thread>
 #include <vector>
 
-#include "diagnostics/exception.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -1,5 +1,8 @@
 // CIRCULAR over every function, every pair of kinds and every pair of shapes, and what it refuses.
 #include "dyads_functions.h"
+#include "spaces/work.h"
+
+using namespace morvik;
 
 using namespace dyads;
 

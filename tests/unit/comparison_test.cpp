@@ -3,6 +3,10 @@
 
 #include "dyads.h"
 #include "spaces/hypercomplex.h"
+#include "spaces/sysvars.h"
+#include "spaces/work.h"
+
+using namespace morvik;
 
 using namespace dyads;
 

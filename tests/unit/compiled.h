@@ -7,11 +7,20 @@
 #include <cstring>
 #include <string>
 
-#include "diagnostics/exception.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
+#include "failure/messagetext.h"
 #include "frontend/assembly.h"
+#include "frontend/contexts.h"
+#include "frontend/limits.h"
 #include "frontend/symtab.h"
 #include "spaces/instructions.h"
+#include "spaces/making.h"
 #include "spaces/refderef.h"
+#include "spaces/symbols.h"
+
+using namespace morvik;
 
 class Compiled : public testing::Test {
  protected:

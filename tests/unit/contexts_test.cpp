@@ -4,8 +4,16 @@
 #include <string>
 #include <utility>
 
+#include "failure/jump.h"
+#include "frontend/contexts.h"
+#include "frontend/remember.h"
+#include "spaces/copies.h"
 #include "spaces/instructions.h"
+#include "spaces/making.h"
+#include "spaces/symbols.h"
 #include "unit/names.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -1,5 +1,9 @@
 // Dyadic scalar instructions that fail leave their operands whole; nested spaces; flag words that are not exact.
 #include "dyadic_operands.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
+
+using namespace morvik;
 
 namespace {
 

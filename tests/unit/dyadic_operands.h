@@ -2,6 +2,9 @@
 #pragma once
 
 #include "arithmetic_model.h"
+#include "failure/jump.h"
+
+using namespace morvik;
 
 namespace arithmetic {
 

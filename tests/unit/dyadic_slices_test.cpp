@@ -1,6 +1,9 @@
 // The twins of the dyadic scalar instructions on slices made by hand, and how work is cut up.
-#include "coprocessor/slices.h"
 #include "dyadic_operands.h"
+#include "spaces/copies.h"
+#include "spaces/work.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -3,6 +3,9 @@
 #include <random>
 
 #include "dyadic_operands.h"
+#include "spaces/work.h"
+
+using namespace morvik;
 
 namespace {
 

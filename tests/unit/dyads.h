@@ -8,7 +8,12 @@
 
 #include "arithmetic/dyadic.h"
 #include "dyads_values.h"
+#include "failure/jump.h"
 #include "failures.h"
+#include "spaces/sysvars.h"
+#include "spaces/work.h"
+
+using namespace morvik;
 
 namespace dyads {
 

@@ -9,6 +9,8 @@
 #include "frontend/constants.h"
 #include "frontend/keywords.h"
 
+using namespace morvik;
+
 namespace {
 
 std::string contents(const std::string &path) {

@@ -7,9 +7,16 @@
 #include <thread>
 #include <vector>
 
+#include "arithmetic/gamma.h"
+#include "failure/custody.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
 #include "spaces/instructions.h"
+#include "spaces/making.h"
 #include "spaces/refderef.h"
 #include "unit/failures.h"
+
+using namespace morvik;
 
 namespace {
 

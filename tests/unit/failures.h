@@ -8,7 +8,12 @@
 #include <cstdio>
 #include <string>
 
-#include "diagnostics/exception.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
+
+using namespace morvik;
 
 namespace failures {
 

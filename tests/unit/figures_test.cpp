@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+using namespace morvik;
+
 namespace {
 
 constexpr double INFINITE = std::numeric_limits<double>::infinity();

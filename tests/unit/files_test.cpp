@@ -17,9 +17,16 @@
 #include "driver/options.h"
 #include "driver/prompt.h"
 #include "driver/system.h"
+#include "failure/jump.h"
 #include "files/persist.h"
+#include "machine/machine.h"
 #include "points.h"
+#include "spaces/copies.h"
 #include "spaces/counters.h"
+#include "spaces/making.h"
+#include "text/flags.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -6,7 +6,15 @@
 #include <string>
 
 #include "coprocessor/coprocessor.h"
+#include "frontend/contexts.h"
+#include "frontend/fixedsyms.h"
+#include "frontend/remember.h"
+#include "spaces/making.h"
+#include "spaces/symbols.h"
+#include "spaces/sysvars.h"
 #include "unit/names.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -4,7 +4,10 @@
 #include <ctime>
 
 #include "dyads_functions.h"
+#include "failure/jump.h"
 #include "monadics.h"
+
+using namespace morvik;
 
 using namespace dyads;
 

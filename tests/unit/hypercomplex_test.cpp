@@ -8,6 +8,8 @@
 #include <limits>
 #include <random>
 
+using namespace morvik;
+
 namespace {
 
 constexpr double PI = 3.141592653589793;

@@ -7,10 +7,16 @@
 #include <vector>
 
 #include "compiled.h"
+#include "failure/messagetext.h"
+#include "frontend/contexts.h"
+#include "machine/dispatch.h"
 #include "machine/level.h"
 #include "machine/machine.h"
+#include "spaces/making.h"
 #include "unit/fnv.h"
 #include "unit/standard_input.h"
+
+using namespace morvik;
 
 namespace {
 
@@ -25,7 +31,7 @@ struct Row {
 const std::vector<Row> ROWS = {
 #define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) \
   {number, #name, argumentclass, #handler},
-#include "machine/instructions.def"
+#include "tables/instructions.def"
 #undef INSTRUCTION
 };
 

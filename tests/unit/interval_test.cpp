@@ -6,9 +6,15 @@
 #include <random>
 
 #include "arithmetic_model.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
 #include "operators/progression.h"
 #include "spaces/hypercomplex.h"
+#include "spaces/making.h"
+#include "spaces/sysvars.h"
 #include "structure_values.h"
+
+using namespace morvik;
 
 namespace {
 

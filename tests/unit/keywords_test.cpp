@@ -11,10 +11,14 @@
 
 #include "frontend/constants.h"
 #include "frontend/keywords.h"
+#include "frontend/tokens.h"
+#include "frontend/window.h"
 #include "spaces/instructions.h"
 #include "spaces/point.h"
 #include "unit/fnv.h"
 #include "unit/scan_tokens.h"
+
+using namespace morvik;
 
 namespace {
 

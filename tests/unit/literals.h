@@ -9,6 +9,8 @@
 #include "compiled.h"
 #include "spaces/hypercomplex.h"
 
+using namespace morvik;
+
 class Literals : public Compiled {
  protected:
   void expectinteger(const std::string &text, std::int64_t value) {

@@ -3,7 +3,10 @@
 #include <string>
 #include <vector>
 
+#include "frontend/limits.h"
 #include "literals.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -11,6 +11,8 @@
 #include "literals.h"
 #include "spaces/convert.h"
 
+using namespace morvik;
+
 namespace {
 
 constexpr double PI = 3.141592653589793;

@@ -6,7 +6,12 @@
 
 #include "arithmetic_model.h"
 #include "coprocessor/coprocessor.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
+#include "spaces/work.h"
 #include "structure_values.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -17,8 +17,11 @@
 #include <thread>
 #include <vector>
 
+namespace morvik {
 extern std::uint64_t First;
 extern std::uint64_t Allocs_per_bucket[BUCKETS];
+}  // namespace morvik
+using namespace morvik;
 
 namespace {
 

@@ -8,14 +8,17 @@
 #include <string>
 #include <vector>
 
-#include "diagnostics/exception.h"
+#include "failure/exception.h"
+#include "failure/messagetext.h"
 #include "unit/fnv.h"
+
+using namespace morvik;
 
 namespace {
 
 const std::vector<std::uint32_t> ROWS = {
 #define MESSAGE(number, text) number,
-#include "diagnostics/messages.def"
+#include "tables/messages.def"
 #undef MESSAGE
 };
 

@@ -6,11 +6,14 @@
 
 #include "arithmetic/cores.h"
 #include "arithmetic/monadic.h"
+#include "arithmetic/pairs.h"
+#include "arithmetic/pairwalk.h"
 #include "points.h"
 #include "recount.h"
 #include "spaces/instructions.h"
 #include "spaces/refderef.h"
 
+namespace morvik {
 #define MONADIC(f) extern const Monadic f##monadic;
 #define DRAWING(f) MONADIC(f)
 #define DYADIC(f)
@@ -20,9 +23,11 @@
 #define RESTRICTED
 #define NOTHING
 #define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) handler
-#include "machine/instructions.def"
+#include "tables/instructions.def"
 #undef INSTRUCTION
 #undef MONADIC
+}  // namespace morvik
+using namespace morvik;
 
 namespace {
 
@@ -39,7 +44,7 @@ std::vector<Instruction<Dyadic>> dyadics() {
 #define MONADIC(f)
 #define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) \
   if (dyadiccores(number)) found.push_back({#name, dyadiccores(number)});
-#include "machine/instructions.def"
+#include "tables/instructions.def"
 #undef INSTRUCTION
 #undef MONADIC
   return found;
@@ -51,7 +56,7 @@ std::vector<Instruction<Monadic>> monadics() {
 #define DRAWING(f) MONADIC(f)
 #define INSTRUCTION(number, word, argumentclass, key, handler, effect, meaning) \
   [&]([[maybe_unused]] const char *name) { handler; }(#word);
-#include "machine/instructions.def"
+#include "tables/instructions.def"
 #undef INSTRUCTION
 #undef MONADIC
   return found;

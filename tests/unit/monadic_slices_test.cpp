@@ -2,9 +2,11 @@
 // writes, and their replies hold what was found.
 #include <vector>
 
-#include "coprocessor/slices.h"
 #include "monadics.h"
 #include "spaces/hypercomplex.h"
+#include "spaces/work.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -7,13 +7,16 @@
 #include <string>
 #include <vector>
 
-#include "arithmetic/random.h"
+#include "arithmetic/generator.h"
 #include "arithmetic/scalars.h"
 #include "coprocessor/coprocessor.h"
 #include "failures.h"
 #include "points.h"
 #include "recount.h"
 #include "spaces/counters.h"
+#include "spaces/sysvars.h"
+
+using namespace morvik;
 
 namespace monadics {
 
@@ -39,7 +42,7 @@ inline const std::vector<Member> &members() {
 #define NOTHING static_cast<void>(name)
 #define INSTRUCTION(number, word, argumentclass, key, handler, effect, meaning) \
   [&](const char *name) { handler; }(#word);
-#include "machine/instructions.def"
+#include "tables/instructions.def"
 #undef INSTRUCTION
 #undef MONADIC
 #undef DRAWING

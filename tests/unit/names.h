@@ -6,9 +6,15 @@
 #include <cstdint>
 #include <string>
 
-#include "diagnostics/exception.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "frontend/contexts.h"
 #include "frontend/symtab.h"
+#include "spaces/making.h"
 #include "spaces/refderef.h"
+#include "spaces/symbols.h"
+
+using namespace morvik;
 
 namespace names {
 

@@ -7,6 +7,9 @@
 #include <vector>
 
 #include "compiled.h"
+#include "frontend/limits.h"
+
+using namespace morvik;
 
 namespace {
 

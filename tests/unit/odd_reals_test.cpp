@@ -12,6 +12,8 @@
 #include "recount.h"
 #include "spaces/instructions.h"
 
+using namespace morvik;
+
 namespace {
 
 using namespace points;

@@ -11,6 +11,8 @@
 
 #include "spaces/counters.h"
 
+using namespace morvik;
+
 namespace {
 
 TEST(Points, RanksByRankPlusTen) {
@@ -34,7 +36,7 @@ TEST(Points, RanksByRankPlusTen) {
 TEST(Points, EveryFlagIsOneBitOfItsOwn) {
   const std::vector<std::pair<const char *, std::uint32_t>> flags = {
 #define FLAG(name, value) {#name, name},
-#include "spaces/flags.def"
+#include "tables/flags.def"
 #undef FLAG
   };
   std::uint32_t all = 0;

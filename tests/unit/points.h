@@ -13,10 +13,13 @@
 #include <utility>
 #include <vector>
 
-#include "diagnostics/exception.h"
-#include "diagnostics/text.h"
+#include "failure/exception.h"
 #include "spaces/instructions.h"
+#include "spaces/making.h"
 #include "spaces/refderef.h"
+#include "text/text.h"
+
+using namespace morvik;
 
 namespace points {
 

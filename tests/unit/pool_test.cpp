@@ -12,6 +12,10 @@
 #include "failures.h"
 #include "spaces/instructions.h"
 #include "spaces/refderef.h"
+#include "spaces/sysvars.h"
+#include "spaces/work.h"
+
+using namespace morvik;
 
 namespace {
 

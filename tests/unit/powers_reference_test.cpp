@@ -8,6 +8,8 @@
 #include "dyads.h"
 #include "monadics.h"
 
+using namespace morvik;
+
 using namespace dyads;
 
 namespace {

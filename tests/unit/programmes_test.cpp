@@ -6,13 +6,22 @@
 #include <string>
 
 #include "coprocessor/coprocessor.h"
-#include "diagnostics/exception.h"
+#include "coprocessor/threads.h"
 #include "driver/prompt.h"
 #include "driver/system.h"
+#include "failure/custody.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
 #include "frontend/assembly.h"
+#include "frontend/limits.h"
+#include "frontend/symtab.h"
+#include "machine/machine.h"
 #include "machine/slicing.h"
 #include "spaces/instructions.h"
 #include "spaces/refderef.h"
+#include "spaces/work.h"
+
+using namespace morvik;
 
 namespace {
 

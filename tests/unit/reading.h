@@ -7,8 +7,15 @@
 #include <string>
 #include <vector>
 
+#include "failure/jump.h"
 #include "frontend/assembly.h"
+#include "frontend/contexts.h"
+#include "frontend/limits.h"
+#include "frontend/symtab.h"
 #include "points.h"
+#include "spaces/symbols.h"
+
+using namespace morvik;
 
 namespace points {
 

@@ -6,9 +6,12 @@
 #include <deque>
 #include <string>
 
+#include "failure/jump.h"
 #include "failures.h"
 #include "points.h"
 #include "spaces/recount.h"
+
+using namespace morvik;
 
 using failures::landingof;
 

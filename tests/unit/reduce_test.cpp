@@ -7,7 +7,13 @@
 #include <random>
 
 #include "arithmetic/cores.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
 #include "fold_model.h"
+#include "spaces/making.h"
+#include "spaces/sysvars.h"
+
+using namespace morvik;
 
 namespace {
 

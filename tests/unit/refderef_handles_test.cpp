@@ -3,7 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "recount.h"
+#include "spaces/copies.h"
+#include "spaces/making.h"
 #include "spaces/refderef.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -4,7 +4,10 @@
 #include <random>
 
 #include "recount.h"
+#include "spaces/copies.h"
 #include "spaces/refderef.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -7,9 +7,15 @@
 #include <bit>
 #include <deque>
 
+#include "failure/jump.h"
+#include "frontend/contexts.h"
 #include "frontend/symtab.h"
 #include "recount.h"
-#include "spaces/release.h"
+#include "spaces/copies.h"
+#include "spaces/making.h"
+#include "spaces/symbols.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -9,7 +9,14 @@
 #include <utility>
 #include <vector>
 
+#include "failure/jump.h"
+#include "frontend/contexts.h"
+#include "frontend/remember.h"
+#include "spaces/making.h"
+#include "spaces/symbols.h"
 #include "unit/names.h"
+
+using namespace morvik;
 
 namespace {
 

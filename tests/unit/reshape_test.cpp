@@ -9,7 +9,13 @@
 #include <limits>
 #include <random>
 
+#include "failure/jump.h"
+#include "failure/signals.h"
+#include "spaces/copies.h"
+#include "spaces/making.h"
 #include "structure_values.h"
+
+using namespace morvik;
 
 namespace {
 

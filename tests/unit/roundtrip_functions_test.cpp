@@ -6,6 +6,8 @@
 #include "frontend/keywords.h"
 #include "reading.h"
 
+using namespace morvik;
+
 namespace {
 
 using namespace points;

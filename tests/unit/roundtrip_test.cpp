@@ -9,6 +9,8 @@
 #include "reading.h"
 #include "spaces/hypercomplex.h"
 
+using namespace morvik;
+
 namespace {
 
 using namespace points;

@@ -9,6 +9,10 @@
 
 #include "frontend/keywords.h"
 #include "frontend/scanner.h"
+#include "frontend/tokens.h"
+#include "frontend/window.h"
+
+using namespace morvik;
 
 inline const char *rulename(Rule rule) {
   static const char *const names[] = {

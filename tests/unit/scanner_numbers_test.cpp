@@ -3,7 +3,10 @@
 
 #include <string>
 
+#include "frontend/tokens.h"
 #include "unit/scan_tokens.h"
+
+using namespace morvik;
 
 namespace {
 

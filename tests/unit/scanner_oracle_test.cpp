@@ -11,7 +11,11 @@
 
 #include "frontend/constants.h"
 #include "frontend/keywords.h"
+#include "frontend/tokens.h"
+#include "frontend/window.h"
 #include "unit/scan_tokens.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -7,7 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "frontend/tokens.h"
+#include "frontend/window.h"
 #include "unit/scan_tokens.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -13,8 +13,12 @@
 #include <string>
 #include <thread>
 
+#include "frontend/tokens.h"
+#include "frontend/window.h"
 #include "spaces/blocks.h"
 #include "unit/scan_tokens.h"
+
+using namespace morvik;
 
 namespace {
 

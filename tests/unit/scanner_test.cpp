@@ -3,8 +3,11 @@
 
 #include <string>
 
+#include "frontend/tokens.h"
 #include "frontend/window.h"
 #include "unit/scan_tokens.h"
+
+using namespace morvik;
 
 namespace {
 

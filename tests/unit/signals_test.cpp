@@ -10,9 +10,14 @@
 #include <utility>
 #include <vector>
 
+#include "failure/custody.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
 #include "spaces/blocks.h"
 #include "spaces/memory.h"
 #include "unit/failures.h"
+
+using namespace morvik;
 
 namespace {
 

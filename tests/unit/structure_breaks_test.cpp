@@ -2,8 +2,20 @@
 #include <csignal>
 
 #include "alarm.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
+#include "operators/catenate.h"
+#include "operators/compress.h"
+#include "operators/enclose.h"
+#include "operators/enlist.h"
+#include "operators/ravel.h"
 #include "operators/reshape.h"
+#include "operators/reverse.h"
+#include "operators/slices.h"
+#include "operators/transpose.h"
 #include "structure_cases.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -1,8 +1,11 @@
 // The fixture of the tests that look at the structural instructions case by case.
 #pragma once
 
-#include "operators/structure.h"
+#include "failure/jump.h"
+#include "operators/compress.h"
 #include "structure_values.h"
+
+using namespace morvik;
 
 namespace structured {
 

@@ -1,6 +1,17 @@
 // REVERSE, MIRROR, TRANSPOSE, CATENATE, COMPRESS, REPLICATE and ENLIST case by case: flag words, depths, messages, and
 // what is never touched.
+#include "operators/catenate.h"
+#include "operators/compress.h"
+#include "operators/enclose.h"
+#include "operators/enlist.h"
+#include "operators/ravel.h"
+#include "operators/reverse.h"
+#include "operators/slices.h"
+#include "operators/transpose.h"
+#include "spaces/making.h"
 #include "structure_cases.h"
+
+using namespace morvik;
 
 namespace {
 

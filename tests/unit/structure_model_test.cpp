@@ -4,8 +4,17 @@
 #include <functional>
 #include <numeric>
 
-#include "operators/structure.h"
+#include "operators/catenate.h"
+#include "operators/compress.h"
+#include "operators/enclose.h"
+#include "operators/enlist.h"
+#include "operators/ravel.h"
+#include "operators/reverse.h"
+#include "operators/slices.h"
+#include "operators/transpose.h"
 #include "structure_values.h"
+
+using namespace morvik;
 
 namespace {
 

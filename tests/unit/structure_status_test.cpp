@@ -5,9 +5,12 @@
 
 #include "driver/prompt.h"
 #include "driver/system.h"
+#include "failure/jump.h"
 #include "frontend/keywords.h"
 #include "machine/machine.h"
 #include "points.h"
+
+using namespace morvik;
 
 namespace {
 

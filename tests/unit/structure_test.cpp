@@ -1,6 +1,12 @@
 // RAVEL, SHAPE, ENCLOSE, DISCLOSE, FIRST and REST case by case: flag words, depths, messages, and what is never
 // touched.
+#include "operators/catenate.h"
+#include "operators/enclose.h"
+#include "operators/ravel.h"
+#include "operators/slices.h"
 #include "structure_cases.h"
+
+using namespace morvik;
 
 namespace {
 

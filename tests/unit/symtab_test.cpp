@@ -8,7 +8,11 @@
 #include <unordered_map>
 #include <vector>
 
+#include "frontend/hashes.h"
+#include "spaces/symbols.h"
 #include "unit/names.h"
+
+using namespace morvik;
 
 namespace {
 

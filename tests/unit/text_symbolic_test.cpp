@@ -4,11 +4,16 @@
 #include <cmath>
 #include <string>
 
-#include "diagnostics/exception.h"
-#include "diagnostics/printer.h"
-#include "diagnostics/text.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
 #include "failures.h"
 #include "points.h"
+#include "text/flags.h"
+#include "text/printer.h"
+#include "text/text.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The printer: every kind of value in both forms, to the byte, and what printing leaves in the records.
-#include "diagnostics/text.h"
+#include "text/text.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,13 @@
 #include <random>
 #include <string>
 
-#include "diagnostics/exception.h"
-#include "diagnostics/printer.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
 #include "points.h"
+#include "spaces/making.h"
+#include "text/printer.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -13,15 +13,19 @@
 #include <vector>
 
 #include "coprocessor/coprocessor.h"
-#include "diagnostics/exception.h"
 #include "driver/prompt.h"
 #include "driver/reports.h"
 #include "driver/system.h"
+#include "failure/exception.h"
+#include "failure/jump.h"
 #include "machine/inspect.h"
 #include "spaces/counters.h"
 #include "spaces/refderef.h"
+#include "spaces/work.h"
 #include "unit/names.h"
 #include "unit/standard_input.h"
+
+using namespace morvik;
 
 namespace {
 

@@ -1,0 +1,25 @@
+// A dyadic instruction as data: its loops, by pairs of kinds.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "arithmetic/frame.h"
+
+namespace morvik {
+
+// One instruction as data: its loops, by pairs of kinds.
+struct Dyadic : Loops<KINDS * KINDS + 1> {
+  std::uint32_t refused;                                           // flags of operands that make them not conformable
+  bool tolerant;                                                   // compares under #CT
+  std::size_t stretch;                                             // elements between two looks at an interrupt
+  std::int32_t (*refusal)(std::int32_t left, std::int32_t right);  // the message for a pair without a loop
+};
+
+// What numberloops.h takes together are pairs of this kind too.
+inline constexpr std::size_t NUMBERS = KINDS * KINDS;
+inline constexpr std::size_t kindof(std::int32_t left, std::int32_t right) {
+  return kindof(left) * KINDS + kindof(right);
+}
+
+}  // namespace morvik

@@ -1,0 +1,78 @@
+// What a failure does: its report on standard error, and the one jump to where the machine goes on.
+#include "failure/exception.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "failure/jump.h"
+#include "failure/messagetext.h"
+#include "failure/signals.h"
+#include "spaces/blocks.h"
+
+namespace morvik {
+
+void (*dumppoint)(std::FILE *stream, const char *title, Point *point) = [](std::FILE *, const char *, Point *) {};
+
+namespace {
+
+constexpr std::int32_t GOODBYE = 999, OUTOFSTORAGE = 27;
+
+// Printing may retag what it prints; the Point at work keeps its fields.
+void dumpcopy(const char *title, const Point *point) {
+  Point copy = *point;
+  dumppoint(stderr, title, &copy);
+}
+
+void report(std::int32_t number, Point **stackpointer, const Point *instruction) {
+  stepping = 1;
+  std::fflush(stdout);
+  std::fprintf(stderr, "\n%s\n", errors(static_cast<std::uint32_t>(number)));
+  if (number == OUTOFSTORAGE) {
+    A_Problem = 1;
+    return;
+  }
+  if (instruction) dumpcopy("\nInstruction:\n", instruction);
+  if (stackpointer && A_Problem != 0) dumpcopy("Top of stack:\n", *stackpointer);
+  std::fflush(stderr);
+}
+
+}  // namespace
+
+void exception(std::int32_t number, Point **stackpointer, const Point *instruction) {
+  joinahead();
+  if (number < -GOODBYE) raised(-1000 - number);
+  if (number == GOODBYE) {
+    endprocess = 1;
+    jump(-1);
+  }
+  if (number > 0) return report(number, stackpointer, instruction);
+  std::fflush(stdout);
+  std::fprintf(stderr, "\n%s", errors(static_cast<std::uint32_t>(-number)));
+}
+
+void exceptionjump(std::int32_t number, Point **stackpointer, const Point *instruction) {
+  exception(number, stackpointer, instruction);
+  jump(-1);
+}
+
+void exceptionjump(std::int32_t number) {
+  exceptionjump(number, nullptr, nullptr);
+}
+
+void failwork(std::int32_t message, Point **stackpointer, const Point *instruction) {
+  if (message == INTERRUPTED) takeinterrupt();
+  if (message == OUTOFSTORAGE) outofstorage();
+  exceptionjump(message, stackpointer, instruction);
+}
+
+namespace {
+
+// Set before main, so that no start of a programme or of a test can forget it.
+[[maybe_unused]] const bool hooked = (raisefailure = exceptionjump, true);
+
+}  // namespace
+
+}  // namespace morvik

@@ -1,0 +1,150 @@
+// Function definitions: a header and a body in a block of their own, written while the frame is open.
+#include "frontend/functionwords.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "failure/exception.h"
+#include "frontend/compiler.h"
+#include "frontend/contexts.h"
+#include "frontend/limits.h"
+#include "frontend/literals.h"
+#include "spaces/blocks.h"
+
+namespace morvik {
+
+namespace {
+
+constexpr std::int32_t FULL = 807;
+constexpr std::int64_t MOST_ARGUMENTS = 32767, LEAST_ARGUMENTS = -32768, MOST_LOCALS = 65535;
+constexpr std::int16_t NO_FRAME = -1;
+
+// What a body has room for at first; it doubles as it fills.
+#ifdef MORVIK_CHECKING
+constexpr std::size_t FIRST_BODY = 2;
+#else
+constexpr std::size_t FIRST_BODY = 32;
+#endif
+
+struct Signature {
+  std::int16_t arguments;
+  std::uint16_t locals;
+};
+
+// Kept: a count is read from the second byte after its keyword on, so that it must stand after one separator.
+std::int64_t countafter(const char *keyword) {
+  constexpr std::size_t KEYWORD_BYTES = 4;
+  if (std::strlen(keyword) <= KEYWORD_BYTES) return 0;
+  return std::strtol(keyword + KEYWORD_BYTES + 1, nullptr, 10);
+}
+
+std::uint16_t localsafter(const char *keyword) {
+  return static_cast<std::uint16_t>(std::clamp<std::int64_t>(countafter(keyword), 0, MOST_LOCALS));
+}
+
+std::int16_t argumentsafter(const char *keyword) {
+  return static_cast<std::int16_t>(std::clamp(countafter(keyword), LEAST_ARGUMENTS, MOST_ARGUMENTS));
+}
+
+bool endswith(const char *text, const char *word) {
+  const std::size_t length = std::strlen(text), tail = std::strlen(word);
+  return length >= tail && std::strcmp(text + length - tail, word) == 0;
+}
+
+Signature signature(const char *text) {
+  const bool begins = text[0] == 'V' || text[0] == 'A';
+  const char *vars = begins ? std::strchr(text, 'V') : nullptr;
+  const std::uint16_t locals = vars ? localsafter(vars) : std::uint16_t{0};
+  if (begins && endswith(text, "FUNCTION")) return {argumentsafter(std::strstr(text, "ARGS")), locals};
+  if (endswith(text, "NILADIC")) return {0, locals};
+  if (endswith(text, "MONADIC")) return {1, locals};
+  if (endswith(text, "DYADIC")) return {2, locals};
+  if (endswith(text, "TRIADIC")) return {3, locals};
+  if (vars) std::fputs("Warning, a NEADIC can not have local VARS!", stderr);
+  return {NO_FRAME, 0};
+}
+
+// Ends the innermost body at the position, where its END goes; the FUNCTION Point is whole then.
+void sealfunction() {
+  Compiler &c = compiler;
+  Frame &frame = c.returnstack[c.pcsp - 1];
+  const auto points = static_cast<std::size_t>(c.position - frame.start);
+  *c.position = {};
+  auto *block = reinterpret_cast<Point *>(Reallocate(reinterpret_cast<Element *>(frame.start - 1), points + 2));
+  block->programme = block;
+  frame.start = block + 1;
+  Point &function = *frame.point;
+  function.programme = block;
+  function.type |= block->type;
+  function.elements = static_cast<std::uint32_t>(points + 1);
+  block->type = function.type;
+  block->elements = static_cast<std::uint32_t>(points);
+}
+
+}  // namespace
+
+void openfunction(char *text) {
+  Compiler &c = compiler;
+  fixsign(text, std::strlen(text));
+  if (c.pcsp >= FRAMES) exceptionjump(FULL);
+  const Signature s = signature(text);
+  Point &function = newhand(ranks::FUNCTION, ISFUNCTION);
+  function.arguments = s.arguments;
+  function.locals = s.locals;
+  function.name = stringdup(text);
+  auto *block = static_cast<Point *>(newblock((FIRST_BODY + 1) * sizeof(Point)));
+  function.programme = block;
+  *block = function;
+  *c.position = function;
+  c.hand = {};
+  c.returnstack[c.pcsp++] = {c.position, c.pctop, c.funcvars, c.chain, block + 1};
+  c.funcvars = s.locals;
+  c.position = block + 1;
+  c.pctop = c.position + FIRST_BODY;
+}
+
+void endfunction() {
+  Compiler &c = compiler;
+  sealfunction();
+  const Frame &frame = c.returnstack[--c.pcsp];
+  if (c.chain != frame.chain) popsymtabs(c.chain);
+  c.chain = frame.chain;
+  c.pctop = frame.pctop;
+  c.funcvars = frame.counted;
+  c.position = frame.point;
+  c.hand = *c.position;
+  append();
+}
+
+void closefunction(const char *text) {
+  Compiler &c = compiler;
+  if (c.pcsp == 1) {
+    std::fputs("[Trelk] error: No FUNCTION pending!\n", stderr);
+    return;
+  }
+  Point &end = newhand(ranks::OPERATOR, ISOPERATOR);
+  end.instruction = instructions::FUNCTIONEND;
+  end.name = stringdup(text);
+  if (c.chain != c.returnstack[c.pcsp - 1].chain) hanglocalnames(end, c.chain);
+  append();
+  endfunction();
+}
+
+void endtext(const char *text) {
+  Compiler &c = compiler;
+  if (c.pcsp > 1) {
+    std::fflush(stdout);
+    std::fputs("\nFUNCTION definition pending, the FUNCTION is forcibly finished.\n", stderr);
+    std::fflush(stderr);
+    const std::size_t length = std::strcspn(text, "\n");
+    char name[sizeof "END"] = ".";
+    if (length > 0 && length < sizeof name) std::memcpy(name, text, length);
+    closefunction(name);
+    // Kept: one function is closed. Those around it end where they stand.
+    while (c.pcsp > 1) endfunction();
+  }
+  *c.position = {};
+}
+
+}  // namespace morvik

@@ -1,0 +1,89 @@
+// Tokens: the start conditions, the rules, and what the scanner hands out.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace morvik {
+
+// Which rules apply. The actions choose the next condition; it survives from text to text.
+enum class Condition : std::uint8_t {
+  INITIAL,
+  ADDRESSED,    // after @
+  VECTOR,       // inside ( )
+  SHAPE,        // the extents after )[ or '[
+  SUBSHAPE,     // the same inside a vector
+  QUOTED,       // inside ' '
+  COMMENT,      // inside " "
+  MASKED,       // after WRAP or REFLECT
+  NAME,         // the rest of a plain name
+  ADDRESSNAME,  // the rest of a plain name after @
+};
+
+enum class Rule : std::uint8_t {
+  ENDOFINPUT,       // end of file, or a NUL; in every condition
+  KEYWORD,          // row: the row of keywords.def. INITIAL; in MASKED only MASK and STENCIL
+  OPENFUNCTION,     // : NEADIC FUNCTION NILADIC MONADIC DYADIC TRIADIC, ARGS n FUNCTION, VARS m ...; the whole text
+  BUILTIN,          // ::
+  ENDOFTEXT,        // . or END, with a line feed right after it if there is one (a part of the text)
+  CLOSEFUNCTION,    // ; or FUNCTIONEND
+  OPENCOMMENT,      // " or \xBC
+  CONSTANT,         // row: the row of constants.def; the text begins with - for the negated value. Also in VECTOR
+  BINARYNUMBER,     // 0#101           also in VECTOR
+  BINARYCHARACTER,  // `0#101`         also in VECTOR and QUOTED
+  INTEGER,          // INITIAL and VECTOR, to POLAROCTONION
+  REAL,
+  COMPLEX,
+  QUATERNION,
+  OCTONION,
+  POLARCOMPLEX,
+  POLARQUATERNION,
+  POLAROCTONION,
+  OPENSTRING,      // '                 also in VECTOR
+  OPENVECTOR,      // (                 also in VECTOR
+  OPENSTRUCTURE,   // `(                also in VECTOR
+  ADDRESS,         // @
+  SIGILNAME,       // _name $name .name: the text begins with the sigil. INITIAL and ADDRESSED
+  BRACKETNAME,     // \2 or a sigil and \2: the name follows by input(), up to \3. INITIAL and ADDRESSED
+  LABEL,           // %name. INITIAL and ADDRESSED
+  LOCAL,           // &n, with optional sign. INITIAL and ADDRESSED
+  LINEFEED,        // INITIAL
+  NAMESTART,       // one byte that begins a plain name. INITIAL and ADDRESSED
+  NAMEPART,        // NAME, ADDRESSNAME: a run of bytes that belong to the name
+  NAMEEND,         // NAME, ADDRESSNAME: a delimiter comes next (it stays in the input); the text is empty
+  CLOSEVECTOR,     // VECTOR: )
+  CLOSESTRUCTURE,  // VECTOR: )`
+  CLOSETOSHAPE,    // VECTOR: )[  )`[  ) tab [
+  CLOSETONOOP,     // VECTOR: )[]
+  CHARACTERS,      // QUOTED: a run of plain bytes
+  QUOTEDQUOTE,     // QUOTED: ''
+  CLOSESTRING,     // QUOTED: '
+  STRINGTOSHAPE,   // QUOTED: '[  ' tab [
+  EXTENT,          // SHAPE, SUBSHAPE: a number
+  CLOSESHAPE,      // SHAPE, SUBSHAPE: ]
+  COMMENTTEXT,     // COMMENT: a run of bytes up to the delimiter or the end of the buffer
+  CLOSECOMMENT,    // COMMENT: " or \xBC
+  UNMASKED,        // MASKED: anything but a blank or MASK; the text is empty and the token stays in the input
+};
+
+// The value of a number of one part, as far as it was found on the way: digits times a power of 10.
+struct Decimal {
+  std::uint64_t digits;
+  std::int16_t exponent;
+  bool minus;
+  bool whole;  // nothing is left out; else all but the text means nothing
+};
+
+// More digits might not fit 64 bits, leading zeros or not.
+inline constexpr int MOST_DIGITS = 19;
+
+// A token. The text is zero-terminated and may be changed in place; it and the decimal are valid until the next scan.
+struct Token {
+  Rule rule;
+  std::uint16_t row;
+  char *text;
+  std::size_t length;
+  const Decimal *decimal;  // INTEGER and REAL: what the text spells
+};
+
+}  // namespace morvik

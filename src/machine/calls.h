@@ -1,0 +1,21 @@
+// Calls of functions, and the levels in which bodies run.
+#pragma once
+
+#include "machine/level.h"
+
+namespace morvik {
+
+// Calls the FUNCTION on top of the stack.
+Next call(Level &level);
+// The same with a function that the caller holds: its arguments are on top, and there is room for its locals.
+void callheld(Level &level, const Point &function);
+// Runs what is on top as EXECUTE does: a FUNCTION, or the text of a character space. 995 for anything else.
+Next executetop(Level &level);
+
+// Moves the arguments on top up and makes fresh locals below them. Returns the first local.
+Point *makelocals(Level &level, int arguments, int locals);
+// A level inside `outer` for a Programme, or for the body of a function that the caller holds. It may run many times.
+Level innerlevel(Level &outer, Point *programme, Point *frame, Point *floor);
+Level innerlevel(Level &outer, const Point &function, Point *frame, Point *floor);
+
+}  // namespace morvik

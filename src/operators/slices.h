@@ -1,0 +1,19 @@
+// FIRST and REST. Works in place, usually on the stack. A symbolic Point is never read as a space. Returns a message
+// number with the operands left whole, or 0; message 27 and an interrupt jump.
+#pragma once
+
+#include "spaces/point.h"
+
+namespace morvik {
+
+// The first element of a vector, an enclosed space within its enclosure, or the first slice along the slowest axis.
+// Scalars, empty spaces and symbolic Points stay. 994.
+int first(Point &space);
+// The first element as a vector, or what it encloses.
+int firstelement(Point &space);
+// All but the first element, or but the first slice along the slowest axis. 994, also for symbolic Points.
+int rest(Point &space);
+// All but the first element as a vector.
+int restelements(Point &space);
+
+}  // namespace morvik

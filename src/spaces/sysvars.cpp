@@ -1,0 +1,43 @@
+// The system variables as numbers. A person may bind anything to their names.
+#include "spaces/sysvars.h"
+
+#include "spaces/convert.h"
+
+namespace morvik {
+
+namespace {
+
+const Element *element(const Point &variable) {
+  return isspace(variable) ? variable.data_pointer : nullptr;
+}
+
+}  // namespace
+
+std::int64_t indexorigin(const Point *context) {
+  const Element *io = element(context[IO_SLOT]);
+  if (io && io->tag == tags::INTEGER) return io->integer;
+  return io && io->tag == tags::REAL ? saturate(io->real) : 1;
+}
+
+double tolerance(const Point *context) {
+  const Element *ct = element(context[CT_SLOT]);
+  if (!ct) return 0;
+  switch (ct->tag) {
+    case tags::INTEGER:
+      return static_cast<double>(ct->integer);
+    case tags::REAL:
+      return ct->real;
+    case tags::COMPLEX:
+      return ct->complex.re;
+    case tags::QUATERNION:
+      return ct->firstpart;
+    case tags::OCTONION:
+      return ct->octonion->part[0];
+    default:
+      return 0;
+  }
+}
+
+Point *quads;
+
+}  // namespace morvik

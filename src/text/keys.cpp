@@ -1,0 +1,331 @@
+// Short texts that are compared and looked up, not read: the names that stand on the stack, and the keys of results.
+#include "text/keys.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "failure/custody.h"
+#include "failure/signals.h"
+#include "spaces/blocks.h"
+#include "spaces/instructions.h"
+#include "spaces/making.h"
+#include "spaces/processstack.h"
+#include "text/flags.h"
+
+namespace morvik {
+
+namespace {
+
+constexpr char FIRST_DIGIT = '@';
+constexpr int DIGIT_BITS = 4;
+constexpr std::uint64_t DIGIT_MASK = 15;
+constexpr int MANTISSA_BITS = 53;
+constexpr std::int64_t NOT_FINITE = 2000;  // an exponent that no finite double has
+constexpr int LONGEST_NUMBER = 40;
+
+int digits(char *buffer, std::uint64_t value) {
+  int length = 0;
+  do {
+    buffer[length++] = static_cast<char>(FIRST_DIGIT + (value & DIGIT_MASK));
+    value >>= DIGIT_BITS;
+  } while (value != 0);
+  return length;
+}
+
+// Exponent and mantissa, with the sign before the mantissa.
+int realtox(char *buffer, std::int64_t exponent, std::uint64_t mantissa, bool negative) {
+  int length = itox(buffer, exponent);
+  buffer[length++] = ':';
+  if (negative) buffer[length++] = '-';
+  return length + digits(buffer + length, mantissa);
+}
+
+// A counted string that grows by doubling, in custody while it does.
+struct Builder {
+  char *text;
+  std::size_t length, capacity;  // without the terminating zero
+  std::uint32_t unpolled;
+  Custody kept;
+};
+
+void grow(Builder &b, std::size_t bytes) {
+  constexpr std::size_t FIRST_CAPACITY = 64;
+  std::size_t capacity = b.capacity * 2 > FIRST_CAPACITY ? b.capacity * 2 : FIRST_CAPACITY;
+  while (capacity < b.length + bytes) capacity *= 2;
+  char *wider = static_cast<char *>(newblock(capacity + 1));
+  std::memcpy(wider, b.text, b.length + 1);
+  b.kept.held = wider;
+  release(b.text);
+  b.text = wider;
+  b.capacity = capacity;
+}
+
+// Room for so many bytes and the zero after them.
+char *roomfor(Builder &b, std::size_t bytes) {
+  if (b.capacity - b.length < bytes) grow(b, bytes);
+  return b.text + b.length;
+}
+void ended(Builder &b, std::size_t bytes) {
+  b.length += bytes;
+  b.text[b.length] = 0;
+}
+void add(Builder &b, const char *text, std::size_t length) {
+  std::memcpy(roomfor(b, length), text, length);
+  ended(b, length);
+}
+void add(Builder &b, const char *text) {
+  add(b, text, std::strlen(text));
+}
+void add(Builder &b, char byte) {
+  add(b, &byte, 1);
+}
+void add(Builder &b, std::int64_t value) {
+  ended(b, static_cast<std::size_t>(itox(roomfor(b, LONGEST_NUMBER), value)));
+}
+void add(Builder &b, double value) {
+  ended(b, static_cast<std::size_t>(rtox(roomfor(b, LONGEST_NUMBER), value)));
+}
+
+void addpoint(Builder &b, const Point &point);
+
+// The sigil and the name, with its length before it: a name may hold any byte.
+void addname(Builder &b, const Point &point) {
+  const char *name = point.name ? point.name : "";
+  if (point.modifier >= instructions::SGIG && point.modifier <= instructions::SLIL)
+    add(b, std::int64_t{point.modifier - instructions::SGIG});
+  add(b, '&');
+  add(b, static_cast<std::int64_t>(std::strlen(name)));
+  add(b, ':');
+  add(b, name);
+}
+
+void addkey(Builder &b, std::uint32_t number) {
+  if (number < instructions::COUNT)
+    add(b, Addressnames[number], sizeof Addressnames[0]);
+  else
+    add(b, static_cast<std::int64_t>(number));
+}
+
+bool isoperatorform(std::uint16_t number) {
+  return number == instructions::OUTERPRODUCT || number == instructions::MASK ||
+         (number >= instructions::SCAN && number <= instructions::REDUCENWISELASTAXIS);
+}
+
+void addoperator(Builder &b, const Point &p) {
+  const bool decided = p.instruction == instructions::IF_YES || p.instruction == instructions::IF_NO;
+  if (decided && p.modifier != instructions::BARE) {
+    if (p.elements != 0) addkey(b, p.elements);
+    addkey(b, p.modifier);
+    add(b, '?');
+  } else if (isoperatorform(p.instruction) && p.modifier != 0) {
+    addkey(b, p.modifier);
+  }
+  addkey(b, p.instruction);
+  if (decided || isoperatorform(p.instruction) || p.modifier == 0) return;
+  add(b, '.');  // a mode of the instruction
+  addkey(b, p.modifier);
+}
+
+void addlocal(Builder &b, const Point &p, const char *words) {
+  add(b, words);
+  add(b, p.data_pointer ? p.data_pointer->integer : std::int64_t{-1});
+}
+
+void addfunction(Builder &b, const Point &p) {
+  add(b, ':');
+  add(b, std::int64_t{p.arguments});
+  add(b, ',');
+  add(b, std::int64_t{p.locals});
+  if ((p.type & ISOPERATOR) != 0) add(b, '!');
+  add(b, ' ');
+  if (p.programme)
+    for (const Point *q = p.programme + 1; !isend(*q); ++q) {
+      addpoint(b, *q);
+      if ((q->type & CONDITIONAL) != 0 && !isoperator(*q)) add(b, (q->type & YES) != 0 ? "?Y" : "?N");
+    }
+  add(b, ';');
+}
+
+void addsymbolic(Builder &b, const Point &p) {
+  switch (p.rank) {
+    case ranks::OPERATOR:
+      addoperator(b, p);
+      break;
+    case ranks::FUNCTION:
+      addfunction(b, p);
+      break;
+    case ranks::VARIABLE:
+      add(b, " VARIABLE:\t");
+      addname(b, p);
+      break;
+    case ranks::LOCALVARIABLE:
+      addlocal(b, p, " STACK VARIABLE:\t&");
+      break;
+    case ranks::LOCALADDRESS:
+      addlocal(b, p, " ADDRESS:\t&");
+      break;
+    case ranks::ADDRESS:
+      add(b, '@');
+      addname(b, p);
+      if ((p.type & ISLOCAL) != 0) add(b, static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(p.block)));
+      break;
+    default:
+      add(b, '%');
+      add(b, std::int64_t{p.rank});
+      addname(b, p);
+  }
+}
+
+// How a value was written tells values apart only where an instruction asks for it.
+void addform(Builder &b, const Element &e) {
+  if (e.form != forms::BOOLEAN && e.form != forms::BINARY && e.form != forms::POLAR) return;
+  add(b, '~');
+  add(b, std::int64_t{e.form});
+}
+
+void addparts(Builder &b, char letter, const double *part, int count) {
+  add(b, letter);
+  for (int k = 0; k < count; ++k) {
+    if (k > 0) add(b, ',');
+    add(b, part[k]);
+  }
+}
+
+[[gnu::noinline]] void addpointrecord(Builder &b, const Element &e) {
+  Point copy;
+  std::memcpy(&copy, &e, sizeof copy);
+  addsymbolic(b, copy);
+}
+
+// A number, a character, a file.
+[[gnu::noinline]] void addsimple(Builder &b, const Element &e) {
+  switch (e.tag) {
+    case tags::ASCII:
+      add(b, '\'');
+      add(b, std::int64_t{e.ascii});
+      break;
+    case tags::UNICODE:
+      add(b, '"');
+      add(b, std::int64_t{e.unicode});
+      break;
+    case tags::INTEGER:
+      add(b, 'i');
+      add(b, e.integer);
+      break;
+    case tags::REAL:
+      addparts(b, 'r', &e.real, 1);
+      break;
+    case tags::COMPLEX: {
+      const double part[] = {e.complex.re, e.complex.im};
+      addparts(b, 'c', part, 2);
+      break;
+    }
+    case tags::QUATERNION: {
+      const Quaternion q = quaternion(e);
+      addparts(b, 'q', q.part, 4);
+      break;
+    }
+    case tags::OCTONION:
+      addparts(b, 'o', e.octonion->part, 8);
+      break;
+    case tags::HANDLE:
+      add(b, 'f');
+      add(b, static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(handlestream(e))));
+      break;
+    default:
+      return add(b, '_');
+  }
+  addform(b, e);
+}
+
+void addelement(Builder &b, const Element &e) {
+  if (e.tag == tags::SUBARRAY)
+    addpoint(b, *e.subarray);
+  else if (e.tag < 0)
+    addpointrecord(b, e);
+  else
+    addsimple(b, e);
+}
+
+void addspace(Builder &b, const Point &space) {
+  add(b, '[');
+  for (std::int32_t axis = 0; axis < space.rank && space.shape_pointer; ++axis) {
+    add(b, space.shape_pointer[axis].integer);
+    add(b, ',');
+  }
+  add(b, ']');
+  const std::uint32_t elements = space.data_pointer && !isempty(space) ? space.elements : 0;
+  for (std::uint32_t i = 0; i < elements; ++i) {
+    addelement(b, space.data_pointer[i]);
+    add(b, ' ');
+    if (++b.unpolled % 4096 == 0) safepoint();
+  }
+}
+
+void addpoint(Builder &b, const Point &point) {
+  if (stackends()) outofstorage();
+  if (point.rank < 0)
+    addsymbolic(b, point);
+  else
+    addspace(b, point);
+  add(b, ' ');
+}
+
+char *textofspace(const Point &space) {
+  const std::uint32_t count = space.data_pointer && !isempty(space) ? space.elements : 0;
+  char *text = static_cast<char *>(newblock(count + std::size_t{1}));
+  std::size_t length = 0;
+  for (std::uint32_t i = 0; i < count; ++i)
+    if (space.data_pointer[i].tag == tags::ASCII) text[length++] = static_cast<char>(space.data_pointer[i].ascii);
+  text[length] = 0;
+  return text;
+}
+
+}  // namespace
+
+int itox(char *buffer, std::int64_t value) {
+  const auto magnitude = static_cast<std::uint64_t>(value);
+  if (value >= 0) return digits(buffer, magnitude);
+  *buffer = '-';
+  return 1 + digits(buffer + 1, 0 - magnitude);
+}
+
+int rtox(char *buffer, double value) {
+  if (value == 0) return realtox(buffer, 0, 0, false);
+  if (std::isnan(value)) return realtox(buffer, NOT_FINITE, 1, false);
+  if (std::isinf(value)) return realtox(buffer, NOT_FINITE, 0, value < 0);
+  int exponent;
+  const double fraction = std::frexp(std::fabs(value), &exponent);
+  const auto mantissa = static_cast<std::uint64_t>(std::ldexp(fraction, MANTISSA_BITS));
+  return realtox(buffer, exponent - MANTISSA_BITS, mantissa, value < 0);
+}
+
+char sigilof(const Point &name) {
+  static constexpr char SIGILS[] = {'_', '$', '.'};
+  const bool scoped = name.modifier >= instructions::SAIG && name.modifier <= instructions::SLIL;
+  return scoped ? SIGILS[name.modifier - instructions::SAIG] : '\0';
+}
+
+char *TOAddr(const Point *point) {
+  if (istext(*point) || isempty(*point)) return textofspace(*point);
+  if (point->rank != ranks::ADDRESS || !point->name) return stringdup("");
+  const char sigil = sigilof(*point);
+  const std::size_t length = std::strlen(point->name);
+  char *text = static_cast<char *>(newblock(length + 3)), *at = text;
+  *at++ = '@';
+  if (sigil != 0) *at++ = sigil;
+  std::memcpy(at, point->name, length + 1);
+  return text;
+}
+
+char *TOAddr1(char *text, const Point *point) {
+  Builder b{};
+  b.text = text ? text : stringdup("");
+  b.length = b.capacity = std::strlen(b.text);
+  takecustody(b.kept, releaseblock, b.text);
+  addpoint(b, *point);
+  endcustody(b.kept);
+  return b.text;
+}
+
+}  // namespace morvik
