@@ -1,9 +1,9 @@
-# The doors of the house. CMake does the work; every door first installs what it lacks, where it may.
+# The targets. CMake does the work; every target first installs what it lacks, where it may.
 #
 #   make run      builds and starts the prompt, or runs what is piped in (ARGS="-q" passes options on)
 #   make test     every test; test-debug, test-asan, test-tsan, test-checking: the same in those builds
 #                 (TESTS="REGEX" chooses by name)
-#   make bless    rewrites expectations of transcripts (NAMES="room room/name.morvik" chooses); read the difference
+#   make bless    rewrites expectations of transcripts (NAMES="folder folder/name.morvik" chooses); read the difference
 #   make lint     format, clang-tidy and the lints
 #   make format   formats
 #   make fuzz     fuzzes for SECONDS, and proves that a planted bug is found

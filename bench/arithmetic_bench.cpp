@@ -63,9 +63,9 @@ inline bool outweighs(T candidate, T sofar) {
 
 // What does not fit into an integer is left as it is near.
 inline double cut(double x) {
-  if (std::fabs(x) < INTEGERBOUND) [[likely]]
+  if (std::fabs(x) < INTEGER_BOUND) [[likely]]
     return static_cast<double>(static_cast<Whole>(x));
-  return x != x ? 0 : std::copysign(INTEGERBOUND, x);
+  return x != x ? 0 : std::copysign(INTEGER_BOUND, x);
 }
 
 inline double real(Whole x) {
@@ -81,7 +81,7 @@ void integers() {
   enter(two<T>("MULTIPLY", instructions::MULTIPLY, PLAIN, [](T x, T y) { return Sum{real(x) * real(y)}; }));
   enter(two<T>("DIVIDE", instructions::DIVIDE, PLAIN, [](T x, T y) {
     const double q = real(x) / real(y);
-    return Quotient{q, q >= 0 && q <= INTEGERBOUND && q == cut(q)};
+    return Quotient{q, q >= 0 && q <= INTEGER_BOUND && q == cut(q)};
   }));
   enter(two<T>("RESIDUE", instructions::RESIDUE, PLAIN, [](T x, T y) {
     return y == 0 ? x : y == -1 ? Whole{0} : x % y;

@@ -216,7 +216,7 @@ void readcontext() {
   makereal(context[CT_SLOT], 1e-15, forms::NUMBER);
 }
 
-std::size_t countof(const Operands &o) {
+std::size_t countplaces(const Operands &o) {
   return o.point[0].elements;
 }
 
@@ -283,7 +283,7 @@ Operands reshaped(std::size_t from, std::size_t to) {
 ARRAYS(
     reshape_longer, reshaped(count / 3, count), true, { reshape(p, p + 1, nullptr); },
     {
-      const auto to = static_cast<std::size_t>(o.point[1].data_pointer->integer), from = countof(o);
+      const auto to = static_cast<std::size_t>(o.point[1].data_pointer->integer), from = countplaces(o);
       Element *made = newelements(to);
       for (std::size_t i = 0, k = 0; i < to; ++i, k = k + 1 < from ? k + 1 : 0) made[i] = o.point[0].data_pointer[k];
       return made;
@@ -300,7 +300,7 @@ ARRAYS(
 // ---- Turning.
 
 Element *reversedbyhand(const Operands &o) {
-  const std::size_t count = countof(o);
+  const std::size_t count = countplaces(o);
   Element *made = newelements(count);
   for (std::size_t i = 0; i < count; ++i) made[i] = o.point[0].data_pointer[count - 1 - i];
   return made;
@@ -310,7 +310,7 @@ ARRAYS(
 ARRAYS(
     reverse_in_place, (Operands{{space(count, whole, seed)}, 1}), false, { reverse(*p); },
     {
-      for (std::size_t i = 0, k = countof(o) - 1; i < k; ++i, --k)
+      for (std::size_t i = 0, k = countplaces(o) - 1; i < k; ++i, --k)
         std::swap(o.point[0].data_pointer[i], o.point[0].data_pointer[k]);
       return o.point[0].data_pointer;
     });
@@ -321,8 +321,8 @@ std::size_t rowof(std::size_t count) {
 ARRAYS(
     transpose_matrix, (Operands{{space(count, whole, seed, rowof(count))}, 1}), true, { transpose(*p); },
     {
-      const auto row = static_cast<std::size_t>(o.point[0].shape_pointer[0].integer), rows = countof(o) / row;
-      Element *made = newelements(countof(o)), *to = made;
+      const auto row = static_cast<std::size_t>(o.point[0].shape_pointer[0].integer), rows = countplaces(o) / row;
+      Element *made = newelements(countplaces(o)), *to = made;
       for (std::size_t i = 0; i < row; ++i)
         for (std::size_t k = 0; k < rows; ++k) *to++ = o.point[0].data_pointer[k * row + i];
       return made;
@@ -331,7 +331,7 @@ ARRAYS(
 // ---- Joining and choosing.
 
 Element *joinedbyhand(const Operands &o) {
-  const std::size_t left = countof(o), right = o.point[1].elements;
+  const std::size_t left = countplaces(o), right = o.point[1].elements;
   Element *made = newelements(left + right);
   for (std::size_t i = 0; i < left; ++i) made[i] = o.point[0].data_pointer[i];
   for (std::size_t i = 0; i < right; ++i) made[left + i] = o.point[1].data_pointer[i];
@@ -350,7 +350,7 @@ Operands chosen(std::size_t count, std::uint64_t seed) {
 }
 // As much room as can be needed is taken, and cut in the end.
 Element *chosenbyhand(const Operands &o) {
-  const std::size_t count = countof(o);
+  const std::size_t count = countplaces(o);
   Element *made = newelements(count), *to = made;
   for (std::size_t i = 0; i < count; ++i)
     if (o.point[0].data_pointer[i].integer > 0) *to++ = o.point[1].data_pointer[i];
@@ -358,7 +358,7 @@ Element *chosenbyhand(const Operands &o) {
 }
 ARRAYS(
     compress_shared, chosen(count, seed), true, { compress(p[0], p[1]); }, { return chosenbyhand(o); });
-// Flags that a processor learns to foresee, which spares the plain loop its wrong guesses.
+// Flags that branch prediction learns, which spares the plain loop its mispredictions.
 Operands foreseen(std::size_t count, std::uint64_t seed) {
   Operands o = chosen(count, seed);
   o.redrawn = false;
@@ -372,7 +372,7 @@ ARRAYS(
 ARRAYS(
     enlist_tens, (Operands{{nested(count)}, 1}), true, { enlist(*p); },
     {
-      const std::size_t members = countof(o);
+      const std::size_t members = countplaces(o);
       std::size_t leaves = 0;
       for (std::size_t i = 0; i < members; ++i) leaves += o.point[0].data_pointer[i].subarray->elements;
       Element *made = newelements(leaves), *to = made;
@@ -406,7 +406,7 @@ ARRAYS(
     sum_reals, (Operands{{space(count, fraction, seed)}, 1}), true, { fold(p, instructions::ADD); },
     {
       double sum = 0;
-      for (std::size_t i = 0; i < countof(o); ++i) sum += o.point[0].data_pointer[i].real;
+      for (std::size_t i = 0; i < countplaces(o); ++i) sum += o.point[0].data_pointer[i].real;
       return answer(sum);
     });
 // The rule of each step: made in doubles, and an integer as long as it is one.
@@ -414,7 +414,7 @@ ARRAYS(
     sum_integers, (Operands{{space(count, whole, seed)}, 1}), true, { fold(p, instructions::ADD); },
     {
       double sum = 0;
-      for (std::size_t i = 0; i < countof(o); ++i) {
+      for (std::size_t i = 0; i < countplaces(o); ++i) {
         sum += static_cast<double>(o.point[0].data_pointer[i].integer);
         if (std::fabs(sum) > 0x1p63) break;
       }
@@ -424,7 +424,7 @@ ARRAYS(
     largest_reals, (Operands{{space(count, fraction, seed)}, 1}), true, { fold(p, instructions::MAXIMUM); },
     {
       double largest = o.point[0].data_pointer->real;
-      for (std::size_t i = 1; i < countof(o); ++i) {
+      for (std::size_t i = 1; i < countplaces(o); ++i) {
         const double x = o.point[0].data_pointer[i].real;
         largest = x > largest || x != x ? x : largest;
       }
@@ -434,14 +434,14 @@ ARRAYS(
     largest_integers, (Operands{{space(count, whole, seed)}, 1}), true, { fold(p, instructions::MAXIMUM); },
     {
       std::int64_t largest = o.point[0].data_pointer->integer;
-      for (std::size_t i = 1; i < countof(o); ++i) largest = std::max(largest, o.point[0].data_pointer[i].integer);
+      for (std::size_t i = 1; i < countplaces(o); ++i) largest = std::max(largest, o.point[0].data_pointer[i].integer);
       return answer(largest, forms::NUMBER);
     });
 ARRAYS(
     all_integers, (Operands{{space(count, yes, seed)}, 1}), true, { fold(p, instructions::AND); },
     {
       bool all = true;
-      for (std::size_t i = 0; i < countof(o); ++i) all = all && o.point[0].data_pointer[i].integer > 0;
+      for (std::size_t i = 0; i < countplaces(o); ++i) all = all && o.point[0].data_pointer[i].integer > 0;
       return answer(all ? 1 : 0, forms::BOOLEAN);
     });
 
@@ -461,7 +461,7 @@ ARRAYS(
     match_reals, alike(count, seed), true, { score(p); },
     {
       std::int64_t same = 0;
-      for (std::size_t i = 0; i < countof(o); ++i) {
+      for (std::size_t i = 0; i < countplaces(o); ++i) {
         const Element &a = o.point[0].data_pointer[i], &b = o.point[1].data_pointer[i];
         if (a.tag != b.tag) continue;
         const bool both = std::isnan(a.real) && std::isnan(b.real);

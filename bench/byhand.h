@@ -78,7 +78,7 @@ inline void store(Element &to, const Element &like, const Quaternion &value) {
 // Blocks are counted: one that somebody else holds too is not to be written over.
 inline void store(Element &to, const Element &like, const Octonion &value) {
   Octonion *home = to.octonion;
-  if (refr(home) != 1) [[unlikely]] {
+  if (referencecount(home) != 1) [[unlikely]] {
     release(home);
     home = static_cast<Octonion *>(newblock(sizeof(Octonion)));
   }
@@ -92,9 +92,9 @@ struct Sum {
   double value;
 };
 inline void store(Element &to, const Element &like, Sum sum) {
-  if (std::fabs(sum.value) < INTEGERBOUND)
+  if (std::fabs(sum.value) < INTEGER_BOUND)
     store(to, like, static_cast<Whole>(sum.value));
-  else if (std::fabs(sum.value) == INTEGERBOUND)
+  else if (std::fabs(sum.value) == INTEGER_BOUND)
     store(to, like, sum.value < 0 ? std::numeric_limits<Whole>::min() : std::numeric_limits<Whole>::max());
   else
     store(to, like, sum.value);

@@ -85,8 +85,8 @@ class Records {
         seed(set),
         size(count),
         fill(filler),
-        block(newelements(count + APART * static_cast<std::size_t>(set))),
-        data(block + APART * static_cast<std::size_t>(set)) {
+        block(newelements(count + MIXED_NUMBERS * static_cast<std::size_t>(set))),
+        data(block + MIXED_NUMBERS * static_cast<std::size_t>(set)) {
     std::uint64_t bits = static_cast<std::uint64_t>(set);
     for (std::size_t i = 0; i < count; ++i) {
       drawpart(bits);
@@ -121,7 +121,7 @@ class Records {
 
  private:
   // Each set begins elsewhere in its block: places whose addresses end alike hinder each other.
-  static constexpr std::size_t APART = 1000;
+  static constexpr std::size_t MIXED_NUMBERS = 1000;
   std::int32_t tag;
   int seed;
   std::size_t size;

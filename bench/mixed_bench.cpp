@@ -1,5 +1,5 @@
 // What a space of mixed kinds costs beside a uniform one: both are worked by the system, so that the ratio is its own
-// to itself. The kinds change at every element, or by chance, which no processor can foresee.
+// to itself. The kinds change at every element, or by chance, which branch prediction cannot learn.
 #include "arithmetic/pairs.h"
 #include "arithmetic/pairwalk.h"
 #include "monadics.h"

@@ -46,14 +46,14 @@ inline bool islogical(const T &x) {
 }
 // The whole number below x, or above where x comes as near to it as the tolerance; what is too large stays a real.
 inline Quotient below(double x) {
-  if (!(std::fabs(x) < INTEGERBOUND)) return {x, false};
+  if (!(std::fabs(x) < INTEGER_BOUND)) return {x, false};
   const double t = comparisontolerance, low = std::floor(x);
   if (x + t < low + 1) [[likely]]
     return {low, true};
   return {std::ceil(x) == std::floor(x + t) && low != std::ceil(x - t) ? std::ceil(x) : low, true};
 }
 inline Quotient above(double x) {
-  if (!(std::fabs(x) < INTEGERBOUND)) return {x, false};
+  if (!(std::fabs(x) < INTEGER_BOUND)) return {x, false};
   const double t = comparisontolerance, high = std::ceil(x);
   if (x - t > high - 1) [[likely]]
     return {high, true};
@@ -228,7 +228,7 @@ void reals() {
   MONAD(T, RAD, rad, PLAIN, x * (std::numbers::pi / 180));
   MONAD(T, FLOOR, flooring, PLAIN, below(x));
   MONAD(T, CEILING, ceiling, PLAIN, above(x));
-  MONAD(T, TRUNCATE, Truncate, PLAIN, (Quotient{x, std::fabs(x) < INTEGERBOUND}));
+  MONAD(T, TRUNCATE, Truncate, PLAIN, (Quotient{x, std::fabs(x) < INTEGER_BOUND}));
   drawing<T, nearerend>("BOOLEAN", booleanmonadic, PLAIN);
   drawing<T, outdrawnend>("PROBABLY", probablymonadic, LIBRARY);
   drawing<T, rollreal>("ROLL", rollmonadic, LIBRARY, [](Element &e, std::uint64_t bits) {

@@ -25,14 +25,14 @@ inline void walk(const vocabulary::Node &node, std::string text, std::vector<Spe
   text += static_cast<char>(node.byte);
   if (node.end.sets != 0) all.push_back({text, node.end.rule, node.end.bounded});
   for (int byte = 1; byte < 256; ++byte)
-    if (const vocabulary::Node *next = vocabulary::child(node, byte)) walk(*next, text, all);
+    if (const vocabulary::Node *next = vocabulary::childnode(node, byte)) walk(*next, text, all);
 }
 
 // Every spelling, the longer ones first: both editors take the first alternative that fits.
 inline std::vector<Spelling> vocabularywords() {
   std::vector<Spelling> all;
   for (int byte = 1; byte < 256; ++byte)
-    if (const vocabulary::Node *first = vocabulary::first(byte)) walk(*first, "", all);
+    if (const vocabulary::Node *first = vocabulary::firstnode(byte)) walk(*first, "", all);
   std::stable_sort(all.begin(), all.end(),
                    [](const Spelling &a, const Spelling &b) { return a.text.size() > b.text.size(); });
   return all;
@@ -104,7 +104,7 @@ inline std::string vimsyntax() {
     text += "syntax match " + std::string(group) + " {" + pattern + "{\n";
   };
   match("morvikName", "[^ \\t\\r][^ \\t\\r!.;]*");
-  match("morvikStructure", words(VIM, {Rule::OPENFUNCTION, Rule::CLOSEFUNCTION, Rule::ENDOFTEXT}));
+  match("morvikStructure", words(VIM, {Rule::OPEN_FUNCTION, Rule::CLOSE_FUNCTION, Rule::END_OF_TEXT}));
   match("morvikKeyword", words(VIM, {Rule::KEYWORD, Rule::BUILTIN}));
   match("morvikConstant", words(VIM, {Rule::CONSTANT}));
   match("morvikStructure",
@@ -172,7 +172,7 @@ inline std::string textmate() {
   match("constant.language", words(TEXTMATE, {Rule::CONSTANT}));
   match("variable.other", "[_$.%][A-Za-z_][0-9A-Za-z_]*|&" + count);
   match("keyword.operator", words(TEXTMATE, {Rule::KEYWORD, Rule::BUILTIN}));
-  match("keyword.control", words(TEXTMATE, {Rule::OPENFUNCTION, Rule::CLOSEFUNCTION, Rule::ENDOFTEXT}));
+  match("keyword.control", words(TEXTMATE, {Rule::OPEN_FUNCTION, Rule::CLOSE_FUNCTION, Rule::END_OF_TEXT}));
   match("punctuation", "`\\(|\\)`|[()]");
   match("variable", "[^ \\t\\r\\n][^ \\t\\r\\n!.;]*");
   return text + "\n  ]\n}\n";

@@ -5,7 +5,7 @@ namespace morvik {
 
 namespace {
 
-struct Add : Counted {
+struct Add : FlopCounter {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
 
   template <class Give>
@@ -13,16 +13,16 @@ struct Add : Counted {
     if (summable(a, b)) [[likely]]
       give(Integer{a.value + b.value});
     else
-      give(whole(static_cast<double>(a.value) + static_cast<double>(b.value)));
+      give(wholeresult(static_cast<double>(a.value) + static_cast<double>(b.value)));
   }
 
   template <Parted A, Parted B>
-  static constexpr std::size_t flopseach(Formula<A, B>) {
+  static constexpr std::size_t fixedflops(Formula<A, B>) {
     return PARTS<A> < PARTS<B> ? PARTS<A> : PARTS<B>;
   }
   template <Parted A, Parted B>
   Wider<A, B> operator()(const A &a, const B &b) {
-    constexpr int common = flopseach(Formula<A, B>{});
+    constexpr int common = fixedflops(Formula<A, B>{});
     return assemble<Wider<A, B>>([&](auto i) {
       if constexpr (i < common)
         return part(a, i) + part(b, i);

@@ -3,17 +3,17 @@
 #include <numbers>
 
 #include "arithmetic/monadic.h"
+#include "spaces/hypercomplex.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr double HALFTURN = 180;
-constexpr double DEGREE = std::numbers::pi / HALFTURN, RADIAN = HALFTURN / std::numbers::pi;
-constexpr std::uint64_t SHOWNPOLAR = heading(0, forms::POLAR);
-constexpr std::uint64_t SHOWNINDEGREES = heading(0, 0, attributes::DEGREES);
+constexpr double DEGREE = std::numbers::pi / HALF_TURN, RADIAN = HALF_TURN / std::numbers::pi;
+constexpr std::uint64_t POLAR_HEADING = heading(0, forms::POLAR);
+constexpr std::uint64_t DEGREES_HEADING = heading(0, 0, attributes::DEGREES);
 
-struct Deg : Counted {
+struct Deg : FlopCounter {
   double operator()(double x) {
     flops += 1;
     return x * RADIAN;
@@ -21,18 +21,18 @@ struct Deg : Counted {
   template <Hyper T>
   Formed operator()(const T &, Heading head) {
     // The bit of the form, moved to that of the mark.
-    return {carried(head.word) | (head.word & SHOWNPOLAR) * (SHOWNINDEGREES / SHOWNPOLAR)};
+    return {carriedheading(head.word) | (head.word & POLAR_HEADING) * (DEGREES_HEADING / POLAR_HEADING)};
   }
 };
 
-struct Rad : Counted {
+struct Rad : FlopCounter {
   double operator()(double x) {
     flops += 1;
     return x * DEGREE;
   }
   template <Hyper T>
   Formed operator()(const T &, Heading head) {
-    return {carried(head.word) & ~(ispolar(head.word) ? SHOWNINDEGREES : 0)};
+    return {carriedheading(head.word) & ~(ispolar(head.word) ? DEGREES_HEADING : 0)};
   }
 };
 

@@ -3,20 +3,21 @@
 #include "arithmetic/dyadic.h"
 #include "arithmetic/gamma.h"
 #include "arithmetic/refusal.h"
+#include "failure/signals.h"
 
 namespace morvik {
 
 namespace {
 
-struct Binomial : Counted {
+struct Binomial : FlopCounter {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
   static std::int32_t refusal(std::int32_t left, std::int32_t right) { return nohigher(left, right); }
-  static constexpr std::size_t stretch = 4096;
+  static constexpr std::size_t pollinterval = SLOW_POLL_INTERVAL;
   double tolerance = 0;
 
   // Whole numbers have a whole coefficient, which the quotient misses by its last bits.
-  Number operator()(Integer k, Integer n) {
-    return whole(std::nearbyint(binom(static_cast<double>(k.value), static_cast<double>(n.value))));
+  WholeOrReal operator()(Integer k, Integer n) {
+    return wholeresult(std::nearbyint(binom(static_cast<double>(k.value), static_cast<double>(n.value))));
   }
   double operator()(double k, double n) {
     flops += 1;

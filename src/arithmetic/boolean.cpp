@@ -25,7 +25,7 @@ struct probable_r {
 };
 
 template <class Rule>
-struct Decision : Counted {
+struct Decision : FlopCounter {
   static constexpr auto refusal = nocharacters;
   std::uint64_t *state = nullptr;
   bool drawn = false;

@@ -4,13 +4,13 @@
 
 #include "arithmetic/complexfunctions.h"
 #include "arithmetic/dyadic.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr std::int32_t NOFUNCTION = 85;
-constexpr std::int64_t GREATESTFUNCTION = 7;
+constexpr std::int64_t GREATEST_FUNCTION = 7;
 
 // Above this a square does not fit, and 1 is nothing beside it.
 constexpr double GREAT = 1e150;
@@ -30,7 +30,7 @@ double rootofmoresquare(double x) {
 
 // A call through the table costs no more than one by name, which goes through a table too.
 using RealFunction = double (*)(double);
-constexpr RealFunction REALFUNCTIONS[] = {
+constexpr RealFunction REAL_FUNCTIONS[] = {
     std::atanh, std::acosh, std::asinh, rootofsquareless, std::atan, std::acos, std::asin, rootoflesssquare,
     std::sin,   std::cos,   std::tan,   rootofmoresquare, std::sinh, std::cosh, std::tanh,
 };
@@ -66,19 +66,19 @@ Complex rootofmore(const Complex &z) {
   return isgreat(z) ? greatroot(z) : complexroot(pairproduct<Right::ITSELF>(plus(-1, z), plus(1, z)));
 }
 
-struct Direction {
+struct SineCosine {
   double sine, cosine;
 };
-Direction direction(double angle) {
+SineCosine sinecosine(double angle) {
   return {clean(std::sin(angle)), clean(std::cos(angle))};
 }
 
 Complex sine(const Complex &z) {
-  const auto [s, c] = direction(z.re);
+  const auto [s, c] = sinecosine(z.re);
   return {times(s, std::cosh(z.im)), times(c, std::sinh(z.im))};
 }
 Complex cosine(const Complex &z) {
-  const auto [s, c] = direction(z.re);
+  const auto [s, c] = sinecosine(z.re);
   return {times(c, std::cosh(z.im)), 0 - times(s, std::sinh(z.im))};
 }
 Complex hyperbolicsine(const Complex &z) {
@@ -91,7 +91,7 @@ Complex hyperboliccosine(const Complex &z) {
 // sinh z / cosh z over the squared modulus of the denominator, which is sinh(a)^2 + cos(b)^2: nothing cancels.
 Complex hyperbolictangent(const Complex &z) {
   constexpr double FLAT = 20;  // beyond, the real part is 1 and squares need not be formed
-  const auto [s, c] = direction(z.im);
+  const auto [s, c] = sinecosine(z.im);
   if (std::fabs(z.re) > FLAT) return {std::copysign(1, z.re), times(4 * s * c, std::exp(-2 * std::fabs(z.re)))};
   const double up = std::sinh(z.re), norm = up * up + c * c;
   return {up * std::cosh(z.re) / norm, s * c / norm};
@@ -110,58 +110,58 @@ Library upright(const Complex &z) {
   return {onaxis(z.re) ? std::copysign(0.0, z.im) : z.re, z.im};
 }
 
-Complex plain(const Library &w) {
+Complex fromlibrary(const Library &w) {
   return {w.real(), w.imag()};
 }
 
 Complex arcsine(const Complex &z) {
-  return plain(std::asin(onside(z, -z.re)));
+  return fromlibrary(std::asin(onside(z, -z.re)));
 }
 Complex arccosine(const Complex &z) {
-  return plain(std::acos(onside(z, -z.re)));
+  return fromlibrary(std::acos(onside(z, -z.re)));
 }
 Complex arctangent(const Complex &z) {
-  return plain(std::atan(upright(z)));
+  return fromlibrary(std::atan(upright(z)));
 }
 Complex areasine(const Complex &z) {
-  return plain(std::asinh(upright(z)));
+  return fromlibrary(std::asinh(upright(z)));
 }
 Complex areacosine(const Complex &z) {
-  return plain(std::acosh(onside(z, 1)));
+  return fromlibrary(std::acosh(onside(z, 1)));
 }
 Complex areatangent(const Complex &z) {
-  return plain(std::atanh(onside(z, -z.re)));
+  return fromlibrary(std::atanh(onside(z, -z.re)));
 }
 Complex rootofgreater(const Complex &z) {
   return rootofless(turned(z));
 }
 
 using ComplexFunction = Complex (*)(const Complex &);
-constexpr ComplexFunction COMPLEXFUNCTIONS[] = {
+constexpr ComplexFunction COMPLEX_FUNCTIONS[] = {
     areatangent, areacosine, areasine, rootofmore,    arctangent,     arccosine,        arcsine,           rootofless,
     sine,        cosine,     tangent,  rootofgreater, hyperbolicsine, hyperboliccosine, hyperbolictangent,
 };
 
 Complex cleanedfunction(std::int64_t number, const Complex &z) {
-  const Complex w = COMPLEXFUNCTIONS[number + GREATESTFUNCTION](z);
+  const Complex w = COMPLEX_FUNCTIONS[number + GREATEST_FUNCTION](z);
   return {clean(w.re), clean(w.im)};
 }
 
 // ---- The instruction.
 
-struct Circular : Counted {
+struct Circular : FlopCounter {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
   static std::int32_t refusal(std::int32_t, std::int32_t right) {
-    return right == tags::INTEGER ? INCOMPATIBLE : NOFUNCTION;
+    return right == tags::INTEGER ? messages::INCOMPATIBLE_TYPES : messages::CIRCULAR_NUMBER;
   }
   std::int32_t check(Integer number) const {
-    return number.value >= -GREATESTFUNCTION && number.value <= GREATESTFUNCTION ? 0 : NOFUNCTION;
+    return number.value >= -GREATEST_FUNCTION && number.value <= GREATEST_FUNCTION ? 0 : messages::CIRCULAR_NUMBER;
   }
 
-  static constexpr std::size_t flopseach(Formula<double, Integer>) { return 1; }
-  static constexpr std::size_t flopseach(Formula<Integer, Integer>) { return 1; }
+  static constexpr std::size_t fixedflops(Formula<double, Integer>) { return 1; }
+  static constexpr std::size_t fixedflops(Formula<Integer, Integer>) { return 1; }
   double operator()(Integer x, Integer number) { return (*this)(static_cast<double>(x.value), number); }
-  double operator()(double x, Integer number) { return REALFUNCTIONS[number.value + GREATESTFUNCTION](x); }
+  double operator()(double x, Integer number) { return REAL_FUNCTIONS[number.value + GREATEST_FUNCTION](x); }
   Complex operator()(const Complex &x, Integer number) {
     flops += 8;
     return cleanedfunction(number.value, x);

@@ -54,13 +54,13 @@ struct NotAbove {
 };
 
 template <class Test>
-struct Comparison : Counted {
+struct Comparison : FlopCounter {
   static constexpr std::uint32_t refused = 0;
   double tolerance = 0;
 
   template <Numeric A, Numeric B>
-  static constexpr std::size_t flopseach(Formula<A, B>) {
-    return (Parted<A> || Parted<B> ? 1 : 0) + SIGNEDFLOPS<A> + SIGNEDFLOPS<B>;
+  static constexpr std::size_t fixedflops(Formula<A, B>) {
+    return (Parted<A> || Parted<B> ? 1 : 0) + SIGNED_FLOPS<A> + SIGNED_FLOPS<B>;
   }
   template <Numeric A, Numeric B>
   Truth operator()(const A &left, const B &right) {
@@ -96,12 +96,12 @@ inline bool isident(const A &a, const B &b) {
 
 // Truth is `same` for an identical pair. Integers are compared as such: doubles cannot tell the largest ones apart.
 template <bool same>
-struct Identity : Counted {
+struct Identity : FlopCounter {
   static constexpr std::uint32_t refused = 0;
 
   Truth operator()(Integer a, Integer b) { return {(a.value == b.value) == same}; }
   template <Numeric A, Numeric B>
-  static constexpr std::size_t flopseach(Formula<A, B>) {
+  static constexpr std::size_t fixedflops(Formula<A, B>) {
     return Parted<A> || Parted<B> ? 1 : 0;
   }
   template <Numeric A, Numeric B>

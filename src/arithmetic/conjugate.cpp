@@ -5,9 +5,9 @@ namespace morvik {
 
 namespace {
 
-struct Conjugate : Counted {
-  Formed operator()(Integer, Heading head) { return {head.word & INHERITED}; }
-  Formed operator()(double, Heading head) { return {head.word & INHERITED}; }
+struct Conjugate : FlopCounter {
+  Formed operator()(Integer, Heading head) { return {head.word & INHERITED_BITS}; }
+  Formed operator()(double, Heading head) { return {head.word & INHERITED_BITS}; }
 
   template <Hyper T>
   T operator()(const T &x) {

@@ -6,24 +6,24 @@ namespace morvik {
 
 namespace {
 
-struct Divide : Counted {
+struct Divide : FlopCounter {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
 
   // Kept: a quotient is an integer where it is whole and not negative; -6 by 3 is the real -2.
   template <class Give>
   void operator()(Integer a, Integer b, Give &&give) {
     const double q = static_cast<double>(a.value) / static_cast<double>(b.value);
-    if (q >= 0 && q < INTEGERBOUND) [[likely]] {
+    if (q >= 0 && q < INTEGER_BOUND) [[likely]] {
       const auto whole = static_cast<std::int64_t>(q);
       if (static_cast<double>(whole) == q) return give(Integer{whole});
     }
-    const bool limit = q == INTEGERBOUND;
+    const bool limit = q == INTEGER_BOUND;
     flops += limit ? 0 : 1;
-    give(Number{q, limit});
+    give(WholeOrReal{q, limit});
   }
 
   template <Parted A>
-  static constexpr std::size_t flopseach(Formula<A, double>) {
+  static constexpr std::size_t fixedflops(Formula<A, double>) {
     return PARTS<A>;
   }
   double operator()(double a, double b) { return a / b; }

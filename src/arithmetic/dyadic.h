@@ -11,6 +11,8 @@
 #include "arithmetic/numberloops.h"
 #include "arithmetic/pairs.h"
 #include "arithmetic/scalars.h"
+#include "failure/signals.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
@@ -25,8 +27,8 @@ double tolerancein(const Point *context);
 
 template <class Core, std::int32_t L, std::int32_t R>
 constexpr void setloops(Dyadic &d) {
-  if constexpr (Supported<Core, Kind<L>, Kind<R>>) d.kernels[kindof(L, R)] = &loop<Core, L, R>;
-  if constexpr (Supported<Core, Kind<L>, Kind<R>>) d.picked[kindof(L, R)] = &pickedloop<Core, L, R>;
+  if constexpr (Supported<Core, Kind<L>, Kind<R>>) d.kernels[kindof(L, R)] = &pairloop<Core, L, R>;
+  if constexpr (Supported<Core, Kind<L>, Kind<R>>) d.masked[kindof(L, R)] = &maskedloop<Core, L, R>;
   if constexpr (Checked<Core, Kind<L>, Kind<R>>) d.checks[kindof(L, R)] = &check<Core, L, R>;
 }
 
@@ -37,40 +39,40 @@ constexpr Dyadic dyadic() {
   d.tolerant = requires(Core core) {
     core.tolerance;
   };
-  if constexpr (requires { Core::stretch; })
-    d.stretch = Core::stretch;
+  if constexpr (requires { Core::pollinterval; })
+    d.pollinterval = Core::pollinterval;
   else
-    d.stretch = STRETCH;
+    d.pollinterval = POLL_INTERVAL;
   if constexpr (requires { Core::refusal(0, 0); })
     d.refusal = &Core::refusal;
   else
-    d.refusal = [](std::int32_t, std::int32_t) { return INCOMPATIBLE; };
+    d.refusal = [](std::int32_t, std::int32_t) { return messages::INCOMPATIBLE_TYPES; };
   if constexpr (Supported<Core, double, double>) {
     static_assert(!Checked<Core, double, double> && !Checked<Core, double, Integer> && !Checked<Core, Integer, double>);
-    d.kernels[NUMBERS] = &numberloop<Core>;
-    d.picked[NUMBERS] = &pickednumbers<Core>;
+    d.kernels[MIXED_KIND] = &mixedloop<Core>;
+    d.masked[MIXED_KIND] = &maskedmixed<Core>;
   }
   [&]<std::size_t... cell>(std::index_sequence<cell...>) {
-    (setloops<Core, tagof(cell / LOOPTAGS), tagof(cell % LOOPTAGS)>(d), ...);
+    (setloops<Core, tagof(cell / LOOP_TAGS), tagof(cell % LOOP_TAGS)>(d), ...);
   }
-  (std::make_index_sequence<LOOPTAGS * LOOPTAGS>{});
+  (std::make_index_sequence<LOOP_TAGS * LOOP_TAGS>{});
   return d;
 }
 
-// ---- The short way for two plain scalars: nothing conforms, extends or nests.
+// ---- The fast path for two plain scalars: nothing conforms, extends or nests.
 
-// Where the sum of two plain scalars goes whose left one somebody else holds: the block of the right one, or a new one.
-// Gives up the others. Message 27, nothing given up.
-Element *otherhome(Element *left, Element *right);
+// The block for the result of two plain scalars whose left block is shared: the right one's, or a new one. Releases the
+// others. Message 27, nothing released.
+Element *resultblock(Element *left, Element *right);
 
 // Pops two plain scalars and pushes one whose element, in a block that nobody else sees, is to be written. Message 27,
 // nothing popped.
-[[gnu::always_inline]] inline Element *scalarhome(Point **stack) {
+[[gnu::always_inline]] inline Element *scalarresult(Point **stack) {
   Point &left = (*stack)[-1], &right = **stack;
-  if (refr(left.data_pointer) == 1) [[likely]]
+  if (referencecount(left.data_pointer) == 1) [[likely]]
     release(right.data_pointer);
   else
-    left.data_pointer = otherhome(left.data_pointer, right.data_pointer);
+    left.data_pointer = resultblock(left.data_pointer, right.data_pointer);
   if (right.depth > left.depth) left.depth = right.depth;
   --*stack;
   return left.data_pointer;
@@ -78,14 +80,14 @@ Element *otherhome(Element *left, Element *right);
 
 // False where the frame has to look closer.
 template <class Core, std::int32_t L, std::int32_t R>
-inline bool scalarpair(Point **stack, const Element &left, const Element &right, const Tally &tally) {
+inline bool workscalarpair(Point **stack, const Element &left, const Element &right, const Tally &tally) {
   if constexpr (Supported<Core, Kind<L>, Kind<R>> && !Checked<Core, Kind<L>, Kind<R>>) {
     Core core = startcore<Core>(tally);
     const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
-    apply(core, valueof<L>(left), valueof<R>(right), [&](const auto &value) {
-      const std::uint32_t kind = place<L, R>(*scalarhome(stack), lefthead, righthead, value, true);
+    applydyadic(core, valueof<L>(left), valueof<R>(right), [&](const auto &value) {
+      const std::uint32_t kind = writeresult<L, R>(*scalarresult(stack), lefthead, righthead, value, true);
       setscalar(**stack, ISSCALAR | kind);
-      countwork(1, 1 + static_cast<double>(core.flops + flopsforeach<Core, Kind<L>, Kind<R>>()));
+      countwork(1, 1 + static_cast<double>(core.flops + fixedflopsof<Core, Kind<L>, Kind<R>>()));
     });
     return true;
   } else {
@@ -94,19 +96,19 @@ inline bool scalarpair(Point **stack, const Element &left, const Element &right,
 }
 
 template <class Core>
-inline bool scalars(Point **stack, const Point *context) {
+inline bool workscalars(Point **stack, const Point *context) {
   const Point &left = (*stack)[-1], &right = **stack;
   if (!isplainscalar(left) || !isplainscalar(right)) return false;
   Tally tally;
   if constexpr (requires(Core core) { core.tolerance; }) tally.tolerance = tolerancein(context);
   const Element &a = *left.data_pointer, &b = *right.data_pointer;
-  constexpr std::uint64_t looked = heading(-1, 0, attributes::NAMED);
+  constexpr std::uint64_t comparedbits = heading(-1, 0, attributes::NAMED);
   constexpr std::uint64_t integer = heading(tags::INTEGER, 0), real = heading(tags::REAL, 0);
-  const std::uint64_t l = headingof(a) & looked, r = headingof(b) & looked;
-  if (l == integer && r == integer) return scalarpair<Core, tags::INTEGER, tags::INTEGER>(stack, a, b, tally);
-  if (l == real && r == real) return scalarpair<Core, tags::REAL, tags::REAL>(stack, a, b, tally);
-  if (l == integer && r == real) return scalarpair<Core, tags::INTEGER, tags::REAL>(stack, a, b, tally);
-  if (l == real && r == integer) return scalarpair<Core, tags::REAL, tags::INTEGER>(stack, a, b, tally);
+  const std::uint64_t l = headingof(a) & comparedbits, r = headingof(b) & comparedbits;
+  if (l == integer && r == integer) return workscalarpair<Core, tags::INTEGER, tags::INTEGER>(stack, a, b, tally);
+  if (l == real && r == real) return workscalarpair<Core, tags::REAL, tags::REAL>(stack, a, b, tally);
+  if (l == integer && r == real) return workscalarpair<Core, tags::INTEGER, tags::REAL>(stack, a, b, tally);
+  if (l == real && r == integer) return workscalarpair<Core, tags::REAL, tags::INTEGER>(stack, a, b, tally);
   return false;
 }
 
@@ -114,7 +116,7 @@ inline bool scalars(Point **stack, const Point *context) {
   extern const Dyadic name##cores;                                                          \
   constinit const Dyadic name##cores = dyadic<Core>();                                      \
   void name(Point **stack, const Point *instruction, Point *context, char nested) {         \
-    if (nested == 0 && scalars<Core>(stack, context)) return;                               \
+    if (nested == 0 && workscalars<Core>(stack, context)) return;                           \
     dyadicframe(name##cores, stack, instruction, context, nested != 0);                     \
   }                                                                                         \
   std::int32_t vec_##name(Point **, const Point *, Point *, std::uint32_t index) noexcept { \

@@ -7,7 +7,7 @@ namespace morvik {
 
 namespace {
 
-struct Exponential : Counted {
+struct Exponential : FlopCounter {
   double operator()(double x) {
     flops += 1;
     return std::exp(x);

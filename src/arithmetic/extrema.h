@@ -10,19 +10,19 @@ namespace morvik {
 // `Order::better(a, b)` tells whether a goes before b; `Order::weight(x)` is what a higher number goes by, at
 // `Order::flops<T>` each.
 template <class Order>
-struct Extremum : Counted {
+struct Extremum : FlopCounter {
   static constexpr std::uint32_t refused = 0;
 
   Integer operator()(Integer a, Integer b) { return {Order::better(b.value, a.value) ? b.value : a.value}; }
 
-  static constexpr std::size_t flopseach(Formula<double, double>) { return 1; }
+  static constexpr std::size_t fixedflops(Formula<double, double>) { return 1; }
   double operator()(double a, double b) {
     const double chosen = Order::better(b, a) ? b : a;
     return b != b ? b : chosen;
   }
 
   template <Hyper T>
-  static constexpr std::size_t flopseach(Formula<T, T>) {
+  static constexpr std::size_t fixedflops(Formula<T, T>) {
     return 1 + 2 * Order::template flops<T>;
   }
   template <Hyper T>

@@ -7,7 +7,7 @@ namespace morvik {
 
 namespace {
 
-struct Factorial : Counted {
+struct Factorial : FlopCounter {
   double tolerance = 0;
   std::int32_t failure = 0;
 
@@ -22,13 +22,13 @@ struct Factorial : Counted {
   double operator()(double x) {
     flops += 20;
     const double result = factor(x);
-    failure = aplerr;
+    failure = numericfault;
     return result;
   }
   Complex operator()(const Complex &z) {
     flops += 100;
     const Complex result = complexfactorial(z, tolerance);
-    failure = aplerr;
+    failure = numericfault;
     return result;
   }
   template <Hyper T>

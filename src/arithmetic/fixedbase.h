@@ -15,7 +15,7 @@ struct Ten {
 };
 
 template <class Base>
-struct PowerOf : Counted {
+struct PowerOf : FlopCounter {
   double operator()(double x) {
     double result = 0;
     flops += 1;
@@ -34,7 +34,7 @@ struct PowerOf : Counted {
 };
 
 template <class Base>
-struct LogarithmOf : Counted {
+struct LogarithmOf : FlopCounter {
   double operator()(double x) {
     Logarithm core;
     const double result = core(x, Base::VALUE);

@@ -1,18 +1,18 @@
 // BINARY, NUMBER, POLAR and CARTESIAN: how an element is written back. The value stays what it is.
 #include "arithmetic/monadic.h"
 
+#include "spaces/messages.h"
+
 namespace morvik {
 
 namespace {
 
-constexpr std::int32_t NOTABINARY = 811;
-
 // The form that the result has, from that of the operand.
 template <std::uint16_t (*form)(std::uint16_t)>
-struct Reform : Counted {
+struct Reform : FlopCounter {
   template <class T>
   requires(Parted<T> || std::same_as<T, Integer>) Formed operator()(const T &, Heading head) {
-    return {reformed(head.word, form(formof(head.word)))};
+    return {withform(head.word, form(formof(head.word)))};
   }
 };
 
@@ -30,15 +30,19 @@ constexpr std::uint16_t coordinateform(std::uint16_t form) {
 
 struct Binary : Reform<binaryform> {
   using Reform::operator();
-  Formed operator()(Ascii, Heading head) { return {reformed(head.word, forms::BINARY)}; }
-  Formed operator()(Unicode, Heading head) { return {reformed(head.word, forms::BINARY)}; }
+  Formed operator()(Ascii, Heading head) { return {withform(head.word, forms::BINARY)}; }
+  Formed operator()(Unicode, Heading head) { return {withform(head.word, forms::BINARY)}; }
 };
 
 // Only a character that is written in bits is the number that these bits are.
 struct ToNumber : Reform<numberform> {
   using Reform::operator();
-  std::int32_t check(Ascii, Heading head) const { return formof(head.word) == forms::BINARY ? 0 : NOTABINARY; }
-  std::int32_t check(Unicode, Heading head) const { return formof(head.word) == forms::BINARY ? 0 : NOTABINARY; }
+  std::int32_t check(Ascii, Heading head) const {
+    return formof(head.word) == forms::BINARY ? 0 : messages::NUMBER_NOT_BINARY;
+  }
+  std::int32_t check(Unicode, Heading head) const {
+    return formof(head.word) == forms::BINARY ? 0 : messages::NUMBER_NOT_BINARY;
+  }
   Integer operator()(Ascii x) { return {x.value}; }
   Integer operator()(Unicode x) { return {x.value}; }
 };

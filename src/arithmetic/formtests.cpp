@@ -6,7 +6,7 @@ namespace morvik {
 namespace {
 
 template <std::uint16_t form>
-struct FormTest : Counted {
+struct FormTest : FlopCounter {
   template <class T>
   Truth operator()(const T &, Heading head) {
     return {formof(head.word) == form};

@@ -1,4 +1,4 @@
-// How scalar instructions fail, and what their results replace.
+// What the frames of the scalar instructions share: the records of a result, and the slices of the pool.
 #include "arithmetic/frame.h"
 
 #include "spaces/hypercomplex.h"
@@ -7,7 +7,7 @@
 
 namespace morvik {
 
-void giveupall(const Run &run, Element &result) {
+void releaseoverwritten(const Run &run, Element &result) {
   // What the record encloses may be seen by others too: it is lowered, and stays as it is.
   if (!run.fresh) dereferencedataelems(&result, 1);
 }
@@ -18,7 +18,7 @@ bool newrecords(Run &run) {
   return run.result || run.count == 0;
 }
 
-void abandon(Run &run) {
+void abandonrun(Run &run) {
   if (!run.fresh || !run.result) return;
   dereferencedataelems(run.result, run.done);
   freeblock(run.result);
@@ -27,20 +27,20 @@ void abandon(Run &run) {
 namespace {
 
 // A coprocessor's stack has no guard that reports its end as the main thread's has.
-constexpr std::int16_t DEEPEST = 1000;
+constexpr std::int16_t DEEPEST_NESTING = 1000;
 
 // What a failed slice leaves: records that own nothing.
-void fillup(const Run &run) {
-  for (std::size_t i = run.done; i < run.count; ++i) leaveunmade(run.result[i]);
+void fillrest(const Run &run) {
+  for (std::size_t i = run.done; i < run.count; ++i) makefiller(run.result[i]);
 }
 
 }  // namespace
 
 bool isdeep(const Point &operand) {
-  return operand.depth < 0 || operand.depth > DEEPEST;
+  return operand.depth < 0 || operand.depth > DEEPEST_NESTING;
 }
 
-bool handout(Run &run, const Point *instruction, Point *operand, const Tally &tally) {
+bool postrun(Run &run, const Point *instruction, Point *operand, const Tally &tally) {
   Work &w = to_coprocessors;
   w.instruction = instruction;
   w.operand = operand;
@@ -54,14 +54,14 @@ bool handout(Run &run, const Point *instruction, Point *operand, const Tally &ta
   return true;
 }
 
-void recall(Run &run) {
+void recallrun(Run &run) {
   recallslices();
   if (!run.fresh) return;
-  fillup(run);
+  fillrest(run);
   run.done = to_coprocessors.count;
 }
 
-bool cutslice(Run &run, std::uint32_t index) {
+bool narrowtoslice(Run &run, std::uint32_t index) {
   const Work &w = to_coprocessors;
   const Slice mine = slice(static_cast<std::uint32_t>(w.count), processors, index);
   run.left += mine.begin * run.leftstep;
@@ -87,7 +87,7 @@ std::int32_t endslice(Run &run, const Tally &tally, std::int32_t message, std::u
   if (message != 0 && run.fresh) {
     dereferencedataelems(run.result, run.done);
     run.done = run.kinds = 0;
-    fillup(run);
+    fillrest(run);
   }
   const double flops = tally.flops + hypercomplexflops;
   reply.failure = message;

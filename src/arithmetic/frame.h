@@ -12,9 +12,9 @@
 namespace morvik {
 
 // How many tags may have loops, and so kinds of their own; one more kind stands for all others.
-inline constexpr std::size_t LOOPTAGS = tags::OCTONION - tags::ASCII + 1, KINDS = LOOPTAGS + 1;
+inline constexpr std::size_t LOOP_TAGS = tags::OCTONION - tags::ASCII + 1, KINDS = LOOP_TAGS + 1;
 inline constexpr std::size_t kindof(std::int32_t tag) {
-  return std::min<std::uint32_t>(static_cast<std::uint32_t>(tag) - tags::ASCII, LOOPTAGS);
+  return std::min<std::uint32_t>(static_cast<std::uint32_t>(tag) - tags::ASCII, LOOP_TAGS);
 }
 inline constexpr std::int32_t tagof(std::size_t kind) {
   return tags::ASCII + static_cast<std::int32_t>(kind);
@@ -24,7 +24,7 @@ inline constexpr std::int32_t tagof(std::size_t kind) {
 template <std::size_t count>
 struct Loops {
   std::array<Kernel, count> kernels;
-  std::array<Picked, count> picked;
+  std::array<MaskedKernel, count> masked;
   std::array<Check, count> checks;  // null where no value fails
 };
 
@@ -36,7 +36,7 @@ inline void countwork(double operated, double done) {
   from_coprocessor[0].total_flops += done;
 }
 
-// For the short way: nothing conforms, extends or nests.
+// For the fast path: nothing conforms, extends or nests.
 inline bool isplainscalar(const Point &p) {
   return p.rank == 0 && p.elements == 1 && (p.type & ~(HASINTEGER | HASREAL)) == ISSCALAR;
 }
@@ -44,40 +44,40 @@ inline bool isplainscalar(const Point &p) {
 // Does a flag word promise one kind, and does the first record keep the promise?
 inline bool isuniform(const Point &p) {
   const std::uint32_t kind = kindbit(p.data_pointer->tag);
-  return (p.type & (COMPLEXED | STRUCTURED)) == 0 && (p.type & ELEMENTBITS) == kind && kind != 0;
+  return (p.type & (COMPLEXED | STRUCTURED)) == 0 && (p.type & ELEMENT_BITS) == kind && kind != 0;
 }
 
 // May the records be written over without loss? The name of a scalar may be counted.
 inline bool isowned(const Point &p) {
   const bool named = p.rank == 0 && (p.data_pointer->attributes & attributes::NAMED) != 0;
-  return refr(p.data_pointer) == 1 && !named;
+  return referencecount(p.data_pointer) == 1 && !named;
 }
 
 // What a record of the result owns, where the result is written over it.
-void giveupall(const Run &run, Element &result);
+void releaseoverwritten(const Run &run, Element &result);
 
 // New records for the result of a run. False where there is no storage.
 bool newrecords(Run &run);
 // What is not made after a failure: a record that owns nothing.
-inline void leaveunmade(Element &e) {
+inline void makefiller(Element &e) {
   e = {};
   e.tag = tags::FILLER;
 }
 // Gives back what a run that failed made; nothing where it wrote over an operand.
-void abandon(Run &run);
+void abandonrun(Run &run);
 
-// ---- The share of the pool. What is peculiar to a family stands in to_coprocessors already: its operands.
+// ---- The share of the pool. What is peculiar to a family is in to_coprocessors already: its operands.
 
 // Is an operand nested too deeply for a coprocessor's stack?
 bool isdeep(const Point &operand);
 // The one place where work goes to the pool. True: its threads are on all slices but the first, which is what is left
 // in `run`. What they read must then live until the join, which is also where the operands may go.
-bool handout(Run &run, const Point *instruction, Point *operand, const Tally &tally);
+bool postrun(Run &run, const Point *instruction, Point *operand, const Tally &tally);
 // The main thread's slice failed: the pool stops, and what all slices made is the run's to abandon.
-void recall(Run &run);
+void recallrun(Run &run);
 
 // A slice begins with a run over whole operands, and becomes the run over its own part. False where that is empty.
-bool cutslice(Run &run, std::uint32_t index);
+bool narrowtoslice(Run &run, std::uint32_t index);
 Tally startslice();
 // Leaves all in the thread's reply, and gives back what a slice that failed made. Returns the message.
 std::int32_t endslice(Run &run, const Tally &tally, std::int32_t message, std::uint32_t index);

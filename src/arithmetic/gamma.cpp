@@ -6,12 +6,11 @@
 #include <numbers>
 
 #include "arithmetic/complexfunctions.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
 namespace {
-
-constexpr std::int32_t NOFACTORIAL = 36, NOBINOMIAL = 40, NEARPOLE = 130;
 
 // Highest coefficient first.
 template <std::size_t size, class T>
@@ -33,7 +32,7 @@ constexpr double Q[] = {1,
                         -1421.6453534644902,
                         4597.142440656356,
                         7194.088849193596};
-constexpr double FACTORIALOFHALF = 0.886226925452758;
+constexpr double FACTORIAL_OF_HALF = 0.886226925452758;
 
 bool iswhole(double x) {
   return std::floor(x) == x;
@@ -62,12 +61,12 @@ double risingproduct(double x, double &last) {
 }  // namespace
 
 double factor(double x) {
-  aplerr = 0;
+  numericfault = 0;
   if (x == 0 || x == 1) return 1;
   double f, u;
   if (x < 0) {
     if (iswhole(x)) {
-      aplerr = NOFACTORIAL;
+      numericfault = messages::FACTORIAL_ARGUMENT;
       return -0.0;
     }
     f = 1 / risingproduct(x, u);
@@ -81,7 +80,7 @@ double factor(double x) {
     if (u == 1) return f;
   }
   const double w = u - 0.5;
-  return (w * horner(P, w) / horner(Q, w) + FACTORIALOFHALF) * f;
+  return (w * horner(P, w) / horner(Q, w) + FACTORIAL_OF_HALF) * f;
 }
 
 // ---- Binomial coefficients of reals.
@@ -114,10 +113,10 @@ double wholebinomial(double k, double n) {
 }  // namespace
 
 double binom(double k, double n) {
-  aplerr = 0;
+  numericfault = 0;
   const double d = n - k;
   if (iswhole(n) && !iswhole(k) && n < 0) {
-    aplerr = NOBINOMIAL;
+    numericfault = messages::BINOMIAL_VALUES;
     return 0;
   }
   if (iswhole(k) && iswhole(n)) {
@@ -134,7 +133,7 @@ double binom(double k, double n) {
   double divisor = 1;
   const double dividend = factor(n);
   if (k != 0 && k != 1) divisor = factor(k);
-  aplerr = 0;
+  numericfault = 0;
   if (d != 0 && d != 1) divisor *= factor(d);
   return dividend / divisor;
 }
@@ -145,19 +144,19 @@ namespace {
 
 constexpr double coef[] = {0.00641025641025641,   -0.0019175269175269176, 0.0008417508417508417, -0.0005952380952380953,
                            0.0007936507936507937, -0.002777777777777778,  0.08333333333333333};
-constexpr double HALFLOGOFTURN = 0.9189385332046728, LOGOFTURN = 1.8378770664093456;  // of 2 pi
-constexpr double REACH = 14.142, LEASTREACH = 0.1, GREATESTREACH = 10;
-constexpr double SERIESENDS = 1e18;  // squared modulus beyond which the series adds nothing
-constexpr double SMALLTURN = -0.1054, GREATTURN = -39.15;
+constexpr double HALF_LOG_OF_TURN = 0.9189385332046728, LOG_OF_TURN = 1.8378770664093456;  // of 2 pi
+constexpr double REACH = 14.142, LEAST_REACH = 0.1, GREATEST_REACH = 10;
+constexpr double SERIES_ENDS = 1e18;  // squared modulus beyond which the series adds nothing
+constexpr double SMALL_TURN = -0.1054, GREAT_TURN = -39.15;
 
 // The logarithm of gamma far from the origin, right of it.
 Complex stirling(const Complex &z) {
   const Complex logarithm{logarithmofmodulus(z), std::atan2(z.im, z.re)};
   Complex sum = pairproduct<Right::ITSELF>(Complex{z.re - 0.5, z.im}, logarithm);
-  sum.re += HALFLOGOFTURN - z.re;
+  sum.re += HALF_LOG_OF_TURN - z.re;
   sum.im -= z.im;
   const double norm = squarednorm(z);
-  if (!(norm <= SERIESENDS)) return sum;
+  if (!(norm <= SERIES_ENDS)) return sum;
   const Complex inverse{z.re / norm, 0 - z.im / norm};
   const Complex square = pairproduct<Right::ITSELF>(inverse, inverse);
   Complex series{coef[0], 0};
@@ -172,7 +171,7 @@ Complex stirling(const Complex &z) {
 // The logarithm of gamma where the real part is not negative; false at the pole 0. The steps up to where the series
 // serves are divided out again; their angles are added up, so that the logarithm keeps its branch.
 bool rightlogarithm(const Complex &z, Complex &result) {
-  const double reach = std::fmin(std::fmax(REACH - std::fabs(z.im), LEASTREACH), GREATESTREACH);
+  const double reach = std::fmin(std::fmax(REACH - std::fabs(z.im), LEAST_REACH), GREATEST_REACH);
   Complex steps{1, 0}, shifted = z;
   double angle = 0;
   for (; shifted.re < reach; shifted.re += 1) {
@@ -189,8 +188,8 @@ bool rightlogarithm(const Complex &z, Complex &result) {
 // 1 - exp(2 pi i z), z in the upper half plane: it is 0 at the poles left of 0.
 Complex reflection(const Complex &z) {
   const double t = -2 * std::numbers::pi * z.im;
-  const double rest = t >= SMALLTURN ? -std::expm1(t) : t <= GREATTURN ? 1 : 1 - std::exp(t);
-  const double shrunk = t <= GREATTURN ? 0 : t >= SMALLTURN ? 1 - rest : std::exp(t);
+  const double rest = t >= SMALL_TURN ? -std::expm1(t) : t <= GREAT_TURN ? 1 : 1 - std::exp(t);
+  const double shrunk = t <= GREAT_TURN ? 0 : t >= SMALL_TURN ? 1 - rest : std::exp(t);
   const double angle = std::numbers::pi * (z.re - std::nearbyint(z.re));
   const double s = std::sin(angle), c = std::cos(angle);
   return {rest + 2 * shrunk * s * s, -2 * shrunk * s * c};
@@ -204,7 +203,7 @@ bool gammalogarithm(const Complex &z, double tolerance, Complex &result) {
   if (!(lengthfrom<0>(mirrored) - tolerance * lengthfrom<0>(z) > 0)) return false;
   Complex right;
   if (!rightlogarithm({1 - z.re, 0 - z.im}, right)) return false;
-  result.re = LOGOFTURN - std::numbers::pi * z.im - logarithmofmodulus(mirrored) - right.re;
+  result.re = LOG_OF_TURN - std::numbers::pi * z.im - logarithmofmodulus(mirrored) - right.re;
   result.im = std::numbers::pi * (z.re - 0.5) - std::atan2(mirrored.im, mirrored.re) - right.im;
   return true;
 }
@@ -212,7 +211,7 @@ bool gammalogarithm(const Complex &z, double tolerance, Complex &result) {
 }  // namespace
 
 void gammax(const Complex &z, double out[2], bool exponentiate, double tolerance) {
-  aplerr = 0;
+  numericfault = 0;
   out[0] = out[1] = 0;
   if (std::fabs(z.im) < tolerance) {
     out[0] = factor(z.re);
@@ -220,7 +219,7 @@ void gammax(const Complex &z, double out[2], bool exponentiate, double tolerance
   }
   Complex value;
   if (!gammalogarithm({z.re, std::fabs(z.im)}, tolerance, value)) {
-    aplerr = NEARPOLE;
+    numericfault = messages::GAMMA_NEAR_POLE;
     return;
   }
   if (exponentiate) value = complexexponential(value);
@@ -251,6 +250,6 @@ Complex complexfactorial(const Complex &z, double tolerance) {
   return {out[0], out[1]};
 }
 
-thread_local std::int32_t aplerr;
+thread_local std::int32_t numericfault;
 
 }  // namespace morvik

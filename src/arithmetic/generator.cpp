@@ -7,7 +7,7 @@ namespace morvik {
 
 namespace {
 constexpr std::int64_t MODULUS = 2147483647, MULTIPLIER = 48271, QUOTIENT = 44488, REMAINDER = 3399;
-constexpr std::int64_t STREAM = 22925;  // between the threads' states
+constexpr std::int64_t STREAM_OFFSET = 22925;  // between the threads' states
 constexpr std::int64_t DEFAULT_SEED = 123456789;
 }  // namespace
 
@@ -27,7 +27,7 @@ void SEED_PRNGS(std::int32_t index, std::uint64_t *state, std::int64_t seed) {
   std::int64_t start = DEFAULT_SEED;
   if (seed > 0) start = seed % MODULUS;
   if (seed < 0) start = static_cast<std::int64_t>(std::time(nullptr)) % MODULUS;
-  *state = static_cast<std::uint64_t>(index * STREAM + start);
+  *state = static_cast<std::uint64_t>(index * STREAM_OFFSET + start);
 }
 
 void GetSeed(std::uint64_t *out, const std::uint64_t *state) {

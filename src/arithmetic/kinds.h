@@ -29,7 +29,7 @@ struct Unicode {
 struct Truth {
   bool value;
 };
-struct Number {
+struct WholeOrReal {
   double value;
   bool whole;
 };
@@ -155,11 +155,11 @@ inline T promote(const A &a) {
 
 // The first eight bytes of a record in one word: tag, form, attributes. Loops test and write them together.
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ && offsetof(Element, name) == 8);
-inline constexpr int FORMSHIFT = 32, ATTRIBUTESHIFT = 48;
+inline constexpr int FORM_SHIFT = 32, ATTRIBUTE_SHIFT = 48;
 
 inline constexpr std::uint64_t heading(std::int32_t tag, std::uint16_t form, std::uint16_t attributes = 0) {
-  return static_cast<std::uint32_t>(tag) | static_cast<std::uint64_t>(form) << FORMSHIFT |
-         static_cast<std::uint64_t>(attributes) << ATTRIBUTESHIFT;
+  return static_cast<std::uint32_t>(tag) | static_cast<std::uint64_t>(form) << FORM_SHIFT |
+         static_cast<std::uint64_t>(attributes) << ATTRIBUTE_SHIFT;
 }
 inline std::uint64_t headingof(const Element &e) {
   std::uint64_t word;
@@ -170,13 +170,13 @@ inline void setheading(Element &e, std::uint64_t word) {
   std::memcpy(static_cast<void *>(&e), &word, sizeof word);
 }
 // With no name, in one store.
-inline void settitle(Element &e, std::uint64_t word) {
+inline void setunnamedheading(Element &e, std::uint64_t word) {
   using Words __attribute__((vector_size(16), aligned(8), may_alias)) = unsigned long long;
   *reinterpret_cast<Words *>(&e) = Words{word, 0};
 }
 
 // What passes from an operand's heading to a result: all but the name and the silence.
-inline constexpr std::uint64_t INHERITED = ~heading(0, 0, attributes::NAMED | attributes::SILENT);
+inline constexpr std::uint64_t INHERITED_BITS = ~heading(0, 0, attributes::NAMED | attributes::SILENT);
 
 inline bool isnamed(std::uint64_t word) {
   return (word & heading(0, 0, attributes::NAMED)) != 0;

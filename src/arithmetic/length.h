@@ -9,7 +9,7 @@
 namespace morvik {
 
 // Squares are exact enough between these: nothing above overflowed, nothing that counts was lost below.
-inline constexpr double LEASTSQUARE = 0x1p-900, GREATESTSQUARE = std::numeric_limits<double>::max();
+inline constexpr double LEAST_SQUARE = 0x1p-900, GREATEST_SQUARE = std::numeric_limits<double>::max();
 
 // The length of the components from `first` on, where their squares do not fit. NaN wins over infinities.
 template <int first, Hyper T>
@@ -37,7 +37,7 @@ inline double lengthfrom(const T &x) {
     return ((part(x, first + i) * part(x, first + i)) + ...);
   }
   (std::make_integer_sequence<int, PARTS<T> - first>{});
-  if (square >= LEASTSQUARE && square <= GREATESTSQUARE) [[likely]]
+  if (square >= LEAST_SQUARE && square <= GREATEST_SQUARE) [[likely]]
     return std::sqrt(square);
   return scaledlength<first>(x);
 }

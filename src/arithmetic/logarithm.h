@@ -6,7 +6,7 @@
 
 namespace morvik {
 
-struct Logarithm : Counted {
+struct Logarithm : FlopCounter {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
   static std::int32_t refusal(std::int32_t left, std::int32_t right) { return nohigher(left, right); }
 

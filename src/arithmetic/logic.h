@@ -43,7 +43,7 @@ constexpr double complement(double a, double b) {
 }
 
 template <double (*truth)(double, double)>
-struct Logic : Counted {
+struct Logic : FlopCounter {
   static constexpr std::uint32_t refused = 0;
 
   Truth operator()(Integer a, Integer b) {
@@ -52,14 +52,14 @@ struct Logic : Counted {
   }
 
   template <Parted A, Parted B>
-  static constexpr std::size_t flopseach(Formula<A, B>) {
+  static constexpr std::size_t fixedflops(Formula<A, B>) {
     constexpr bool rows = Hyper<A> && Hyper<B>;
     return rows && PARTS<A> < PARTS<B> ? PARTS<A> : rows ? PARTS<B> : PARTS<Wider<A, B>>;
   }
   // A real stands against each component; what only the higher of two rows has passes as it is.
   template <Parted A, Parted B>
   Wider<A, B> operator()(const A &a, const B &b) {
-    constexpr int common = flopseach(Formula<A, B>{});
+    constexpr int common = fixedflops(Formula<A, B>{});
     return assemble<Wider<A, B>>([&](auto i) {
       if constexpr (i < common)
         return truth(part(a, i), part(b, i));

@@ -1,24 +1,23 @@
 // The element loop of the dyadic scalar instructions, written once. An instruction is a struct of cores:
 //
-//   struct Core : Counted {
+//   struct Core : FlopCounter {
 //     static constexpr std::uint32_t refused = ...;  flags that make operands not conformable
 //     R operator()(A, B);                            one for each pair of kinds that has a formula of its own
 //     void operator()(A, B, Give &&give);            the same, where several formulas each end with give(R); R is
 //                                                    mostly the wider kind of the pair
-//     static constexpr std::size_t flopseach(F);     optional, for a pair whose results all cost the same: how
+//     static constexpr std::size_t fixedflops(F);    optional, for a pair whose results all cost the same: how
 //                                                    much; F is Formula<A, B>, and operator() does not count then
 //     std::int32_t check(A, B) const;                optional, for a pair that fails for some values: a message number
 //     std::int32_t check(B) const;                   the same, where the right one alone decides
 //     static std::int32_t refusal(l, r);             optional: the message for tags without a core, otherwise 162
-//     static constexpr std::size_t stretch;          optional, for slow ones: elements from one look at an interrupt to
-//                                                    the next
+//     static constexpr std::size_t pollinterval;     optional, for slow ones: elements between two safe points
 //     double tolerance;                              optional: is set to what #CT held when the instruction began
 //     bool bothpolar;                                optional: is set for each pair of complex numbers
 //   };
 //
 // A pair without an operator() is promoted: integers to reals, then the lower number to the kind of the higher. An
 // integer beside a real always counts as the real that it is, whatever operator() takes the pair. A core adds to
-// `flops` what it did, unless flopseach tells. R is any kind of kinds.h; a loop turns it into a record.
+// `flops` what it did, unless fixedflops tells. R is any kind of kinds.h; a loop turns it into a record.
 #pragma once
 
 #include <bit>
@@ -27,20 +26,19 @@
 
 #include "arithmetic/kinds.h"
 #include "spaces/blocks.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
-inline constexpr std::int32_t NOTCONFORMABLE = 17, OUTOFSTORAGE = 27, NOTBOOLEAN = 149, INCOMPATIBLE = 162;
-
 // What every struct of cores begins with.
-struct Counted {
+struct FlopCounter {
   std::uint64_t flops = 0;
 
   // The rule of integer arithmetic: done in doubles, an integer where it fits.
-  Number whole(double x) {
-    if (std::fabs(x) < INTEGERBOUND) [[likely]]
+  WholeOrReal wholeresult(double x) {
+    if (std::fabs(x) < INTEGER_BOUND) [[likely]]
       return {x, true};
-    const bool fits = std::fabs(x) == INTEGERBOUND;
+    const bool fits = std::fabs(x) == INTEGER_BOUND;
     flops += fits ? 0 : 1;
     return {x, fits};
   }
@@ -75,11 +73,11 @@ struct Run {
   std::size_t done = 0;     // how far the work came
 };
 
-using Places = std::uint64_t;
-inline std::size_t firstof(Places places) {
+using PlaceMask = std::uint64_t;
+inline std::size_t lowestplace(PlaceMask places) {
   return static_cast<unsigned>(std::countr_zero(places));
 }
-inline std::size_t countof(Places places) {
+inline std::size_t countplaces(PlaceMask places) {
   return static_cast<unsigned>(std::popcount(places));
 }
 
@@ -87,11 +85,9 @@ inline std::size_t countof(Places places) {
 using Kernel = std::size_t (*)(Run &run, std::size_t from, std::size_t to, Tally &tally);
 // The same for some of the first 64 elements of a run, one bit for each. Returns the bits of those that wait for all
 // before them, and of what a failure left.
-using Picked = Places (*)(Run &run, Places places, Tally &tally);
+using MaskedKernel = PlaceMask (*)(Run &run, PlaceMask places, Tally &tally);
 // The message for the first of such records whose values fail, 0 for none; ends as a kernel does.
 using Check = std::int32_t (*)(const Run &run, std::size_t from, std::size_t to);
-
-inline constexpr std::size_t STRETCH = 65536;  // elements between two looks at an interrupt, mostly
 
 // ---- Which formula serves a pair.
 
@@ -157,9 +153,9 @@ inline decltype(auto) converted(const A &a) {
     return promote<T>(static_cast<double>(a.value));
 }
 
-// Hands the result of a supported pair to `give`.
+// Passes the result of a supported pair to `give`.
 template <class Core, class A, class B, class Give>
-inline void apply(Core &core, const A &a, const B &b, Give &&give) {
+inline void applydyadic(Core &core, const A &a, const B &b, Give &&give) {
   using F = FormulaFor<Core, A, B>;
   const auto &left = converted<typename F::Left>(a);
   const auto &right = converted<typename F::Right>(b);
@@ -175,7 +171,7 @@ constexpr auto resultfor(Formula<L, R>) {
   if constexpr (Returning<Core, L, R>)
     return std::type_identity<decltype(std::declval<Core &>()(std::declval<const L &>(), std::declval<const R &>()))>{};
   else if constexpr (std::same_as<L, Integer>)
-    return std::type_identity<Number>{};
+    return std::type_identity<WholeOrReal>{};
   else
     return std::type_identity<Wider<L, R>>{};
 }
@@ -184,9 +180,9 @@ using ResultFor = typename decltype(resultfor<Core>(FormulaFor<Core, A, B>{}))::
 
 // The flops of each result of a pair of kinds, as far as the core does not count them.
 template <class Core, class A, class B>
-constexpr std::uint64_t flopsforeach() {
-  if constexpr (requires { Core::flopseach(FormulaFor<Core, A, B>{}); })
-    return Core::flopseach(FormulaFor<Core, A, B>{});
+constexpr std::uint64_t fixedflopsof() {
+  if constexpr (requires { Core::fixedflops(FormulaFor<Core, A, B>{}); })
+    return Core::fixedflops(FormulaFor<Core, A, B>{});
   else
     return 0;
 }
@@ -195,25 +191,25 @@ constexpr std::uint64_t flopsforeach() {
 
 // The HAS bit that results of a kind have, or nearly all of them.
 template <class T>
-inline constexpr std::uint32_t USUALBIT = 0;
+inline constexpr std::uint32_t USUAL_BIT = 0;
 template <>
-inline constexpr std::uint32_t USUALBIT<double> = HASREAL;
+inline constexpr std::uint32_t USUAL_BIT<double> = HASREAL;
 template <>
-inline constexpr std::uint32_t USUALBIT<Number> = HASINTEGER;
+inline constexpr std::uint32_t USUAL_BIT<WholeOrReal> = HASINTEGER;
 template <>
-inline constexpr std::uint32_t USUALBIT<Integer> = HASINTEGER;
+inline constexpr std::uint32_t USUAL_BIT<Integer> = HASINTEGER;
 template <>
-inline constexpr std::uint32_t USUALBIT<Truth> = HASINTEGER;
+inline constexpr std::uint32_t USUAL_BIT<Truth> = HASINTEGER;
 template <>
-inline constexpr std::uint32_t USUALBIT<Ascii> = HASASCII;
+inline constexpr std::uint32_t USUAL_BIT<Ascii> = HASASCII;
 template <>
-inline constexpr std::uint32_t USUALBIT<Unicode> = HASUNICODE;
+inline constexpr std::uint32_t USUAL_BIT<Unicode> = HASUNICODE;
 template <>
-inline constexpr std::uint32_t USUALBIT<Complex> = HASCOMPLEX;
+inline constexpr std::uint32_t USUAL_BIT<Complex> = HASCOMPLEX;
 template <>
-inline constexpr std::uint32_t USUALBIT<Quaternion> = HASQUATERNION;
+inline constexpr std::uint32_t USUAL_BIT<Quaternion> = HASQUATERNION;
 template <>
-inline constexpr std::uint32_t USUALBIT<Octonion> = HASOCTONION;
+inline constexpr std::uint32_t USUAL_BIT<Octonion> = HASOCTONION;
 
 // Form and marks of a hypercomplex result: a complex number takes them from the complex operand, the left one of two;
 // so does a higher number where both operands are of its kind. A mixed pair gives the ordinary form.
@@ -222,85 +218,85 @@ inline std::uint64_t inherited(std::uint64_t left, std::uint64_t right) {
   constexpr bool takesleft = L == tag && (R == tag || tag == tags::COMPLEX);
   constexpr bool takesright = R == tag && tag == tags::COMPLEX;
   if constexpr (takesleft)
-    return left & INHERITED;
+    return left & INHERITED_BITS;
   else if constexpr (takesright)
-    return right & INHERITED;
+    return right & INHERITED_BITS;
   else
     return heading(tag, L == tag || R == tag ? forms::NUMBER : forms::CARTESIAN);
 }
 
-inline std::uint32_t write(Element &to, std::int64_t value, std::uint16_t form) {
-  settitle(to, heading(tags::INTEGER, form));
+inline std::uint32_t writerecord(Element &to, std::int64_t value, std::uint16_t form) {
+  setunnamedheading(to, heading(tags::INTEGER, form));
   to.integer = value;
   return HASINTEGER;
 }
-inline std::uint32_t write(Element &to, double value) {
-  settitle(to, heading(tags::REAL, forms::COMPUTED));
+inline std::uint32_t writerecord(Element &to, double value) {
+  setunnamedheading(to, heading(tags::REAL, forms::COMPUTED));
   to.real = value;
   return HASREAL;
 }
-inline std::uint32_t write(Element &to, Integer value) {
-  return write(to, value.value, forms::NUMBER);
+inline std::uint32_t writerecord(Element &to, Integer value) {
+  return writerecord(to, value.value, forms::NUMBER);
 }
-inline std::uint32_t write(Element &to, Truth truth) {
-  return write(to, truth.value, forms::BOOLEAN);
+inline std::uint32_t writerecord(Element &to, Truth truth) {
+  return writerecord(to, truth.value, forms::BOOLEAN);
 }
-inline std::uint32_t write(Element &to, Number number) {
+inline std::uint32_t writerecord(Element &to, WholeOrReal number) {
   if (!number.whole) [[unlikely]]
-    return write(to, number.value);
-  return write(to, saturate(number.value), forms::NUMBER);
+    return writerecord(to, number.value);
+  return writerecord(to, saturate(number.value), forms::NUMBER);
 }
-inline std::uint32_t write(Element &to, std::uint64_t head, const Complex &value) {
-  settitle(to, head);
+inline std::uint32_t writerecord(Element &to, std::uint64_t head, const Complex &value) {
+  setunnamedheading(to, head);
   to.complex = value;
   return HASCOMPLEX;
 }
-inline std::uint32_t write(Element &to, std::uint64_t head, const Quaternion &value) {
+inline std::uint32_t writerecord(Element &to, std::uint64_t head, const Quaternion &value) {
   setheading(to, head);
   setquaternion(to, value);
   return HASQUATERNION;
 }
 
-// A record that is about to hold something else gives up its octonion.
-inline void giveup(const Element &e) {
+// A record that is about to hold something else releases its octonion.
+inline void releaseoctonion(const Element &e) {
   if (e.tag == tags::OCTONION) release(e.octonion);
 }
 
-// Where the octonion of a result goes: the block that the record owns alone, otherwise a new one. Null: no storage.
-inline Octonion *octonionhome(const Element &to, bool fresh) {
-  const bool reused = !fresh && to.tag == tags::OCTONION && refr(to.octonion) == 1;
+// The block for the octonion of a result: that which the record owns alone, otherwise a new one. Null: no storage.
+inline Octonion *octonionblock(const Element &to, bool fresh) {
+  const bool reused = !fresh && to.tag == tags::OCTONION && referencecount(to.octonion) == 1;
   return reused ? to.octonion : static_cast<Octonion *>(tryblock(sizeof(Octonion)));
 }
-inline std::uint32_t write(Element &to, std::uint64_t head, const Octonion &value, Octonion *home, bool fresh) {
-  *home = value;
-  if (!fresh && (to.tag != tags::OCTONION || to.octonion != home)) giveup(to);
+inline std::uint32_t writerecord(Element &to, std::uint64_t head, const Octonion &value, Octonion *target, bool fresh) {
+  *target = value;
+  if (!fresh && (to.tag != tags::OCTONION || to.octonion != target)) releaseoctonion(to);
   setheading(to, head);
   to.name = nullptr;
-  to.octonion = home;
+  to.octonion = target;
   return HASOCTONION;
 }
 
-// Over an operand's record, or into a fresh one; an octonion into its home.
+// Over an operand's record, or into a fresh one; an octonion into its block.
 template <std::int32_t L, std::int32_t R, class Value>
-inline std::uint32_t place(Element &to, std::uint64_t left, std::uint64_t right, const Value &value, bool fresh,
-                           Octonion *home = nullptr) {
+inline std::uint32_t writeresult(Element &to, std::uint64_t left, std::uint64_t right, const Value &value, bool fresh,
+                                 Octonion *target = nullptr) {
   if constexpr (std::same_as<Value, Octonion>) {
-    return write(to, inherited<tags::OCTONION, L, R>(left, right), value, home, fresh);
+    return writerecord(to, inherited<tags::OCTONION, L, R>(left, right), value, target, fresh);
   } else {
     if constexpr (L == tags::OCTONION || R == tags::OCTONION)
-      if (!fresh) giveup(to);
+      if (!fresh) releaseoctonion(to);
     if constexpr (std::same_as<Value, Complex>) {
-      return write(to, inherited<tags::COMPLEX, L, R>(left, right), value);
+      return writerecord(to, inherited<tags::COMPLEX, L, R>(left, right), value);
     } else if constexpr (std::same_as<Value, Quaternion>) {
-      return write(to, inherited<tags::QUATERNION, L, R>(left, right), value);
+      return writerecord(to, inherited<tags::QUATERNION, L, R>(left, right), value);
     } else if constexpr (std::same_as<Value, Ascii> || std::same_as<Value, Unicode>) {
       // A character comes from the operand that is one, and looks like it.
       constexpr std::int32_t tag = std::same_as<Value, Ascii> ? tags::ASCII : tags::UNICODE;
-      settitle(to, (L == tag ? left : right) & INHERITED);
+      setunnamedheading(to, (L == tag ? left : right) & INHERITED_BITS);
       to.integer = value.value;
       return kindbit(tag);
     } else {
-      return write(to, value);
+      return writerecord(to, value);
     }
   }
 }
@@ -322,8 +318,8 @@ inline std::int32_t checkpair(const Element &left, const Element &right) {
     return Core{}.check(valueof<L>(left), valueof<R>(right));
 }
 
-// Works one pair: reads it before it writes the result, which may be one of the two. Hands the HAS bit of the result to
-// `note`. False where the pair is not for this formula, or fails, which sets `failure`.
+// Works one pair: reads it before it writes the result, which may be one of the two. Passes the HAS bit of the result
+// to `note`. False where the pair is not for this formula, or fails, which sets `failure`.
 template <class Core, std::int32_t L, std::int32_t R, class Note>
 [[gnu::always_inline]] inline bool workpair(Core &core, const Element &left, const Element &right, Element &result,
                                             bool fresh, std::int32_t &failure, Note &&note) {
@@ -338,23 +334,23 @@ template <class Core, std::int32_t L, std::int32_t R, class Note>
   const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
   if constexpr (requires { core.bothpolar; }) core.bothpolar = ispolar(lefthead & righthead);
   // Found before the formula runs, as its terms are computed best where they are stored.
-  Octonion *home = nullptr;
+  Octonion *target = nullptr;
   if constexpr (std::same_as<Result, Octonion>) {
-    home = octonionhome(result, fresh);
-    if (!home) [[unlikely]] {
-      failure = OUTOFSTORAGE;
+    target = octonionblock(result, fresh);
+    if (!target) [[unlikely]] {
+      failure = messages::OUT_OF_STORAGE;
       return false;
     }
   }
-  apply(core, valueof<L>(left), valueof<R>(right),
-        [&](const auto &value) { note(place<L, R>(result, lefthead, righthead, value, fresh, home)); });
+  applydyadic(core, valueof<L>(left), valueof<R>(right),
+              [&](const auto &value) { note(writeresult<L, R>(result, lefthead, righthead, value, fresh, target)); });
   return true;
 }
 
 // Under a flag word that is not exact a space may hold any record: each is looked at, and the first that is not
 // expected ends the loop.
 template <class Core, std::int32_t L, std::int32_t R>
-std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
+std::size_t pairloop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   using Result = ResultFor<Core, Kind<L>, Kind<R>>;
   Core core = startcore<Core>(tally);
   const bool fresh = run.fresh;
@@ -363,7 +359,7 @@ std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   std::int32_t failure = 0;
   const auto one = [&](const Element &left, const Element &right, Element &result) __attribute__((always_inline)) {
     return workpair<Core, L, R>(core, left, right, result, fresh, failure, [&](std::uint32_t kind) {
-      if (kind != USUALBIT<Result>) [[unlikely]] {
+      if (kind != USUAL_BIT<Result>) [[unlikely]] {
         kinds |= kind;
         ++others;
       }
@@ -395,14 +391,14 @@ std::size_t loop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
     const Element *left = run.left + from * leftstep, *right = run.right + from * rightstep;
     for (; i < to && one(*left, *right, *result); ++i) left += leftstep, right += rightstep, result += resultstep;
   }
-  run.kinds |= i - from > others ? kinds | USUALBIT<Result> : kinds;
+  run.kinds |= i - from > others ? kinds | USUAL_BIT<Result> : kinds;
   tally.failure = failure;
-  tally.flops += static_cast<double>(core.flops + flopsforeach<Core, Kind<L>, Kind<R>>() * (i - from));
+  tally.flops += static_cast<double>(core.flops + fixedflopsof<Core, Kind<L>, Kind<R>>() * (i - from));
   return i;
 }
 
 template <class Core, std::int32_t L, std::int32_t R>
-Places pickedloop(Run &run, Places places, Tally &tally) {
+PlaceMask maskedloop(Run &run, PlaceMask places, Tally &tally) {
   Core core = startcore<Core>(tally);
   const std::size_t leftstep = run.leftstep, rightstep = run.rightstep;
   const Element *const left = run.left, *const right = run.right;
@@ -410,16 +406,16 @@ Places pickedloop(Run &run, Places places, Tally &tally) {
   const bool fresh = run.fresh;
   std::uint32_t kinds = 0;
   std::int32_t failure = 0;
-  Places rest = places;
+  PlaceMask rest = places;
   const auto one = [&](std::size_t i) __attribute__((always_inline)) {
     return workpair<Core, L, R>(core, left[i * leftstep], right[i * rightstep], result[i], fresh, failure,
                                 [&](std::uint32_t kind) { kinds |= kind; });
   };
-  while (rest != 0 && one(firstof(rest))) rest &= rest - 1;
+  while (rest != 0 && one(lowestplace(rest))) rest &= rest - 1;
   run.kinds |= kinds;
   tally.failure = failure;
-  constexpr std::uint64_t each = flopsforeach<Core, Kind<L>, Kind<R>>();
-  tally.flops += static_cast<double>(each == 0 ? core.flops : core.flops + each * countof(places ^ rest));
+  constexpr std::uint64_t each = fixedflopsof<Core, Kind<L>, Kind<R>>();
+  tally.flops += static_cast<double>(each == 0 ? core.flops : core.flops + each * countplaces(places ^ rest));
   return rest;
 }
 

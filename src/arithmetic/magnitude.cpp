@@ -8,7 +8,7 @@ namespace morvik {
 
 namespace {
 
-struct Magnitude : Counted {
+struct Magnitude : FlopCounter {
   Integer operator()(Integer x) {
     using Limits = std::numeric_limits<std::int64_t>;
     if (x.value == Limits::min()) return {Limits::max()};

@@ -12,7 +12,7 @@ struct Larger {
     return a > b;
   }
   template <class T>
-  static constexpr std::size_t flops = MODULUSFLOPS<T>;
+  static constexpr std::size_t flops = MODULUS_FLOPS<T>;
   template <Hyper T>
   static double weight(const T &x) {
     return modulus(x);

@@ -12,7 +12,7 @@ struct Smaller {
     return a < b;
   }
   template <class T>
-  static constexpr std::size_t flops = SIGNEDFLOPS<T>;
+  static constexpr std::size_t flops = SIGNED_FLOPS<T>;
   template <Hyper T>
   static double weight(const T &x) {
     return signedmagnitude(x);

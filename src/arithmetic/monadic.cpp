@@ -7,7 +7,7 @@
 //   flag word promises one kind, and no value of it fails, are the records trusted; should one of them turn out to
 //   differ, and have no core, the elements ahead of it are results already, and each record is whole.
 // - An operand whose records own blocks is never written over, but for octonions alone.
-// The generator then stands where it stood.
+// The state of the generator is then put back.
 #include "arithmetic/monadic.h"
 
 #include <algorithm>
@@ -18,6 +18,7 @@
 #include "failure/exception.h"
 #include "failure/signals.h"
 #include "spaces/hypercomplex.h"
+#include "spaces/messages.h"
 #include "spaces/processstack.h"
 #include "spaces/refderef.h"
 #include "spaces/work.h"
@@ -26,7 +27,7 @@ namespace morvik {
 
 namespace {
 
-Run runover(const Point &operand) {
+Run makerun(const Point &operand) {
   Run run{};
   run.left = operand.data_pointer;
   run.leftstep = run.resultstep = 1;
@@ -36,16 +37,16 @@ Run runover(const Point &operand) {
 
 // The flag word of a result of which these kinds were found.
 std::uint32_t resulttype(const Point &operand, std::uint32_t kinds) {
-  const std::uint32_t type = (operand.type & ~(COMPLEXED | ISEMPTY | ELEMENTBITS)) | kinds;
+  const std::uint32_t type = (operand.type & ~(COMPLEXED | ISEMPTY | ELEMENT_BITS)) | kinds;
   return operand.elements > 1 ? type | complexed(kinds) : type;
 }
 
 // ---- Where the result goes.
 
 // The first message that a record gives. One that only the walk can judge, or that owns a block, sets `owning`.
-std::int32_t survey(const Monadic &m, const Run &run, bool &owning) {
+std::int32_t checkrecords(const Monadic &m, const Run &run, bool &owning) {
   for (std::size_t i = 0; i < run.count; ++i) {
-    if (i % STRETCH == 0 && interrupted != 0) return INTERRUPTED;
+    if (i % POLL_INTERVAL == 0 && interrupted != 0) return INTERRUPTED;
     const Element &e = run.left[i];
     owning = e.tag == tags::OCTONION || kindbit(e.tag) == 0;
     if (owning) return 0;
@@ -58,14 +59,14 @@ std::int32_t survey(const Monadic &m, const Run &run, bool &owning) {
 }
 
 // May the result overwrite the operand? 0, or the message that the records give before anything is written.
-std::int32_t choosehome(const Monadic &m, const Point &operand, const Run &run, bool &inplace) {
+std::int32_t chooseblock(const Monadic &m, const Point &operand, const Run &run, bool &inplace) {
   inplace = !m.failslate && isowned(operand);
   if (!inplace) return 0;
   const bool uniform = isuniform(operand);
   const std::size_t kind = kindof(run.left->tag);
   if (uniform && m.kernels[kind] && !m.checks[kind]) return 0;
   bool owning = !uniform && mayown(operand);
-  const std::int32_t message = owning ? 0 : survey(m, run, owning);
+  const std::int32_t message = owning ? 0 : checkrecords(m, run, owning);
   inplace = !owning;
   return message;
 }
@@ -73,18 +74,18 @@ std::int32_t choosehome(const Monadic &m, const Point &operand, const Run &run, 
 // ---- Nested spaces.
 
 // All that one enclosed space becomes, in new blocks.
-std::int32_t workspace(const Monadic &m, const Point &operand, Point &result, Tally &tally) {
-  if (!isspace(operand)) return RESTRICTION;
-  if (stackends()) return OUTOFSTORAGE;
+std::int32_t workenclosed(const Monadic &m, const Point &operand, Point &result, Tally &tally) {
+  if (!isspace(operand)) return messages::RESTRICTION;
+  if (stackends()) return messages::OUT_OF_STORAGE;
   result = operand;
-  if (isvoid(operand)) {
+  if (hasnoelements(operand)) {
     referencepoint(&result);
     return 0;
   }
-  Run run = runover(operand);
-  if (!newrecords(run)) return OUTOFSTORAGE;
+  Run run = makerun(operand);
+  if (!newrecords(run)) return messages::OUT_OF_STORAGE;
   if (const std::int32_t message = work(m, run, tally); message != 0) {
-    abandon(run);
+    abandonrun(run);
     return message;
   }
   tally.operations += operand.elements;
@@ -95,17 +96,17 @@ std::int32_t workspace(const Monadic &m, const Point &operand, Point &result, Ta
 }
 
 // The one element at i, which no loop takes as it is. Returns a message number.
-std::int32_t single(const Monadic &m, Run &run, std::size_t i, Tally &tally) {
+std::int32_t workelement(const Monadic &m, Run &run, std::size_t i, Tally &tally) {
   const Element &source = run.left[i * run.leftstep];
   if (source.tag != tags::SUBARRAY) return m.refusal(source.tag);
   auto *box = static_cast<Point *>(tryblock(sizeof(Point)));
-  if (!box) return OUTOFSTORAGE;
-  if (const std::int32_t message = workspace(m, *source.subarray, *box, tally); message != 0) {
+  if (!box) return messages::OUT_OF_STORAGE;
+  if (const std::int32_t message = workenclosed(m, *source.subarray, *box, tally); message != 0) {
     freeblock(box);
     return message;
   }
   Element &result = run.result[i * run.resultstep];
-  giveupall(run, result);
+  releaseoverwritten(run, result);
   result = {};
   setheading(result, heading(tags::SUBARRAY, 0));
   result.subarray = box;
@@ -116,21 +117,21 @@ std::int32_t single(const Monadic &m, Run &run, std::size_t i, Tally &tally) {
 // ---- On the stack.
 
 // What the slices need to know of the operand.
-void describe(const Point &operand) {
+void describeoperand(const Point &operand) {
   to_coprocessors = {};
   to_coprocessors.combined = operand.type;
   to_coprocessors.second = operand.data_pointer;
 }
 
 // The result takes the place of the operand, which is given up, at the join if the pool is at work on it.
-void finish(Point *point, const Run &run, bool handed) {
+void putresult(Point *point, const Run &run, bool inpool) {
   Point spent = *point;
   point->type = resulttype(spent, run.kinds);
   point->data_pointer = run.result;
   if (!run.fresh) spent.data_pointer = nullptr;
-  if (handed) {
+  if (inpool) {
     reference(point->shape_pointer);
-    return defer(spent);
+    return deferoperands(spent);
   }
   spent.shape_pointer = nullptr;  // which the result keeps
   if (run.fresh) dereferencepoint(&spent);
@@ -138,62 +139,64 @@ void finish(Point *point, const Run &run, bool handed) {
 
 // ---- All of a run.
 
-struct Singles {
-  static constexpr std::size_t KINDS = morvik::KINDS, stretch = STRETCH;
+struct MonadicFamily {
+  static constexpr std::size_t KINDS = morvik::KINDS, pollinterval = POLL_INTERVAL;
   const Monadic &loops;
 
   bool inorder(const Run &) const { return loops.inorder; }
   static std::size_t kindat(const Run &run, std::size_t i) { return kindof(run.left[i].tag); }
-  static auto sorter(const Run &run, std::size_t size, bool ahead) {
+  static auto kindmaskof(const Run &run, std::size_t size, bool ahead) {
     return [&run, tags = Tags(run.left, 1, size, ahead)](std::size_t i) {
-      return Sort{kindat(run, i), Tags::places(tags.unlike(run.left[i].tag))};
+      return KindMask{kindat(run, i), Tags::places(tags.unlike(run.left[i].tag))};
     };
   }
-  static std::size_t goon(Run &, std::size_t from, std::size_t, Tally &) { return from; }
-  std::int32_t single(Run &run, std::size_t i, Tally &tally) const { return morvik::single(loops, run, i, tally); }
+  static std::size_t continuemixed(Run &, std::size_t from, std::size_t, Tally &) { return from; }
+  std::int32_t workelement(Run &run, std::size_t i, Tally &tally) const {
+    return morvik::workelement(loops, run, i, tally);
+  }
 };
 
 }  // namespace
 
 std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept {
-  return walk(Singles{m}, run, tally);
+  return walk(MonadicFamily{m}, run, tally);
 }
 
 void monadicframe(const Monadic &m, Point *point, const Point *instruction, const Point *context, bool nested,
                   std::uint64_t *state) {
   Point *top = point;
-  if (!isspace(*point)) failwork(RESTRICTION, &top, instruction);
-  if (isvoid(*point)) return;
+  if (!isspace(*point)) failwith(messages::RESTRICTION, &top, instruction);
+  if (hasnoelements(*point)) return;
   const bool parallel = goesparallel(point->elements);
   hypercomplexflops = 0;
 
-  Run run = runover(*point);
+  Run run = makerun(*point);
   bool inplace = false;
   if (!nested)
-    if (const std::int32_t message = choosehome(m, *point, run, inplace); message != 0)
-      failwork(message, &top, instruction);
+    if (const std::int32_t message = chooseblock(m, *point, run, inplace); message != 0)
+      failwith(message, &top, instruction);
   run.result = point->data_pointer;
-  if (!inplace && !newrecords(run)) failwork(OUTOFSTORAGE, &top, instruction);
+  if (!inplace && !newrecords(run)) failwith(messages::OUT_OF_STORAGE, &top, instruction);
 
   Tally tally;
   tally.stopped = isinterrupted;
   tally.state = state;
   if (m.tolerant && context) tally.tolerance = tolerance(context);
   if (m.counting && context) tally.origin = indexorigin(context);
-  bool handed = false;
+  bool inpool = false;
   if (parallel && !isdeep(*point)) {
-    describe(*point);
-    handed = handout(run, instruction, point, tally);
-    if (handed) notedraws(0, state);
+    describeoperand(*point);
+    inpool = postrun(run, instruction, point, tally);
+    if (inpool) notedraws(0, state);
   }
   const std::uint64_t undrawn = state ? *state : 0;
   if (const std::int32_t message = work(m, run, tally); message != 0) {
     if (state) *state = undrawn;
-    if (handed) recall(run);
-    abandon(run);
-    failwork(message, &top, instruction);
+    if (inpool) recallrun(run);
+    abandonrun(run);
+    failwith(message, &top, instruction);
   }
-  finish(point, run, handed);
+  putresult(point, run, inpool);
   countwork(point->elements + tally.operations, 1 + tally.flops + hypercomplexflops);
 }
 
@@ -204,7 +207,7 @@ std::int32_t monadicslice(const Monadic &m, std::uint32_t index, std::uint64_t *
   Tally tally = startslice();
   tally.state = state;
   notedraws(index, state);
-  const std::int32_t message = cutslice(run, index) ? work(m, run, tally) : 0;
+  const std::int32_t message = narrowtoslice(run, index) ? work(m, run, tally) : 0;
   return endslice(run, tally, message, index);
 }
 

@@ -1,7 +1,7 @@
 // The frame of the monadic scalar instructions: what an instruction needs beside its cores, and how it gets its two
 // functions, the plain one for the stack and the `vec_` twin for a slice. A further instruction is a struct of cores
 //
-//   struct Core : Counted {
+//   struct Core : FlopCounter {
 //     R operator()(A);                        one for each kind of element that has a formula of its own
 //     R operator()(A, Heading);               the same, where form and marks of the operand matter
 //     void operator()(A, Give &&give);        the same, where several formulas each end with give(R)
@@ -22,11 +22,10 @@
 #include "arithmetic/frame.h"
 #include "arithmetic/pairwalk.h"
 #include "arithmetic/scalars.h"
+#include "spaces/messages.h"
 #include "spaces/sysvars.h"
 
 namespace morvik {
-
-inline constexpr std::int32_t NOTBINARY = 164, IMPOSSIBLE = 991, RESTRICTION = 994;
 
 // One instruction as data: its loops, by kinds. Of a run only `left` and the result count, both in steps of 1.
 struct Monadic : Loops<KINDS> {
@@ -38,7 +37,7 @@ struct Monadic : Loops<KINDS> {
 
 // Characters are refused as no numbers, everything else as what no core takes.
 inline std::int32_t nocharacters(std::int32_t tag) {
-  return tag == tags::ASCII || tag == tags::UNICODE ? NOTBINARY : RESTRICTION;
+  return tag == tags::ASCII || tag == tags::UNICODE ? messages::NOT_BINARY : messages::RESTRICTION;
 }
 
 // What the macros' functions call: the frame on the stack, and one slice of what to_coprocessors holds. The slice's
@@ -61,18 +60,18 @@ struct Formed {
   std::uint64_t head;
 };
 
-inline constexpr std::uint64_t FORMBITS = heading(0, 0xFFFF);
+inline constexpr std::uint64_t FORM_BITS = heading(0, 0xFFFF);
 
 inline constexpr std::uint16_t formof(std::uint64_t head) {
-  return static_cast<std::uint16_t>(head >> FORMSHIFT);
+  return static_cast<std::uint16_t>(head >> FORM_SHIFT);
 }
-inline constexpr std::uint64_t reformed(std::uint64_t head, std::uint16_t form) {
-  return (head & ~FORMBITS & INHERITED) | heading(0, form);
+inline constexpr std::uint64_t withform(std::uint64_t head, std::uint16_t form) {
+  return (head & ~FORM_BITS & INHERITED_BITS) | heading(0, form);
 }
 // How a hypercomplex result looks: in the operand's coordinates, where it has any, with the operand's marks.
-inline constexpr std::uint64_t carried(std::uint64_t head) {
+inline constexpr std::uint64_t carriedheading(std::uint64_t head) {
   const bool coordinates = (formof(head) & (forms::CARTESIAN | forms::POLAR)) != 0;
-  return coordinates ? head & INHERITED : reformed(head, forms::NUMBER);
+  return coordinates ? head & INHERITED_BITS : withform(head, forms::NUMBER);
 }
 
 // ---- Which formula serves a kind.
@@ -99,11 +98,11 @@ concept MayWait = requires(const A &a) {
   Core::draws(a);
 };
 
-// Hands the result to `give`.
+// Passes the result to `give`.
 template <class Core, class A, class Give>
-inline void applyone(Core &core, const A &a, Heading head, Give &&give) {
+inline void applymonadic(Core &core, const A &a, Heading head, Give &&give) {
   if constexpr (std::same_as<A, Integer> && !Direct<Core, Integer>)
-    applyone(core, static_cast<double>(a.value), head, give);
+    applymonadic(core, static_cast<double>(a.value), head, give);
   else if constexpr (Headed<Core, A>)
     give(core(a, head));
   else if constexpr (Plain<Core, A>)
@@ -117,9 +116,9 @@ inline void applyone(Core &core, const A &a, Heading head, Give &&give) {
 template <class T>
 inline void rewrite(Element &to, std::uint64_t head, const T &value) {
   if constexpr (Hyper<T>) {
-    write(to, head, value);
+    writerecord(to, head, value);
   } else {
-    settitle(to, head);
+    setunnamedheading(to, head);
     if constexpr (std::same_as<T, double>)
       to.real = value;
     else
@@ -127,18 +126,18 @@ inline void rewrite(Element &to, std::uint64_t head, const T &value) {
   }
 }
 
-// Over the operand's record, or into a fresh one; an octonion into its home.
+// Over the operand's record, or into a fresh one; an octonion into its block.
 template <std::int32_t tag, class Value>
-inline std::uint32_t placeone(Element &to, std::uint64_t head, const Kind<tag> &operand, const Value &value, bool fresh,
-                              Octonion *home) {
+inline std::uint32_t writemonadic(Element &to, std::uint64_t head, const Kind<tag> &operand, const Value &value,
+                                  bool fresh, Octonion *target) {
   if constexpr (std::same_as<Value, Formed> && tag == tags::OCTONION) {
-    return write(to, value.head, operand, home, fresh);
+    return writerecord(to, value.head, operand, target, fresh);
   } else if constexpr (std::same_as<Value, Formed>) {
     rewrite(to, value.head, operand);
     return kindbit(tag);
   } else {
-    const std::uint64_t shown = carried(head);
-    return place<tag, tag>(to, shown, shown, value, fresh, home);
+    const std::uint64_t carriedhead = carriedheading(head);
+    return writeresult<tag, tag>(to, carriedhead, carriedhead, value, fresh, target);
   }
 }
 
@@ -153,39 +152,39 @@ inline Core startmonadic(const Tally &tally) {
 }
 
 template <class Core, class A>
-concept Judged = requires(const Core core, const A &a, Heading head) {
+concept ValueChecked = requires(const Core core, const A &a, Heading head) {
   core.check(a, head);
 };
 template <class Core, std::int32_t tag>
-inline std::int32_t judge(const Element &e) {
+inline std::int32_t checkvalue(const Element &e) {
   return Core{}.check(valueof<tag>(e), Heading{headingof(e)});
 }
 
-// Works one record: reads it before it writes the result, which may be the same. Hands the HAS bit of the result to
+// Works one record: reads it before it writes the result, which may be the same. Passes the HAS bit of the result to
 // `note`. False where the record is not for this formula, or fails, which sets `failure`.
 template <class Core, std::int32_t tag, class Note>
-[[gnu::always_inline]] inline bool workone(Core &core, const Element &source, Element &result, bool fresh,
-                                           std::int32_t &failure, Note &&note) {
+[[gnu::always_inline]] inline bool workrecord(Core &core, const Element &source, Element &result, bool fresh,
+                                              std::int32_t &failure, Note &&note) {
   if (source.tag != tag) [[unlikely]]
     return false;
-  if constexpr (Judged<Core, Kind<tag>>) {
-    failure = judge<Core, tag>(source);
+  if constexpr (ValueChecked<Core, Kind<tag>>) {
+    failure = checkvalue<Core, tag>(source);
     if (failure != 0) [[unlikely]]
       return false;
   }
   const std::uint64_t head = headingof(source);
-  applyone(core, valueof<tag>(source), Heading{head}, [&](const auto &value) {
+  applymonadic(core, valueof<tag>(source), Heading{head}, [&](const auto &value) {
     using Value = std::remove_cvref_t<decltype(value)>;
     if constexpr (requires { core.failure; })
       if (core.failure != 0) [[unlikely]]
         return static_cast<void>(failure = core.failure);
-    Octonion *home = nullptr;
+    Octonion *target = nullptr;
     if constexpr (std::same_as<Value, Octonion> || (tag == tags::OCTONION && std::same_as<Value, Formed>)) {
-      home = octonionhome(result, fresh);
-      if (!home) [[unlikely]]
-        return static_cast<void>(failure = OUTOFSTORAGE);
+      target = octonionblock(result, fresh);
+      if (!target) [[unlikely]]
+        return static_cast<void>(failure = messages::OUT_OF_STORAGE);
     }
-    note(placeone<tag>(result, head, valueof<tag>(source), value, fresh, home));
+    note(writemonadic<tag>(result, head, valueof<tag>(source), value, fresh, target));
   });
   return failure == 0;
 }
@@ -207,7 +206,7 @@ template <class Core, std::int32_t tag, class Along>
   std::uint32_t kinds = 0;
   std::int32_t failure = 0;
   along([&](const Element &source, Element &result) __attribute__((always_inline)) {
-    return workone<Core, tag>(core, source, result, fresh, failure, [&](std::uint32_t kind) { kinds |= kind; });
+    return workrecord<Core, tag>(core, source, result, fresh, failure, [&](std::uint32_t kind) { kinds |= kind; });
   });
   run.kinds |= kinds | drawnbit(core);
   tally.failure = failure;
@@ -228,17 +227,17 @@ std::size_t monadicloop(Run &run, std::size_t from, std::size_t to, Tally &tally
 }
 
 template <class Core, std::int32_t tag>
-Places pickedmonadic(Run &run, Places places, Tally &tally) {
+PlaceMask maskedmonadic(Run &run, PlaceMask places, Tally &tally) {
   const Element *const source = run.left;
   Element *const result = run.result;
-  Places waiting = 0;
+  PlaceMask waiting = 0;
   workalong<Core, tag>(
       run, tally, [&](auto one) __attribute__((always_inline)) {
         for (; places != 0; places &= places - 1) {
-          const std::size_t i = firstof(places);
+          const std::size_t i = lowestplace(places);
           if constexpr (MayWait<Core, Kind<tag>>)
             if (Core::draws(valueof<tag>(source[i]))) [[unlikely]] {
-              waiting |= Places{1} << i;
+              waiting |= PlaceMask{1} << i;
               continue;
             }
           if (!one(source[i], result[i])) break;
@@ -249,9 +248,9 @@ Places pickedmonadic(Run &run, Places places, Tally &tally) {
 
 // The message for the first record whose value fails, up to the first of another kind.
 template <class Core, std::int32_t tag>
-std::int32_t judgeall(const Run &run, std::size_t from, std::size_t to) {
+std::int32_t checkvalues(const Run &run, std::size_t from, std::size_t to) {
   for (std::size_t i = from; i < to && run.left[i * run.leftstep].tag == tag; ++i)
-    if (const std::int32_t message = judge<Core, tag>(run.left[i * run.leftstep]); message != 0) return message;
+    if (const std::int32_t message = checkvalue<Core, tag>(run.left[i * run.leftstep]); message != 0) return message;
   return 0;
 }
 
@@ -260,8 +259,8 @@ std::int32_t judgeall(const Run &run, std::size_t from, std::size_t to) {
 template <class Core, std::int32_t tag>
 constexpr void setloops(Monadic &m) {
   if constexpr (Accepts<Core, Kind<tag>>) m.kernels[kindof(tag)] = &monadicloop<Core, tag>;
-  if constexpr (Accepts<Core, Kind<tag>>) m.picked[kindof(tag)] = &pickedmonadic<Core, tag>;
-  if constexpr (Judged<Core, Kind<tag>>) m.checks[kindof(tag)] = &judgeall<Core, tag>;
+  if constexpr (Accepts<Core, Kind<tag>>) m.masked[kindof(tag)] = &maskedmonadic<Core, tag>;
+  if constexpr (ValueChecked<Core, Kind<tag>>) m.checks[kindof(tag)] = &checkvalues<Core, tag>;
 }
 
 template <class Core>
@@ -280,39 +279,39 @@ constexpr Monadic monadic() {
   if constexpr (requires { Core::refusal(0); })
     m.refusal = Core::refusal;
   else
-    m.refusal = [](std::int32_t) { return RESTRICTION; };
+    m.refusal = [](std::int32_t) { return messages::RESTRICTION; };
   [&]<std::size_t... kind>(std::index_sequence<kind...>) {
     (setloops<Core, tagof(kind)>(m), ...);
   }
-  (std::make_index_sequence<LOOPTAGS>{});
+  (std::make_index_sequence<LOOP_TAGS>{});
   return m;
 }
 
-// ---- The short way for a plain scalar.
+// ---- The fast path for a plain scalar.
 
-// Where the result of a scalar goes, in a block that nobody else sees. Message 27, the operand left whole.
-inline Element *singlehome(Point *point) {
+// The block for the result of a scalar, which nobody else sees. Message 27, the operand left whole.
+inline Element *ownscalarblock(Point *point) {
   Element *const old = point->data_pointer;
-  if (refr(old) == 1) return old;
-  Element *const home = newelements(1);
+  if (referencecount(old) == 1) return old;
+  Element *const target = newelements(1);
   release(old);
-  return point->data_pointer = home;
+  return point->data_pointer = target;
 }
 
 // False where the frame has to look closer.
 template <class Core, std::int32_t tag>
-inline bool scalarone(Point *point, const Tally &tally) {
+inline bool workscalarof(Point *point, const Tally &tally) {
   if constexpr (Accepts<Core, Kind<tag>>) {
     const Element &e = *point->data_pointer;
-    if constexpr (Judged<Core, Kind<tag>>)
-      if (judge<Core, tag>(e) != 0) return false;
+    if constexpr (ValueChecked<Core, Kind<tag>>)
+      if (checkvalue<Core, tag>(e) != 0) return false;
     Core core = startmonadic<Core>(tally);
     const std::uint64_t head = headingof(e);
     bool done = true;
-    applyone(core, valueof<tag>(e), Heading{head}, [&](const auto &value) {
+    applymonadic(core, valueof<tag>(e), Heading{head}, [&](const auto &value) {
       if constexpr (requires { core.failure; })
         if (core.failure != 0) return static_cast<void>(done = false);
-      std::uint32_t kinds = placeone<tag>(*singlehome(point), head, valueof<tag>(e), value, true, nullptr);
+      std::uint32_t kinds = writemonadic<tag>(*ownscalarblock(point), head, valueof<tag>(e), value, true, nullptr);
       if constexpr (requires { core.drawn; }) kinds |= core.drawn ? ISPROBABLE : 0;
       point->type = ISSCALAR | kinds;
       countwork(1, 1 + static_cast<double>(core.flops));
@@ -331,8 +330,8 @@ inline bool workscalar(Point *point, const Point *context, std::uint64_t *state)
   if constexpr (requires(Core core) { core.tolerance; }) tally.tolerance = context ? tolerance(context) : 0;
   if constexpr (requires(Core core) { core.origin; }) tally.origin = context ? indexorigin(context) : 1;
   const std::uint64_t head = headingof(*point->data_pointer) & heading(-1, 0, attributes::NAMED);
-  if (head == heading(tags::INTEGER, 0)) return scalarone<Core, tags::INTEGER>(point, tally);
-  if (head == heading(tags::REAL, 0)) return scalarone<Core, tags::REAL>(point, tally);
+  if (head == heading(tags::INTEGER, 0)) return workscalarof<Core, tags::INTEGER>(point, tally);
+  if (head == heading(tags::REAL, 0)) return workscalarof<Core, tags::REAL>(point, tally);
   return false;
 }
 

@@ -3,6 +3,7 @@
 
 #include "arithmetic/dyadic.h"
 #include "arithmetic/products.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
@@ -11,19 +12,21 @@ namespace {
 constexpr std::uint8_t BLANK = ' ';
 
 // A component of a complex product that is no number shows infinity.
-double shown(double x) {
+double nantoinfinity(double x) {
   return std::isnan(x) ? std::numeric_limits<double>::infinity() : x;
 }
 
-struct Multiply : Counted {
+struct Multiply : FlopCounter {
   static constexpr std::uint32_t refused = ISADDRESS | HASUNICODE;
   bool bothpolar = false;
 
-  Number operator()(Integer a, Integer b) { return whole(static_cast<double>(a.value) * static_cast<double>(b.value)); }
+  WholeOrReal operator()(Integer a, Integer b) {
+    return wholeresult(static_cast<double>(a.value) * static_cast<double>(b.value));
+  }
 
   template <Parted A, Parted B>
   requires std::same_as<A, double> || std::same_as<B, double>
-  static constexpr std::size_t flopseach(Formula<A, B>) { return PARTS<Wider<A, B>>; }
+  static constexpr std::size_t fixedflops(Formula<A, B>) { return PARTS<Wider<A, B>>; }
 
   // 0 times an infinity is 0, and no product of 0 has a sign.
   double operator()(double a, double b) {
@@ -49,7 +52,7 @@ struct Multiply : Counted {
   B operator()(double a, const B &b) {
     return assemble<B>([&](auto i) {
       const double x = a * part(b, i);
-      return PARTS<B> == PARTS<Complex> ? shown(x) : x;
+      return PARTS<B> == PARTS<Complex> ? nantoinfinity(x) : x;
     });
   }
   template <Hyper A>
@@ -62,9 +65,11 @@ struct Multiply : Counted {
     product<Right::ITSELF>(a, b, flops, give);
   }
 
-  std::int32_t check(Ascii, Integer times) const { return times.value == 0 || times.value == 1 ? 0 : NOTBOOLEAN; }
+  std::int32_t check(Ascii, Integer times) const {
+    return times.value == 0 || times.value == 1 ? 0 : messages::CHARACTER_TIMES_NUMBER;
+  }
   std::int32_t check(Integer times, Ascii character) const { return check(character, times); }
-  // Without a decision, as the truths of a space can't be foreseen.
+  // Without a branch, as the truths of a space cannot be predicted.
   Ascii operator()(Ascii character, Integer times) {
     return {static_cast<std::uint8_t>(BLANK + (character.value - BLANK) * static_cast<int>(times.value))};
   }
@@ -73,11 +78,11 @@ struct Multiply : Counted {
  private:
   // Of (a, b) times (c, d). Doubles by value, so that the loop keeps its own in registers.
   [[gnu::cold, gnu::noinline]] static double realpart(double a, double b, double c, double d) {
-    return shown(b == 0 || d == 0 ? a * c : a * c - b * d);
+    return nantoinfinity(b == 0 || d == 0 ? a * c : a * c - b * d);
   }
   [[gnu::cold, gnu::noinline]] static double imaginarypart(double a, double b, double c, double d) {
     if (b == 0 && d == 0) return 0;
-    return shown(d == 0 ? b * c : b == 0 ? a * d : a * d + b * c);
+    return nantoinfinity(d == 0 ? b * c : b == 0 ? a * d : a * d + b * c);
   }
 };
 

@@ -6,7 +6,7 @@ namespace morvik {
 
 namespace {
 
-struct NaturalLog : Counted {
+struct NaturalLog : FlopCounter {
   template <class Give>
   void operator()(double x, Give &&give) {
     flops += 1;

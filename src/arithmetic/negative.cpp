@@ -7,7 +7,7 @@ namespace morvik {
 
 namespace {
 
-struct Negative : Counted {
+struct Negative : FlopCounter {
   static constexpr auto refusal = nocharacters;
 
   // The smallest integer has no counterpart: as a sum of that size does, it ends at the largest.

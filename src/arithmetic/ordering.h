@@ -22,9 +22,9 @@ inline const T &asdouble(const T &x) {
 
 // The flops of a modulus, and of the sign beside it; none where a number stands for itself.
 template <class T>
-inline constexpr std::uint64_t MODULUSFLOPS = Hyper<T> ? 2 * PARTS<T> : 0;
+inline constexpr std::uint64_t MODULUS_FLOPS = Hyper<T> ? 2 * PARTS<T> : 0;
 template <class T>
-inline constexpr std::uint64_t SIGNEDFLOPS = Hyper<T> ? MODULUSFLOPS<T> + 1 : 0;
+inline constexpr std::uint64_t SIGNED_FLOPS = Hyper<T> ? MODULUS_FLOPS<T> + 1 : 0;
 
 // The square root of the sum of squares, which is added up from the first component on.
 template <Hyper T>

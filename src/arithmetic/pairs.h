@@ -12,12 +12,12 @@ namespace morvik {
 struct Dyadic : Loops<KINDS * KINDS + 1> {
   std::uint32_t refused;                                           // flags of operands that make them not conformable
   bool tolerant;                                                   // compares under #CT
-  std::size_t stretch;                                             // elements between two looks at an interrupt
+  std::size_t pollinterval;                                        // elements between two looks at an interrupt
   std::int32_t (*refusal)(std::int32_t left, std::int32_t right);  // the message for a pair without a loop
 };
 
 // What numberloops.h takes together are pairs of this kind too.
-inline constexpr std::size_t NUMBERS = KINDS * KINDS;
+inline constexpr std::size_t MIXED_KIND = KINDS * KINDS;
 inline constexpr std::size_t kindof(std::int32_t left, std::int32_t right) {
   return kindof(left) * KINDS + kindof(right);
 }

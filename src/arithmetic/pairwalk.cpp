@@ -9,6 +9,7 @@
 #include "arithmetic/joint.h"
 #include "arithmetic/numberloops.h"
 #include "arithmetic/pairs.h"
+#include "spaces/messages.h"
 #include "spaces/processstack.h"
 #include "spaces/refderef.h"
 
@@ -16,7 +17,7 @@ namespace morvik {
 
 namespace {
 
-std::int32_t combine(const Dyadic &d, const Point &left, const Point &right, Point &result, Tally &tally);
+std::int32_t combinespaces(const Dyadic &d, const Point &left, const Point &right, Point &result, Tally &tally);
 
 // ---- Nested spaces.
 
@@ -30,7 +31,7 @@ Point scalarof(const Element &e) {
 }
 
 // A member beside an empty one stays as it is.
-std::int32_t keep(const Element &e, Point &result) {
+std::int32_t copymember(const Element &e, Point &result) {
   if (e.tag == tags::SUBARRAY) {
     result = *e.subarray;
     referencepoint(&result);
@@ -42,7 +43,7 @@ std::int32_t keep(const Element &e, Point &result) {
     return 0;
   }
   auto *record = static_cast<Element *>(tryblock(sizeof(Element)));
-  if (!record) return OUTOFSTORAGE;
+  if (!record) return messages::OUT_OF_STORAGE;
   *record = e;
   result = scalarof(*record);
   referencedataelems(record, 1);
@@ -54,15 +55,16 @@ std::int32_t keep(const Element &e, Point &result) {
 std::int32_t combinemembers(const Dyadic &d, const Element &left, const Element &right, Point &result, Tally &tally) {
   const Point l = left.tag == tags::SUBARRAY ? *left.subarray : scalarof(left);
   const Point r = right.tag == tags::SUBARRAY ? *right.subarray : scalarof(right);
-  if (isvoid(r)) return keep(left, result);
-  if (isvoid(l)) return keep(right, result);
-  return combine(d, l, r, result, tally);
+  if (hasnoelements(r)) return copymember(left, result);
+  if (hasnoelements(l)) return copymember(right, result);
+  return combinespaces(d, l, r, result, tally);
 }
 
 // The enclosed result of a pair of which one is a subarray, in a block of its own.
-std::int32_t enclosed(const Dyadic &d, const Element &left, const Element &right, Element &result, Tally &tally) {
+std::int32_t combineenclosed(const Dyadic &d, const Element &left, const Element &right, Element &result,
+                             Tally &tally) {
   auto *box = static_cast<Point *>(tryblock(sizeof(Point)));
-  if (!box) return OUTOFSTORAGE;
+  if (!box) return messages::OUT_OF_STORAGE;
   const std::int32_t message = combinemembers(d, left, right, *box, tally);
   if (message != 0) {
     freeblock(box);
@@ -75,31 +77,31 @@ std::int32_t enclosed(const Dyadic &d, const Element &left, const Element &right
 }
 
 // All that one space is combined to, in new blocks.
-std::int32_t combine(const Dyadic &d, const Point &left, const Point &right, Point &result, Tally &tally) {
-  if (stackends()) return OUTOFSTORAGE;
-  Joint joint;
-  if (const std::int32_t message = conform(d, left, right, joint); message != 0) return message;
-  Run run = runover(left, right, joint);
-  if (!newrecords(run)) return OUTOFSTORAGE;
+std::int32_t combinespaces(const Dyadic &d, const Point &left, const Point &right, Point &result, Tally &tally) {
+  if (stackends()) return messages::OUT_OF_STORAGE;
+  OperandFit fit;
+  if (const std::int32_t message = fitoperands(d, left, right, fit); message != 0) return message;
+  Run run = makerun(left, right, fit);
+  if (!newrecords(run)) return messages::OUT_OF_STORAGE;
   if (const std::int32_t message = work(d, run, tally); message != 0) {
-    abandon(run);
+    abandonrun(run);
     return message;
   }
-  tally.operations += joint.count;
-  result = resultof(left, right, joint, run);
+  tally.operations += fit.count;
+  result = resultpoint(left, right, fit, run);
   return 0;
 }
 
 // ---- One record.
 
 // The one element at i, which no loop takes as it is. Returns a message number.
-std::int32_t single(const Dyadic &d, Run &run, std::size_t i, Tally &tally) {
+std::int32_t workelement(const Dyadic &d, Run &run, std::size_t i, Tally &tally) {
   const Element left = run.left[i * run.leftstep], right = run.right[i * run.rightstep];
   Element &result = run.result[i * run.resultstep];
   if (left.tag == tags::SUBARRAY || right.tag == tags::SUBARRAY) {
     Element member;
-    if (const std::int32_t message = enclosed(d, left, right, member, tally); message != 0) return message;
-    giveupall(run, result);
+    if (const std::int32_t message = combineenclosed(d, left, right, member, tally); message != 0) return message;
+    releaseoverwritten(run, result);
     result = member;
     run.kinds |= STRUCTURED;
     return 0;
@@ -109,36 +111,38 @@ std::int32_t single(const Dyadic &d, Run &run, std::size_t i, Tally &tally) {
 
 // ---- All of them.
 
-struct Pairs {
-  static constexpr std::size_t KINDS = NUMBERS + 1;
+struct DyadicFamily {
+  static constexpr std::size_t KINDS = MIXED_KIND + 1;
   const Dyadic &loops;
-  std::size_t stretch;
+  std::size_t pollinterval;
 
   bool inorder(const Run &run) const { return run.resultstep == 0; }
   static std::size_t kindat(const Run &run, std::size_t i) {
     return kindof(run.left[i * run.leftstep].tag, run.right[i * run.rightstep].tag);
   }
-  auto sorter(const Run &run, std::size_t size, bool ahead) const {
+  auto kindmaskof(const Run &run, std::size_t size, bool ahead) const {
     return [this, &run, lefts = Tags(run.left, run.leftstep, size, ahead),
             rights = Tags(run.right, run.rightstep, size, ahead)](std::size_t i) {
       const std::int32_t left = run.left[i * run.leftstep].tag, right = run.right[i * run.rightstep].tag;
-      const bool numbers = apart(left, right) == APART && loops.kernels[NUMBERS];
+      const bool numbers = mixednumbers(left, right) == MIXED_NUMBERS && loops.kernels[MIXED_KIND];
       const auto l = lefts.unlike(numbers ? tags::INTEGER : left), r = rights.unlike(numbers ? tags::INTEGER : right);
-      const std::uint64_t wanted = Tags::everywhere(numbers ? APART : 0);
-      return Sort{numbers ? NUMBERS : kindof(left, right),
-                  Tags::places([&](std::size_t word) { return (l(word) | r(word)) ^ wanted; })};
+      const std::uint64_t wanted = Tags::repeatedbyte(numbers ? MIXED_NUMBERS : 0);
+      return KindMask{numbers ? MIXED_KIND : kindof(left, right),
+                      Tags::places([&](std::size_t word) { return (l(word) | r(word)) ^ wanted; })};
     };
   }
-  std::size_t goon(Run &run, std::size_t from, std::size_t to, Tally &tally) const {
-    return loops.kernels[NUMBERS] ? loops.kernels[NUMBERS](run, from, to, tally) : from;
+  std::size_t continuemixed(Run &run, std::size_t from, std::size_t to, Tally &tally) const {
+    return loops.kernels[MIXED_KIND] ? loops.kernels[MIXED_KIND](run, from, to, tally) : from;
   }
-  std::int32_t single(Run &run, std::size_t i, Tally &tally) const { return morvik::single(loops, run, i, tally); }
+  std::int32_t workelement(Run &run, std::size_t i, Tally &tally) const {
+    return morvik::workelement(loops, run, i, tally);
+  }
 };
 
 }  // namespace
 
 std::int32_t work(const Dyadic &d, Run &run, Tally &tally) noexcept {
-  return walk(Pairs{d, d.stretch}, run, tally);
+  return walk(DyadicFamily{d, d.pollinterval}, run, tally);
 }
 
 }  // namespace morvik

@@ -7,7 +7,7 @@ namespace morvik {
 
 namespace {
 
-struct PiTimes : Counted {
+struct PiTimes : FlopCounter {
   template <Parted T>
   T operator()(const T &x) {
     flops += PARTS<T>;

@@ -8,10 +8,10 @@
 
 namespace morvik {
 
-struct Power : Counted {
+struct Power : FlopCounter {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
 
-  static constexpr std::size_t flopseach(Formula<double, double>) { return 1; }
+  static constexpr std::size_t fixedflops(Formula<double, double>) { return 1; }
 
   // Of integers too the result is real, and of a negative base it is complex where the exponent has a fraction.
   template <class Give>

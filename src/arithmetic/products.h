@@ -106,7 +106,7 @@ inline Octonion pairproduct(const Octonion &a, const Octonion &b) {
   return {{c[0], c[1], d[0], d[1], e[0], e[1], f[0], f[1]}};
 }
 
-// The product of quaternions of which a last component is 0. By value, so that the operands need not stand in memory.
+// The product of quaternions of which a last component is 0. By value, so that the operands need not be in memory.
 template <Right as>
 [[gnu::noinline]] Quaternion flatproduct(Pair a0, Pair a2, Pair b0, Pair b2) {
   const Quaternion a{{a0[0], a0[1], a2[0], a2[1]}}, b{{b0[0], b0[1], b2[0], b2[1]}};
@@ -116,7 +116,7 @@ template <Right as>
 
 // ---- The product.
 
-// Hands the product of two numbers of more than one component to `give`. Adds to `counted` the flops that it did: a
+// Passes the product of two numbers of more than one component to `give`. Adds to `counted` the flops that it did: a
 // last component of a quaternion that is 0 is passed over.
 template <Right as, Hyper A, Hyper B, class Give>
 inline void product(const A &a, const B &b, std::uint64_t &counted, Give &&give) {

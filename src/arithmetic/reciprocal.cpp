@@ -6,7 +6,7 @@ namespace morvik {
 
 namespace {
 
-struct Reciprocal : Counted {
+struct Reciprocal : FlopCounter {
   // Kept: a quotient is an integer where it is whole and not negative, so that of -1 it is the real -1.
   template <class Give>
   void operator()(Integer x, Give &&give) {

@@ -2,14 +2,13 @@
 #pragma once
 
 #include "arithmetic/frame.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
-inline constexpr std::int32_t RESTRICTED_KIND = 994;
-
 inline std::int32_t nohigher(std::int32_t left, std::int32_t right) {
   const auto isnumber = [](std::int32_t tag) { return tag >= tags::INTEGER && tag <= tags::OCTONION; };
-  return isnumber(left) && isnumber(right) ? RESTRICTED_KIND : INCOMPATIBLE;
+  return isnumber(left) && isnumber(right) ? messages::RESTRICTION : messages::INCOMPATIBLE_TYPES;
 }
 
 }  // namespace morvik

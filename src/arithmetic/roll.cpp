@@ -3,6 +3,7 @@
 
 #include "arithmetic/generator.h"
 #include "arithmetic/monadic.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
@@ -13,13 +14,13 @@ double drawunit(std::uint64_t *state) {
   return static_cast<double>(PRNGS(state)) / PRNGS_MODULUS;
 }
 
-struct Roll : Counted {
+struct Roll : FlopCounter {
   static constexpr bool drawn = true;
   std::int64_t origin = 1;
   std::uint64_t *state = nullptr;
 
-  std::int32_t check(Integer x, Heading) const { return x.value >= 1 ? 0 : RESTRICTION; }
-  std::int32_t check(double x, Heading) const { return x >= 1 ? 0 : RESTRICTION; }
+  std::int32_t check(Integer x, Heading) const { return x.value >= 1 ? 0 : messages::RESTRICTION; }
+  std::int32_t check(double x, Heading) const { return x >= 1 ? 0 : messages::RESTRICTION; }
 
   // One of as many whole numbers from #IO up.
   Integer operator()(Integer x) {
@@ -34,7 +35,7 @@ struct Roll : Counted {
   }
 };
 
-struct Randomised : Counted {
+struct ScaledDraw : FlopCounter {
   static constexpr bool drawn = true;
   std::uint64_t *state = nullptr;
 
@@ -48,6 +49,6 @@ struct Randomised : Counted {
 }  // namespace
 
 DRAWING_SCALAR(roll, Roll)
-DRAWING_SCALAR(Random, Randomised)
+DRAWING_SCALAR(Random, ScaledDraw)
 
 }  // namespace morvik

@@ -12,7 +12,7 @@ double component(double x, double tolerance) {
   return roundable(x) ? round(x, tolerance) : x;
 }
 
-// The corner of the unit square that a complex number belongs to: kept, the next one to the right where the two
+// The corner of the unit square that a complex number belongs to. Kept: it is the next one to the right where the two
 // fractions together reach 1 and the imaginary one is not above the real one.
 Complex floorcorner(const Complex &z, double tolerance) {
   const double re = component<tolerantfloor>(z.re, tolerance), im = component<tolerantfloor>(z.im, tolerance);
@@ -26,12 +26,12 @@ Complex ceilingcorner(const Complex &z, double tolerance) {
 }
 
 // TRUNCATE knows no tolerance, and takes a complex number by its components too.
-double cut(double x, double) {
+double truncated(double x, double) {
   return towardzero(x);
 }
 
 template <double (*round)(double, double), Complex (*square)(const Complex &, double)>
-struct Rounding : Counted {
+struct Rounding : FlopCounter {
   double tolerance = 0;
 
   Integer operator()(Integer x) { return x; }
@@ -39,7 +39,7 @@ struct Rounding : Counted {
   void operator()(double x, Give &&give) {
     flops += 1;
     if (roundable(x)) [[likely]]
-      give(Integer{static_cast<std::int64_t>(round == cut ? x : round(x, tolerance))});  // which cuts as it is
+      give(Integer{static_cast<std::int64_t>(round == truncated ? x : round(x, tolerance))});  // which cuts as it is
     else
       give(x);
   }
@@ -54,17 +54,17 @@ struct Rounding : Counted {
   }
 };
 
-Complex cutparts(const Complex &z, double) {
-  return {component<cut>(z.re, 0), component<cut>(z.im, 0)};
+Complex truncatedparts(const Complex &z, double) {
+  return {component<truncated>(z.re, 0), component<truncated>(z.im, 0)};
 }
 
 }  // namespace
 
 using Floor = Rounding<tolerantfloor, floorcorner>;
 using Ceiling = Rounding<tolerantceiling, ceilingcorner>;
-using Cut = Rounding<cut, cutparts>;
+using Truncation = Rounding<truncated, truncatedparts>;
 MONADIC_SCALAR(flooring, Floor)
 MONADIC_SCALAR(ceiling, Ceiling)
-MONADIC_SCALAR(Truncate, Cut)
+MONADIC_SCALAR(Truncate, Truncation)
 
 }  // namespace morvik

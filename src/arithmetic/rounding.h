@@ -5,7 +5,7 @@
 
 namespace morvik {
 
-// Of a double below INTEGERBOUND in magnitude. By integers, as that is one instruction each way on every machine.
+// Of a double below INTEGER_BOUND in magnitude. By integers, as that is one instruction each way on every machine.
 inline double towardzero(double x) {
   return static_cast<double>(static_cast<std::int64_t>(x));
 }
@@ -20,14 +20,14 @@ inline double ceilingof(double x) {
 
 // Has a double whole numbers beside it? Infinities, NaN, and what is whole because it is so large, have none.
 inline bool roundable(double x) {
-  return std::fabs(x) < INTEGERBOUND;
+  return std::fabs(x) < INTEGER_BOUND;
 }
 
 // The whole number of which x falls short, or which it passes, by no more than the tolerance: where floor(x) is
 // ceil(x - t) it is that, else where ceil(x) is floor(x + t) it is ceil(x), else `otherwise`.
 [[gnu::noinline]] inline double tolerantwhole(double x, double t, double otherwise) {
-  constexpr double FARTHEST = 2;  // a tolerance so wide, or NaN, finds no whole number that stands alone
-  if (!(std::fabs(t) < FARTHEST)) return otherwise;
+  constexpr double WIDEST_TOLERANCE = 2;  // a tolerance so wide, or NaN, finds no single whole number
+  if (!(std::fabs(t) < WIDEST_TOLERANCE)) return otherwise;
   const double low = floorof(x), high = ceilingof(x);
   if (low == ceilingof(x - t)) return low;
   return high == floorof(x + t) ? high : otherwise;

@@ -12,7 +12,7 @@ T shortened(const T &x, double by) {
   return assemble<T>([&](auto i) { return part(x, i) / by; });
 }
 
-struct Signum : Counted {
+struct Signum : FlopCounter {
   Integer operator()(Integer x) { return {std::int64_t{x.value > 0} - std::int64_t{x.value < 0}}; }
 
   // NaN has no sign but itself.
@@ -29,9 +29,9 @@ struct Signum : Counted {
   }
 };
 
-struct Direction : Counted {
+struct Direction : FlopCounter {
   // As a quotient of integers: an integer only where it is not negative.
-  Number operator()(Integer x) {
+  WholeOrReal operator()(Integer x) {
     const double size = std::fabs(static_cast<double>(x.value));
     flops += x.value > 0 ? 0 : 1;
     return {static_cast<double>(x.value) / size, x.value > 0};

@@ -5,7 +5,7 @@ namespace morvik {
 
 namespace {
 
-struct Subtract : Counted {
+struct Subtract : FlopCounter {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
 
   template <class Give>
@@ -13,11 +13,11 @@ struct Subtract : Counted {
     if (summable(a, b)) [[likely]]
       give(Integer{a.value - b.value});
     else
-      give(whole(static_cast<double>(a.value) - static_cast<double>(b.value)));
+      give(wholeresult(static_cast<double>(a.value) - static_cast<double>(b.value)));
   }
 
   template <Parted A, Parted B>
-  static constexpr std::size_t flopseach(Formula<A, B>) {
+  static constexpr std::size_t fixedflops(Formula<A, B>) {
     return PARTS<B>;
   }
   // What only the right number has is taken from 0, so that no component becomes a negative zero.

@@ -8,7 +8,7 @@ namespace morvik {
 
 namespace {
 
-struct Negation : Counted {
+struct Negation : FlopCounter {
   static constexpr auto refusal = nocharacters;
 
   Truth operator()(Integer x) { return {x.value <= 0}; }
@@ -26,7 +26,7 @@ inline Pair clampedpair(Pair x) {
   return none > x ? none : x;
 }
 
-struct Logical : Counted {
+struct Logical : FlopCounter {
   static constexpr auto refusal = nocharacters;
 
   Truth operator()(Integer x) { return {x.value > 0}; }
@@ -43,7 +43,7 @@ struct Logical : Counted {
   }
 };
 
-struct IsLogical : Counted {
+struct IsLogical : FlopCounter {
   static constexpr auto refusal = nocharacters;
 
   Truth operator()(Integer x) { return {x.value == 0 || x.value == 1}; }
@@ -57,7 +57,7 @@ struct IsLogical : Counted {
 };
 
 // One truth alone does not contradict itself.
-struct Contradiction : Counted {
+struct Contradiction : FlopCounter {
   static constexpr auto refusal = nocharacters;
 
   double operator()(double x) { return std::isnan(x) ? x : 0; }

@@ -20,13 +20,13 @@ namespace {
 
 Point posted;  // the instruction at work, with references of its own: its Programme may be gone at the join
 
-void post(std::uint32_t slots) {
+void postwork(std::uint32_t slots) {
   assert(!coprocessors_running);
   posted = *to_coprocessors.instruction;
   referencepoint(&posted);
   to_coprocessors.instruction = &posted;
   to_coprocessors.context = quads;
-  unfinished = to_coprocessors.operand;
+  resultinflight = to_coprocessors.operand;
   slicesstopped = false;
   coprocessors_running = true;
   from_coprocessor[0].state = nullptr;
@@ -38,17 +38,17 @@ void post(std::uint32_t slots) {
 }
 
 // What the slices found, put together.
-struct Found {
+struct SliceFindings {
   bool any;  // was there anything to collect?
   std::uint32_t flags;
   std::int32_t failure;  // that of the first slice that failed
 };
 
-Found collect(std::uint32_t slots) {
-  Found found{};
+SliceFindings collectreplies(std::uint32_t slots) {
+  SliceFindings found{};
   for (std::uint32_t i = slots - 1; i > 0; --i) {
     Reply &reply = from_coprocessor[i];
-    // What a slot found stands there until its next work: a request may have ended an earlier join half-way.
+    // What a slot found stays there until its next work: a request may have ended an earlier join early.
     const bool collected = reply.done != 0;
     if (!collected) awaitslot(i);
     found.flags |= static_cast<std::uint32_t>(reply.flags);
@@ -67,7 +67,7 @@ Found collect(std::uint32_t slots) {
 // All slots sleep again. The instruction stays, for who reports of it.
 void endwork() {
   coprocessors_running = false;
-  unfinished = nullptr;
+  resultinflight = nullptr;
   dereference(to_coprocessors.release);
 }
 
@@ -98,7 +98,7 @@ void dropdeferred(Point &operand) {
 }
 
 // The result is whole: what the slices found joins its flag word, and the operands may go.
-void complete(std::uint32_t flags) {
+void completeresult(std::uint32_t flags) {
   Point &result = *to_coprocessors.operand;
   const auto operands = static_cast<std::uint32_t>(to_coprocessors.combined);
   result.type |= flags | ((flags & STRUCTURED) != 0 ? operands & ISSTRUCTURE : 0);
@@ -107,9 +107,9 @@ void complete(std::uint32_t flags) {
   dropdeferred(from_coprocessor[1].deferred);
 }
 
-// The instruction failed: the result goes, and its operands stand where they stood. The right one only where the stack
-// did not grow over its slot.
-void restore(Point *&top) {
+// The instruction failed: the result goes, and its operands are put back. The right one only where the stack did not
+// grow over its slot.
+void restoreoperands(Point *&top) {
   takebackdraws();
   Point &result = *to_coprocessors.operand;
   Point &left = from_coprocessor[0].deferred, &right = from_coprocessor[1].deferred;
@@ -124,10 +124,10 @@ void restore(Point *&top) {
     dereferencedataelems(records, result.elements);
     release(records);
   }
-  const bool room = &result == top;
+  const bool slotfree = &result == top;
   result = left;
   left = {};
-  if (dyadic && room)
+  if (dyadic && slotfree)
     *++top = right;
   else
     dereferencepoint(&right);
@@ -137,7 +137,7 @@ void restore(Point *&top) {
 [[noreturn]] void reportfailure(std::int32_t message, Point *&top) {
   Custody kept;
   takecustody(kept, releasepoint, &posted);
-  failwork(message, &top, &posted);
+  failwith(message, &top, &posted);
 }
 
 }  // namespace
@@ -147,8 +147,8 @@ void wakecoprocessors(const Point &instruction, std::int64_t number) {
   to_coprocessors = {};
   to_coprocessors.instruction = &instruction;
   to_coprocessors.origin = number;
-  post(cpus);
-  collect(cpus);
+  postwork(cpus);
+  collectreplies(cpus);
   endwork();
   dereferencepoint(&posted);
 }
@@ -157,13 +157,13 @@ namespace {
 
 bool postall() {
   if (processors < 2 || !poolstarted()) return false;
-  post(processors);
+  postwork(processors);
   return true;
 }
 
 void recallall() {
   slicesstopped = true;
-  collect(processors);
+  collectreplies(processors);
   endwork();
   takebackdraws();
   dereferencepoint(&posted);
@@ -171,14 +171,14 @@ void recallall() {
 
 void join(Point *&top, int) {
   if (!poolstarted()) return;
-  const Found found = collect(processors);
+  const SliceFindings found = collectreplies(processors);
   if (serverequest() || !found.any || !to_coprocessors.instruction) return;
   endwork();
   if (found.failure != 0) {
-    restore(top);
+    restoreoperands(top);
     reportfailure(found.failure, top);
   }
-  complete(found.flags);
+  completeresult(found.flags);
   dereferencepoint(&posted);
 }
 

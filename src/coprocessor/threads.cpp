@@ -19,8 +19,8 @@ namespace morvik {
 
 namespace {
 
-constexpr long LOOK = 20'000'000;  // nanoseconds between two looks at a noted interrupt
-constexpr long SECOND = 1'000'000'000;
+constexpr long POLL_NANOSECONDS = 20'000'000;  // nanoseconds between two polls for a noted interrupt
+constexpr long NANOSECONDS_A_SECOND = 1'000'000'000;
 
 // One a slot; that of slot 0 is not used.
 struct Thread {
@@ -30,9 +30,9 @@ struct Thread {
   sem_t mainprocess;  // posted by the thread: it is done
 };
 Thread *threads;
-Worker *work;
+Worker *workfunction;
 
-Point ofinstruction(std::uint16_t number) {
+Point makeinstruction(std::uint16_t number) {
   Point p{};
   p.rank = ranks::OPERATOR;
   p.type = ISOPERATOR;
@@ -40,14 +40,14 @@ Point ofinstruction(std::uint16_t number) {
   return p;
 }
 
-void sleepon(sem_t &semaphore) {
+void waitfor(sem_t &semaphore) {
   while (sem_wait(&semaphore) != 0) {
   }
 }
 
 // Takes the next work. Is there any?
-bool take(Reply &reply) {
-  sleepon(threads[&reply - from_coprocessor].coprocess);
+bool takework(Reply &reply) {
+  waitfor(threads[&reply - from_coprocessor].coprocess);
   reply.instruction = to_coprocessors.instruction;
   if (!reply.instruction) return false;
   reply.flags = 0;
@@ -61,14 +61,14 @@ bool take(Reply &reply) {
 void vector_coprocessor(std::uint32_t index) {
   Reply &reply = from_coprocessor[index];
   std::uint64_t state;
-  work(ofinstruction(instructions::RANDOMISE), index, &state);
+  workfunction(makeinstruction(instructions::RANDOMISE), index, &state);
   sem_post(&threads[index].mainprocess);  // it is there
   for (;;) {
-    if (!take(reply)) continue;
+    if (!takework(reply)) continue;
     const Point &instruction = *reply.instruction;
     const bool ends = instruction.instruction == instructions::ENDPROCESS;
-    if (isoperator(instruction) && !ends) work(instruction, index, &state);
-    handinlive();
+    if (isoperator(instruction) && !ends) workfunction(instruction, index, &state);
+    flushlivecount();
     sem_post(&threads[index].mainprocess);
     if (ends) return;
   }
@@ -80,7 +80,7 @@ void *vector_coprocessor_thread(void *index) {
   return nullptr;
 }
 
-bool start(std::uint32_t slot) {
+bool startthread(std::uint32_t slot) {
   Thread &thread = threads[slot];
   thread.index = slot;
   sem_init(&thread.coprocess, 0, 0);
@@ -108,9 +108,9 @@ void awaitslot(std::uint32_t slot) {
     if (interrupted != 0) slicesstopped = true;
     timespec until;
     clock_gettime(CLOCK_REALTIME, &until);
-    until.tv_nsec += LOOK;
-    if (until.tv_nsec >= SECOND) {
-      until.tv_nsec -= SECOND;
+    until.tv_nsec += POLL_NANOSECONDS;
+    if (until.tv_nsec >= NANOSECONDS_A_SECOND) {
+      until.tv_nsec -= NANOSECONDS_A_SECOND;
       ++until.tv_sec;
     }
     if (sem_timedwait(&done, &until) == 0) return;
@@ -123,7 +123,7 @@ void startcoprocessors(Worker *worker) {
   threads = static_cast<Thread *>(std::calloc(processors, sizeof(Thread)));
   auto *replies = static_cast<Reply *>(std::calloc(processors, sizeof(Reply)));
   if (!threads || !replies) outofstorage();
-  work = worker;
+  workfunction = worker;
   replies[0] = mainreply;
   from_coprocessor = replies;
   // The threads take over the mask.
@@ -133,16 +133,16 @@ void startcoprocessors(Worker *worker) {
   coprocessors_running = true;
   to_coprocessors.origin = CLOCK_SEED;
   std::uint32_t started = 1;
-  while (started < processors && start(started)) ++started;
+  while (started < processors && startthread(started)) ++started;
   pthread_sigmask(SIG_SETMASK, &old, nullptr);
   processors = cpus = started;
-  for (std::uint32_t i = 1; i < started; ++i) sleepon(threads[i].mainprocess);
+  for (std::uint32_t i = 1; i < started; ++i) waitfor(threads[i].mainprocess);
   coprocessors_running = false;
 }
 
 void endcoprocessors() {
   if (!threads) return;
-  const Point end = ofinstruction(instructions::ENDPROCESS);
+  const Point end = makeinstruction(instructions::ENDPROCESS);
   to_coprocessors = {};
   to_coprocessors.instruction = &end;
   coprocessors_running = true;

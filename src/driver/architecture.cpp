@@ -24,7 +24,7 @@ struct Size {
   std::size_t bytes;
 };
 
-// How much of a record an element of each type fills, what hangs on it included.
+// How much of a record an element of each type fills, its own blocks included.
 constexpr Size STRUCTURES[] = {
     {"subarray", offsetof(Element, subarray) + sizeof(void *)},
     {"ascii", offsetof(Element, integer) + sizeof(std::int64_t)},

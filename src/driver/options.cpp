@@ -22,7 +22,7 @@ namespace {
 constexpr int ARGC_MASK = 0xFF;
 constexpr int DECIMAL = 10;
 
-// Where the scan stands: the next letter, and whether a dash is in force.
+// How far the scan has come: the next letter, and whether a dash is in force.
 struct Scan {
   const char *next;
   bool dashed;

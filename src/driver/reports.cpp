@@ -1,6 +1,6 @@
 // What the process says about its own work when it ends: a table of the instructions, the flops of each processor, and
-// a summary. A row of the table stands on several lines, so that none is longer than a terminal is wide; its columns
-// take the width of their widest figure.
+// a summary. A row of the table takes several lines, so that none is longer than a terminal is wide; its columns take
+// the width of their widest figure.
 #include "driver/reports.h"
 
 #include <sys/resource.h>
@@ -176,7 +176,7 @@ void printprocessors() {
   static_assert(std::string_view(RULE).size() == 80);
   std::printf("%s\nPer processor (thread) floating point perfomance:\n", RULE);
   for (std::uint32_t slot = 0; slot < cpus; ++slot) {
-    const double rate = persecond(from_coprocessor[slot].total_flops, ran);
+    const double rate = persecond(from_coprocessor[slot].total_flops, totaltime);
     std::printf("Processor %d:\t%s\n", static_cast<int>(slot), floprate(rate).text.data());
   }
 }

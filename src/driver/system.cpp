@@ -28,6 +28,7 @@
 #include "machine/slicing.h"
 #include "machine/timing.h"
 #include "spaces/counters.h"
+#include "spaces/messages.h"
 #include "spaces/processstack.h"
 #include "spaces/recount.h"
 #include "spaces/refderef.h"
@@ -55,7 +56,7 @@ constexpr std::int64_t MOST_SLOTS = 1 << 20;
 constexpr double COMPARISON_TOLERANCE = std::bit_cast<double>(0x3CD203AF9EE75616);
 
 // The system variables of a bank, and their names, which the bank holds whatever the variables are set to. The Points
-// beside the two in use are left alone: the count that pins a variable stands in the one before it.
+// beside the two in use are left alone: the count that pins a variable is in the one before it.
 struct Bank {
   Point quads[BANK_QUADS];
   char *io, *ct;
@@ -179,7 +180,7 @@ void stoppool() {
   endcoprocessors();
 }
 
-void spent() {
+void printspent() {
   constexpr std::int64_t SECOND = 1000000, MINUTE = 60 * SECOND, HOUR = 60 * MINUTE;
   const std::int64_t time = std::max<std::int64_t>(0, static_cast<std::int64_t>((clocktime() - starttime) * SECOND));
   std::printf("--- Spent: %.2d:%.2d:%.2d.%.06d ---\n\n", static_cast<int>(time / HOUR),
@@ -222,8 +223,8 @@ void startsystem() {
   openbanks();
   initinstrlens();
   std::memset(InstructionTiming, 0, sizeof InstructionTiming);
-  A_Problem = 0;
-  if (!quiet) exception(0, nullptr, nullptr);
+  pendingproblem = 0;
+  if (!quiet) exception(messages::HELLO, nullptr, nullptr);
   MIN_PARALLEL = processors * PARALLEL_GATE;
   startpool();
   SEED_PRNGS(0, &prngs_seed, CLOCK_SEED);
@@ -232,7 +233,7 @@ void startsystem() {
 
 #ifdef MORVIK_CHECKING
 void recountblocks() {
-  if (unfinished) return;  // the pool holds what its result is made of
+  if (resultinflight) return;  // the pool holds what its result is made of
   rlimit storage;
   if (getrlimit(RLIMIT_DATA, &storage) == 0 && storage.rlim_cur != RLIM_INFINITY) return;  // it may not last to count
   finishreleases();
@@ -258,14 +259,14 @@ int shutdownsystem() {
   stoppool();
   if (!quiet) {
     exitreport();
-    std::printf("\n%s\n", errors(999));
+    std::printf("\n%s\n", errors(messages::GOODBYE));
   }
   std::putchar('\n');
   releasestops = nullptr;
   finishreleases();
   closebanks();
   freereplies();
-  spent();
+  printspent();
 #ifdef MORVIK_CHECKING
   constexpr int LEAKED = 99;
   if (const std::int64_t blocks = liveblocks(); blocks != 0) {

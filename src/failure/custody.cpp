@@ -18,7 +18,7 @@ void releaseblock(Custody &c) {
 }
 
 // Each record is taken off before its release, so that a failure in there cannot release it again.
-void landcustody(Custody *mark) {
+void releasecustody(Custody *mark) {
   while (custody != mark && custody) {
     Custody &c = *custody;
     custody = c.outer;

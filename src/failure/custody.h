@@ -5,9 +5,9 @@
 
 namespace morvik {
 
-// Custody: what a frame holds in hand and a jump would leak. The jump releases all that was taken since its landing was
-// armed, the latest first; for a frame that ended in peace that is nothing. A record lives in the frame of its owner,
-// which takes and ends it in stack order.
+// Custody: what a frame holds and a jump would leak. The jump releases all that was taken since its landing was armed,
+// the latest first; for a frame that returned that is nothing. A record lives in the frame of its owner, which takes
+// and ends it in stack order.
 struct Custody {
   void (*release)(Custody &);
   Custody *outer;
@@ -26,8 +26,8 @@ inline void takecustody(Custody &c, void (*release)(Custody &), void *held) {
 inline void endcustody(const Custody &c) {
   custody = c.outer;
 }
-// Releases everything that was taken later than `mark`. For frames that still stand: jump calls it, a landing finds
+// Releases everything that was taken later than `mark`. For frames that still exist: jump calls it, a landing finds
 // nothing left to do.
-void landcustody(Custody *mark);
+void releasecustody(Custody *mark);
 
 }  // namespace morvik

@@ -11,14 +11,13 @@
 #include "failure/messagetext.h"
 #include "failure/signals.h"
 #include "spaces/blocks.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
 void (*dumppoint)(std::FILE *stream, const char *title, Point *point) = [](std::FILE *, const char *, Point *) {};
 
 namespace {
-
-constexpr std::int32_t GOODBYE = 999, OUTOFSTORAGE = 27;
 
 // Printing may retag what it prints; the Point at work keeps its fields.
 void dumpcopy(const char *title, const Point *point) {
@@ -30,12 +29,12 @@ void report(std::int32_t number, Point **stackpointer, const Point *instruction)
   stepping = 1;
   std::fflush(stdout);
   std::fprintf(stderr, "\n%s\n", errors(static_cast<std::uint32_t>(number)));
-  if (number == OUTOFSTORAGE) {
-    A_Problem = 1;
+  if (number == messages::OUT_OF_STORAGE) {
+    pendingproblem = 1;
     return;
   }
   if (instruction) dumpcopy("\nInstruction:\n", instruction);
-  if (stackpointer && A_Problem != 0) dumpcopy("Top of stack:\n", *stackpointer);
+  if (stackpointer && pendingproblem != 0) dumpcopy("Top of stack:\n", *stackpointer);
   std::fflush(stderr);
 }
 
@@ -43,8 +42,8 @@ void report(std::int32_t number, Point **stackpointer, const Point *instruction)
 
 void exception(std::int32_t number, Point **stackpointer, const Point *instruction) {
   joinahead();
-  if (number < -GOODBYE) raised(-1000 - number);
-  if (number == GOODBYE) {
+  if (number <= SIGNAL_NUMBERS) takesignal(SIGNAL_NUMBERS - number);
+  if (number == messages::GOODBYE) {
     endprocess = 1;
     jump(-1);
   }
@@ -62,9 +61,9 @@ void exceptionjump(std::int32_t number) {
   exceptionjump(number, nullptr, nullptr);
 }
 
-void failwork(std::int32_t message, Point **stackpointer, const Point *instruction) {
+void failwith(std::int32_t message, Point **stackpointer, const Point *instruction) {
   if (message == INTERRUPTED) takeinterrupt();
-  if (message == OUTOFSTORAGE) outofstorage();
+  if (message == messages::OUT_OF_STORAGE) outofstorage();
   exceptionjump(message, stackpointer, instruction);
 }
 

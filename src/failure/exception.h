@@ -14,7 +14,7 @@ extern void (*dumppoint)(std::FILE *stream, const char *title, Point *point);
 
 // Reports a message on standard error, with the dump of the instruction for a positive number other than 27.
 // `stackpointer` is the address of the caller's stack top, or null; `instruction` the Point at work, or null.
-// Returns, but for 999 and for signals (numbers below -999), which jump.
+// Returns, but for messages::GOODBYE and for signals, which jump.
 void exception(std::int32_t number, Point **stackpointer, const Point *instruction);
 // exception(number, null, null), then the jump.
 [[noreturn]] void exceptionjump(std::int32_t number);
@@ -22,6 +22,6 @@ void exception(std::int32_t number, Point **stackpointer, const Point *instructi
 [[noreturn]] void exceptionjump(std::int32_t number, Point **stackpointer, const Point *instruction);
 // The end of work that returned a message number, which may be INTERRUPTED.
 inline constexpr std::int32_t INTERRUPTED = -1;
-[[noreturn]] void failwork(std::int32_t message, Point **stackpointer, const Point *instruction);
+[[noreturn]] void failwith(std::int32_t message, Point **stackpointer, const Point *instruction);
 
 }  // namespace morvik

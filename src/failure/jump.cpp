@@ -15,15 +15,14 @@ namespace morvik {
 
 namespace {
 
-constexpr std::int32_t GOODBYE = 999;
 constexpr int FAILED_START = 1;
 
 }  // namespace
 
 jmp_buf error_jump;
-std::int32_t A_Problem;
+std::int32_t pendingproblem;
 std::int16_t violations;
-char PrintOut;
+char printing;
 char stepping;
 char endprocess;
 
@@ -32,7 +31,7 @@ namespace {
 Custody *landingmark;
 void (*landingunwind)();
 void (*landingjoin)();
-bool leaving;  // a jump is on its way: what it releases may fail in turn
+bool jumping;  // a jump is under way: what it releases may fail in turn
 
 // A buffer that setjmp never filled is all zeros.
 bool armed() {
@@ -43,15 +42,15 @@ bool armed() {
 }  // namespace
 
 void jump(int value) {
-  if (!armed()) endatonce(value < -GOODBYE ? value & 0xFF : FAILED_START);
+  if (!armed()) endatonce(value <= SIGNAL_NUMBERS ? value & 0xFF : FAILED_START);
   dropwalks();
   joinahead();
-  if (!leaving) {
-    leaving = true;
+  if (!jumping) {
+    jumping = true;
     if (landingunwind) landingunwind();
   }
-  landcustody(landingmark);
-  leaving = false;
+  releasecustody(landingmark);
+  jumping = false;
   longjmp(error_jump, value);
 }
 

@@ -21,9 +21,8 @@ volatile std::sig_atomic_t interrupted;
 
 namespace {
 
-constexpr int SIGNAL_NUMBERS = -1000;  // signal n is message SIGNAL_NUMBERS - n
 constexpr int ENDURED_VIOLATIONS = 2;
-constexpr int NEVER_STORED = 2;  // kept: A_Problem is asked for a value that nothing stores
+constexpr int NEVER_STORED = 2;  // Kept: pendingproblem is asked for a value that nothing stores
 constexpr suseconds_t BEAT_US = 20000;
 
 // Sanitizers report a fault themselves, and better.
@@ -33,19 +32,19 @@ constexpr bool FAULTS_ARE_OURS = false;
 constexpr bool FAULTS_ARE_OURS = true;
 #endif
 
-// Room for the deepest release that a jump may have to do there.
+// Enough for the deepest release that a jump may have to do there.
 constexpr std::size_t FAULT_STACK = std::size_t{256} * 1024;
 alignas(64) char faultstack[FAULT_STACK];
 
 // Where the limit of the process stack is lifted, a recursion without end would take all of the memory before it is
-// found. The wall is higher than any frame, so that none steps over it.
-constexpr std::uintptr_t DEEPEST_STACK = std::uintptr_t{256} << 20, WALL = std::uintptr_t{4} << 20;
+// found. The guard is larger than any frame, so that none reaches past it.
+constexpr std::uintptr_t DEEPEST_STACK = std::uintptr_t{256} << 20, STACK_GUARD = std::uintptr_t{4} << 20;
 
 // What is noted while a text at hand is compiled waits in `deferred` until that is done.
 volatile std::sig_atomic_t deferring, deferred;
 
-// The text of a fault goes around the streams: one of them may be what was at work.
-void say(const char *text) {
+// The text of a fault bypasses the streams: one of them may be what was at work.
+void writefaulttext(const char *text) {
   std::size_t left = std::strlen(text);
   while (left > 0) {
     const ssize_t written = write(STDERR_FILENO, text, left);
@@ -86,23 +85,23 @@ void forget() {
   setbeat(0);
 }
 
-[[noreturn]] void interrupt(int signal) {
-  if (PrintOut) std::fputc('\n', stdout);
+[[noreturn]] void jumpoutofrun(int signal) {
+  if (printing) std::fputc('\n', stdout);
   std::fputs("\n** User interrupt. **\n", stdout);
   std::fflush(stdout);
-  A_Problem = 1;
+  pendingproblem = 1;
   jump(SIGNAL_NUMBERS - signal);
 }
 
-void violation(int signal) {
-  say("\nSEGMENTATION VIOLATION\n");
+void reportviolation(int signal) {
+  writefaulttext("\nSEGMENTATION VIOLATION\n");
   if (++violations <= ENDURED_VIOLATIONS) return;
-  say("\n--- SERIOUS INTERNAL ERROR ---\n--- PROCESSING STOPPED --- \n");
+  writefaulttext("\n--- SERIOUS INTERNAL ERROR ---\n--- PROCESSING STOPPED --- \n");
   endatonce((SIGNAL_NUMBERS - signal) & 0xFF);
 }
 
 // A lock of the faulting thread stays usable for whoever comes after the jump.
-void giveup(pthread_mutex_t &mutex) {
+void unlockifmine(pthread_mutex_t &mutex) {
 #ifdef __GLIBC__
   if (mutex.__data.__owner == gettid()) pthread_mutex_unlock(&mutex);
 #else
@@ -110,22 +109,22 @@ void giveup(pthread_mutex_t &mutex) {
 #endif
 }
 
-[[noreturn]] void fault(int signal) {
-  giveup(mp);
-  giveup(mp1);
+[[noreturn]] void reportfault(int signal) {
+  unlockifmine(mp);
+  unlockifmine(mp1);
   referencelocks = 0;
   joinahead();
-  if (A_Problem == NEVER_STORED) say("\nA Problem Occured ... \n");
+  if (pendingproblem == NEVER_STORED) writefaulttext("\nA Problem Occured ... \n");
   switch (signal) {
     case SIGFPE:
-      say("\nFloating point exception.\n");
+      writefaulttext("\nFloating point exception.\n");
       break;
     case SIGBUS:
     case SIGSEGV:
-      violation(signal);
+      reportviolation(signal);
       break;
     default:
-      say("\nUNKNOWN SIGNAL CAUGHT\n");
+      writefaulttext("\nUNKNOWN SIGNAL CAUGHT\n");
       break;
   }
   jump(SIGNAL_NUMBERS - signal);
@@ -144,7 +143,7 @@ void handlesignal(int signal, siginfo_t *info, void *) {
 // ignored stays so in an editor that EDIT starts.
 void ignoresignal(int) {}
 
-void handle(int signal, void (*handler)(int), int flags) {
+void sethandler(int signal, void (*handler)(int), int flags) {
   struct sigaction action {};
   action.sa_handler = handler;
   action.sa_flags = flags;
@@ -159,29 +158,29 @@ void handlenoting(int signal, int flags) {
 }
 
 // The jump leaves the handler for good and restores no mask, so none may be set.
-void handlefault(int signal) {
+void setfaulthandler(int signal) {
   handlenoting(signal, SA_ONSTACK | SA_NODEFER);
 }
 
-void raisewall() {
+void mapstackguard() {
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-  const std::uintptr_t top = (here - DEEPEST_STACK) & ~(WALL - 1);
+  const std::uintptr_t top = (here - DEEPEST_STACK) & ~(STACK_GUARD - 1);
   // Nothing points there yet: the place can only be told by its number.
-  auto *const wall = reinterpret_cast<void *>(top - WALL);  // NOLINT(performance-no-int-to-ptr)
+  auto *const stackguard = reinterpret_cast<void *>(top - STACK_GUARD);  // NOLINT(performance-no-int-to-ptr)
   constexpr int FLAGS = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE;
-  // Where something stands already, that is the wall.
-  if (mmap(wall, WALL, PROT_NONE, FLAGS, -1, 0) == MAP_FAILED) return;
+  // Where something is mapped already, that is the guard.
+  if (mmap(stackguard, STACK_GUARD, PROT_NONE, FLAGS, -1, 0) == MAP_FAILED) return;
 }
 
 }  // namespace
 
-void raised(int signal) {
-  if (isinterrupt(signal)) interrupt(signal);
-  fault(signal);
+void takesignal(int signal) {
+  if (isinterrupt(signal)) jumpoutofrun(signal);
+  reportfault(signal);
 }
 
 void signalexception(int signal) {
-  if (!isinterrupt(signal)) fault(signal);
+  if (!isinterrupt(signal)) reportfault(signal);
   note(signal);
 }
 
@@ -190,26 +189,26 @@ void takeinterrupt() {
   joinahead();
   const int signal = interrupted;
   forget();
-  raised(signal);
+  takesignal(signal);
 }
 
 void initsignals() {
   releasestops = isinterrupted;
-  handle(SIGPIPE, ignoresignal, SA_RESTART);
-  handle(SIGXFSZ, ignoresignal, SA_RESTART);
+  sethandler(SIGPIPE, ignoresignal, SA_RESTART);
+  sethandler(SIGXFSZ, ignoresignal, SA_RESTART);
   if (!FAULTS_ARE_OURS) return;
   stack_t stack{};
   stack.ss_sp = faultstack;
   stack.ss_size = sizeof faultstack;
   sigaltstack(&stack, nullptr);
-  handlefault(SIGSEGV);
-  raisewall();
+  setfaulthandler(SIGSEGV);
+  mapstackguard();
 }
 
 void readingsignals() {
-  handle(SIGINT, SIG_IGN, 0);
-  handle(SIGQUIT, SIG_IGN, 0);
-  if (FAULTS_ARE_OURS) handle(SIGBUS, SIG_DFL, 0);
+  sethandler(SIGINT, SIG_IGN, 0);
+  sethandler(SIGQUIT, SIG_IGN, 0);
+  if (FAULTS_ARE_OURS) sethandler(SIGBUS, SIG_DFL, 0);
   if (isinterrupt(interrupted)) forget();
 }
 
@@ -217,8 +216,8 @@ void readingsignals() {
 void runningsignals() {
   handlenoting(SIGINT, 0);
   handlenoting(SIGQUIT, 0);
-  if (FAULTS_ARE_OURS) handlefault(SIGBUS);
-  handlefault(SIGFPE);
+  if (FAULTS_ARE_OURS) setfaulthandler(SIGBUS);
+  setfaulthandler(SIGFPE);
 }
 
 // One that was noted is taken here: a safe point further in would end the compile alone, and the run would go on.

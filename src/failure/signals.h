@@ -13,6 +13,8 @@ inline bool isinterrupted() {
 }
 // Takes the signal that was noted: prints it and jumps. Not for coprocessor threads.
 [[noreturn]] void takeinterrupt();
+// Elements between two safe points: in a loop that does little for each, and in one that does much.
+inline constexpr std::size_t POLL_INTERVAL = 65536, SLOW_POLL_INTERVAL = 4096;
 // A safe point: between Points, and at least every 50 ms in long loops, sleeps and reads.
 inline void safepoint() {
   if (interrupted != 0) [[unlikely]]
@@ -34,6 +36,6 @@ void admitinterrupts();
 // What the handlers do with a signal that nobody sent: an interrupt is noted, a fault is raised at once.
 void signalexception(int signal);
 // What a signal does, at once: the report and the jump.
-[[noreturn]] void raised(int signal);
+[[noreturn]] void takesignal(int signal);
 
 }  // namespace morvik

@@ -12,6 +12,7 @@
 #include "failure/signals.h"
 #include "spaces/blocks.h"
 #include "spaces/making.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
@@ -90,14 +91,14 @@ void releasestream(Custody &c) {
 }
 
 std::FILE *openfile(const Point *instruction, Point **stackpointer, const char *mode, char **nameblock) {
-  if (const int fault = namefault(**stackpointer, 706, 707); fault != 0)
+  if (const int fault = namefault(**stackpointer, messages::FILE_NAME_DATA, messages::FILE_NAME_STRUCTURE); fault != 0)
     exceptionjump(fault, stackpointer, instruction);
   char *name = filename(**stackpointer);
   Custody kept;
   takecustody(kept, releaseblock, name);
-  if (isrefused(name)) exceptionjump(720, stackpointer, instruction);
+  if (isrefused(name)) exceptionjump(messages::DIRECTORY_REFUSED, stackpointer, instruction);
   std::FILE *stream = openstream(name, mode);
-  if (!stream) exceptionjump(712, stackpointer, instruction);
+  if (!stream) exceptionjump(messages::CANNOT_OPEN, stackpointer, instruction);
   endcustody(kept);
   if (nameblock)
     *nameblock = name;
@@ -108,18 +109,18 @@ std::FILE *openfile(const Point *instruction, Point **stackpointer, const char *
 
 namespace {
 
-constexpr int NO_FILE = 727;  // kept: REWIND says so too
 constexpr char UPDATE[] = "r+b";
 
-// The FILE element that an action on the top of the stack means: the first one, out of as many enclosures.
+// The FILE element that an action on the top of the stack means: the first one, out of as many enclosures. Kept: where
+// there is none, REWIND reports the message of CLOSE too.
 Element &firstfile(Point **stackpointer, const Point *instruction) {
   const Point *space = *stackpointer;
   for (;;) {
     if (!isspace(*space) || (space->type & HASFILE) == 0 || space->elements == 0)
-      exceptionjump(NO_FILE, stackpointer, instruction);
+      exceptionjump(messages::NOT_A_FILE, stackpointer, instruction);
     Element &first = space->data_pointer[0];
     if (first.tag == tags::HANDLE) return first;
-    if (first.tag != tags::SUBARRAY) exceptionjump(NO_FILE, stackpointer, instruction);
+    if (first.tag != tags::SUBARRAY) exceptionjump(messages::NOT_A_FILE, stackpointer, instruction);
     space = first.subarray;
   }
 }
@@ -146,7 +147,7 @@ void makefile(Point &file, std::FILE *stream, char *name, const Point &descripto
   takecustody(made, releaseblock, element);
   makehandle(*element, name, stream, descriptor);
   endcustody(made);
-  if (small) element->attributes |= attributes::PREFIX_R;  // kept: the bit that numbers have for a prefix
+  if (small) element->attributes |= attributes::PREFIX_R;  // Kept: the bit that numbers have for a prefix
   file = {};
   file.type = ISSCALAR | HASFILE;
   file.elements = 1;

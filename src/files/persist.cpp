@@ -14,22 +14,22 @@
 #include "failure/signals.h"
 #include "spaces/blocks.h"
 #include "spaces/making.h"
+#include "spaces/point.h"
 #include "text/text.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr std::size_t MOST_ELEMENTS = UINT32_MAX;
 constexpr std::size_t FEWEST_RECORDS = 16;
-constexpr std::size_t PORTION = 16384;  // bytes between two safe points
+constexpr std::size_t READ_BYTES = 16384;  // bytes between two safe points
 constexpr int SAFEPOINT_MS = 50;
 
 void releasecharacters(Custody &c) {
   release(static_cast<Characters *>(c.held)->records);
 }
 
-void makeroom(Characters &characters, std::size_t room) {
+void reservecharacters(Characters &characters, std::size_t room) {
   if (room > MOST_ELEMENTS) outofstorage();
   characters.records = Reallocate(characters.records, room);
   characters.room = room;
@@ -55,22 +55,22 @@ void awaitbytes(int descriptor) {
 }  // namespace
 
 void writevalue(std::FILE *stream, Point *value, Form form) {
-  PrintOut = 1;
+  printing = 1;
   disass(stream, "", value, 0, form == Form::SOURCE);
-  PrintOut = 0;
+  printing = 0;
 }
 
 void begincharacters(Characters &characters, std::size_t expected) {
   characters.records = nullptr;
   characters.count = characters.room = 0;
   takecustody(characters.custody, releasecharacters, &characters);
-  if (expected > 0) makeroom(characters, expected);
+  if (expected > 0) reservecharacters(characters, expected);
 }
 
 void appendcharacters(Characters &characters, const char *bytes, std::size_t count) {
   const std::size_t needed = characters.count + count;
   if (needed > characters.room)
-    makeroom(characters, std::max({needed, std::min(2 * characters.room, MOST_ELEMENTS), FEWEST_RECORDS}));
+    reservecharacters(characters, std::max({needed, std::min(2 * characters.room, MOST_ELEMENTS), FEWEST_RECORDS}));
   Element *record = characters.records + characters.count;
   for (std::size_t i = 0; i < count; ++i, ++record) {
     *record = {};
@@ -81,11 +81,11 @@ void appendcharacters(Characters &characters, const char *bytes, std::size_t cou
 }
 
 Point endcharacters(Characters &characters) {
-  if (characters.count > 0 && characters.count < characters.room) makeroom(characters, characters.count);
+  if (characters.count > 0 && characters.count < characters.room) reservecharacters(characters, characters.count);
   Point space{};
   if (characters.count == 0) {
     makeempty(space);
-    space.type = EMPTYVECTOR | HASASCII;
+    space.type = EMPTY_VECTOR | HASASCII;
     space.depth = 1;
   } else if (characters.count == 1) {
     space.type = ISSCALAR | HASASCII;
@@ -108,7 +108,7 @@ Point readcharacters(std::FILE *stream) {
   const int descriptor = fileno(stream);
   Characters characters;
   begincharacters(characters, expectedsize(descriptor));
-  char bytes[PORTION];
+  char bytes[READ_BYTES];
   for (;;) {
     awaitbytes(descriptor);
     const ssize_t count = read(descriptor, bytes, sizeof bytes);

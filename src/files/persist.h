@@ -13,7 +13,7 @@ namespace morvik {
 // How a value is written: as people read it, or as the scanner reads it back.
 enum class Form : std::uint8_t { PLAIN, SOURCE };
 
-// Writes a value with nothing before or after it, PrintOut being set meanwhile. Printing may retag the value.
+// Writes a value with nothing before or after it, printing being set meanwhile. Printing may retag the value.
 void writevalue(std::FILE *stream, Point *value, Form form);
 
 // A character space that is being read, in custody until it is ended.

@@ -18,71 +18,70 @@
 #include "frontend/window.h"
 #include "frontend/words.h"
 #include "spaces/blocks.h"
+#include "spaces/characters.h"
+#include "spaces/messages.h"
 #include "spaces/symbols.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr std::int32_t MASK_WANTED = 982;
-constexpr int CLOSES_NAME = 3;
-
 bool isaddressed(Condition condition) {
   return condition == Condition::ADDRESSED || condition == Condition::ADDRESSNAME;
 }
 
-void openlevel() {
+void openliterallevel() {
   Compiler &c = compiler;
-  ++c.subvector;
-  c.depth = c.subvector == 1 ? 1 : std::max(c.depth, c.subvector);
+  ++c.literallevel;
+  c.depth = c.literallevel == 1 ? 1 : std::max(c.depth, c.literallevel);
 }
 
 // The condition around a literal that has just closed.
-Condition closelevel() {
-  return --compiler.subvector > 0 ? Condition::VECTOR : Condition::INITIAL;
+Condition closeliterallevel() {
+  return --compiler.literallevel > 0 ? Condition::VECTOR : Condition::INITIAL;
 }
 
 Condition afterkeyword(const Token &token) {
-  const bool form = Keywords[token.row].kind == KeywordKind::MASKFORM;
+  const bool form = Keywords[token.row].kind == KeywordKind::MASK_FORM;
   return form && !hasmeaning(token.text) ? Condition::MASKED : Condition::INITIAL;
 }
 
 // The condition that a token leads to. Opens and closes the levels of literals, so that it goes ahead of the action.
-Condition after(const Token &token) {
+Condition conditionafter(const Token &token) {
   const Condition now = compiler.condition;
   switch (token.rule) {
     case Rule::KEYWORD:
       return afterkeyword(token);
-    case Rule::OPENCOMMENT:
+    case Rule::OPEN_COMMENT:
       return hasmeaning(token.text) ? Condition::INITIAL : Condition::COMMENT;
     case Rule::ADDRESS:
       return Condition::ADDRESSED;
-    case Rule::NAMESTART:
+    case Rule::NAME_START:
       return isaddressed(now) ? Condition::ADDRESSNAME : Condition::NAME;
-    case Rule::OPENSTRING:
-      openlevel();
+    case Rule::OPEN_STRING:
+      openliterallevel();
       return Condition::QUOTED;
-    case Rule::OPENVECTOR:
-    case Rule::OPENSTRUCTURE:
-      openlevel();
+    case Rule::OPEN_VECTOR:
+    case Rule::OPEN_STRUCTURE:
+      openliterallevel();
       return Condition::VECTOR;
-    case Rule::CLOSESTRING:
-    case Rule::CLOSEVECTOR:
-    case Rule::CLOSESTRUCTURE:
-    case Rule::CLOSETONOOP:
-    case Rule::CLOSESHAPE:
-      return closelevel();
-    case Rule::STRINGTOSHAPE:
-    case Rule::CLOSETOSHAPE:
-      return compiler.subvector > 1 ? Condition::SUBSHAPE : Condition::SHAPE;
-    case Rule::SIGILNAME:
-    case Rule::BRACKETNAME:
+    case Rule::CLOSE_STRING:
+    case Rule::CLOSE_VECTOR:
+    case Rule::CLOSE_STRUCTURE:
+    case Rule::CLOSE_TO_NOOP:
+    case Rule::CLOSE_SHAPE:
+      return closeliterallevel();
+    case Rule::STRING_TO_SHAPE:
+    case Rule::CLOSE_TO_SHAPE:
+      return compiler.literallevel > 1 ? Condition::SUBSHAPE : Condition::SHAPE;
+    case Rule::SIGIL_NAME:
+    case Rule::BRACKET_NAME:
     case Rule::LABEL:
     case Rule::LOCAL:
-    case Rule::NAMEEND:
-    case Rule::CLOSECOMMENT:
+    case Rule::NAME_END:
+    case Rule::CLOSE_COMMENT:
     case Rule::UNMASKED:
-    case Rule::ENDOFINPUT:
+    case Rule::END_OF_INPUT:
       return Condition::INITIAL;
     default:
       return now;
@@ -94,17 +93,17 @@ void opencomment(const Token &token) {
     oper(token.text, instructions::NOOP);
     return;
   }
-  compiler.morvik_op = false;
-  compiler.operat.length = 0;
+  compiler.builtinnext = false;
+  compiler.collecting.length = 0;
 }
 
 void closecomment() {
-  appendoperator(collected(), instructions::NOOP, instructions::CONTEXT);
+  emitoperator(collected(), instructions::NOOP, instructions::CONTEXT);
 }
 
 void closetonoop(const Token &token) {
   closevector(INOUT);
-  if (compiler.subvector == 0) appendoperator(token.text, instructions::NOOP, instructions::NIHIL);
+  if (compiler.literallevel == 0) emitoperator(token.text, instructions::NOOP, instructions::NIHIL);
 }
 
 // A name that the end of the input ends is whole; whatever else is open is given up. The process ends with its input,
@@ -113,9 +112,9 @@ void endofinput(Condition was) {
   Compiler &c = compiler;
   if (was == Condition::NAME || was == Condition::ADDRESSNAME) plainname(collected(), isaddressed(was));
   dropopen();
-  appendoperator("", instructions::ENDPROCESS, instructions::NIHIL);
+  emitoperator("", instructions::ENDPROCESS, instructions::NIHIL);
   c.inputended = true;
-  c.morvik_op = false;
+  c.builtinnext = false;
   *c.position = {};
 }
 
@@ -125,54 +124,54 @@ bool endsatlinefeed() {
   return c.flag == ENDS_TEXT || (c.flag == ENDS_STEP && (stepping || c.inspecting));
 }
 bool linefeed() {
-  if (compiler.flag == ENDS_STEP && stepping) appendoperator("", instructions::ENDPROCESS, instructions::NIHIL);
+  if (compiler.flag == ENDS_STEP && stepping) emitoperator("", instructions::ENDPROCESS, instructions::NIHIL);
   return endsatlinefeed();
 }
 
-void name(const Token &token, bool address) {
+void nameaction(const Token &token, bool address) {
   switch (token.rule) {
-    case Rule::SIGILNAME:
+    case Rule::SIGIL_NAME:
       return sigilname(token.text[0], token.text + 1, address);
-    case Rule::BRACKETNAME:
+    case Rule::BRACKET_NAME:
       return bracketname(token.text, address);
     case Rule::LABEL:
       return label(token.text, address);
     case Rule::LOCAL:
       return local(token.text, address);
-    case Rule::NAMESTART:
-      compiler.operat.length = 0;
-      return collect(token.text, token.length);
-    case Rule::NAMEPART:
-      return collect(token.text, token.length);
+    case Rule::NAME_START:
+      compiler.collecting.length = 0;
+      return collectbytes(token.text, token.length);
+    case Rule::NAME_PART:
+      return collectbytes(token.text, token.length);
     default:
       return plainname(collected(), address);
   }
 }
 
-void literal(const Token &token) {
+void literalaction(const Token &token) {
   switch (token.rule) {
-    case Rule::OPENSTRING:
-    case Rule::OPENVECTOR:
+    case Rule::OPEN_STRING:
+    case Rule::OPEN_VECTOR:
       return openliteral(ISVECTOR);
-    case Rule::OPENSTRUCTURE:
+    case Rule::OPEN_STRUCTURE:
       return openliteral(ISSCALAR);
     case Rule::CHARACTERS:
       return characters(token.text, token.length);
-    case Rule::QUOTEDQUOTE:
+    case Rule::QUOTED_QUOTE:
       return characters(token.text, 1);
-    case Rule::CLOSESTRING:
+    case Rule::CLOSE_STRING:
       return closestring();
-    case Rule::CLOSEVECTOR:
-    case Rule::CLOSESTRUCTURE:
+    case Rule::CLOSE_VECTOR:
+    case Rule::CLOSE_STRUCTURE:
       return closevector(0);
-    case Rule::CLOSETONOOP:
+    case Rule::CLOSE_TO_NOOP:
       return closetonoop(token);
-    case Rule::STRINGTOSHAPE:
-    case Rule::CLOSETOSHAPE:
-      return openshape(token.rule == Rule::STRINGTOSHAPE);
+    case Rule::STRING_TO_SHAPE:
+    case Rule::CLOSE_TO_SHAPE:
+      return openshape(token.rule == Rule::STRING_TO_SHAPE);
     case Rule::EXTENT:
       return extent(token.text, token.length);
-    case Rule::CLOSESHAPE:
+    case Rule::CLOSE_SHAPE:
       return closeshape();
     default:
       return elementliteral(token);
@@ -180,56 +179,56 @@ void literal(const Token &token) {
 }
 
 // The action of a token that was read in the condition `was`. Does it end the text?
-bool act(const Token &token, Condition was) {
+bool runaction(const Token &token, Condition was) {
   Compiler &c = compiler;
   switch (token.rule) {
-    case Rule::ENDOFINPUT:
+    case Rule::END_OF_INPUT:
       endofinput(was);
       return true;
-    case Rule::ENDOFTEXT:
+    case Rule::END_OF_TEXT:
       endtext(token.text);
       return true;
-    case Rule::LINEFEED:
+    case Rule::LINE_FEED:
       if (!linefeed()) return false;
       endtext(token.text);
       return true;
     case Rule::KEYWORD:
-      was == Condition::MASKED ? mask() : keyword(Keywords[token.row], token.text);
+      was == Condition::MASKED ? emitmask() : keyword(Keywords[token.row], token.text);
       return false;
-    case Rule::OPENFUNCTION:
+    case Rule::OPEN_FUNCTION:
       openfunction(token.text);
       return false;
-    case Rule::CLOSEFUNCTION:
+    case Rule::CLOSE_FUNCTION:
       closefunction(token.text);
       return false;
     case Rule::BUILTIN:
-      c.morvik_op = true;
+      c.builtinnext = true;
       return false;
-    case Rule::OPENCOMMENT:
+    case Rule::OPEN_COMMENT:
       opencomment(token);
       return false;
-    case Rule::COMMENTTEXT:
-      collect(token.text, token.length);
+    case Rule::COMMENT_TEXT:
+      collectbytes(token.text, token.length);
       return false;
-    case Rule::CLOSECOMMENT:
+    case Rule::CLOSE_COMMENT:
       closecomment();
       return false;
     case Rule::ADDRESS:
       return false;
     case Rule::UNMASKED:
-      exception(MASK_WANTED, &c.stackposition, nullptr);
+      exception(messages::MASK_WANTED, &c.stackposition, nullptr);
       return false;
-    case Rule::SIGILNAME:
-    case Rule::BRACKETNAME:
+    case Rule::SIGIL_NAME:
+    case Rule::BRACKET_NAME:
     case Rule::LABEL:
     case Rule::LOCAL:
-    case Rule::NAMESTART:
-    case Rule::NAMEPART:
-    case Rule::NAMEEND:
-      name(token, isaddressed(was));
+    case Rule::NAME_START:
+    case Rule::NAME_PART:
+    case Rule::NAME_END:
+      nameaction(token, isaddressed(was));
       return false;
     default:
-      literal(token);
+      literalaction(token);
       return false;
   }
 }
@@ -240,9 +239,9 @@ std::int64_t compile() {
   for (;;) {
     const Condition was = c.condition;
     const Token token = scan(was);
-    if (token.rule != Rule::LINEFEED) c.begun = true;
-    c.condition = after(token);
-    if (act(token, was)) return c.position - c.returnstack[0].start + 1;
+    if (token.rule != Rule::LINE_FEED) c.begun = true;
+    c.condition = conditionafter(token);
+    if (runaction(token, was)) return c.position - c.frames[0].start + 1;
   }
 }
 
@@ -254,7 +253,7 @@ void dropline() {
 }
 
 void dropname() {
-  for (int byte = input(); byte != EOF && byte != CLOSES_NAME; byte = input()) {
+  for (int byte = input(); byte != EOF && byte != NAME_CLOSES; byte = input()) {
   }
   compiler.bracketed = false;
 }
@@ -267,10 +266,10 @@ void dropword() {
 
 bool endstext(const Token &token) {
   switch (token.rule) {
-    case Rule::ENDOFINPUT:
-    case Rule::ENDOFTEXT:
+    case Rule::END_OF_INPUT:
+    case Rule::END_OF_TEXT:
       return true;
-    case Rule::LINEFEED:
+    case Rule::LINE_FEED:
       return endsatlinefeed();
     default:
       return false;
@@ -282,15 +281,15 @@ void droptext() {
   if (c.bracketed) dropname();
   for (;;) {
     const Token token = scan(c.condition);
-    c.condition = after(token);
+    c.condition = conditionafter(token);
     if (endstext(token)) return;
-    if (token.rule == Rule::BRACKETNAME) dropname();
+    if (token.rule == Rule::BRACKET_NAME) dropname();
   }
 }
 
 // A jump lands here again where even the dropping fails; some bytes are used up each time. Where a fault came before
 // the text began there is nothing to drop.
-void recover() {
+void recoverinput() {
   Compiler &c = compiler;
   if (!c.begun && !c.dropping && !scanbegun()) return;
   if (c.dropping) dropword();
@@ -301,44 +300,44 @@ void recover() {
     droptext();
   c.dropping = c.breaking = false;
   c.condition = Condition::INITIAL;
-  c.subvector = 0;
+  c.literallevel = 0;
 }
 
-void begin(Point *programme, Context *chain, Point *stackposition, int flag) {
+void begintext(Point *programme, Context *chain, Point *stackposition, int flag) {
   Compiler &c = compiler;
   c.position = programme;
-  c.pctop = programme + PROGRAMME_POINTS;
+  c.roomend = programme + PROGRAMME_POINTS;
   c.chain = chain;
   c.stackposition = stackposition;
   c.flag = flag;
   c.inspecting = flag == ENDS_STEP && stepping;
   c.begun = false;
   c.inputended = false;
-  c.pcsp = 1;
-  c.funcvars = 0;
-  c.varsp = 0;
-  c.subvector = 0;
-  c.returnstack[0] = {programme, c.pctop, 0, chain, programme};
+  c.nextframe = 1;
+  c.openlocals = 0;
+  c.namereferences = 0;
+  c.literallevel = 0;
+  c.frames[0] = {programme, c.roomend, 0, chain, programme};
 }
 
 }  // namespace
 
 std::int64_t fill(Point *programme, Context *chain, Point *stackposition, std::FILE *stream, const char **string,
                   int flag) {
-  begin(programme, chain, stackposition, flag);
+  begintext(programme, chain, stackposition, flag);
   scanfrom(stream, string ? *string : nullptr);
   std::int64_t points = 0;
   Landing outer;
-  armlanding(outer, abandon);
+  armlanding(outer, abandontext);
   if (setjmp(error_jump) == 0) {
     safepoint();
     points = compile();
   } else {
-    recover();
+    recoverinput();
   }
   disarmlanding(outer);
-  dereference(compiler.operat.bytes);
-  compiler.operat = {};
+  dereference(compiler.collecting.bytes);
+  compiler.collecting = {};
   if (string) *string = scanposition();
   scandone();
   return points;

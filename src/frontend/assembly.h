@@ -1,4 +1,4 @@
-// Text to Programme: fill, the way in.
+// Text to Programme: fill, the function that others call.
 #pragma once
 
 #include <cstdint>

@@ -7,7 +7,7 @@
 
 namespace morvik {
 
-Entry *next(Walk &walk) {
+Entry *nextentry(TableWalk &walk) {
   Tail &t = tail(walk.table);
   if (walk.link) {
     walk.link = walk.link->next;
@@ -16,18 +16,18 @@ Entry *next(Walk &walk) {
   }
   const std::size_t end = buckets(walk.table->kind);
   while (walk.bucket < end) {
-    const std::size_t group = walk.bucket / GROUP;
-    const std::uint64_t begungroups = t.groups[group / BITS] >> (group % BITS);
-    if (begungroups == 0) {
-      walk.bucket = (group / BITS + 1) * BITS * GROUP;
+    const std::size_t group = walk.bucket / GROUP_BUCKETS;
+    const std::uint64_t groupsahead = t.groups[group / WORD_BITS] >> (group % WORD_BITS);
+    if (groupsahead == 0) {
+      walk.bucket = (group / WORD_BITS + 1) * WORD_BITS * GROUP_BUCKETS;
       continue;
     }
-    if ((begungroups & 1) == 0) {
-      walk.bucket = (group + static_cast<std::size_t>(std::countr_zero(begungroups))) * GROUP;
+    if ((groupsahead & 1) == 0) {
+      walk.bucket = (group + static_cast<std::size_t>(std::countr_zero(groupsahead))) * GROUP_BUCKETS;
       continue;
     }
-    Entry *const headentry = walk.table + walk.bucket;
-    if (isnamed(*headentry)) return walk.link = headentry;
+    Entry *const firstentry = walk.table + walk.bucket;
+    if (isnamed(*firstentry)) return walk.link = firstentry;
     ++walk.bucket;
   }
   return nullptr;

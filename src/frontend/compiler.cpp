@@ -9,6 +9,7 @@
 #include "frontend/contexts.h"
 #include "frontend/limits.h"
 #include "spaces/blocks.h"
+#include "spaces/messages.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
@@ -16,8 +17,6 @@ namespace morvik {
 Compiler compiler;
 
 namespace {
-
-constexpr std::int32_t FULL = 807;
 
 #ifdef MORVIK_CHECKING
 constexpr std::size_t FIRST_CAPACITY = 4;
@@ -27,77 +26,77 @@ constexpr std::size_t FIRST_CAPACITY = 1040;
 
 // The header of the innermost function; there is one.
 Point *header() {
-  return compiler.returnstack[compiler.pcsp - 1].start - 1;
+  return compiler.frames[compiler.nextframe - 1].start - 1;
 }
 
 // Gives the innermost body twice the room, and tells everyone who points to it.
 void growbody() {
   Compiler &c = compiler;
-  if (c.pcsp == 1) exceptionjump(FULL);
-  Frame &frame = c.returnstack[c.pcsp - 1];
-  const auto room = static_cast<std::size_t>(c.pctop - frame.start);
-  if (room >= BODY_POINTS) exceptionjump(FULL);
+  if (c.nextframe == 1) exceptionjump(messages::PROGRAMME_FULL);
+  Frame &frame = c.frames[c.nextframe - 1];
+  const auto room = static_cast<std::size_t>(c.roomend - frame.start);
+  if (room >= BODY_POINTS) exceptionjump(messages::PROGRAMME_FULL);
   const std::size_t more = std::min(2 * room, BODY_POINTS);
   auto *block = reinterpret_cast<Point *>(Reallocate(reinterpret_cast<Element *>(header()), more + 1));
   block->programme = block;
   frame.point->programme = block;
   frame.start = block + 1;
   c.position = frame.start + room;
-  c.pctop = frame.start + more;
+  c.roomend = frame.start + more;
 }
 
 void dropfunction() {
   Compiler &c = compiler;
-  const Frame &frame = c.returnstack[c.pcsp - 1];
+  const Frame &frame = c.frames[c.nextframe - 1];
   while (c.position > frame.start) dereferencepoint(--c.position);
   freeblock(header());
   if (c.chain != frame.chain) popsymtabs(c.chain);
-  --c.pcsp;
+  --c.nextframe;
   c.position = frame.point;
-  c.pctop = frame.pctop;
-  c.funcvars = frame.counted;
+  c.roomend = frame.roomend;
+  c.openlocals = frame.counted;
   c.chain = frame.chain;
   release(frame.point->name);
 }
 
 }  // namespace
 
-void append() {
+void emit() {
   Compiler &c = compiler;
-  *c.position++ = c.hand;
-  c.hand = {};
-  if (c.position == c.pctop) growbody();
+  *c.position++ = c.pending;
+  c.pending = {};
+  if (c.position == c.roomend) growbody();
 }
 
 Point *lastpoint() {
   Compiler &c = compiler;
-  return c.position > c.returnstack[c.pcsp - 1].start ? c.position - 1 : nullptr;
+  return c.position > c.frames[c.nextframe - 1].start ? c.position - 1 : nullptr;
 }
 
-void mark(std::uint32_t bit) {
-  if (compiler.pcsp > 1) header()->type |= bit;
+void markheader(std::uint32_t bit) {
+  if (compiler.nextframe > 1) header()->type |= bit;
 }
 
 void dropopen() {
   Compiler &c = compiler;
   dropliterals();
-  dereferencepoint(&c.hand);
-  c.hand = {};
-  while (c.pcsp > 1) dropfunction();
-  dereference(c.operat.bytes);
-  c.operat = {};
+  dereferencepoint(&c.pending);
+  c.pending = {};
+  while (c.nextframe > 1) dropfunction();
+  dereference(c.collecting.bytes);
+  c.collecting = {};
 }
 
-void abandon() {
+void abandontext() {
   Compiler &c = compiler;
   dropopen();
-  Point *const programme = c.returnstack[0].start;
+  Point *const programme = c.frames[0].start;
   while (c.position > programme) dereferencepoint(--c.position);
   *programme = {};
 }
 
-void collect(const char *bytes, std::size_t length) {
-  Collected &text = compiler.operat;
+void collectbytes(const char *bytes, std::size_t length) {
+  Collected &text = compiler.collecting;
   if (text.length + length + 1 > text.capacity) {
     const std::size_t capacity = std::max({FIRST_CAPACITY, 2 * text.capacity, text.length + length + 1});
     auto *larger = static_cast<char *>(newblock(capacity));
@@ -111,14 +110,14 @@ void collect(const char *bytes, std::size_t length) {
 }
 
 char *collected() {
-  collect("", 1);
-  compiler.operat.length = 0;
-  return compiler.operat.bytes;
+  collectbytes("", 1);
+  compiler.collecting.length = 0;
+  return compiler.collecting.bytes;
 }
 
-void unnest() {
+void closenested() {
   Compiler &c = compiler;
-  const Frame &frame = c.returnstack[--c.pcsp];
+  const Frame &frame = c.frames[--c.nextframe];
   c.literal = frame.point;
   c.room = static_cast<std::size_t>(frame.counted);
 }
@@ -127,9 +126,9 @@ void dropliterals() {
   Compiler &c = compiler;
   dereferencepoint(&c.extents);
   c.extents = {};
-  while (c.literal && c.literal != &c.hand) {
+  while (c.literal && c.literal != &c.pending) {
     Point *block = c.literal;
-    unnest();
+    closenested();
     dereferencepoint(block);
     freeblock(block);
   }

@@ -1,9 +1,9 @@
 // What the actions of the scanner share while a text is compiled: the place where Points are written, the functions and
-// literals that are open, and what is in hand.
+// literals that are open, and the pending Point.
 //
-// Ownership: a Point is made in `hand` and moved to `position` when it is whole. What is in hand, in the literals, in
-// the bodies and in the Programme belongs to the compiler until fill returns; abandon gives all of it back, so that an
-// action may jump wherever these are well-formed.
+// Ownership: a Point is made in `pending` and moved to `position` when it is whole. What is pending, in the literals,
+// in the bodies and in the Programme belongs to the compiler until fill returns; abandontext gives all of it back, so
+// that an action may jump wherever these are well-formed.
 #pragma once
 
 #include <cstddef>
@@ -20,10 +20,10 @@ namespace morvik {
 // One open function, or a literal in which another is open. Frame 0 is the text itself.
 struct Frame {
   Point *point;          // the FUNCTION Point being opened, in the enclosing block; the outer literal
-  Point *pctop;          // that of the enclosing block
-  std::int64_t counted;  // funcvars of the enclosing function; records that the outer literal has room for
+  Point *roomend;        // that of the enclosing block
+  std::int64_t counted;  // openlocals of the enclosing function; records that the outer literal has room for
   Context *chain;        // at the opening
-  Point *start;          // of the body; its header stands before it. Null for a literal
+  Point *start;          // of the body; its header comes before it. Null for a literal
 };
 
 // Bytes that are being collected, zero-terminated once they are whole.
@@ -37,60 +37,60 @@ inline constexpr std::uint16_t MOST_REFERENCES = 512;
 inline constexpr std::size_t TOKEN_BYTES = 256;
 
 struct Compiler {
-  Condition condition;  // survives from text to text, as does morvik_op
-  bool morvik_op;       // set by :: : the next keyword is the instruction, whatever its spelling means
+  Condition condition;  // survives from text to text, as does builtinnext
+  bool builtinnext;     // set by :: : the next keyword is the instruction, whatever its spelling means
   Point *position;      // where the next Point goes; there is always room for it
-  Point *pctop;         // the end of the present block's room
+  Point *roomend;       // the end of the present block
   Context *chain;
   Point *stackposition;
   int flag;
-  bool inspecting;          // stepping was set when the text began
-  std::uint16_t pcsp;       // the next free frame
-  std::uint16_t varsp;      // references to names so far
-  std::int64_t funcvars;    // locals of the function that is open
-  std::uint32_t subvector;  // how deep literals are open
-  std::uint32_t depth;      // the deepest in the present one
-  Point hand;
-  Point *literal;    // the innermost that is open: `hand`, or a counted block; null for none
-  std::size_t room;  // records that it has room for
-  Point extents;     // of the shape bracket that is open
-  bool misshapen;    // an extent of it was refused
-  Collected operat;  // a name or a comment
-  bool bracketed;    // a name between its brackets is being read
-  bool breaking;     // BREAK: the jump drops a line only
-  bool begun;        // a token of the text was read
-  bool dropping;     // the rest of an abandoned text is being read
-  bool inputended;   // the text ended with its input
+  bool inspecting;               // stepping was set when the text began
+  std::uint16_t nextframe;       // the next free frame
+  std::uint16_t namereferences;  // references to names so far
+  std::int64_t openlocals;       // locals of the function that is open
+  std::uint32_t literallevel;    // how deep literals are open
+  std::uint32_t depth;           // the deepest in the present one
+  Point pending;
+  Point *literal;        // the innermost that is open: `pending`, or a counted block; null for none
+  std::size_t room;      // records that it has room for
+  Point extents;         // of the shape bracket that is open
+  bool misshapen;        // an extent of it was refused
+  Collected collecting;  // a name or a comment
+  bool bracketed;        // a name between its brackets is being read
+  bool breaking;         // BREAK: the jump drops a line only
+  bool begun;            // a token of the text was read
+  bool dropping;         // the rest of an abandoned text is being read
+  bool inputended;       // the text ended with its input
   char q[TOKEN_BYTES];
-  Frame returnstack[FRAMES];
+  Frame frames[MOST_FRAMES];
 };
 extern Compiler compiler;
 
-// Moves the Point in hand to the position. Messages 27, 807.
-void append();
-// Begins a Point in hand; the one before was moved away.
-inline Point &newhand(std::int32_t rank, std::uint32_t type) {
-  compiler.hand = {};
-  compiler.hand.rank = rank;
-  compiler.hand.type = type;
-  return compiler.hand;
+// Moves the pending Point to the position. Messages 27, 807.
+void emit();
+// Begins a pending Point; the one before was moved away.
+inline Point &newpending(std::int32_t rank, std::uint32_t type) {
+  compiler.pending = {};
+  compiler.pending.rank = rank;
+  compiler.pending.type = type;
+  return compiler.pending;
 }
 // The Point before the position, null at the start of a body.
 Point *lastpoint();
 // Sets a fact in the header of the open function, if one is open.
-void mark(std::uint32_t bit);
+void markheader(std::uint32_t bit);
 // The literal around the one in work is in work again.
-void unnest();
-// Gives up all that is open or in hand: what is left is the text's own Points.
+void closenested();
+// Releases all that is open or pending: what is left is the text's own Points.
 void dropopen();
 // The same, and the Programme.
-void abandon();
+void abandontext();
 // Adds bytes to what is being collected. Message 27.
-void collect(const char *bytes, std::size_t length);
+void collectbytes(const char *bytes, std::size_t length);
 // The zero-terminated text that was collected; good until the next collect.
 char *collected();
 
-// Gives up the literals that are open, but for the Point in hand.
+// Releases the literals that are open, but for the pending Point.
 void dropliterals();
 
 }  // namespace morvik

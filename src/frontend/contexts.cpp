@@ -24,24 +24,24 @@ namespace {
 
 constexpr std::int64_t PERMANENT = -1;
 
-Context *owners;  // the latest record that a FUNCTIONEND Point holds
+Context *localtables;  // the latest record that a FUNCTIONEND Point holds
 
 void settable(Context &link, Entry *table) {
   link.table = table;
   link.serial = tail(table).serial;
 }
 
-void unlink(Context &own) {
+void unlinktable(Context &own) {
   if (own.next) own.next->previous = own.previous;
   if (own.previous)
     own.previous->next = own.next;
   else
-    owners = own.next;
+    localtables = own.next;
 }
 
-void releaseown(Context *own) {
-  if (refr(own) == 1) {
-    unlink(*own);
+void releaselocaltable(Context *own) {
+  if (referencecount(own) == 1) {
+    unlinktable(*own);
     Entry *const table = own->table;
     own->table = nullptr;
     releasetable(table);
@@ -123,12 +123,12 @@ Context *popsymtabs(Context *link) {
   return outer;
 }
 
-void hanglocalnames(Point &functionend, const Context *chain) {
+void attachlocalnames(Point &functionend, const Context *chain) {
   auto *own = static_cast<Context *>(newblock(sizeof(Context)));
-  *own = {chain->table, PERMANENT, nullptr, owners, chain->root, chain->serial};
+  *own = {chain->table, PERMANENT, nullptr, localtables, chain->root, chain->serial};
   reference(chain->table);
-  if (owners) owners->previous = own;
-  owners = own;
+  if (localtables) localtables->previous = own;
+  localtables = own;
   functionend.link = own;
 }
 
@@ -142,7 +142,7 @@ namespace {
 void releaselocalnames(Point &functionend) {
   auto *own = static_cast<Context *>(functionend.link);
   functionend.link = nullptr;
-  if (own) releaseown(own);
+  if (own) releaselocaltable(own);
 }
 
 // Set before main, so that no start of a programme or of a test can forget it.
@@ -151,16 +151,16 @@ void releaselocalnames(Point &functionend) {
 }  // namespace
 
 void recountlocalnames(Recount &recount) {
-  for (const Context *own = owners; own; own = own->next) recounttable(recount, own->table);
+  for (const Context *own = localtables; own; own = own->next) recounttable(recount, own->table);
 }
 
 void wipealllocalnames() {
   // A wipe may end other functions, but not the one whose record is held.
-  for (Context *own = owners; own;) {
+  for (Context *own = localtables; own;) {
     reference(own);
     hashwipe(own->table);
     Context *const next = own->next;
-    releaseown(own);
+    releaselocaltable(own);
     own = next;
   }
 }

@@ -14,7 +14,7 @@ Context *makemeaning(Entry *table);
 
 Entry *checkmeaning(const Context *chain, const char *name);
 Entry *checksym_until(const Context *chain, const char *name, const Entry *stop);
-// The entry in the chain; a name that is absent is entered in the innermost table. The name is handed over. Null for an
+// The entry in the chain; a name that is absent is entered in the innermost table. The name is taken over. Null for an
 // empty name (large tables). Message 27.
 Entry *meaning(Context *chain, char *name, Entry **table, char sigil = 0);
 
@@ -26,9 +26,9 @@ Context *pushsymtabs(Context *chain, Context *other);
 // Undoes one push and returns the link to use from now on. A permanent link stays.
 Context *popsymtabs(Context *link);
 
-// Hangs the table of a link, still pushed, on the FUNCTIONEND Point of the function that opened it. The name links of
-// the body's Points do not keep it: wipelocalnames (spaces/refderef.h) is what ends it. Message 27.
-void hanglocalnames(Point &functionend, const Context *chain);
+// Attaches the table of a link, still pushed, to the FUNCTIONEND Point of the function that opened it. The name links
+// of the body's Points do not keep it: wipelocalnames (spaces/refderef.h) is what ends it. Message 27.
+void attachlocalnames(Point &functionend, const Context *chain);
 // The table of its own that a function's FUNCTIONEND Point holds, null for none.
 Entry *localnames(const Point &functionend);
 

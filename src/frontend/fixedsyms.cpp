@@ -1,5 +1,5 @@
-// The system variables #IO and #CT: names that stand in no table and mean the same in every context. The meaning of
-// each is the Point of quads that the scalar instructions are given, so that a new value is in force at once.
+// The system variables #IO and #CT: names that are in no table and mean the same in every context. The meaning of each
+// is the Point of quads that the scalar instructions are given, so that a new value is in force at once.
 #include "frontend/fixedsyms.h"
 
 #include "frontend/buckets.h"
@@ -11,11 +11,11 @@ namespace morvik {
 namespace {
 
 // The Point is no block of its own: however many Points are bound to it, its count never comes near 0. The checks of
-// blocks take nothing but a permanent count for one that stands outside the heap.
+// blocks take nothing but a permanent count for one that is outside the heap.
 #ifdef MORVIK_CHECKING
-constexpr std::int64_t PINNED = -999999999;
+constexpr std::int64_t PINNED_COUNT = -999999999;
 #else
-constexpr std::int64_t PINNED = 999999999;
+constexpr std::int64_t PINNED_COUNT = 999999999;
 #endif
 
 // A counted string that is permanent and needs no storage.
@@ -24,18 +24,18 @@ struct FixedName {
   std::int64_t unused;
   char text[8];
 };
-static_assert(offsetof(FixedName, text) == BLOCKPREFIX);
+static_assert(offsetof(FixedName, text) == BLOCK_PREFIX);
 
-struct Fixed {
+struct FixedSymbol {
   FixedName name;
   bool tolerance;
   Entry entry;
 };
-Fixed fixedsyms[] = {{{-1, 0, "#IO"}, false, {}}, {{-1, 0, "#CT"}, true, {}}};
+FixedSymbol fixedsyms[] = {{{-1, 0, "#IO"}, false, {}}, {{-1, 0, "#CT"}, true, {}}};
 
-Fixed *find(const char *name) {
+FixedSymbol *findfixed(const char *name) {
   if (name[0] != '#') return nullptr;
-  for (Fixed &fixed : fixedsyms)
+  for (FixedSymbol &fixed : fixedsyms)
     if (stringcmp(fixed.name.text, name)) return &fixed;
   return nullptr;
 }
@@ -60,9 +60,9 @@ void checktolerance(Point &value) {
 }  // namespace
 
 Entry *fixedsym(const char *name) {
-  Fixed *fixed = find(name);
+  FixedSymbol *fixed = findfixed(name);
   if (!fixed || !isnamed(fixed->entry)) return nullptr;
-  *refer(fixed->entry.meaning) = PINNED;
+  *refer(fixed->entry.meaning) = PINNED_COUNT;
   if (fixed->tolerance) checktolerance(*fixed->entry.meaning);
   return &fixed->entry;
 }
@@ -72,10 +72,10 @@ bool isfixed(const Entry *entry) {
 }
 
 void bindfixedsym(const char *name, Point *value) {
-  Fixed *fixed = find(name);
+  FixedSymbol *fixed = findfixed(name);
   fixed->entry.name = value ? fixed->name.text : nullptr;
   fixed->entry.meaning = value;
-  if (value) *refer(value) = PINNED;
+  if (value) *refer(value) = PINNED_COUNT;
 }
 
 }  // namespace morvik

@@ -11,12 +11,12 @@
 #include "frontend/limits.h"
 #include "frontend/literals.h"
 #include "spaces/blocks.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr std::int32_t FULL = 807;
 constexpr std::int64_t MOST_ARGUMENTS = 32767, LEAST_ARGUMENTS = -32768, MOST_LOCALS = 65535;
 constexpr std::int16_t NO_FRAME = -1;
 
@@ -68,7 +68,7 @@ Signature signature(const char *text) {
 // Ends the innermost body at the position, where its END goes; the FUNCTION Point is whole then.
 void sealfunction() {
   Compiler &c = compiler;
-  Frame &frame = c.returnstack[c.pcsp - 1];
+  Frame &frame = c.frames[c.nextframe - 1];
   const auto points = static_cast<std::size_t>(c.position - frame.start);
   *c.position = {};
   auto *block = reinterpret_cast<Point *>(Reallocate(reinterpret_cast<Element *>(frame.start - 1), points + 2));
@@ -87,9 +87,9 @@ void sealfunction() {
 void openfunction(char *text) {
   Compiler &c = compiler;
   fixsign(text, std::strlen(text));
-  if (c.pcsp >= FRAMES) exceptionjump(FULL);
+  if (c.nextframe >= MOST_FRAMES) exceptionjump(messages::PROGRAMME_FULL);
   const Signature s = signature(text);
-  Point &function = newhand(ranks::FUNCTION, ISFUNCTION);
+  Point &function = newpending(ranks::FUNCTION, ISFUNCTION);
   function.arguments = s.arguments;
   function.locals = s.locals;
   function.name = stringdup(text);
@@ -97,43 +97,43 @@ void openfunction(char *text) {
   function.programme = block;
   *block = function;
   *c.position = function;
-  c.hand = {};
-  c.returnstack[c.pcsp++] = {c.position, c.pctop, c.funcvars, c.chain, block + 1};
-  c.funcvars = s.locals;
+  c.pending = {};
+  c.frames[c.nextframe++] = {c.position, c.roomend, c.openlocals, c.chain, block + 1};
+  c.openlocals = s.locals;
   c.position = block + 1;
-  c.pctop = c.position + FIRST_BODY;
+  c.roomend = c.position + FIRST_BODY;
 }
 
 void endfunction() {
   Compiler &c = compiler;
   sealfunction();
-  const Frame &frame = c.returnstack[--c.pcsp];
+  const Frame &frame = c.frames[--c.nextframe];
   if (c.chain != frame.chain) popsymtabs(c.chain);
   c.chain = frame.chain;
-  c.pctop = frame.pctop;
-  c.funcvars = frame.counted;
+  c.roomend = frame.roomend;
+  c.openlocals = frame.counted;
   c.position = frame.point;
-  c.hand = *c.position;
-  append();
+  c.pending = *c.position;
+  emit();
 }
 
 void closefunction(const char *text) {
   Compiler &c = compiler;
-  if (c.pcsp == 1) {
+  if (c.nextframe == 1) {
     std::fputs("[Trelk] error: No FUNCTION pending!\n", stderr);
     return;
   }
-  Point &end = newhand(ranks::OPERATOR, ISOPERATOR);
+  Point &end = newpending(ranks::OPERATOR, ISOPERATOR);
   end.instruction = instructions::FUNCTIONEND;
   end.name = stringdup(text);
-  if (c.chain != c.returnstack[c.pcsp - 1].chain) hanglocalnames(end, c.chain);
-  append();
+  if (c.chain != c.frames[c.nextframe - 1].chain) attachlocalnames(end, c.chain);
+  emit();
   endfunction();
 }
 
 void endtext(const char *text) {
   Compiler &c = compiler;
-  if (c.pcsp > 1) {
+  if (c.nextframe > 1) {
     std::fflush(stdout);
     std::fputs("\nFUNCTION definition pending, the FUNCTION is forcibly finished.\n", stderr);
     std::fflush(stderr);
@@ -141,8 +141,8 @@ void endtext(const char *text) {
     char name[sizeof "END"] = ".";
     if (length > 0 && length < sizeof name) std::memcpy(name, text, length);
     closefunction(name);
-    // Kept: one function is closed. Those around it end where they stand.
-    while (c.pcsp > 1) endfunction();
+    // Kept: one function is closed. Those around it end at their positions.
+    while (c.nextframe > 1) endfunction();
   }
   *c.position = {};
 }

@@ -9,7 +9,7 @@ void openfunction(char *text);
 void closefunction(const char *text);
 // Writes the END of the text, after the forced finish of what is open. Messages 27, 807.
 void endtext(const char *text);
-// Ends the innermost function where it stands, without a FUNCTIONEND Point.
+// Ends the innermost function at the position, without a FUNCTIONEND Point.
 void endfunction();
 
 }  // namespace morvik

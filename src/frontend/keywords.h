@@ -7,7 +7,7 @@
 
 namespace morvik {
 
-enum class KeywordKind : std::uint8_t { PLAIN, REWRITE, MASKFORM, MASK, DECISION, ROOT, YIELDTO, RUN, BREAK };
+enum class KeywordKind : std::uint8_t { PLAIN, REWRITE, MASK_FORM, MASK, DECISION, ROOT, YIELDTO, RUN, BREAK };
 
 struct Hidden {
   enum : std::uint8_t { NOTHING, INTEGER, REAL } kind;

@@ -9,24 +9,25 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <numbers>
 
 #include "failure/exception.h"
 #include "frontend/compiler.h"
 #include "frontend/constants.h"
 #include "frontend/tokens.h"
 #include "spaces/blocks.h"
+#include "spaces/characters.h"
 #include "spaces/convert.h"
 #include "spaces/hypercomplex.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr char HIGH_MINUS = '\xAF';
-constexpr std::int32_t LONG_BINARY = 809, LONG_BINARY_CHARACTER = 810;
 constexpr std::size_t NUMBER_BITS = 64, CHARACTER_BITS = 8;
 constexpr std::size_t BINARY_PREFIX = 2;  // 0#
-constexpr double HALF_TURN = 180.0, PI = 3.141592653589793;
+
 constexpr int MOST_PARTS = 8;
 
 Element makeelement(std::int32_t tag, std::uint16_t form) {
@@ -37,9 +38,9 @@ Element makeelement(std::int32_t tag, std::uint16_t form) {
 }
 
 // The powers of 10 that a double holds exactly.
-constexpr double POWERS[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                             1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-constexpr int HIGHEST_POWER = static_cast<int>(std::size(POWERS)) - 1;
+constexpr double POWERS_OF_TEN[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                    1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr int HIGHEST_POWER = static_cast<int>(std::size(POWERS_OF_TEN)) - 1;
 constexpr std::uint64_t EXACT_DIGITS = std::uint64_t{1} << 53;  // integers up to here are doubles
 
 // One operation on two numbers that are exact rounds as it must. All others need the text.
@@ -47,7 +48,7 @@ bool readexact(const Decimal &decimal, double &value) {
   if (!decimal.whole || decimal.digits > EXACT_DIGITS) return false;
   if (decimal.exponent < -HIGHEST_POWER || decimal.exponent > HIGHEST_POWER) return false;
   const auto digits = static_cast<double>(decimal.digits);
-  value = decimal.exponent < 0 ? digits / POWERS[-decimal.exponent] : digits * POWERS[decimal.exponent];
+  value = decimal.exponent < 0 ? digits / POWERS_OF_TEN[-decimal.exponent] : digits * POWERS_OF_TEN[decimal.exponent];
   if (decimal.minus) value = -value;
   return true;
 }
@@ -61,7 +62,7 @@ double readvalue(const Token &token) {
   return readdouble(token.text, &after);
 }
 
-// In place, since a copy of a record that was just written waits for each of its parts.
+// In place, since a copy of a record that was just written in parts misses store forwarding.
 void setinteger(Element &element, std::int64_t value) {
   element = {};
   element.tag = tags::INTEGER;
@@ -84,14 +85,14 @@ void readinteger(const Token &token, Element &element) {
     return;
   }
   const double value = readvalue(token);
-  if (std::fabs(value) <= INTEGERBOUND)
+  if (std::fabs(value) <= INTEGER_BOUND)
     setinteger(element, saturate(value));
   else
     setreal(element, value);
 }
 
 // The token as far as the buffer holds it.
-char *bounded(const char *text, std::size_t length) {
+char *boundedtoken(const char *text, std::size_t length) {
   const std::size_t kept = std::min(length, TOKEN_BYTES - 1);
   std::memcpy(compiler.q, text, kept);
   compiler.q[kept] = 0;
@@ -99,13 +100,13 @@ char *bounded(const char *text, std::size_t length) {
 }
 
 // A number of several parts, each but the first behind its letter; those that are missing are 0.
-struct Parts {
+struct LiteralParts {
   double part[MOST_PARTS];
   unsigned found;  // bit i: part i
 };
 
-Parts readparts(const char *text, const char *letters) {
-  Parts parts = {};
+LiteralParts readparts(const char *text, const char *letters) {
+  LiteralParts parts = {};
   for (std::size_t i = 0;;) {
     parts.part[i] = readdouble(text, &text);
     parts.found |= 1U << i;
@@ -133,7 +134,7 @@ void setquaternionparts(Element &element, const double *part) {
 }
 
 // Only what the buffer cut off can be missing.
-bool isquaternion(const Parts &parts, const char *text) {
+bool isquaternion(const LiteralParts &parts, const char *text) {
   constexpr unsigned I = 1U << 1, J = 1U << 2, K = 1U << 3;
   if ((parts.found & (J | K)) != 0) return true;
   std::fprintf(
@@ -145,7 +146,7 @@ bool isquaternion(const Parts &parts, const char *text) {
 
 Element readcartesian(Rule rule, char *token, std::size_t length) {
   fixsign(token, length);
-  const char *text = bounded(token, length);
+  const char *text = boundedtoken(token, length);
   Element element = makeelement(tags::FILLER, forms::CARTESIAN);
   if (*text == '#') {
     element.form = forms::NUMBER;
@@ -155,7 +156,7 @@ Element readcartesian(Rule rule, char *token, std::size_t length) {
     element.attributes = attributes::PREFIX_R;
     ++text;
   }
-  Parts parts = readparts(text, "ijklmno");
+  LiteralParts parts = readparts(text, "ijklmno");
   if (rule == Rule::QUATERNION && !isquaternion(parts, text)) parts = {};
   switch (rule) {
     case Rule::COMPLEX:
@@ -171,14 +172,14 @@ Element readcartesian(Rule rule, char *token, std::size_t length) {
   return element;
 }
 
-void toradians(Parts &parts) {
-  for (int i = 1; i < MOST_PARTS; ++i) parts.part[i] = parts.part[i] / HALF_TURN * PI;
+void toradians(LiteralParts &parts) {
+  for (int i = 1; i < MOST_PARTS; ++i) parts.part[i] = parts.part[i] / HALF_TURN * std::numbers::pi;
 }
 
 Element readpolar(Rule rule, char *token, std::size_t length) {
   constexpr unsigned R_ANGLE = 1U << 3;
   fixsign(token, length);
-  const char *text = bounded(token, length);
+  const char *text = boundedtoken(token, length);
   Element element = makeelement(tags::FILLER, forms::POLAR);
   const bool degrees = *text == 'd';
   if (degrees) {
@@ -190,16 +191,16 @@ Element readpolar(Rule rule, char *token, std::size_t length) {
     element.attributes |= attributes::PREFIX_R;
     ++text;
   }
-  Parts parts = readparts(text, "pqrstuv");
+  LiteralParts parts = readparts(text, "pqrstuv");
   // Kept: the prefix is taken for the letter of the last angle of a quaternion that has none.
-  if (rule == Rule::POLARQUATERNION && prefixed && (parts.found & R_ANGLE) == 0) parts.part[3] = parts.part[0];
+  if (rule == Rule::POLAR_QUATERNION && prefixed && (parts.found & R_ANGLE) == 0) parts.part[3] = parts.part[0];
   if (degrees) toradians(parts);
   switch (rule) {
-    case Rule::POLARCOMPLEX:
+    case Rule::POLAR_COMPLEX:
       cartesiancomplex(parts.part, parts.part);
       setcomplex(element, parts.part);
       break;
-    case Rule::POLARQUATERNION:
+    case Rule::POLAR_QUATERNION:
       cartesianquat(parts.part, parts.part);
       setquaternionparts(element, parts.part);
       break;
@@ -236,7 +237,7 @@ Element characterelement(std::uint64_t bits) {
 // Kept: in a vector literal the length is printed, and the element is a number however short it is.
 Element readbinary(const char *token, std::size_t length, bool member) {
   const std::size_t written = length - BINARY_PREFIX;
-  const char *text = bounded(token, length) + BINARY_PREFIX;
+  const char *text = boundedtoken(token, length) + BINARY_PREFIX;
   const char *digits = text + std::strspn(text, "0");
   const std::size_t count = std::strlen(digits);
   const std::uint64_t bits = readbits(digits, count, NUMBER_BITS);
@@ -245,7 +246,7 @@ Element readbinary(const char *token, std::size_t length, bool member) {
     element = makeelement(tags::INTEGER, forms::BINARY);
     element.integer = static_cast<std::int64_t>(bits);
   }
-  if (count > NUMBER_BITS) warn(LONG_BINARY, element);
+  if (count > NUMBER_BITS) warn(messages::LONG_BINARY, element);
   if (member) std::printf("%d\n", static_cast<int>(written));
   return element;
 }
@@ -254,7 +255,7 @@ Element readbinarycharacter(const char *token, std::size_t length) {
   constexpr std::size_t BACKQUOTES = 2;
   const std::size_t count = length - BINARY_PREFIX - BACKQUOTES;
   const Element element = characterelement(readbits(token + 1 + BINARY_PREFIX, count, CHARACTER_BITS));
-  if (count > CHARACTER_BITS) warn(LONG_BINARY_CHARACTER, element);
+  if (count > CHARACTER_BITS) warn(messages::LONG_BINARY_CHARACTER, element);
   return element;
 }
 
@@ -297,15 +298,15 @@ void readelement(const Token &token, bool member, Element &element) {
     case Rule::OCTONION:
       element = readcartesian(token.rule, token.text, token.length);
       return;
-    case Rule::POLARCOMPLEX:
-    case Rule::POLARQUATERNION:
-    case Rule::POLAROCTONION:
+    case Rule::POLAR_COMPLEX:
+    case Rule::POLAR_QUATERNION:
+    case Rule::POLAR_OCTONION:
       element = readpolar(token.rule, token.text, token.length);
       return;
-    case Rule::BINARYNUMBER:
+    case Rule::BINARY_NUMBER:
       element = readbinary(token.text, token.length, member);
       return;
-    case Rule::BINARYCHARACTER:
+    case Rule::BINARY_CHARACTER:
       element = readbinarycharacter(token.text, token.length);
       return;
     default:

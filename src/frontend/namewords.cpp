@@ -12,7 +12,9 @@
 #include "frontend/symtab.h"
 #include "frontend/window.h"
 #include "spaces/blocks.h"
+#include "spaces/characters.h"
 #include "spaces/making.h"
+#include "spaces/messages.h"
 #include "spaces/refderef.h"
 #include "spaces/symbols.h"
 
@@ -20,24 +22,21 @@ namespace morvik {
 
 namespace {
 
-constexpr std::int32_t BAD_LOCAL = 150, NO_LOCALS = 151, FEWER_LOCALS = 152, TOO_MANY_NAMES = 808;
-constexpr char OPENS_NAME = 2, CLOSES_NAME = 3;
-
 bool infunction() {
-  return compiler.pcsp > 1;
+  return compiler.nextframe > 1;
 }
 
 // Counts a reference to a name inside a function. Kept: nothing needs the count, but it has an end.
 void countreference() {
   if (!infunction()) return;
-  if (compiler.varsp == MOST_REFERENCES) exceptionjump(TOO_MANY_NAMES);
-  ++compiler.varsp;
+  if (compiler.namereferences == MOST_REFERENCES) exceptionjump(messages::TOO_MANY_NAMES);
+  ++compiler.namereferences;
 }
 
 // A function gets a table of its own with the first name that asks for one.
 void openowntable() {
   Compiler &c = compiler;
-  if (infunction() && c.chain == c.returnstack[c.pcsp - 1].chain) c.chain = opentable(c.chain, SMALL_TABLE);
+  if (infunction() && c.chain == c.frames[c.nextframe - 1].chain) c.chain = opentable(c.chain, SMALL_TABLE);
 }
 
 Entry *entercurrent(const char *name, char sigil) {
@@ -46,101 +45,101 @@ Entry *entercurrent(const char *name, char sigil) {
   return entername(chain->table ? chain->table : chain->root->table, stringdup(name), sigil);
 }
 
-Point &namehand(bool address, std::uint32_t more, std::uint16_t scope) {
-  Point &point = newhand(address ? ranks::ADDRESS : ranks::VARIABLE, (address ? ISADDRESS : ISVARIABLE) | more);
+Point &pendingname(bool address, std::uint32_t more, std::uint16_t scope) {
+  Point &point = newpending(address ? ranks::ADDRESS : ranks::VARIABLE, (address ? ISADDRESS : ISVARIABLE) | more);
   point.modifier = scope;
   return point;
 }
 
-void holdname(char *name) {
-  Point &point = compiler.hand;
+void setpendingname(char *name) {
+  Point &point = compiler.pending;
   reference(name);
   point.name = name;
   point.elements = static_cast<std::uint32_t>(std::strlen(name));
 }
 
-void linkhand() {
+void linkpending() {
   reference(compiler.chain);
-  compiler.hand.context = compiler.chain;
+  compiler.pending.context = compiler.chain;
 }
 
 // For a name that is bound when it is met.
-void unboundhand(const char *name) {
-  compiler.hand.name = stringdup(name);
-  compiler.hand.elements = static_cast<std::uint32_t>(std::strlen(name));
-  linkhand();
+void pendingunbound(const char *name) {
+  compiler.pending.name = stringdup(name);
+  compiler.pending.elements = static_cast<std::uint32_t>(std::strlen(name));
+  linkpending();
 }
 
-void createdglobally(const char *name, bool address) {
+void emitglobalname(const char *name, bool address) {
   const bool unknown = infunction() && !checkmeaning(compiler.chain, name);
   countreference();
-  if (unknown) mark(GLOBAL);
-  namehand(address, 0, instructions::SAIG);
-  unboundhand(name);
-  append();
+  if (unknown) markheader(GLOBAL);
+  pendingname(address, 0, instructions::SAIG);
+  pendingunbound(name);
+  emit();
 }
 
-void createdlocally(const char *name, bool address) {
+void emitlocalname(const char *name, bool address) {
   const Entry *entry = infunction() ? checkmeaning(compiler.chain, name) : nullptr;
   countreference();
   if (!entry && infunction()) {
     openowntable();
-    mark(GLOBAL);
+    markheader(GLOBAL);
   }
-  namehand(address, 0, instructions::SAIL);
+  pendingname(address, 0, instructions::SAIL);
   if (entry)
-    bindhand(*entry);
+    bindpending(*entry);
   else
-    unboundhand(name);
-  append();
+    pendingunbound(name);
+  emit();
 }
 
-void ownname(const char *name, bool address) {
+void emitownname(const char *name, bool address) {
   const Entry *entry = entercurrent(name, '.');
   if (!entry) return;
-  namehand(address, 0, instructions::SLIL);
-  bindhand(*entry);
-  append();
+  pendingname(address, 0, instructions::SLIL);
+  bindpending(*entry);
+  emit();
 }
 
 }  // namespace
 
-void bindhand(const Entry &entry) {
-  holdname(entry.name);
-  linkhand();
+void bindpending(const Entry &entry) {
+  setpendingname(entry.name);
+  linkpending();
   reference(entry.meaning);
-  compiler.hand.target = entry.meaning;
+  compiler.pending.target = entry.meaning;
 }
 
 void plainname(const char *name, bool address) {
   const Entry *entry = entername(compiler.chain->root->table, stringdup(name));
   if (!entry) return;
   if (address) countreference();
-  mark(GLOBAL);
-  namehand(address, ISOPERATOR, instructions::SGIG);
-  bindhand(*entry);
-  append();
+  markheader(GLOBAL);
+  pendingname(address, ISOPERATOR, instructions::SGIG);
+  bindpending(*entry);
+  emit();
 }
 
 void sigilname(char sigil, const char *name, bool address) {
   switch (sigil) {
     case '_':
-      return createdglobally(name, address);
+      return emitglobalname(name, address);
     case '$':
-      return createdlocally(name, address);
+      return emitlocalname(name, address);
     default:
-      return ownname(name, address);
+      return emitownname(name, address);
   }
 }
 
 void bracketname(const char *text, bool address) {
   Compiler &c = compiler;
-  const char sigil = text[0] == OPENS_NAME ? char{0} : text[0];
-  c.operat.length = 0;
+  const char sigil = text[0] == NAME_OPENS ? char{0} : text[0];
+  c.collecting.length = 0;
   c.bracketed = true;
-  for (int byte = input(); byte != EOF && byte != CLOSES_NAME; byte = input()) {
+  for (int byte = input(); byte != EOF && byte != NAME_CLOSES; byte = input()) {
     const char next = static_cast<char>(byte);
-    collect(&next, 1);
+    collectbytes(&next, 1);
   }
   c.bracketed = false;
   const char *name = collected();
@@ -156,37 +155,40 @@ void label(const char *name, bool address) {
   const Entry *entry = entercurrent(name, 0);
   if (!entry) return;
   if (address) {
-    newhand(ranks::LABEL, ISADDRESS).depth = 1;
+    newpending(ranks::LABEL, ISADDRESS).depth = 1;
   } else {
     Point value;
-    makeinteger(value, c.position - c.returnstack[c.pcsp - 1].start + 2);
+    makeinteger(value, c.position - c.frames[c.nextframe - 1].start + 2);
     dereferencepoint(entry->meaning);
     *entry->meaning = value;
-    newhand(ranks::OPERATOR, ISOPERATOR).instruction = instructions::NOOP;
+    newpending(ranks::OPERATOR, ISOPERATOR).instruction = instructions::NOOP;
   }
-  holdname(entry->name);
+  setpendingname(entry->name);
   reference(entry->meaning);
-  c.hand.target = entry->meaning;
-  append();
+  c.pending.target = entry->meaning;
+  emit();
 }
 
 void local(char *text, bool address) {
   Compiler &c = compiler;
   fixsign(text, std::strlen(text));
   const std::int64_t number = std::strtol(text + 1, nullptr, 10);
-  const int fault = c.funcvars < 1 ? NO_LOCALS : number < 1 ? BAD_LOCAL : number > c.funcvars ? FEWER_LOCALS : 0;
+  const int fault = c.openlocals < 1        ? messages::NO_LOCALS
+                    : number < 1            ? messages::BAD_LOCAL
+                    : number > c.openlocals ? messages::FEWER_LOCALS
+                                            : 0;
   if (fault != 0) {
     exception(fault, &c.stackposition, nullptr);
     return;
   }
   if (address) countreference();
-  const std::int32_t rank = address ? ranks::LOCALADDRESS : ranks::LOCALVARIABLE;
-  Point &point = newhand(rank, (address ? ISADDRESS : ISVARIABLE) | ISLOCAL);
+  const std::int32_t rank = address ? ranks::LOCAL_ADDRESS : ranks::LOCAL_VARIABLE;
+  Point &point = newpending(rank, (address ? ISADDRESS : ISVARIABLE) | ISLOCAL);
   point.elements = 1;
   point.name = stringdup(text);
   point.data_pointer = newelement(tags::INTEGER, forms::NUMBER);
   point.data_pointer->integer = number - 1;
-  append();
+  emit();
 }
 
 }  // namespace morvik

@@ -1,12 +1,12 @@
-// The actions of names. `address`: after @. All that write a Point report 27, 807 and 808.
+// The actions of names. `address`: after `@`. All that write a Point report 27, 807 and 808.
 #pragma once
 
 #include "spaces/symbols.h"
 
 namespace morvik {
 
-// Gives the Point in hand the name and the value of an entry, and the present context.
-void bindhand(const Entry &entry);
+// Gives the pending Point the name and the value of an entry, and the present context.
+void bindpending(const Entry &entry);
 void plainname(const char *name, bool address);
 // `sigil`: one of _ $ .
 void sigilname(char sigil, const char *name, bool address);

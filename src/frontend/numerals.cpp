@@ -7,14 +7,14 @@
 
 namespace morvik {
 
-using window::begin;
-using window::BINARYDIGIT;
+using window::begintoken;
+using window::BINARY_DIGIT;
 using window::DIGIT;
-using window::is;
+using window::isinclass;
 using window::MINUS;
-using window::pass;
+using window::passbytes;
 using window::passdigits;
-using window::peek;
+using window::peekbyte;
 
 namespace {
 
@@ -24,24 +24,24 @@ struct Component {
   bool integral;  // digits, and an exponent without a minus at most
 };
 
-constexpr Component NOCOMPONENT = {0, false};
+constexpr Component NO_COMPONENT = {0, false};
 
 constexpr std::size_t MOST_EXPONENT_DIGITS = 3;
 
 // The exponent from its letter on. No digits: no exponent.
 Component exponent(std::size_t at, bool integral, Decimal &decimal) {
   std::size_t begin = at + 1;
-  const int sign = peek(begin);
-  if (sign == '+' || is(sign, MINUS)) ++begin;
-  if (!is(peek(begin), DIGIT)) return {at, integral};
+  const int sign = peekbyte(begin);
+  if (sign == '+' || isinclass(sign, MINUS)) ++begin;
+  if (!isinclass(peekbyte(begin), DIGIT)) return {at, integral};
   std::uint64_t power = 0;
   const std::size_t end = passdigits(begin, power);
   if (end - begin > MOST_EXPONENT_DIGITS)
     decimal.whole = false;
   else
-    decimal.exponent = static_cast<std::int16_t>(is(sign, MINUS) ? decimal.exponent - static_cast<int>(power)
-                                                                 : decimal.exponent + static_cast<int>(power));
-  return {end, integral && !is(sign, MINUS)};
+    decimal.exponent = static_cast<std::int16_t>(isinclass(sign, MINUS) ? decimal.exponent - static_cast<int>(power)
+                                                                        : decimal.exponent + static_cast<int>(power));
+  return {end, integral && !isinclass(sign, MINUS)};
 }
 
 // A point counts only with a digit after it, an exponent likewise.
@@ -49,52 +49,52 @@ Component decimals(std::size_t at, Decimal &decimal) {
   decimal.digits = 0;
   std::size_t end = passdigits(at, decimal.digits), digits = end - at, decimals = 0;
   bool integral = digits > 0;
-  if (peek(end) == '.' && is(peek(end + 1), DIGIT)) {
+  if (peekbyte(end) == '.' && isinclass(peekbyte(end + 1), DIGIT)) {
     const std::size_t begin = end + 1;
     end = passdigits(begin, decimal.digits);
     decimals = end - begin;
     integral = false;
   }
-  if (end == at) return NOCOMPONENT;
+  if (end == at) return NO_COMPONENT;
   decimal.whole = digits + decimals <= MOST_DIGITS;
   decimal.exponent = decimal.whole ? static_cast<std::int16_t>(-static_cast<int>(decimals)) : std::int16_t{0};
-  const int letter = peek(end);
+  const int letter = peekbyte(end);
   return letter == 'E' || letter == 'e' ? exponent(end, integral, decimal) : Component{end, integral};
 }
 
 Component component(std::size_t at, Decimal &decimal) {
   decimal.whole = false;
-  decimal.minus = is(peek(at), MINUS);
+  decimal.minus = isinclass(peekbyte(at), MINUS);
   if (decimal.minus) ++at;
-  switch (peek(at)) {
+  switch (peekbyte(at)) {
     case 'I':
-      if (!matchbytes(at, "Inf")) return NOCOMPONENT;
+      if (!matchbytes(at, "Inf")) return NO_COMPONENT;
       return {matchbytes(at + 3, "inity") ? at + 8 : at + 3, false};
     case 'i':
-      return matchbytes(at, "inf") ? Component{at + 3, false} : NOCOMPONENT;
+      return matchbytes(at, "inf") ? Component{at + 3, false} : NO_COMPONENT;
     case 'N':
-      return !decimal.minus && matchbytes(at, "NaN") ? Component{at + 3, false} : NOCOMPONENT;
+      return !decimal.minus && matchbytes(at, "NaN") ? Component{at + 3, false} : NO_COMPONENT;
     case 'n':
-      return !decimal.minus && matchbytes(at, "nan") ? Component{at + 3, false} : NOCOMPONENT;
+      return !decimal.minus && matchbytes(at, "nan") ? Component{at + 3, false} : NO_COMPONENT;
     default:
       return decimals(at, decimal);
   }
 }
 
-enum Family : std::uint8_t { CARTESIANLETTERS = 1, POLARLETTERS = 2 };
+enum Family : std::uint8_t { CARTESIAN_LETTERS = 1, POLAR_LETTERS = 2 };
 
 // Sets the families that the prefix leaves open; returns its length.
 std::size_t prefix(unsigned &families) {
-  families = CARTESIANLETTERS | POLARLETTERS;
-  const int first = peek(0);
+  families = CARTESIAN_LETTERS | POLAR_LETTERS;
+  const int first = peekbyte(0);
   if (first == 'r') return 1;
   if (first == '#')
-    families = CARTESIANLETTERS;
+    families = CARTESIAN_LETTERS;
   else if (first == 'd')
-    families = POLARLETTERS;
+    families = POLAR_LETTERS;
   else
     return 0;
-  return peek(1) == 'r' ? 2 : 1;
+  return peekbyte(1) == 'r' ? 2 : 1;
 }
 
 // The form that has this as its highest letter.
@@ -102,38 +102,38 @@ Rule formof(int letter) {
   if (letter == 'i') return Rule::COMPLEX;
   if (letter <= 'k') return Rule::QUATERNION;
   if (letter <= 'o') return Rule::OCTONION;
-  if (letter == 'p') return Rule::POLARCOMPLEX;
-  return letter <= 'r' ? Rule::POLARQUATERNION : Rule::POLAROCTONION;
+  if (letter == 'p') return Rule::POLAR_COMPLEX;
+  return letter <= 'r' ? Rule::POLAR_QUATERNION : Rule::POLAR_OCTONION;
 }
 
 bool isletterof(int letter, unsigned families) {
-  return letter >= 'i' && letter <= 'v' && (families & (letter <= 'o' ? CARTESIANLETTERS : POLARLETTERS)) != 0;
+  return letter >= 'i' && letter <= 'v' && (families & (letter <= 'o' ? CARTESIAN_LETTERS : POLAR_LETTERS)) != 0;
 }
 
 }  // namespace
 
 bool matchbytes(std::size_t at, const char *word) {
   for (; *word; ++word, ++at)
-    if (peek(at) != static_cast<unsigned char>(*word)) return false;
+    if (peekbyte(at) != static_cast<unsigned char>(*word)) return false;
   return true;
 }
 
 std::size_t matchcount(std::size_t at) {
-  if (is(peek(at), MINUS)) ++at;
-  const std::size_t end = pass(at, DIGIT);
+  if (isinclass(peekbyte(at), MINUS)) ++at;
+  const std::size_t end = passbytes(at, DIGIT);
   return end > at ? end : 0;
 }
 
 Match matchbinary() {
-  if (peek(0) != '0' || peek(1) != '#') return {0, Rule::BINARYNUMBER};
-  const std::size_t end = pass(2, BINARYDIGIT);
-  return {end > 2 ? end : 0, Rule::BINARYNUMBER};
+  if (peekbyte(0) != '0' || peekbyte(1) != '#') return {0, Rule::BINARY_NUMBER};
+  const std::size_t end = passbytes(2, BINARY_DIGIT);
+  return {end > 2 ? end : 0, Rule::BINARY_NUMBER};
 }
 
 Match matchbinarycharacter() {
-  if (!matchbytes(0, "`0#")) return {0, Rule::BINARYCHARACTER};
-  const std::size_t end = pass(3, BINARYDIGIT);
-  return {end > 3 && peek(end) == '`' ? end + 1 : 0, Rule::BINARYCHARACTER};
+  if (!matchbytes(0, "`0#")) return {0, Rule::BINARY_CHARACTER};
+  const std::size_t end = passbytes(3, BINARY_DIGIT);
+  return {end > 3 && peekbyte(end) == '`' ? end + 1 : 0, Rule::BINARY_CHARACTER};
 }
 
 Match matchnumber(Decimal &decimal) {
@@ -144,13 +144,13 @@ Match matchnumber(Decimal &decimal) {
   // A prefix asks for a letter.
   Match best = {begin == 0 ? part.end : 0, part.integral ? Rule::INTEGER : Rule::REAL};
   for (int last = 'i' - 1;;) {
-    const int letter = peek(part.end);
+    const int letter = peekbyte(part.end);
     if (letter <= last || !isletterof(letter, families)) return best;
     Decimal other;
     part = component(part.end + 1, other);
     if (part.end == 0) return best;
     best = {part.end, formof(letter)};
-    families = letter <= 'o' ? CARTESIANLETTERS : POLARLETTERS;
+    families = letter <= 'o' ? CARTESIAN_LETTERS : POLAR_LETTERS;
     last = letter;
   }
 }

@@ -8,6 +8,7 @@
 #include "frontend/compiler.h"
 #include "frontend/limits.h"
 #include "spaces/blocks.h"
+#include "spaces/characters.h"
 #include "spaces/symbols.h"
 #include "text/text.h"
 
@@ -15,8 +16,7 @@ namespace morvik {
 
 namespace {
 
-constexpr int PORTION = 257;  // definitions to a text, so that each fits a Programme
-constexpr char BEGINNAME = '\2', ENDNAME = '\3';
+constexpr int TEXT_DEFINITIONS = 257;  // definitions to a text, so that each fits a Programme
 
 bool isletter(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
@@ -25,7 +25,7 @@ bool isdigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// Can the name follow a sigil as it stands?
+// Can the name follow a sigil as it is?
 bool isidentifier(const char *name) {
   if (!isletter(*name)) return false;
   while (isletter(*name) || isdigit(*name)) ++name;
@@ -36,15 +36,15 @@ bool islisted(const Entry &entry, char sigil) {
   return entry.sigil == sigil && entry.name[0] != 0;
 }
 
-std::size_t count(Entry *table, char sigil) {
+std::size_t countlisted(Entry *table, char sigil) {
   std::size_t n = 0;
-  Walk walk{table};
-  while (const Entry *entry = next(walk)) n += islisted(*entry, sigil);
+  TableWalk walk{table};
+  while (const Entry *entry = nextentry(walk)) n += islisted(*entry, sigil);
   return n;
 }
 
 // A character vector of the written name.
-Point written(char sigil, const char *name) {
+Point writtenname(char sigil, const char *name) {
   const std::size_t length = std::strlen(name) + 1;
   Point text{};
   text.rank = ranks::VECTOR;
@@ -65,8 +65,8 @@ Point written(char sigil, const char *name) {
   return text;
 }
 
-// There is room for the record.
-void append(Point &space, Point text) {
+// The block is large enough for the record.
+void appendname(Point &space, Point text) {
   Custody made;
   takecustody(made, releasepoint, &text);
   Point *member = newpoint();
@@ -91,11 +91,11 @@ bool hastext(const Point &value) {
 
 // A name that holds the closing byte, or no byte at all, is one that no text can write.
 bool iswritable(const Entry &entry) {
-  return hastext(*entry.meaning) && entry.name[0] != 0 && !std::strchr(entry.name, ENDNAME);
+  return hastext(*entry.meaning) && entry.name[0] != 0 && !std::strchr(entry.name, NAME_CLOSES);
 }
 
 // What a definition takes of the room that there is for a text.
-struct Needs {
+struct TextNeeds {
   std::size_t points, references;
 };
 
@@ -106,56 +106,56 @@ std::size_t references(const Point &value) {
   for (const Point *p = value.programme + 1; !isend(*p); ++p) {
     const bool variable = p->rank == ranks::VARIABLE, address = p->rank == ranks::ADDRESS;
     const bool plain = p->modifier == instructions::SGIG, own = p->modifier == instructions::SLIL;
-    found += p->rank == ranks::LOCALADDRESS || (variable && !plain && !own) || (address && !own);
+    found += p->rank == ranks::LOCAL_ADDRESS || (variable && !plain && !own) || (address && !own);
     found += references(*p);
   }
   return found;
 }
 
-Needs needs(const Point &value) {
+TextNeeds textneeds(const Point &value) {
   const std::size_t word = isfunction(value) && ((value.type | value.programme->type) & ISOPERATOR) != 0 ? 1 : 0;
   return {3 + word, references(value)};
 }
 
-// Names with a sigil are written as they are entered. All others stand between two bytes of their own, those of labels
-// too, since nothing can be SET to what `@%name` makes.
+// Names with a sigil are written as they are entered. All others are put between NAME_OPENS and NAME_CLOSES, those of
+// labels too, since nothing can be SET to what `@%name` makes.
 void writename(std::FILE *stream, const Entry &entry) {
   if (entry.sigil == 0)
-    std::fprintf(stream, " @%c%s%c SET\n", BEGINNAME, entry.name, ENDNAME);
+    std::fprintf(stream, " @%c%s%c SET\n", NAME_OPENS, entry.name, NAME_CLOSES);
   else if (isidentifier(entry.name))
     std::fprintf(stream, " @%c%s SET\n", entry.sigil, entry.name);
   else
-    std::fprintf(stream, " @%c%c%s%c SET\n", entry.sigil, BEGINNAME, entry.name, ENDNAME);
+    std::fprintf(stream, " @%c%c%s%c SET\n", entry.sigil, NAME_OPENS, entry.name, NAME_CLOSES);
 }
 
-// A text ends after PORTION definitions; before that only where the next one would not fit into it any longer.
+// A text ends after TEXT_DEFINITIONS definitions; before that only where the next one would not fit into it any longer.
 void remembertable(std::FILE *stream, Entry *table) {
   int definitions = 0;
-  Needs taken = {0, 0};
-  Walk walk{table};
+  TextNeeds taken = {0, 0};
+  TableWalk walk{table};
   const auto endtext = [&] {
     std::fputs(".\n", stream);
     definitions = 0;
     taken = {0, 0};
   };
-  while (const Entry *entry = next(walk)) {
+  while (const Entry *entry = nextentry(walk)) {
     safepoint();
     if (!iswritable(*entry)) continue;
-    const Needs more = needs(*entry->meaning);
+    const TextNeeds more = textneeds(*entry->meaning);
     taken = {taken.points + more.points, taken.references + more.references};
     if (definitions > 0 && (taken.points >= PROGRAMME_POINTS || taken.references > MOST_REFERENCES)) {
       endtext();
       taken = more;
     }
-    PrintOut = 1;
+    printing = 1;
     disass(stream, "", entry->meaning, 0, 1);
-    PrintOut = 0;
+    printing = 0;
     writename(stream, *entry);
-    if (++definitions == PORTION) endtext();
+    if (++definitions == TEXT_DEFINITIONS) endtext();
   }
 }
 
-// A table may stand on the chain more than once.
+// A table may be on the chain more than once.
 bool wasmet(const Context *chain, const Context *link) {
   while (chain != link && chain->table != link->table) chain = chain->previous;
   return chain != link;
@@ -169,12 +169,12 @@ char splitsigil(const char *&name) {
 }
 
 void list_symbols(Point *space, Entry *table, char sigil) {
-  const std::size_t found = count(table, sigil);
+  const std::size_t found = countlisted(table, sigil);
   if (found == 0) return;
   space->data_pointer = Reallocate(space->data_pointer, space->elements + found);
-  Walk walk{table};
-  while (const Entry *entry = next(walk))
-    if (islisted(*entry, sigil)) append(*space, written(sigil, entry->name));
+  TableWalk walk{table};
+  while (const Entry *entry = nextentry(walk))
+    if (islisted(*entry, sigil)) appendname(*space, writtenname(sigil, entry->name));
 }
 
 void remember(std::FILE *stream, const Context *chain) {

@@ -14,21 +14,21 @@ namespace morvik {
 
 namespace {
 
-std::uint64_t tables;  // that were ever made
+std::uint64_t tablesmade;  // that were ever made
 
-void begin(Entry *group, std::uint16_t kind) {
-  std::memset(static_cast<void *>(group), 0, GROUP * sizeof(Entry));
+void cleargroup(Entry *group, std::uint16_t kind) {
+  std::memset(static_cast<void *>(group), 0, GROUP_BUCKETS * sizeof(Entry));
   if (kind == LARGE_TABLE) return;
-  for (std::size_t i = 0; i < GROUP; ++i) group[i].kind = kind;
+  for (std::size_t i = 0; i < GROUP_BUCKETS; ++i) group[i].kind = kind;
 }
 
 Entry *maketable(std::uint16_t kind) {
   const std::size_t words = groupwords(kind);
   auto *table = static_cast<Entry *>(
       newblock(buckets(kind) * sizeof(Entry) + offsetof(Tail, groups) + words * sizeof(std::uint64_t)));
-  begin(table, kind);
+  cleargroup(table, kind);
   Tail &t = tail(table);
-  t.serial = ++tables;
+  t.serial = ++tablesmade;
   std::memset(t.groups, 0, words * sizeof(std::uint64_t));
   t.groups[0] = 1;
   return table;
@@ -38,23 +38,23 @@ std::size_t hash(std::uint16_t kind, const char *name) {
   return kind == SMALL_TABLE ? smallhash(name) : largehash(name);
 }
 
-bool begun(Entry *table, std::size_t bucket) {
-  const std::size_t group = bucket / GROUP;
-  return (tail(table).groups[group / BITS] >> (group % BITS) & 1) != 0;
+bool hasgroup(Entry *table, std::size_t bucket) {
+  const std::size_t group = bucket / GROUP_BUCKETS;
+  return (tail(table).groups[group / WORD_BITS] >> (group % WORD_BITS) & 1) != 0;
 }
 
 // A bucket head to be written to.
-Entry *head(Entry *table, std::size_t bucket) {
-  if (!begun(table, bucket)) {
-    const std::size_t group = bucket / GROUP;
-    begin(table + group * GROUP, table->kind);
-    tail(table).groups[group / BITS] |= std::uint64_t{1} << (group % BITS);
+Entry *buckethead(Entry *table, std::size_t bucket) {
+  if (!hasgroup(table, bucket)) {
+    const std::size_t group = bucket / GROUP_BUCKETS;
+    cleargroup(table + group * GROUP_BUCKETS, table->kind);
+    tail(table).groups[group / WORD_BITS] |= std::uint64_t{1} << (group % WORD_BITS);
   }
   return table + bucket;
 }
 
 // The entry of the name, or the empty tail of the bucket.
-Entry *search(Entry *entry, const char *name) {
+Entry *searchbucket(Entry *entry, const char *name) {
   while (isnamed(*entry) && !stringcmp(entry->name, name)) entry = entry->next;
   return entry;
 }
@@ -66,7 +66,7 @@ void unbind(Point &meaning) {
 }
 
 // Names the tail of a bucket, which gets a new tail.
-void grow(Entry &entry, char *name, char sigil) {
+void filltail(Entry &entry, char *name, char sigil) {
   auto *meaning = static_cast<Point *>(tryblock(sizeof(Point)));
   auto *last = static_cast<Entry *>(tryblock(sizeof(Entry)));
   if (!meaning || !last) {
@@ -84,23 +84,23 @@ void grow(Entry &entry, char *name, char sigil) {
   entry.sigil = sigil;
 }
 
-Entry *enter(Entry *table, char *name, char sigil) {
+Entry *enterentry(Entry *table, char *name, char sigil) {
   Entry *entry = fixedsym(name);
-  if (!entry) entry = search(head(table, hash(table->kind, name)), name);
+  if (!entry) entry = searchbucket(buckethead(table, hash(table->kind, name)), name);
   if (isnamed(*entry))
     release(name);
   else
-    grow(*entry, name, sigil);
+    filltail(*entry, name, sigil);
   return entry;
 }
 
-Entry *check(Entry *table, std::size_t bucket, const char *name) {
-  if (!begun(table, bucket)) return nullptr;
-  Entry *entry = search(table + bucket, name);
+Entry *findentry(Entry *table, std::size_t bucket, const char *name) {
+  if (!hasgroup(table, bucket)) return nullptr;
+  Entry *entry = searchbucket(table + bucket, name);
   return isnamed(*entry) ? entry : nullptr;
 }
 Entry *checkname(Entry *table, const char *name) {
-  return *name != 0 ? check(table, hash(table->kind, name), name) : nullptr;
+  return *name != 0 ? findentry(table, hash(table->kind, name), name) : nullptr;
 }
 
 // What is left of a meaning whose name was taken away says so in its modifier.
@@ -110,7 +110,7 @@ constexpr std::uint16_t FORGOTTEN = 1;
 // block of the meaning, and finds no value there; nor does anybody put one in, so that no value can keep the block
 // which it stands in alive. The bucket is whole before anything is released, since a release may come back to this
 // table.
-void remove(Entry &entry) {
+void removefirst(Entry &entry) {
   char *const name = entry.name;
   Point *const meaning = entry.meaning;
   Entry *const link = entry.next;
@@ -134,18 +134,18 @@ Entry *makesmallhashtab() {
 }
 
 void releasetable(Entry *table) {
-  if (table && refr(table) == 1) hashwipe(table);
+  if (table && referencecount(table) == 1) hashwipe(table);
   release(table);
 }
 
 Entry *hashtab(Entry *table, char *name, char sigil) {
-  if (*name != 0) return enter(table, name, sigil);
+  if (*name != 0) return enterentry(table, name, sigil);
   release(name);
   return nullptr;
 }
 
 Entry *smallhashtab(Entry *table, char *name, char sigil) {
-  return enter(table, name, sigil);
+  return enterentry(table, name, sigil);
 }
 
 Entry *entername(Entry *table, char *name, char sigil) {
@@ -167,18 +167,18 @@ Point *reentername(Entry *table, char *name, char sigil, Point *meaning) {
 Entry *checkhash(Entry *table, const char *name) {
   if (*name == 0) return nullptr;
   if (Entry *fixed = fixedsym(name)) return fixed;
-  return check(table, largehash(name), name);
+  return findentry(table, largehash(name), name);
 }
 
 Entry *checksmallhash(Entry *table, const char *name) {
   if (*name == 0) return nullptr;
   if (Entry *fixed = fixedsym(name)) return fixed;
-  return check(table, smallhash(name), name);
+  return findentry(table, smallhash(name), name);
 }
 
 Entry *getsymandtab(const Context *chain, const char *name, Entry **table, const Entry *stop) {
-  constexpr std::size_t UNHASHED = LARGE_BUCKETS;
-  std::size_t small = UNHASHED, large = UNHASHED;
+  constexpr std::size_t NOT_HASHED = LARGE_BUCKETS;
+  std::size_t small = NOT_HASHED, large = NOT_HASHED;
   Entry *const fixed = fixedsym(name);
   if (table) *table = nullptr;
   for (; chain; chain = chain->previous) {
@@ -186,20 +186,20 @@ Entry *getsymandtab(const Context *chain, const char *name, Entry **table, const
     if (table) *table = chain->table;
     if (fixed) return fixed;
     std::size_t &bucket = chain->table->kind == SMALL_TABLE ? small : large;
-    if (bucket == UNHASHED) bucket = hash(chain->table->kind, name);
-    Entry *entry = *name != 0 ? check(chain->table, bucket, name) : nullptr;
+    if (bucket == NOT_HASHED) bucket = hash(chain->table->kind, name);
+    Entry *entry = *name != 0 ? findentry(chain->table, bucket, name) : nullptr;
     if (entry || chain->table == stop) return entry;
   }
   return nullptr;
 }
 
 void subwipe(Entry *entry) {
-  while (isnamed(*entry)) remove(*entry);
+  while (isnamed(*entry)) removefirst(*entry);
 }
 
 void hashwipe(Entry *table) {
-  Walk walk{table};
-  while (Entry *entry = next(walk)) subwipe(entry);
+  TableWalk walk{table};
+  while (Entry *entry = nextentry(walk)) subwipe(entry);
 }
 
 bool isforgotten(const Point &meaning) {
@@ -208,8 +208,8 @@ bool isforgotten(const Point &meaning) {
 
 void recounttable(Recount &recount, Entry *table) {
   if (!recount.hold(table)) return;
-  Walk walk{table};
-  while (const Entry *entry = next(walk)) {
+  TableWalk walk{table};
+  while (const Entry *entry = nextentry(walk)) {
     recount.hold(entry->name);
     recount.holdbox(entry->meaning);
     recount.hold(entry->next);
@@ -217,7 +217,7 @@ void recounttable(Recount &recount, Entry *table) {
 }
 
 void forgethash(Entry *entry) {
-  if (isnamed(*entry) && !isfixed(entry)) remove(*entry);
+  if (isnamed(*entry) && !isfixed(entry)) removefirst(*entry);
 }
 
 }  // namespace morvik

@@ -18,8 +18,8 @@ Entry *makesmallhashtab();
 // Lowers the count of a table; the last reference wipes and frees it.
 void releasetable(Entry *table);
 
-// Find or enter. The name is a counted string handed over: its reference goes to the entry, or is dropped when the
-// entry stood already. `sigil` is remembered by a new entry. Null for an empty name (hashtab). Message 27.
+// Find or enter. The name is a counted string that is taken over: its reference goes to the entry, or is dropped when
+// there was such an entry already. `sigil` is remembered by a new entry. Null for an empty name (hashtab). Message 27.
 Entry *hashtab(Entry *table, char *name, char sigil = 0);
 Entry *smallhashtab(Entry *table, char *name, char sigil = 0);
 // The one of the two that the table's kind asks for.

@@ -21,49 +21,49 @@ enum class Condition : std::uint8_t {
 };
 
 enum class Rule : std::uint8_t {
-  ENDOFINPUT,       // end of file, or a NUL; in every condition
-  KEYWORD,          // row: the row of keywords.def. INITIAL; in MASKED only MASK and STENCIL
-  OPENFUNCTION,     // : NEADIC FUNCTION NILADIC MONADIC DYADIC TRIADIC, ARGS n FUNCTION, VARS m ...; the whole text
-  BUILTIN,          // ::
-  ENDOFTEXT,        // . or END, with a line feed right after it if there is one (a part of the text)
-  CLOSEFUNCTION,    // ; or FUNCTIONEND
-  OPENCOMMENT,      // " or \xBC
-  CONSTANT,         // row: the row of constants.def; the text begins with - for the negated value. Also in VECTOR
-  BINARYNUMBER,     // 0#101           also in VECTOR
-  BINARYCHARACTER,  // `0#101`         also in VECTOR and QUOTED
-  INTEGER,          // INITIAL and VECTOR, to POLAROCTONION
+  END_OF_INPUT,      // end of file, or a NUL; in every condition
+  KEYWORD,           // row: the row of keywords.def. INITIAL; in MASKED only MASK and STENCIL
+  OPEN_FUNCTION,     // : NEADIC FUNCTION NILADIC MONADIC DYADIC TRIADIC, ARGS n FUNCTION, VARS m ...; the whole text
+  BUILTIN,           // ::
+  END_OF_TEXT,       // . or END, with a line feed right after it if there is one (a part of the text)
+  CLOSE_FUNCTION,    // ; or FUNCTIONEND
+  OPEN_COMMENT,      // " or \xBC
+  CONSTANT,          // row: the row of constants.def; the text begins with - for the negated value. Also in VECTOR
+  BINARY_NUMBER,     // 0#101           also in VECTOR
+  BINARY_CHARACTER,  // `0#101`         also in VECTOR and QUOTED
+  INTEGER,           // INITIAL and VECTOR, to POLAR_OCTONION
   REAL,
   COMPLEX,
   QUATERNION,
   OCTONION,
-  POLARCOMPLEX,
-  POLARQUATERNION,
-  POLAROCTONION,
-  OPENSTRING,      // '                 also in VECTOR
-  OPENVECTOR,      // (                 also in VECTOR
-  OPENSTRUCTURE,   // `(                also in VECTOR
-  ADDRESS,         // @
-  SIGILNAME,       // _name $name .name: the text begins with the sigil. INITIAL and ADDRESSED
-  BRACKETNAME,     // \2 or a sigil and \2: the name follows by input(), up to \3. INITIAL and ADDRESSED
-  LABEL,           // %name. INITIAL and ADDRESSED
-  LOCAL,           // &n, with optional sign. INITIAL and ADDRESSED
-  LINEFEED,        // INITIAL
-  NAMESTART,       // one byte that begins a plain name. INITIAL and ADDRESSED
-  NAMEPART,        // NAME, ADDRESSNAME: a run of bytes that belong to the name
-  NAMEEND,         // NAME, ADDRESSNAME: a delimiter comes next (it stays in the input); the text is empty
-  CLOSEVECTOR,     // VECTOR: )
-  CLOSESTRUCTURE,  // VECTOR: )`
-  CLOSETOSHAPE,    // VECTOR: )[  )`[  ) tab [
-  CLOSETONOOP,     // VECTOR: )[]
-  CHARACTERS,      // QUOTED: a run of plain bytes
-  QUOTEDQUOTE,     // QUOTED: ''
-  CLOSESTRING,     // QUOTED: '
-  STRINGTOSHAPE,   // QUOTED: '[  ' tab [
-  EXTENT,          // SHAPE, SUBSHAPE: a number
-  CLOSESHAPE,      // SHAPE, SUBSHAPE: ]
-  COMMENTTEXT,     // COMMENT: a run of bytes up to the delimiter or the end of the buffer
-  CLOSECOMMENT,    // COMMENT: " or \xBC
-  UNMASKED,        // MASKED: anything but a blank or MASK; the text is empty and the token stays in the input
+  POLAR_COMPLEX,
+  POLAR_QUATERNION,
+  POLAR_OCTONION,
+  OPEN_STRING,      // '                 also in VECTOR
+  OPEN_VECTOR,      // (                 also in VECTOR
+  OPEN_STRUCTURE,   // `(                also in VECTOR
+  ADDRESS,          // @
+  SIGIL_NAME,       // _name $name .name: the text begins with the sigil. INITIAL and ADDRESSED
+  BRACKET_NAME,     // \2 or a sigil and \2: the name follows by input(), up to \3. INITIAL and ADDRESSED
+  LABEL,            // %name. INITIAL and ADDRESSED
+  LOCAL,            // &n, with optional sign. INITIAL and ADDRESSED
+  LINE_FEED,        // INITIAL
+  NAME_START,       // one byte that begins a plain name. INITIAL and ADDRESSED
+  NAME_PART,        // NAME, ADDRESSNAME: a run of bytes that belong to the name
+  NAME_END,         // NAME, ADDRESSNAME: a delimiter comes next (it stays in the input); the text is empty
+  CLOSE_VECTOR,     // VECTOR: )
+  CLOSE_STRUCTURE,  // VECTOR: )`
+  CLOSE_TO_SHAPE,   // VECTOR: )[  )`[  ) tab [
+  CLOSE_TO_NOOP,    // VECTOR: )[]
+  CHARACTERS,       // QUOTED: a run of plain bytes
+  QUOTED_QUOTE,     // QUOTED: ''
+  CLOSE_STRING,     // QUOTED: '
+  STRING_TO_SHAPE,  // QUOTED: '[  ' tab [
+  EXTENT,           // SHAPE, SUBSHAPE: a number
+  CLOSE_SHAPE,      // SHAPE, SUBSHAPE: ]
+  COMMENT_TEXT,     // COMMENT: a run of bytes up to the delimiter or the end of the buffer
+  CLOSE_COMMENT,    // COMMENT: " or \xBC
+  UNMASKED,         // MASKED: anything but a blank or MASK; the text is empty and the token stays in the input
 };
 
 // The value of a number of one part, as far as it was found on the way: digits times a power of 10.

@@ -15,6 +15,8 @@
 #include "spaces/blocks.h"
 #include "spaces/convert.h"
 #include "spaces/making.h"
+#include "spaces/messages.h"
+#include "spaces/point.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
@@ -23,16 +25,13 @@ int (*reshapeliteral)(Point *data, Point *shape, const Point *instruction);
 
 namespace {
 
-constexpr std::int32_t FULL = 807, NO_PARENT = 808, LARGE_EXTENT = 1100;
-constexpr std::size_t MOST_ELEMENTS = UINT32_MAX;
-
 #ifdef MORVIK_CHECKING
 constexpr std::size_t FIRST_ROOM = 1;
 #else
 constexpr std::size_t FIRST_ROOM = 8;
 #endif
 
-[[gnu::noinline]] void grow(Point &space, std::size_t &room, std::size_t needed) {
+[[gnu::noinline]] void growspace(Point &space, std::size_t &room, std::size_t needed) {
   if (needed > MOST_ELEMENTS) outofstorage();
   const std::size_t larger = std::min(std::max({FIRST_ROOM, 2 * room, needed}), MOST_ELEMENTS);
   space.data_pointer = Reallocate(space.data_pointer, larger);
@@ -40,54 +39,55 @@ constexpr std::size_t FIRST_ROOM = 8;
 }
 
 // Room for so many records more. The block is cut to size when the literal is closed.
-inline void reserve(Point &space, std::size_t &room, std::size_t more) {
+inline void reserverecords(Point &space, std::size_t &room, std::size_t more) {
   const std::size_t needed = space.elements + more;
-  if (needed > room) grow(space, room, needed);
+  if (needed > room) growspace(space, room, needed);
 }
 
 // There is room for it.
-void add(Point &space, const Element &element) {
+void putrecord(Point &space, const Element &element) {
   space.type |= kindbit(element.tag);
   space.data_pointer[space.elements++] = element;
 }
 
 // Cuts the block to size and says how many elements there are.
-void settle(Point &space, std::size_t room) {
+void closespace(Point &space, std::size_t room) {
   if (space.elements > 0 && space.elements < room) space.data_pointer = Reallocate(space.data_pointer, space.elements);
   if (!space.shape_pointer) space.shape_pointer = newshape(0);
   space.shape_pointer->integer = space.elements;
 }
 
-// The literal in work gives way to one inside it.
-void nest() {
+// Begins a literal inside the one at work.
+void opennested() {
   Compiler &c = compiler;
   Point &parent = *c.literal;
-  if ((parent.type & ISVECTOR) == 0 && parent.type != ISSCALAR) exceptionjump(NO_PARENT, &c.stackposition, nullptr);
-  if (c.pcsp >= FRAMES) exceptionjump(FULL);
+  if ((parent.type & ISVECTOR) == 0 && parent.type != ISSCALAR)
+    exceptionjump(messages::TOO_MANY_NAMES, &c.stackposition, nullptr);
+  if (c.nextframe >= MOST_FRAMES) exceptionjump(messages::PROGRAMME_FULL);
   Point *block = newpoint();
   *block = {};
   parent.type |= STRUCTURED | ISSTRUCTURE;
-  c.returnstack[c.pcsp++] = {c.literal, c.pctop, static_cast<std::int64_t>(c.room), c.chain, nullptr};
+  c.frames[c.nextframe++] = {c.literal, c.roomend, static_cast<std::int64_t>(c.room), c.chain, nullptr};
   c.literal = block;
 }
 
 // The literal in work is whole: it becomes a member of the one around it, or a Point of the Programme.
 void endliteral() {
   Compiler &c = compiler;
-  if (c.literal == &c.hand) {
+  if (c.literal == &c.pending) {
     c.literal = nullptr;
-    append();
+    emit();
     return;
   }
-  Frame &frame = c.returnstack[c.pcsp - 1];
+  Frame &frame = c.frames[c.nextframe - 1];
   auto room = static_cast<std::size_t>(frame.counted);
-  reserve(*frame.point, room, 1);
+  reserverecords(*frame.point, room, 1);
   frame.counted = static_cast<std::int64_t>(room);
   Element member{};
   member.tag = tags::SUBARRAY;
   member.subarray = c.literal;
-  unnest();
-  add(*c.literal, member);
+  closenested();
+  putrecord(*c.literal, member);
 }
 
 // How deep a vector literal of this level nests. Kept: the deepest place of the whole literal counts for each.
@@ -95,8 +95,8 @@ std::int16_t nesting(std::uint32_t level) {
   return static_cast<std::int16_t>(std::min<std::uint32_t>(compiler.depth - level + 1, INT16_MAX));
 }
 
-void settlevector(Point &space, std::uint32_t level) {
-  settle(space, compiler.room);
+void closevectorspace(Point &space, std::uint32_t level) {
+  closespace(space, compiler.room);
   const bool structure = (space.type & ISVECTOR) == 0;
   if (space.elements == 0)
     space.type = (space.type & ~ISSCALAR) | ISVECTOR | ISEMPTY | HASINTEGER;
@@ -106,8 +106,8 @@ void settlevector(Point &space, std::uint32_t level) {
   space.depth = structure ? std::int16_t{0} : nesting(level);
 }
 
-void settlestring(Point &space) {
-  settle(space, compiler.room);
+void closestringspace(Point &space) {
+  closespace(space, compiler.room);
   space.type |= HASASCII;
   if (space.elements == 0) space.type |= ISEMPTY;
   if (space.elements == 1) space.type |= ISONEELEMENT;
@@ -117,7 +117,7 @@ void settlestring(Point &space) {
 inline void addmember(const Token &token) {
   Compiler &c = compiler;
   Point &space = *c.literal;
-  reserve(space, c.room, 1);
+  reserverecords(space, c.room, 1);
   Element &record = space.data_pointer[space.elements];
   readelement(token, c.condition == Condition::VECTOR, record);
   space.type |= kindbit(record.tag);
@@ -136,23 +136,23 @@ void elementliteral(const Token &token) {
     return;
   }
   if (token.rule == Rule::CONSTANT && Constants[token.row].tag == 0) {
-    makeempty(c.hand);
+    makeempty(c.pending);
   } else {
-    Point &scalar = newhand(ranks::SCALAR, ISSCALAR);
+    Point &scalar = newpending(ranks::SCALAR, ISSCALAR);
     scalar.data_pointer = newelement(tags::FILLER, forms::NUMBER);
     readelement(token, false, *scalar.data_pointer);
     scalar.elements = 1;
     scalar.type |= kindbit(scalar.data_pointer->tag);
   }
-  append();
+  emit();
 }
 
 void openliteral(std::uint32_t type) {
   Compiler &c = compiler;
   if (c.literal)
-    nest();
+    opennested();
   else
-    c.literal = &c.hand;
+    c.literal = &c.pending;
   c.room = 0;
   *c.literal = {};
   c.literal->rank = ranks::VECTOR;
@@ -162,7 +162,7 @@ void openliteral(std::uint32_t type) {
 
 void characters(const char *bytes, std::size_t length) {
   Compiler &c = compiler;
-  reserve(*c.literal, c.room, length);
+  reserverecords(*c.literal, c.room, length);
   Element *record = c.literal->data_pointer + c.literal->elements;
   for (const char *const end = bytes + length; bytes < end; ++bytes, ++record) {
     *record = {};
@@ -174,7 +174,7 @@ void characters(const char *bytes, std::size_t length) {
 
 void closestring() {
   Point &space = *compiler.literal;
-  settlestring(space);
+  closestringspace(space);
   if (space.elements == 1) {
     dereference(space.shape_pointer);
     space.rank = ranks::SCALAR;
@@ -185,7 +185,7 @@ void closestring() {
 }
 
 void closevector(std::uint32_t more) {
-  settlevector(*compiler.literal, compiler.subvector + 1);
+  closevectorspace(*compiler.literal, compiler.literallevel + 1);
   compiler.literal->type |= more;
   endliteral();
 }
@@ -193,9 +193,9 @@ void closevector(std::uint32_t more) {
 void openshape(bool string) {
   Compiler &c = compiler;
   if (string)
-    settlestring(*c.literal);
+    closestringspace(*c.literal);
   else
-    settlevector(*c.literal, c.subvector);
+    closevectorspace(*c.literal, c.literallevel);
   c.extents = {};
   c.extents.rank = ranks::VECTOR;
   c.extents.type = ISVECTOR;
@@ -209,22 +209,22 @@ void extent(char *text, std::size_t length) {
   fixsign(text, length);
   const char *after;
   const double value = readdouble(text, &after);
-  if (!(std::fabs(value) <= INTEGERBOUND)) {
+  if (!(std::fabs(value) <= INTEGER_BOUND)) {
     c.misshapen = true;
-    return exception(LARGE_EXTENT, &c.stackposition, nullptr);
+    return exception(messages::SHAPE_TOO_BIG, &c.stackposition, nullptr);
   }
-  reserve(c.extents, c.room, 1);
+  reserverecords(c.extents, c.room, 1);
   Element record{};
   record.tag = tags::INTEGER;
   record.form = forms::NUMBER;
   record.integer = saturate(value);
-  add(c.extents, record);
+  putrecord(c.extents, record);
 }
 
 // A literal whose bracket is refused stays the vector that it is, and the text goes on.
 void closeshape() {
   Compiler &c = compiler;
-  settle(c.extents, c.room);
+  closespace(c.extents, c.room);
   if (c.extents.elements == 0) c.extents.type |= ISEMPTY;
   if (c.extents.elements == 1) c.extents.type |= ISONEELEMENT;
   if (c.misshapen || reshapeliteral(c.literal, &c.extents, nullptr) != 0) dereferencepoint(&c.extents);

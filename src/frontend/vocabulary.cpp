@@ -19,7 +19,7 @@ constexpr bool SIGNED = true, UNSIGNED = false;
 // Raise it when the compiler reports an index past the end of `nodes`.
 constexpr std::size_t NODES = 2304;
 
-// Node n's children hang from it as a list in the order of their bytes. Node 0 is the root.
+// Node n's children are a list in the order of their bytes. Node 0 is the root.
 struct Trie {
   std::array<Node, NODES> nodes;
   std::array<std::uint16_t, 256> firsts;
@@ -27,7 +27,7 @@ struct Trie {
   std::uint16_t orders;
 };
 
-constexpr std::uint16_t step(Trie &trie, std::uint16_t parent, unsigned char byte) {
+constexpr std::uint16_t stepto(Trie &trie, std::uint16_t parent, unsigned char byte) {
   std::uint16_t before = 0, at = trie.nodes[parent].firstchild;
   while (at != 0 && trie.nodes[at].byte < byte) {
     before = at;
@@ -42,9 +42,9 @@ constexpr std::uint16_t step(Trie &trie, std::uint16_t parent, unsigned char byt
 
 constexpr void addspelling(Trie &trie, const Terminal &end, bool minus, const char *spelling) {
   std::uint16_t node = 0;
-  if (minus) node = step(trie, node, '-');
-  for (; *spelling; ++spelling) node = step(trie, node, static_cast<unsigned char>(*spelling));
-  // A spelling that stands already keeps its earlier rule.
+  if (minus) node = stepto(trie, node, '-');
+  for (; *spelling; ++spelling) node = stepto(trie, node, static_cast<unsigned char>(*spelling));
+  // A spelling that is there already keeps its earlier rule.
   if (trie.nodes[node].end.sets == 0) trie.nodes[node].end = end;
 }
 
@@ -72,19 +72,19 @@ constexpr std::uint8_t setsof(std::int32_t tag) {
 constexpr Trie maketrie() {
   Trie trie = {};
   trie.count = 1;
-  addrule(trie, Rule::OPENFUNCTION, FREE, {":"});
-  addrule(trie, Rule::OPENFUNCTION, BOUNDED, {"NEADIC", "FUNCTION", "NILADIC", "MONADIC", "DYADIC", "TRIADIC"});
+  addrule(trie, Rule::OPEN_FUNCTION, FREE, {":"});
+  addrule(trie, Rule::OPEN_FUNCTION, BOUNDED, {"NEADIC", "FUNCTION", "NILADIC", "MONADIC", "DYADIC", "TRIADIC"});
   addrule(trie, Rule::BUILTIN, FREE, {"::"});
   std::uint16_t row = 0;
 #define KEYWORD(kind, boundary, instruction, modifier, mark, hidden, ...) \
   addrule(trie, {Rule::KEYWORD, setsof(KeywordKind::kind), boundary, row++, 0}, UNSIGNED, {__VA_ARGS__});
 #include "tables/keywords.def"
 #undef KEYWORD
-  addrule(trie, Rule::ENDOFTEXT, FREE, {"."});
-  addrule(trie, Rule::ENDOFTEXT, BOUNDED, {"END"});
-  addrule(trie, Rule::CLOSEFUNCTION, FREE, {";"});
-  addrule(trie, Rule::CLOSEFUNCTION, BOUNDED, {"FUNCTIONEND"});
-  addrule(trie, Rule::OPENCOMMENT, FREE, {"\"", "\xBC"});
+  addrule(trie, Rule::END_OF_TEXT, FREE, {"."});
+  addrule(trie, Rule::END_OF_TEXT, BOUNDED, {"END"});
+  addrule(trie, Rule::CLOSE_FUNCTION, FREE, {";"});
+  addrule(trie, Rule::CLOSE_FUNCTION, BOUNDED, {"FUNCTIONEND"});
+  addrule(trie, Rule::OPEN_COMMENT, FREE, {"\"", "\xBC"});
   row = 0;
 #define CONSTANT(tag, form, bits, sign, ...) \
   addrule(trie, {Rule::CONSTANT, setsof(tag), BOUNDED, row++, 0}, sign, {__VA_ARGS__});
@@ -103,11 +103,11 @@ const Node *nodeat(std::uint16_t at) {
 
 }  // namespace
 
-const Node *first(int byte) {
+const Node *firstnode(int byte) {
   return byte < 0 ? nullptr : nodeat(trie.firsts[static_cast<std::size_t>(byte)]);
 }
 
-const Node *child(const Node &node, int byte) {
+const Node *childnode(const Node &node, int byte) {
   std::uint16_t at = node.firstchild;
   while (at != 0 && trie.nodes[at].byte < byte) at = trie.nodes[at].sibling;
   return at != 0 && trie.nodes[at].byte == byte ? &trie.nodes[at] : nullptr;

@@ -10,7 +10,7 @@ namespace morvik {
 namespace vocabulary {
 
 // The conditions in which a word counts.
-enum Set : std::uint8_t { INITIAL = 1, VECTOR = 2, MASKED = 4 };
+enum ConditionSet : std::uint8_t { INITIAL = 1, VECTOR = 2, MASKED = 4 };
 
 // What ends at a node. `order` ranks the rules: of two matches of equal length the lower wins.
 struct Terminal {
@@ -29,8 +29,8 @@ struct Node {
 };
 
 // The node of a first byte, and that of one byte more; null for none. EOF leads nowhere.
-const Node *first(int byte);
-const Node *child(const Node &node, int byte);
+const Node *firstnode(int byte);
+const Node *childnode(const Node &node, int byte);
 
 }  // namespace vocabulary
 

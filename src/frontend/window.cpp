@@ -17,12 +17,13 @@ namespace {
 
 // Two runs, so that the bytes left over seldom have to be moved.
 constexpr std::size_t FIRST_CAPACITY = 2 * LONGEST_RUN;
-// A text that ends in peace leaves a byte or two that were looked at; more than this belong to a token that failed.
+// A text that ends without a failure leaves a byte or two that were looked at; more than this belong to a token that
+// failed.
 constexpr std::size_t LONGEST_RETURN = 16;
 
 char firstwindow[FIRST_CAPACITY + 1];
 
-// The stream has no byte at hand: its end, or a read that a signal broke off.
+// The stream gave no byte: its end, or a read that a signal broke off.
 [[gnu::cold, gnu::noinline]] int readagain(std::FILE *stream) {
   int byte = EOF;
   while (byte == EOF && ferror_unlocked(stream) && errno == EINTR) {
@@ -39,51 +40,51 @@ inline int readbyte(std::FILE *stream) {
 }
 
 // The byte if it is one of a text; else EOF, and the source has ended.
-inline int ofatext(int byte) {
+inline int textbyte(int byte) {
   if (byte > 0) [[likely]]
     return byte;
-  state.ended = byte == 0 ? Ended::BY_NUL : Ended::BY_END;
+  windowstate.ended = byte == 0 ? SourceEnd::BY_NUL : SourceEnd::BY_END;
   return EOF;
 }
 
 inline int takefrom(const char *&string) {
   const int byte = static_cast<unsigned char>(*string);
   if (byte != 0) ++string;
-  return ofatext(byte);
+  return textbyte(byte);
 }
 inline int takefrom(std::FILE *stream) {
-  return ofatext(readbyte(stream));
+  return textbyte(readbyte(stream));
 }
 
 // The next byte of the source, EOF from its end on.
 inline int takebyte() {
-  if (state.ended != Ended::NOT) return EOF;
-  return state.string ? takefrom(state.string) : takefrom(state.stream);
+  if (windowstate.ended != SourceEnd::NOT) return EOF;
+  return windowstate.string ? takefrom(windowstate.string) : takefrom(windowstate.stream);
 }
 
 // Sets the pending bytes at this place of a window of this capacity.
 void movewindow(char *bytes, std::size_t capacity, std::size_t place) {
-  const std::size_t pending = state.filled - state.token;
-  std::memmove(bytes + place, state.bytes + state.token, pending);
-  if (bytes != state.bytes && state.bytes != firstwindow) release(state.bytes);
-  state.bytes = bytes;
-  state.capacity = capacity;
-  state.token = place;
-  state.filled = place + pending;
+  const std::size_t pending = windowstate.filled - windowstate.token;
+  std::memmove(bytes + place, windowstate.bytes + windowstate.token, pending);
+  if (bytes != windowstate.bytes && windowstate.bytes != firstwindow) release(windowstate.bytes);
+  windowstate.bytes = bytes;
+  windowstate.capacity = capacity;
+  windowstate.token = place;
+  windowstate.filled = place + pending;
 }
 
 // A window of twice the size, with the pending bytes at this place.
 void growwindow(std::size_t place) {
-  const std::size_t capacity = 2 * state.capacity;
+  const std::size_t capacity = 2 * windowstate.capacity;
   char *bytes = static_cast<char *>(tryblock(capacity + 1));
   if (!bytes) outofstorage();
   movewindow(bytes, capacity, place);
 }
 
 // Room for one byte more behind the pending ones. What is moved is less than what was used since the last time.
-void makeroom() {
-  if (state.token >= state.capacity / 2)
-    movewindow(state.bytes, state.capacity, 0);
+void growwindowifneeded() {
+  if (windowstate.token >= windowstate.capacity / 2)
+    movewindow(windowstate.bytes, windowstate.capacity, 0);
   else
     growwindow(0);
 }
@@ -92,21 +93,21 @@ void makeroom() {
 // also the first other one. Has it been found?
 template <typename Belongs>
 inline bool takerun(std::size_t &at, std::size_t most, Belongs belongs) {
-  if (state.ended != Ended::NOT) return false;
-  const std::size_t room = state.capacity - state.filled;
-  char *const first = state.bytes + state.filled, *const end = first + (room < most ? room : most);
+  if (windowstate.ended != SourceEnd::NOT) return false;
+  const std::size_t room = windowstate.capacity - windowstate.filled;
+  char *const first = windowstate.bytes + windowstate.filled, *const end = first + (room < most ? room : most);
   char *place = first;
   bool other = false;
-  if (state.string) {
-    const char *from = state.string;
+  if (windowstate.string) {
+    const char *from = windowstate.string;
     while (place < end && belongs(static_cast<unsigned char>(*from))) *place++ = *from++;
-    state.string = from;
+    windowstate.string = from;
   } else {
-    std::FILE *const stream = state.stream;
+    std::FILE *const stream = windowstate.stream;
     while (place < end) {
       const int byte = readbyte(stream);
       if (byte <= 0) {
-        state.ended = byte == 0 ? Ended::BY_NUL : Ended::BY_END;
+        windowstate.ended = byte == 0 ? SourceEnd::BY_NUL : SourceEnd::BY_END;
         break;
       }
       *place++ = static_cast<char>(byte);
@@ -115,7 +116,7 @@ inline bool takerun(std::size_t &at, std::size_t most, Belongs belongs) {
     }
   }
   const auto taken = static_cast<std::size_t>(place - first);
-  state.filled += taken;
+  windowstate.filled += taken;
   at += taken - (other ? 1 : 0);
   return other;
 }
@@ -124,25 +125,25 @@ inline bool takerun(std::size_t &at, std::size_t most, Belongs belongs) {
 template <typename Belongs>
 inline std::size_t passrun(std::size_t at, std::size_t limit, Belongs belongs) {
   for (;;) {
-    const std::size_t there = state.filled - state.token, stop = there < limit ? there : limit;
-    const char *bytes = state.bytes + state.token;
+    const std::size_t there = windowstate.filled - windowstate.token, stop = there < limit ? there : limit;
+    const char *bytes = windowstate.bytes + windowstate.token;
     while (at < stop && belongs(static_cast<unsigned char>(bytes[at]))) ++at;
     if (at < stop || at == limit) return at;
-    if (takerun(at, limit - at, belongs) || at == limit || fetch() == EOF) return at;
+    if (takerun(at, limit - at, belongs) || at == limit || fetchbyte() == EOF) return at;
   }
 }
 
-// Longer numbers go the long way; a double written with all its digits, but without an exponent, seldom is.
+// Longer numbers take the slow path; a double written with all its digits, but without an exponent, seldom is.
 constexpr std::ptrdiff_t LONGEST_PLAIN = 40;
 
 // What scanplain does, over the bytes that `next` gives: EOF once the input has ended, and nobody asks again. Returns
-// the number's length, 0 for none. What is looked at stands in the window, where scan meets it if it is no plain
-// number.
+// the number's length, 0 for none. What is looked at stays in the window, where scan meets it if it is no plain number.
 template <typename Next>
 inline std::size_t readplain(Decimal &decimal, Next next) {
-  char *const text = state.bytes, *place = text;
-  int byte = state.token < state.filled ? static_cast<unsigned char>(state.bytes[state.token]) : next();
-  while (is(byte, WHITE)) byte = next();
+  char *const text = windowstate.bytes, *place = text;
+  int byte = windowstate.token < windowstate.filled ? static_cast<unsigned char>(windowstate.bytes[windowstate.token])
+                                                    : next();
+  while (isinclass(byte, WHITE)) byte = next();
   *place = static_cast<char>(byte);
   const auto advance = [&] {
     byte = next();
@@ -155,40 +156,41 @@ inline std::size_t readplain(Decimal &decimal, Next next) {
       sum = 10 * sum + digit;
     return static_cast<int>(place - begin);
   };
-  const bool minus = is(byte, MINUS);
+  const bool minus = isinclass(byte, MINUS);
   if (minus) advance();
   const int whole = digits();
   const bool point = byte == '.';
   if (point) advance();
   const int decimals = point ? digits() : 0;
   const auto length = static_cast<std::size_t>(place - text);
-  const bool plain = whole > 0 && point == (decimals > 0) && is(byte, WHITE);
+  const bool plain = whole > 0 && point == (decimals > 0) && isinclass(byte, WHITE);
   if (plain) *place = 0;
-  state.token = 0;
-  state.filled = plain ? 0 : length + (byte != EOF ? 1 : 0);
+  windowstate.token = 0;
+  windowstate.filled = plain ? 0 : length + (byte != EOF ? 1 : 0);
   decimal = {sum, static_cast<std::int16_t>(-decimals), minus, whole + decimals <= MOST_DIGITS};
   return plain ? length : 0;
 }
 
 void restoreheld() {
-  if (state.holding) state.bytes[state.zero] = state.held;
-  state.holding = false;
+  if (windowstate.holding) windowstate.bytes[windowstate.zero] = windowstate.held;
+  windowstate.holding = false;
 }
 
 }  // namespace
 
-State state = {firstwindow, FIRST_CAPACITY, 0, 0, nullptr, nullptr, nullptr, Ended::BY_END, false, false, 0, 0};
+WindowState windowstate = {firstwindow, FIRST_CAPACITY,    0,     0,     nullptr, nullptr,
+                           nullptr,     SourceEnd::BY_END, false, false, 0,       0};
 
-int fetch() {
-  if (state.filled == state.capacity) [[unlikely]]
-    makeroom();
+int fetchbyte() {
+  if (windowstate.filled == windowstate.capacity) [[unlikely]]
+    growwindowifneeded();
   const int byte = takebyte();
-  if (byte != EOF) state.bytes[state.filled++] = static_cast<char>(byte);
+  if (byte != EOF) windowstate.bytes[windowstate.filled++] = static_cast<char>(byte);
   return byte;
 }
 
-std::size_t pass(std::size_t at, std::uint16_t classes, std::size_t limit) {
-  return passrun(at, limit, [classes](int byte) { return is(byte, classes); });
+std::size_t passbytes(std::size_t at, std::uint16_t classes, std::size_t limit) {
+  return passrun(at, limit, [classes](int byte) { return isinclass(byte, classes); });
 }
 
 std::size_t passdigits(std::size_t at, std::uint64_t &number) {
@@ -203,114 +205,117 @@ std::size_t passdigits(std::size_t at, std::uint64_t &number) {
   return end;
 }
 
-int skip(std::uint16_t classes) {
-  for (; state.token < state.filled; ++state.token) {
-    const int byte = static_cast<unsigned char>(state.bytes[state.token]);
-    if (!is(byte, classes)) return byte;
+int skipbytes(std::uint16_t classes) {
+  for (; windowstate.token < windowstate.filled; ++windowstate.token) {
+    const int byte = static_cast<unsigned char>(windowstate.bytes[windowstate.token]);
+    if (!isinclass(byte, classes)) return byte;
   }
-  state.token = 0;
+  windowstate.token = 0;
   int byte = takebyte();
-  while (is(byte, classes)) byte = takebyte();
-  state.filled = byte != EOF ? 1 : 0;
-  state.bytes[0] = static_cast<char>(byte);
+  while (isinclass(byte, classes)) byte = takebyte();
+  windowstate.filled = byte != EOF ? 1 : 0;
+  windowstate.bytes[0] = static_cast<char>(byte);
   return byte;
 }
 
-void begin() {
+void begintoken() {
   restoreheld();
-  if (state.bytes != firstwindow && state.filled - state.token <= FIRST_CAPACITY / 2)
+  if (windowstate.bytes != firstwindow && windowstate.filled - windowstate.token <= FIRST_CAPACITY / 2)
     movewindow(firstwindow, FIRST_CAPACITY, 0);
-  else if (state.token == state.filled)
-    state.token = state.filled = 0;
+  else if (windowstate.token == windowstate.filled)
+    windowstate.token = windowstate.filled = 0;
 }
 
-char *take(std::size_t length) {
-  char *text = state.bytes + state.token;
-  state.token += length;
-  state.zero = state.token;
-  state.held = state.bytes[state.zero];
-  state.bytes[state.zero] = 0;
-  state.holding = true;
+char *endtoken(std::size_t length) {
+  char *text = windowstate.bytes + windowstate.token;
+  windowstate.token += length;
+  windowstate.zero = windowstate.token;
+  windowstate.held = windowstate.bytes[windowstate.zero];
+  windowstate.bytes[windowstate.zero] = 0;
+  windowstate.holding = true;
   return text;
 }
 
 }  // namespace window
 
-using window::Ended;
-using window::state;
+using window::SourceEnd;
+using window::windowstate;
 
 void scanfrom(std::FILE *stream, const char *string) {
-  state.token = state.filled;
-  window::begin();
-  state.namenext = false;
-  state.stream = stream;
-  state.string = state.beginning = string;
-  state.ended = stream || string ? Ended::NOT : Ended::BY_END;
+  windowstate.token = windowstate.filled;
+  window::begintoken();
+  windowstate.namenext = false;
+  windowstate.stream = stream;
+  windowstate.string = windowstate.beginning = string;
+  windowstate.ended = stream || string ? SourceEnd::NOT : SourceEnd::BY_END;
 }
 
 const char *scanposition() {
-  if (!state.string) return nullptr;
-  const std::size_t pending = state.filled - state.token;
-  const std::size_t read = static_cast<std::size_t>(state.string - state.beginning);
-  return state.string - (pending < read ? pending : read);
+  if (!windowstate.string) return nullptr;
+  const std::size_t pending = windowstate.filled - windowstate.token;
+  const std::size_t read = static_cast<std::size_t>(windowstate.string - windowstate.beginning);
+  return windowstate.string - (pending < read ? pending : read);
 }
 
 bool scanbegun() {
-  return state.filled > state.token;
+  return windowstate.filled > windowstate.token;
 }
 
 bool scanplain(Token &token) {
   static Decimal decimal;
-  window::begin();
-  if (state.ended != Ended::NOT || state.filled - state.token > 1) return false;
+  window::begintoken();
+  if (windowstate.ended != SourceEnd::NOT || windowstate.filled - windowstate.token > 1) return false;
   const std::size_t length =
-      state.string ? window::readplain(decimal, [] { return window::takefrom(state.string); })
-                   : window::readplain(decimal, [stream = state.stream] { return window::takefrom(stream); });
+      windowstate.string
+          ? window::readplain(decimal, [] { return window::takefrom(windowstate.string); })
+          : window::readplain(decimal, [stream = windowstate.stream] { return window::takefrom(stream); });
   if (length == 0) return false;
-  token = {decimal.exponent == 0 ? Rule::INTEGER : Rule::REAL, 0, state.bytes, length, &decimal};
+  token = {decimal.exponent == 0 ? Rule::INTEGER : Rule::REAL, 0, windowstate.bytes, length, &decimal};
   return true;
 }
 
 void scandone() {
-  window::begin();
-  state.string = scanposition();
-  std::size_t pending = state.filled - state.token;
-  if (!state.string && state.stream && pending <= window::LONGEST_RETURN) {
-    if (state.ended == Ended::BY_NUL) std::ungetc(0, state.stream);
-    while (pending > 0) std::ungetc(static_cast<unsigned char>(state.bytes[state.token + --pending]), state.stream);
+  window::begintoken();
+  windowstate.string = scanposition();
+  std::size_t pending = windowstate.filled - windowstate.token;
+  if (!windowstate.string && windowstate.stream && pending <= window::LONGEST_RETURN) {
+    if (windowstate.ended == SourceEnd::BY_NUL) std::ungetc(0, windowstate.stream);
+    while (pending > 0)
+      std::ungetc(static_cast<unsigned char>(windowstate.bytes[windowstate.token + --pending]), windowstate.stream);
   }
-  state.token = state.filled;
-  window::begin();
-  state.stream = nullptr;
-  state.ended = Ended::BY_END;
+  windowstate.token = windowstate.filled;
+  window::begintoken();
+  windowstate.stream = nullptr;
+  windowstate.ended = SourceEnd::BY_END;
 }
 
 int input() {
-  if (state.token < state.filled) {
-    const std::size_t place = state.token++;
-    return static_cast<unsigned char>(state.holding && place == state.zero ? state.held : state.bytes[place]);
+  if (windowstate.token < windowstate.filled) {
+    const std::size_t place = windowstate.token++;
+    return static_cast<unsigned char>(windowstate.holding && place == windowstate.zero ? windowstate.held
+                                                                                       : windowstate.bytes[place]);
   }
   const int byte = window::takebyte();
-  if (byte == EOF) state.ended = Ended::BY_END;
+  if (byte == EOF) windowstate.ended = SourceEnd::BY_END;
   return byte;
 }
 
 void yyunput(int byte) {
   if (byte <= 0) return;
   window::restoreheld();
-  if (state.token == 0) {
+  if (windowstate.token == 0) {
     // As much room ahead as there are bytes behind, so that giving back many takes time in proportion.
-    const std::size_t room = state.capacity - state.filled;
-    if (room < state.capacity / 4)
-      window::growwindow(state.capacity / 2);
+    const std::size_t room = windowstate.capacity - windowstate.filled;
+    if (room < windowstate.capacity / 4)
+      window::growwindow(windowstate.capacity / 2);
     else
-      window::movewindow(state.bytes, state.capacity, room);
+      window::movewindow(windowstate.bytes, windowstate.capacity, room);
   }
-  state.bytes[--state.token] = static_cast<char>(byte);
+  windowstate.bytes[--windowstate.token] = static_cast<char>(byte);
 }
 
 bool isboundary(int byte) {
-  return byte > 0 && !window::is(byte, window::NAMEBYTE);
+  return byte > 0 && !window::isinclass(byte, window::NAME_BYTE);
 }
 
 }  // namespace morvik

@@ -16,23 +16,23 @@ namespace window {
 inline constexpr std::size_t LONGEST_RUN = 16384;
 
 // Classes of bytes. NUL and the end of input belong to none.
-enum Class : std::uint16_t {
+enum ByteClass : std::uint16_t {
   DIGIT = 1,
-  BINARYDIGIT = 2,      // 0 1 |
-  NAMEBEGIN = 4,        // A-Z a-z _
-  NAMEBYTE = 8,         // 0-9 A-Z a-z _; all others but NUL are boundaries
-  SKIPPED = 16,         // tab, carriage return, blank
-  WHITE = 32,           // these and line feed
-  INNAME = 64,          // goes on with a plain name
-  INADDRESSNAME = 128,  // the same after @
-  INSTRING = 256,       // stands for itself in a string wherever it is
-  INCOMMENT = 512,
-  DROPPEDINNAME = 1024,  // " ( ) |
-  BLANK = 2048,          // blank alone
-  BLANKORTAB = 4096,
-  FEEDORBLANK = 8192,   // line feed, blank
-  MINUS = 16384,        // - and the high minus
-  OPENSMEMBER = 32768,  // ' ( `
+  BINARY_DIGIT = 2,       // 0 1 |
+  NAME_BEGIN = 4,         // A-Z a-z _
+  NAME_BYTE = 8,          // 0-9 A-Z a-z _; all others but NUL are boundaries
+  SKIPPED = 16,           // tab, carriage return, blank
+  WHITE = 32,             // these and line feed
+  IN_NAME = 64,           // goes on with a plain name
+  IN_ADDRESS_NAME = 128,  // the same after @
+  IN_STRING = 256,        // stands for itself in a string wherever it is
+  IN_COMMENT = 512,
+  DROPPED_IN_NAME = 1024,  // " ( ) |
+  BLANK = 2048,            // blank alone
+  BLANK_OR_TAB = 4096,
+  FEED_OR_BLANK = 8192,  // line feed, blank
+  MINUS = 16384,         // - and the high minus
+  OPENS_MEMBER = 32768,  // ' ( `
 };
 
 constexpr bool oneof(int byte, const char *set) {
@@ -47,43 +47,43 @@ constexpr std::uint16_t classesof(int byte) {
   unsigned classes = 0;
   if (byte == 0) return 0;
   if (digit) classes |= DIGIT;
-  if (oneof(byte, "01|")) classes |= BINARYDIGIT;
-  if (letter || byte == '_') classes |= NAMEBEGIN;
-  if (letter || digit || byte == '_') classes |= NAMEBYTE;
+  if (oneof(byte, "01|")) classes |= BINARY_DIGIT;
+  if (letter || byte == '_') classes |= NAME_BEGIN;
+  if (letter || digit || byte == '_') classes |= NAME_BYTE;
   if (oneof(byte, "\t\r ")) classes |= SKIPPED;
   if (oneof(byte, "\t\n\r ")) classes |= WHITE;
-  if (!oneof(byte, "\t\n\r !.;\"()|")) classes |= INNAME;
-  if (!oneof(byte, "\t\n\r .;\"()|")) classes |= INADDRESSNAME;
-  if (!oneof(byte, "'\"`")) classes |= INSTRING;
-  if (!oneof(byte, "\"\xBC")) classes |= INCOMMENT;
-  if (oneof(byte, "\"()|")) classes |= DROPPEDINNAME;
+  if (!oneof(byte, "\t\n\r !.;\"()|")) classes |= IN_NAME;
+  if (!oneof(byte, "\t\n\r .;\"()|")) classes |= IN_ADDRESS_NAME;
+  if (!oneof(byte, "'\"`")) classes |= IN_STRING;
+  if (!oneof(byte, "\"\xBC")) classes |= IN_COMMENT;
+  if (oneof(byte, "\"()|")) classes |= DROPPED_IN_NAME;
   if (byte == ' ') classes |= BLANK;
-  if (oneof(byte, " \t")) classes |= BLANKORTAB;
-  if (oneof(byte, "\n ")) classes |= FEEDORBLANK;
+  if (oneof(byte, " \t")) classes |= BLANK_OR_TAB;
+  if (oneof(byte, "\n ")) classes |= FEED_OR_BLANK;
   if (oneof(byte, "-\xAF")) classes |= MINUS;
-  if (oneof(byte, "'(`")) classes |= OPENSMEMBER;
+  if (oneof(byte, "'(`")) classes |= OPENS_MEMBER;
   return static_cast<std::uint16_t>(classes);
 }
 
 struct ClassTable {
   std::uint16_t row[256];
 };
-constexpr ClassTable makeclasses() {
+constexpr ClassTable makebyteclasses() {
   ClassTable table = {};
   for (int byte = 0; byte < 256; ++byte) table.row[byte] = classesof(byte);
   return table;
 }
-inline constexpr ClassTable Classes = makeclasses();
+inline constexpr ClassTable ByteClasses = makebyteclasses();
 
 // False for EOF.
-inline bool is(int byte, std::uint16_t classes) {
-  return byte >= 0 && (Classes.row[byte] & classes) != 0;
+inline bool isinclass(int byte, std::uint16_t classes) {
+  return byte >= 0 && (ByteClasses.row[byte] & classes) != 0;
 }
 
-// What stands in the source after the last byte taken.
-enum class Ended : std::uint8_t { NOT, BY_NUL, BY_END };
+// What follows the last byte taken in the source.
+enum class SourceEnd : std::uint8_t { NOT, BY_NUL, BY_END };
 
-struct State {
+struct WindowState {
   char *bytes;  // the window; one byte more than `capacity`, for the zero after a token
   std::size_t capacity;
   std::size_t token;      // where the token at work begins
@@ -91,40 +91,40 @@ struct State {
   std::FILE *stream;      // the source, while `string` is null
   const char *string;     // the byte to be taken next
   const char *beginning;  // of the string
-  Ended ended;
+  SourceEnd ended;
   bool namenext;  // the last token was a minus that makes a name of what follows
   bool holding;   // a zero stands at `zero` in place of `held`
   char held;
   std::size_t zero;
 };
-extern State state;
+extern WindowState windowstate;
 
 // Takes one more byte. EOF at the end of input. Reports 27 and jumps, with nothing lost.
-int fetch();
+int fetchbyte();
 
 // The byte so many places after the beginning of the token; all before it have been looked at.
-inline int peek(std::size_t at) {
-  const std::size_t place = state.token + at;
-  return place < state.filled ? static_cast<unsigned char>(state.bytes[place]) : fetch();
+inline int peekbyte(std::size_t at) {
+  const std::size_t place = windowstate.token + at;
+  return place < windowstate.filled ? static_cast<unsigned char>(windowstate.bytes[place]) : fetchbyte();
 }
 
 // Passes the bytes of these classes from a place on, but none from `limit` on. Returns the place after them, which has
 // been looked at if it is below the limit.
-std::size_t pass(std::size_t at, std::uint16_t classes, std::size_t limit = SIZE_MAX);
+std::size_t passbytes(std::size_t at, std::uint16_t classes, std::size_t limit = SIZE_MAX);
 
 // The same for digits, which are written behind those of `number`, modulo 2^64.
 std::size_t passdigits(std::size_t at, std::uint64_t &number);
 
 // Comes before any peek for a new token: the last one is done with.
-void begin();
+void begintoken();
 // Drops the first byte, which has been looked at.
 inline void dropbyte() {
-  if (++state.token == state.filled) state.token = state.filled = 0;
+  if (++windowstate.token == windowstate.filled) windowstate.token = windowstate.filled = 0;
 }
 // Drops the bytes of these classes, as many as come. Returns the first other one, EOF at the end of input.
-int skip(std::uint16_t classes);
-// Ends the token: its first `length` bytes as a zero-terminated text, good until the next begin() or yyunput().
-char *take(std::size_t length);
+int skipbytes(std::uint16_t classes);
+// Ends the token: its first `length` bytes as a zero-terminated text, good until the next begintoken() or yyunput().
+char *endtoken(std::size_t length);
 
 }  // namespace window
 

@@ -11,20 +11,19 @@
 #include "frontend/contexts.h"
 #include "frontend/namewords.h"
 #include "spaces/blocks.h"
+#include "spaces/messages.h"
 #include "spaces/symbols.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr std::int32_t NO_OUTER_OPERAND = 74, NO_FOLD_OPERAND = 79;
-
 // The names of what ends the process: permanent blocks that stand ready, so that it can end where there is no storage.
 struct Ready {
   std::int64_t count, unused;
   char text[16];
 };
-static_assert(offsetof(Ready, text) == BLOCKPREFIX);
+static_assert(offsetof(Ready, text) == BLOCK_PREFIX);
 Ready endings[] = {{-1, 0, ""}, {-1, 0, "OFF"}, {-1, 0, "QUIT"}, {-1, 0, "ENDPROCESS"}};
 
 char *nameof(const char *text, std::uint16_t instruction) {
@@ -38,9 +37,9 @@ bool ishidden(const Keyword &row) {
   return row.hidden.kind != Hidden::NOTHING;
 }
 
-// The constant that stands ahead of an instruction and prints nothing.
-void appendhidden(const Hidden &hidden) {
-  Point &constant = newhand(ranks::SCALAR, ISSCALAR);
+// The constant ahead of an instruction that prints nothing.
+void emithidden(const Hidden &hidden) {
+  Point &constant = newpending(ranks::SCALAR, ISSCALAR);
   const bool integer = hidden.kind == Hidden::INTEGER;
   Element *element = newelement(integer ? tags::INTEGER : tags::REAL, forms::NAMED);
   element->attributes = attributes::SILENT;
@@ -51,7 +50,7 @@ void appendhidden(const Hidden &hidden) {
   constant.type |= kindbit(element->tag);
   constant.elements = 1;
   constant.data_pointer = element;
-  append();
+  emit();
 }
 
 // Adds a blank and a word to the name of a Point, whatever it shares the name with.
@@ -67,12 +66,12 @@ void extendname(Point &point, const char *word) {
 }
 
 // The operator form takes the place of the instruction before it, which becomes its modifier.
-void rewrite(const Keyword &row, const char *text) {
+void rewritelast(const Keyword &row, const char *text) {
   Point *last = lastpoint();
-  compiler.morvik_op = false;
+  compiler.builtinnext = false;
   if (!last || !isoperator(*last)) {
     const bool outer = row.instruction == instructions::OUTERPRODUCT;
-    exception(outer ? NO_OUTER_OPERAND : NO_FOLD_OPERAND, &compiler.stackposition, last);
+    exception(outer ? messages::NO_OUTER_OPERAND : messages::NO_FOLD_OPERAND, &compiler.stackposition, last);
     return;
   }
   extendname(*last, text);
@@ -80,17 +79,17 @@ void rewrite(const Keyword &row, const char *text) {
   last->instruction = row.instruction;
 }
 
-void conditional(const Keyword &row, const char *text) {
+void decisionkeyword(const Keyword &row, const char *text) {
   const std::uint32_t decision = row.instruction == instructions::IF_YES ? CONDITIONAL | YES : CONDITIONAL;
   Point *last = lastpoint();
-  compiler.morvik_op = false;
+  compiler.builtinnext = false;
   if (!last) return;
   if (isfunction(*last)) {
-    Point &point = newhand(ranks::OPERATOR, ISFUNCTION | decision);
+    Point &point = newpending(ranks::OPERATOR, ISFUNCTION | decision);
     point.instruction = row.instruction;
     point.modifier = instructions::BARE;
     point.name = stringdup(text);
-    append();
+    emit();
     return;
   }
   if (isoperator(*last)) {
@@ -102,25 +101,25 @@ void conditional(const Keyword &row, const char *text) {
   last->type |= decision;
 }
 
-void plain(const Keyword &row, const char *text) {
+void plainkeyword(const Keyword &row, const char *text) {
   if (hasmeaning(text)) {
     oper(text, row.instruction);
     return;
   }
-  compiler.morvik_op = false;
-  mark(row.mark);
-  if (ishidden(row)) appendhidden(row.hidden);
-  appendoperator(text, row.instruction, row.modifier);
+  compiler.builtinnext = false;
+  markheader(row.mark);
+  if (ishidden(row)) emithidden(row.hidden);
+  emitoperator(text, row.instruction, row.modifier);
 }
 
 // Of two Points the second has the empty name, so that the pair prints back as one word.
-void pair(const char *text, std::uint16_t first, std::uint16_t second) {
-  if (oper(text, first) == 1) appendoperator("", second, instructions::NIHIL);
+void keywordpair(const char *text, std::uint16_t first, std::uint16_t second) {
+  if (oper(text, first) == 1) emitoperator("", second, instructions::NIHIL);
 }
 
-void run(const Keyword &row, const char *text) {
+void runkeyword(const Keyword &row, const char *text) {
   if (!hasmeaning(text) && stepping) {
-    compiler.morvik_op = false;
+    compiler.builtinnext = false;
     stepping = 0;
     return;
   }
@@ -132,7 +131,7 @@ void breakoff(const char *text) {
     oper(text, instructions::NIHIL);
     return;
   }
-  compiler.morvik_op = false;
+  compiler.builtinnext = false;
   compiler.breaking = true;
   stepping = 0;
   jump(-1);
@@ -141,30 +140,30 @@ void breakoff(const char *text) {
 }  // namespace
 
 bool hasmeaning(const char *text) {
-  return !compiler.morvik_op && checkmeaning(compiler.chain, text);
+  return !compiler.builtinnext && checkmeaning(compiler.chain, text);
 }
 
-void appendoperator(const char *text, std::uint16_t instruction, std::uint16_t modifier) {
-  Point &point = newhand(ranks::OPERATOR, ISOPERATOR);
+void emitoperator(const char *text, std::uint16_t instruction, std::uint16_t modifier) {
+  Point &point = newpending(ranks::OPERATOR, ISOPERATOR);
   point.instruction = instruction;
   point.modifier = modifier;
   point.name = nameof(text, instruction);
-  append();
+  emit();
 }
 
 int oper(const char *text, std::uint16_t instruction) {
   Compiler &c = compiler;
-  const Entry *entry = c.morvik_op ? nullptr : checkmeaning(c.chain, text);
-  c.morvik_op = false;
+  const Entry *entry = c.builtinnext ? nullptr : checkmeaning(c.chain, text);
+  c.builtinnext = false;
   if (!entry) {
-    appendoperator(text, instruction, instructions::NIHIL);
+    emitoperator(text, instruction, instructions::NIHIL);
     return 1;
   }
-  Point &point = newhand(ranks::VARIABLE, ISVARIABLE | ISOPERATOR);
+  Point &point = newpending(ranks::VARIABLE, ISVARIABLE | ISOPERATOR);
   point.depth = 1;
   point.modifier = instructions::SGIG;
-  bindhand(*entry);
-  append();
+  bindpending(*entry);
+  emit();
   return 0;
 }
 
@@ -172,28 +171,28 @@ void keyword(const Keyword &row, const char *text) {
   switch (row.kind) {
     case KeywordKind::PLAIN:
     case KeywordKind::MASK:
-      return plain(row, text);
+      return plainkeyword(row, text);
     case KeywordKind::REWRITE:
-      return hasmeaning(text) ? static_cast<void>(oper(text, row.instruction)) : rewrite(row, text);
+      return hasmeaning(text) ? static_cast<void>(oper(text, row.instruction)) : rewritelast(row, text);
     case KeywordKind::DECISION:
-      return hasmeaning(text) ? static_cast<void>(oper(text, row.instruction)) : conditional(row, text);
+      return hasmeaning(text) ? static_cast<void>(oper(text, row.instruction)) : decisionkeyword(row, text);
     case KeywordKind::ROOT:
-      return pair(text, instructions::RECIPROCAL, instructions::POWER);
+      return keywordpair(text, instructions::RECIPROCAL, instructions::POWER);
     case KeywordKind::YIELDTO:
-      return pair(text, instructions::YIELDTO, instructions::RETURN);
+      return keywordpair(text, instructions::YIELDTO, instructions::RETURN);
     case KeywordKind::RUN:
-      return run(row, text);
+      return runkeyword(row, text);
     case KeywordKind::BREAK:
       return breakoff(text);
-    case KeywordKind::MASKFORM:
+    case KeywordKind::MASK_FORM:
       // Kept: the modifier does not survive the MASK that follows, so that nothing is noted.
       if (hasmeaning(text)) oper(text, row.instruction);
-      compiler.morvik_op = false;
+      compiler.builtinnext = false;
       return;
   }
 }
 
-void mask() {
+void emitmask() {
   oper("MASK", instructions::MASK);
 }
 

@@ -13,10 +13,10 @@ bool hasmeaning(const char *text);
 // Messages 27, 807.
 int oper(const char *text, std::uint16_t instruction);
 // Writes an OPERATOR Point, whatever the text means. Messages 27, 807.
-void appendoperator(const char *text, std::uint16_t instruction, std::uint16_t modifier);
+void emitoperator(const char *text, std::uint16_t instruction, std::uint16_t modifier);
 // All that one row of keywords.def asks for. BREAK jumps. Messages 27, 74, 79, 807.
 void keyword(const Keyword &row, const char *text);
 // MASK after WRAP or REFLECT, however it is spelled.
-void mask();
+void emitmask();
 
 }  // namespace morvik

@@ -8,6 +8,7 @@
 #include "machine/leave.h"
 #include "machine/texts.h"
 #include "spaces/instructions.h"
+#include "spaces/messages.h"
 #include "text/text.h"
 
 namespace morvik {
@@ -27,34 +28,34 @@ void releasebody(Custody &c) {
 }
 
 // Room for so many Points more, beside the header and the END.
-void makeroom(Body &body, std::size_t more) {
+void reservepoints(Body &body, std::size_t more) {
   const std::size_t records = body.points + more + 2;
   body.block = reinterpret_cast<Point *>(Reallocate(reinterpret_cast<Element *>(body.block), records));
 }
 
 // Moves Points to the end of the body.
-void add(Body &body, const Point *points, std::size_t count) {
-  makeroom(body, count);
+void addpoints(Body &body, const Point *points, std::size_t count) {
+  reservepoints(body, count);
   Point *end = body.block + 1 + body.points;
   std::memcpy(end, points, count * sizeof(Point));
   body.points += count;
   end[count] = {};
 }
 
-// Compiles what stands in the bytes, text by text, to the end of the body.
+// Compiles the bytes, text by text, to the end of the body.
 void compileinto(Level &level, Body &body, const char *bytes) {
   Text text;
   opentext(text);
   while (*bytes != 0) {
     const std::int64_t points = compiletext(level, text, nullptr, &bytes, SKIPPED);
     if (points < 1) continue;
-    add(body, text.programme, static_cast<std::size_t>(points - 1));
+    addpoints(body, text.programme, static_cast<std::size_t>(points - 1));
     text.programme[0] = {};
   }
   closetext(text);
 }
 
-void finish(Body &body, Point &function) {
+void sealbody(Body &body, Point &function) {
   static constexpr char OPENING[] = ":", CLOSING[] = ";";
   Point end{};
   end.rank = ranks::OPERATOR;
@@ -65,7 +66,7 @@ void finish(Body &body, Point &function) {
   end.name = stringdup(CLOSING);
   char *name = stringdup(OPENING);
   takecustody(named, releaseblock, name);
-  add(body, &end, 1);
+  addpoints(body, &end, 1);
   endcustody(named);
   endcustody(ended);
   function = {};
@@ -95,7 +96,7 @@ void releasecaught(Custody &c) {
 }  // namespace
 
 Next doassemble(Level &level) {
-  if (!istext(*level.sp) || level.sp->rank > 1) return fail(level, 981);
+  if (!istext(*level.sp) || level.sp->rank > 1) return fail(level, messages::ASSEMBLE_ARGUMENT);
   char *bytes = endedtext(*level.sp);
   Custody buffer, built;
   takecustody(buffer, releaseblock, bytes);
@@ -104,7 +105,7 @@ Next doassemble(Level &level) {
   takecustody(built, releasebody, &body);
   compileinto(level, body, bytes);
   Point function;
-  finish(body, function);
+  sealbody(body, function);
   endcustody(built);
   endcustody(buffer);
   freeblock(bytes);

@@ -13,6 +13,7 @@
 #include "machine/texts.h"
 #include "spaces/copies.h"
 #include "spaces/instructions.h"
+#include "spaces/messages.h"
 #include "spaces/symbols.h"
 #include "spaces/work.h"
 
@@ -21,7 +22,7 @@ namespace morvik {
 namespace {
 
 // Where the process stack ends, it is to end here, where a fault finds everything whole, and not a few calls further
-// in, inside the heap: the room that a level needs for its own work is touched before it begins.
+// in, inside the heap: the stack that a level needs for its own work is touched before it begins.
 constexpr std::size_t WORKING_ROOM = std::size_t{256} * 1024;
 [[gnu::noinline]] void touchstack() {
   [[maybe_unused]] volatile char room[WORKING_ROOM];
@@ -39,7 +40,7 @@ inline Level makeinner(Level &outer, Point *start, Point *header, Point *frame, 
 
 Point *makelocals(Level &level, int arguments, int locals) {
   Point *frame = level.sp - arguments + 1;
-  if (unfinished >= frame) settle(level.sp);
+  if (resultinflight >= frame) joinpool(level.sp);
   std::memmove(frame + locals, frame, static_cast<std::size_t>(arguments) * sizeof(Point));
   for (int i = 0; i < locals; ++i) {
     frame[i] = {};
@@ -73,10 +74,10 @@ namespace {
 // room stand.
 [[gnu::cold]] Next faillocals(Level &level) {
   const std::ptrdiff_t locals = level.sp->locals;
-  settle(level.sp);
+  joinpool(level.sp);
   for (int left = level.sp->arguments; left >= 0; --left) droptop(level);
   makelocals(level, 0, static_cast<int>(std::min(locals, stacktop - level.sp)));
-  return fail(level, 806);
+  return fail(level, messages::STACK_FULL);
 }
 
 }  // namespace
@@ -85,7 +86,7 @@ Next call(Level &level) {
   const int arguments = level.sp->arguments;
   if (arguments >= 0 && level.sp - 1 < level.floor + arguments - 1) {
     droptop(level);
-    return fail(level, 800);
+    return fail(level, messages::TOO_FEW_ARGUMENTS);
   }
   if (arguments >= 0 && level.sp - 1 + level.sp->locals > stacktop) return faillocals(level);
   Point function = *level.sp--;
@@ -100,7 +101,7 @@ Next call(Level &level) {
 Next executetop(Level &level) {
   if (isfunction(*level.sp)) return call(level);
   if (istext(*level.sp) && level.sp->rank < 2) return executetext(level);
-  return fail(level, 995);
+  return fail(level, messages::EXECUTE_ARGUMENT);
 }
 
 Next doexecute(Level &level) {
@@ -108,7 +109,7 @@ Next doexecute(Level &level) {
 }
 
 Next doyieldto(Level &level) {
-  if (!isfunction(*level.sp)) return fail(level, 950);
+  if (!isfunction(*level.sp)) return fail(level, messages::YIELDTO_ARGUMENT);
   return call(level);
 }
 
@@ -116,7 +117,7 @@ Next doyieldto(Level &level) {
 Next dooperator(Level &level) {
   Point &function = *level.sp;
   if (!isfunction(function)) return Next::FETCH;
-  if (refr(function.programme) != 1) {
+  if (referencecount(function.programme) != 1) {
     Point *copy = copyfun(&function);
     Point old = function;
     reference(function.name);
@@ -131,7 +132,8 @@ Next dooperator(Level &level) {
 
 namespace {
 
-// What YIELD hangs on a function: where its run stood. Nothing reads it back; the Points are copies that own nothing.
+// What YIELD attaches to a function: how far its run had come. Nothing reads it back; the Points are copies that own
+// nothing.
 struct Continuation {
   std::int64_t instruction;
   Point *frame;
@@ -180,7 +182,7 @@ Next doyield(Level &level) {
 
 Next doendprocess(Level &level) {
   if (level.level > 0) return reachend(level);
-  exception(999, &level.sp, level.instruction);
+  exception(messages::GOODBYE, &level.sp, level.instruction);
   return Next::LEAVE;
 }
 

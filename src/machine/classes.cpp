@@ -12,8 +12,8 @@ namespace morvik {
 
 namespace {
 
-// Do the operands pass the gate of the pool? Those that stand there: the count is checked only afterwards.
-bool large(const Level &level, int operands) {
+// Do the operands pass the gate of the pool? Those that are there: the count is checked only afterwards.
+bool passesgate(const Level &level, int operands) {
   std::int64_t elements = 0;
   for (int i = 0; i < operands && level.sp - i >= level.floor; ++i)
     elements = std::max<std::int64_t>(elements, level.sp[-i].elements);
@@ -24,9 +24,10 @@ bool large(const Level &level, int operands) {
 
 // The classes that never wait do not take the result in flight either. What the join adds to the count of operations
 // was not done by this instruction.
-void await(Level &level, const Needs &needs) {
-  const bool taken = unfinished > level.sp - needs.operands;
-  if (needs.wait != Wait::ALWAYS && !(needs.wait == Wait::WHEN_LARGE && large(level, needs.operands)) && !taken) return;
+void awaitpool(Level &level, const Needs &needs) {
+  const bool taken = resultinflight > level.sp - needs.operands;
+  if (needs.wait != Wait::ALWAYS && !(needs.wait == Wait::WHEN_LARGE && passesgate(level, needs.operands)) && !taken)
+    return;
   wait_for_coprocessors(level.sp, needs.operands);
   level.operated = operations;
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "machine/level.h"
+#include "spaces/messages.h"
 #include "spaces/work.h"
 
 namespace morvik {
@@ -18,7 +19,7 @@ struct Needs {
 };
 
 // Waits for the pool if the operands ask for it, while a result is in flight.
-void await(Level &level, const Needs &needs);
+void awaitpool(Level &level, const Needs &needs);
 // The empty rule: an empty operand of two gives way to the other. Was one of them empty?
 bool emptyrule(Level &level);
 
@@ -27,15 +28,15 @@ bool emptyrule(Level &level);
 enum class Admission { RUN, PASS, LEAVE };
 [[gnu::cold]] Admission refuse(Level &level, int number);
 inline Admission admit(Level &level, const Needs &needs) {
-  if (unfinished) [[unlikely]]
-    await(level, needs);
+  if (resultinflight) [[unlikely]]
+    awaitpool(level, needs);
   if (needs.operands == 0) return Admission::RUN;
   const Point &first = *(level.sp + 1 - needs.operands);
   if (&first < level.floor) [[unlikely]]
-    return refuse(level, 800);
+    return refuse(level, messages::TOO_FEW_ARGUMENTS);
   if (needs.takes == Takes::ANY) return Admission::RUN;
   if (isoperator(*level.sp) || isoperator(first)) [[unlikely]]
-    return refuse(level, 200);
+    return refuse(level, messages::OPERATOR_OPERAND);
   const bool empty = needs.takes == Takes::EMPTIES && (isempty(*level.sp) || isempty(first));
   return empty && emptyrule(level) ? Admission::PASS : Admission::RUN;
 }

@@ -40,7 +40,7 @@ void replacetwo(Level &level, const Point &result) {
   pushowned(level, result);
 }
 
-Next exact(Level &level) {
+Next matchexactly(Level &level) {
   const Point &left = level.sp[-1], &right = level.sp[0];
   const std::uint32_t elements = std::max(left.elements, right.elements);
   from_coprocessor[0].flops = 1;
@@ -78,7 +78,7 @@ Next dodeascii(Level &level) {
 }
 
 Next domatch(Level &level) {
-  if (level.instruction->modifier == instructions::EXACT) return exact(level);
+  if (level.instruction->modifier == instructions::EXACT) return matchexactly(level);
   const Point &left = level.sp[-1], &right = level.sp[0];
   from_coprocessor[0].flops = 1;
   Similarity s = match(left, right);

@@ -10,6 +10,7 @@
 #include "spaces/counters.h"
 #include "spaces/hypercomplex.h"
 #include "spaces/instructions.h"
+#include "spaces/messages.h"
 #include "spaces/work.h"
 
 namespace morvik {
@@ -22,7 +23,7 @@ void emptyout(Point &value) {
   dereferencepoint(&value);
   value = {};
   value.rank = ranks::VECTOR;
-  value.type = EMPTYVECTOR;
+  value.type = EMPTY_VECTOR;
   value.depth = 1;
   value.shape_pointer = shape;
 }
@@ -35,7 +36,7 @@ bool decide(double x) {
 }
 
 // The truth that CHECK finds in one element, 0 to 1; below 0 for an element that has none.
-double truth(const Element &element) {
+double truthof(const Element &element) {
   switch (element.tag) {
     case tags::INTEGER:
       return element.integer > 0 ? 1 : 0;
@@ -53,7 +54,7 @@ double truth(const Element &element) {
 }
 
 // Point number n of the Programme, counted from 1; null past its end.
-Point *numbered(const Level &level, std::int64_t n) {
+Point *pointnumbered(const Level &level, std::int64_t n) {
   const std::ptrdiff_t here = level.current - level.start;
   if (n - 1 <= here) return level.start + (n - 1);
   for (Point *p = level.current; !isend(*p); ++p)
@@ -62,7 +63,7 @@ Point *numbered(const Level &level, std::int64_t n) {
 }
 
 // IF_YES and IF_NO. What is decided is a copy of the Point, turned so that it reads as the instruction alone.
-Next conditional(Level &level, int wanted, int missing) {
+Next rundecided(Level &level, int wanted, int missing) {
   if (level.decision < 0) return fail(level, missing);
   const Point &point = *level.instruction;
   const bool allowed = level.decision == wanted;
@@ -75,8 +76,8 @@ Next conditional(Level &level, int wanted, int missing) {
     level.instruction = &level.rotation;
     return Next::AGAIN;
   }
-  if (!hasvalues(level, 1)) return fail(level, 800);
-  settle(level.sp);
+  if (!hasvalues(level, 1)) return fail(level, messages::TOO_FEW_ARGUMENTS);
+  joinpool(level.sp);
   if (allowed) return executetop(level);
   droptop(level);
   return Next::FETCH;
@@ -87,9 +88,9 @@ Next conditional(Level &level, int wanted, int missing) {
 Next doif(Level &level) {
   std::swap(level.sp[0], level.sp[-1]);
   const Point &condition = level.sp[0];
-  if (!isspace(condition) || !isscalarlike(condition)) return fail(level, 801);
+  if (!isspace(condition) || !isscalarlike(condition)) return fail(level, messages::IF_NOT_ONE_ELEMENT);
   const Element &element = condition.data_pointer[0];
-  if (element.tag != tags::INTEGER && element.tag != tags::REAL) return fail(level, 802);
+  if (element.tag != tags::INTEGER && element.tag != tags::REAL) return fail(level, messages::IF_TYPE);
   if (!(element.tag == tags::INTEGER ? element.integer > 0 : decide(element.real))) emptyout(level.sp[-1]);
   droptop(level);
   return Next::FETCH;
@@ -102,8 +103,8 @@ Next docheck(Level &level) {
     droptop(level);
     return Next::FETCH;
   }
-  const double d = truth(top.data_pointer[0]);
-  if (d < 0) return fail(level, 804);
+  const double d = truthof(top.data_pointer[0]);
+  if (d < 0) return fail(level, messages::CHECK_TYPE);
   // A value that a draw decided is no result to keep: RESULT looks for the mark.
   if (d > 0 && d < 1 && level.header) level.header->type |= ISPROBABLE;
   level.decision = decide(d) ? 1 : 0;
@@ -112,25 +113,25 @@ Next docheck(Level &level) {
 }
 
 Next doif_yes(Level &level) {
-  return conditional(level, 1, 147);
+  return rundecided(level, 1, messages::NO_CHECK_BEFORE_YES);
 }
 Next doif_no(Level &level) {
-  return conditional(level, 0, 148);
+  return rundecided(level, 0, messages::NO_CHECK_BEFORE_NO);
 }
 
 Next dojump(Level &level) {
   const Point &top = level.sp[0];
-  if (isspace(top) && (top.type & EMPTYVECTOR) == EMPTYVECTOR) {
+  if (isspace(top) && (top.type & EMPTY_VECTOR) == EMPTY_VECTOR) {
     droptop(level);
     return Next::FETCH;
   }
   if (!isspace(top) || top.elements == 0 || !top.data_pointer || top.data_pointer[0].tag != tags::INTEGER ||
       top.data_pointer[0].integer < 0)
-    return fail(level, 138);
+    return fail(level, messages::JUMP_ARGUMENT);
   const std::int64_t n = top.data_pointer[0].integer;
   droptop(level);
   if (n == 0) return endlevel(level);
-  Point *target = numbered(level, n);
+  Point *target = pointnumbered(level, n);
   if (!target) return reachend(level);
   level.current = target;
   return Next::JUMPED;
@@ -143,7 +144,7 @@ Next dodip(Level &level) {
   Custody kept;
   takecustody(kept, releasepoint, &aside);
   const bool isfun = isfunction(*level.sp);
-  const Next next = isfun ? call(level) : fail(level, 995);
+  const Next next = isfun ? call(level) : fail(level, messages::EXECUTE_ARGUMENT);
   endcustody(kept);
   if (!isfun) {
     dereferencepoint(&aside);
@@ -151,7 +152,7 @@ Next dodip(Level &level) {
   }
   if (stackfull(level)) {
     dereferencepoint(&aside);
-    return next == Next::LEAVE ? next : fail(level, 806);
+    return next == Next::LEAVE ? next : fail(level, messages::STACK_FULL);
   }
   pushowned(level, aside);
   return next;

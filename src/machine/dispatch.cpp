@@ -11,6 +11,7 @@
 #include "machine/level.h"
 #include "operators/interval.h"
 #include "operators/reduce.h"
+#include "spaces/messages.h"
 #include "spaces/sysvars.h"
 
 namespace morvik {
@@ -18,59 +19,60 @@ namespace morvik {
 namespace {
 
 template <MonadicFunction f>
-Next monadic(Level &level) {
+Next monadicinstruction(Level &level) {
   f(level.sp, level.instruction, quads, 0);
   return Next::FETCH;
 }
 
 template <DrawingFunction f>
-Next drawing(Level &level) {
+Next drawinginstruction(Level &level) {
   f(level.sp, level.instruction, quads, 0, &prngs_seed);
   return Next::FETCH;
 }
 
 template <DyadicFunction f>
-Next dyadic(Level &level) {
+Next dyadicinstruction(Level &level) {
   f(&level.sp, level.instruction, quads, 0);
   return Next::FETCH;
 }
 
 template <void (*f)(Point **, const Point *, Point *)>
-Next space(Level &level) {
+Next arrayinstruction(Level &level) {
   f(&level.sp, level.instruction, quads);
   return Next::FETCH;
 }
 
 Next notimplemented(Level &level) {
-  return fail(level, 993);
+  return fail(level, messages::NOT_IMPLEMENTED);
 }
 Next restricted(Level &level) {
-  return fail(level, 994);
+  return fail(level, messages::RESTRICTION);
 }
-Next nothing(Level &) {
+Next donothing(Level &) {
   return Next::FETCH;
 }
 
 // By argument class.
-constexpr std::size_t CLASSES = 37;
-constexpr std::array<Needs, CLASSES> makeclasses() {
-  std::array<Needs, CLASSES> c{};
-#define ARGUMENTCLASS(number, wait, operands, more) c[number] = {Wait::wait, operands, Takes::more};
+constexpr std::size_t CLASS_COUNT = classes::MODIFIER + 1;
+constexpr std::array<Needs, CLASS_COUNT> makeclassneeds() {
+  std::array<Needs, CLASS_COUNT> c{};
+#define ARGUMENT_CLASS(number, name, wait, operands, more) c[number] = {Wait::wait, operands, Takes::more};
 #include "tables/classes.def"
-#undef ARGUMENTCLASS
+#undef ARGUMENT_CLASS
   return c;
 }
-constexpr std::array<Needs, CLASSES> Classes = makeclasses();
+constexpr std::array<Needs, CLASS_COUNT> ClassNeeds = makeclassneeds();
 
-#define MONADIC(f) &monadic<f>
-#define DRAWING(f) &drawing<f>
-#define DYADIC(f) &dyadic<f>
-#define SPACE(f) &space<f>
+#define MONADIC(f) &monadicinstruction<f>
+#define DRAWING(f) &drawinginstruction<f>
+#define DYADIC(f) &dyadicinstruction<f>
+#define SPACE(f) &arrayinstruction<f>
 #define HANDLER(f) &f
 #define NOTIMPLEMENTED &notimplemented
 #define RESTRICTED &restricted
-#define NOTHING &nothing
-#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) {handler, Classes[argumentclass]},
+#define NOTHING &donothing
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) \
+  {handler, ClassNeeds[classes::argumentclass]},
 
 }  // namespace
 

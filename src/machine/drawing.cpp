@@ -10,6 +10,8 @@
 #include "machine/level.h"
 #include "spaces/convert.h"
 #include "spaces/counters.h"
+#include "spaces/messages.h"
+#include "spaces/point.h"
 #include "spaces/sysvars.h"
 #include "spaces/work.h"
 
@@ -21,7 +23,7 @@ constexpr double SEED_SCALE = 1000000;
 
 // The generators of all threads.
 void seedall(Level &level, std::int64_t seed) {
-  settle(level.sp);
+  joinpool(level.sp);
   SEED_PRNGS(0, &prngs_seed, seed);
   wakecoprocessors(*level.instruction, seed);
 }
@@ -47,28 +49,28 @@ class Pack {
     return std::min(std::bit_ceil(static_cast<std::size_t>(moves) * 2), static_cast<std::size_t>(cards));
   }
   Pack(void *block, std::size_t slots, std::int64_t cards)
-      : table(static_cast<Place *>(block)), mask(slots - 1), scattered(static_cast<std::size_t>(cards) > slots) {
+      : table(static_cast<CardSlot *>(block)), mask(slots - 1), scattered(static_cast<std::size_t>(cards) > slots) {
     for (std::size_t i = 0; i < slots; ++i) table[i].place = FREE;
   }
   std::int64_t card(std::int64_t place) {
-    const Place &p = find(place);
+    const CardSlot &p = findslot(place);
     return p.place == FREE ? place : p.card;
   }
-  void lay(std::int64_t place, std::int64_t card) { find(place) = {place, card}; }
-  struct Place {
+  void putcard(std::int64_t place, std::int64_t card) { findslot(place) = {place, card}; }
+  struct CardSlot {
     std::int64_t place, card;
   };
 
  private:
   static constexpr std::int64_t FREE = -1;
-  static constexpr std::uint64_t SPREAD = 0x9E3779B97F4A7C15;  // 2^64 over the golden ratio
-  Place &find(std::int64_t place) {
+  static constexpr std::uint64_t HASH_MULTIPLIER = 0x9E3779B97F4A7C15;  // 2^64 over the golden ratio
+  CardSlot &findslot(std::int64_t place) {
     if (!scattered) return table[place];
-    std::size_t i = (static_cast<std::uint64_t>(place) * SPREAD >> 20) & mask;
+    std::size_t i = (static_cast<std::uint64_t>(place) * HASH_MULTIPLIER >> 20) & mask;
     while (table[i].place != FREE && table[i].place != place) i = (i + 1) & mask;
     return table[i];
   }
-  Place *table;
+  CardSlot *table;
   std::size_t mask;
   bool scattered;
 };
@@ -84,7 +86,7 @@ void deal(Element *records, std::int64_t count, std::int64_t n, void *block) {
     records[i].tag = tags::INTEGER;
     records[i].form = forms::NUMBER;
     const std::int64_t card = pack.card(place);
-    pack.lay(place, pack.card(last));  // the last place is not drawn from again
+    pack.putcard(place, pack.card(last));  // the last place is not drawn from again
     if (__builtin_add_overflow(origin, card, &records[i].integer)) records[i].integer = INT64_MAX;
   }
 }
@@ -93,7 +95,7 @@ void deal(Element *records, std::int64_t count, std::int64_t n, void *block) {
 
 Next doseed(Level &level) {
   const Element *seed = oneelement(*level.sp);
-  if (!isreal(seed)) return fail(level, 850);
+  if (!isreal(seed)) return fail(level, messages::SEED_ARGUMENT);
   // A real keeps six of its decimals, in 32 bits.
   const std::int64_t value = seed->tag == tags::INTEGER
                                  ? seed->integer
@@ -110,11 +112,11 @@ Next dorandomise(Level &level) {
 
 Next dodeal(Level &level) {
   const Element *left = oneelement(level.sp[-1]), *right = oneelement(level.sp[0]);
-  if ((left && !isreal(left)) || (right && !isreal(right))) return fail(level, 144);
+  if ((left && !isreal(left)) || (right && !isreal(right))) return fail(level, messages::DEAL_TYPE);
   const std::int64_t n = positive(left), count = positive(right);
-  if (n == 0 || count == 0) return fail(level, 42);
-  if (count > n) return fail(level, 43);
-  if (count > UINT32_MAX) return fail(level, 146);
+  if (n == 0 || count == 0) return fail(level, messages::DEAL_POSITIVE);
+  if (count > n) return fail(level, messages::DEAL_TOO_MANY);
+  if (count > std::int64_t{MOST_ELEMENTS}) return fail(level, messages::ARRAY_TOO_BIG);
   Point dealt{};
   Custody made, packed;
   takecustody(made, releasepoint, &dealt);
@@ -124,7 +126,7 @@ Next dodeal(Level &level) {
   dealt.shape_pointer = newshape(count);
   dealt.data_pointer = newelements(static_cast<std::size_t>(count));
   dealt.elements = static_cast<std::uint32_t>(count);
-  void *pack = newblock(Pack::slots(count, n) * sizeof(Pack::Place));
+  void *pack = newblock(Pack::slots(count, n) * sizeof(Pack::CardSlot));
   takecustody(packed, releaseblock, pack);
   deal(dealt.data_pointer, count, n, pack);
   endcustody(packed);

@@ -6,12 +6,13 @@
 #include "machine/gather.h"
 #include "machine/leave.h"
 #include "spaces/copies.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr std::uint32_t KEPT = ~(ELEMENTBITS | COMPLEXED | STRUCTURED | ISSTRUCTURE | NAMEBEARING | ISLOCAL);
+constexpr std::uint32_t KEPT_FLAGS = ~(ELEMENT_BITS | COMPLEXED | STRUCTURED | ISSTRUCTURE | NAME_BEARING | ISLOCAL);
 
 // Is there an element that no function can be given? A file, or what fills a gap.
 bool hasungivable(const Point &data) {
@@ -22,13 +23,13 @@ bool hasungivable(const Point &data) {
   return false;
 }
 
-// Pushes a scalar of an element. It is put together in its slot at once: a Point that is copied right after it was
-// written must wait for the processor to have written it.
+// Pushes a scalar of an element. It is put together in its slot at once: copied right after it was written it would
+// miss store forwarding.
 void pushscalar(Level &level, Gathering &g, const Element &element) {
   Element *const record = takerecord(g);
   Point &argument = g.base[1];
   argument = {};
-  argument.type = ISSCALAR | (g.data.type & PURITYBITS) | kindbit(element.tag);
+  argument.type = ISSCALAR | (g.data.type & PURITY_BITS) | kindbit(element.tag);
   argument.elements = 1;
   argument.data_pointer = record;
   if (isplainrecord(element)) [[likely]] {
@@ -59,9 +60,9 @@ Next monadiceach(Level &level) {
   Level inner = gatheringlevel(level, g);
   for (std::uint32_t i = 0; i < g.data.elements; ++i) {
     pushelement(level, g, g.data.data_pointer[i]);
-    gather(inner, g);
+    callforelement(inner, g);
   }
-  endgathering(level, g, KEPT);
+  endgathering(level, g, KEPT_FLAGS);
   return Next::FETCH;
 }
 
@@ -70,14 +71,15 @@ Next monadiceach(Level &level) {
 Next doeach(Level &level) {
   if (emptyrule(level)) return Next::FETCH;
   const Point &function = level.sp[0];
-  if (!isfunction(function)) return fail(level, 990);
-  if (function.arguments != 1 && function.arguments != 2) return fail(level, 989);
+  if (!isfunction(function)) return fail(level, messages::EACH_NO_FUNCTION);
+  if (function.arguments != 1 && function.arguments != 2) return fail(level, messages::EACH_ARGUMENTS);
   // Kept: a function of two arguments is admitted, taken away, and does no work.
   if (function.arguments == 2) {
     droptop(level);
     return Next::FETCH;
   }
-  if (!isspace(level.sp[-1]) || hasungivable(level.sp[-1])) exceptionjump(994, &level.sp, level.instruction);
+  if (!isspace(level.sp[-1]) || hasungivable(level.sp[-1]))
+    exceptionjump(messages::RESTRICTION, &level.sp, level.instruction);
   return monadiceach(level);
 }
 

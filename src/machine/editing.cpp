@@ -11,12 +11,12 @@
 #include "machine/filing.h"
 #include "machine/leave.h"
 #include "spaces/instructions.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr int TOO_FEW = 800, CANNOT_OPEN_TO_READ = 710, CANNOT_OPEN_TO_WRITE = 711;
 // Kept: the dollar sign belongs to the name, so that an ordinary environment holds none such.
 constexpr char EDITOR_VARIABLE[] = "$EDITOR", SHELL_VARIABLE[] = "EDITOR";
 // No byte of it means anything to a shell between quotes.
@@ -88,14 +88,14 @@ void runeditor(const char *name) {
 }  // namespace
 
 Next doedit(Level &level) {
-  if (!hasvalues(level, 1)) return fail(level, TOO_FEW);
+  if (!hasvalues(level, 1)) return fail(level, messages::TOO_FEW_ARGUMENTS);
   const bool plain = level.instruction->modifier == instructions::TEXTREAD;
   Draft draft;
-  if (!begindraft(draft)) return fail(level, CANNOT_OPEN_TO_WRITE);
+  if (!begindraft(draft)) return fail(level, messages::CANNOT_WRITE);
   writevalue(draft.stream, level.sp, plain ? Form::PLAIN : Form::SOURCE);
-  if (!enddraft(draft)) return fail(level, CANNOT_OPEN_TO_WRITE);
+  if (!enddraft(draft)) return fail(level, messages::CANNOT_WRITE);
   runeditor(draft.name);
-  if (!reopendraft(draft)) return fail(level, CANNOT_OPEN_TO_READ);
+  if (!reopendraft(draft)) return fail(level, messages::CANNOT_READ);
   if (plain) {
     const Point text = readcharacters(draft.stream);
     dereferencepoint(level.sp);

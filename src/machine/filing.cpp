@@ -16,6 +16,7 @@
 #include "machine/texts.h"
 #include "spaces/counters.h"
 #include "spaces/instructions.h"
+#include "spaces/messages.h"
 #include "spaces/work.h"
 #include "text/text.h"
 
@@ -28,10 +29,14 @@ struct Access {
   int data, structure, opening;
   bool jumps;
 };
-constexpr Access READING = {701, 702, 710, false}, WRITING = {703, 704, 711, false}, SAVING = {708, 709, 713, false},
-                 LOADING = {715, 716, 710, false}, DUMPING = {721, 722, 723, false},
-                 REMEMBERING = {724, 725, 726, false}, NAMING = {706, 707, 712, true};
-constexpr int REFUSED = 720, CANNOT_OPEN = 712, PATTERN_DATA = 205, PATTERN_STRUCTURE = 206;
+constexpr Access READING = {messages::READ_NAME_DATA, messages::READ_NAME_STRUCTURE, messages::CANNOT_READ, false},
+                 WRITING = {messages::WRITE_NAME_DATA, messages::WRITE_NAME_STRUCTURE, messages::CANNOT_WRITE, false},
+                 SAVING = {messages::SAVE_NAME_DATA, messages::SAVE_NAME_STRUCTURE, messages::CANNOT_SAVE, false},
+                 LOADING = {messages::LOAD_NAME_DATA, messages::LOAD_NAME_STRUCTURE, messages::CANNOT_READ, false},
+                 DUMPING = {messages::DUMP_NAME_DATA, messages::DUMP_NAME_STRUCTURE, messages::CANNOT_DUMP, false},
+                 REMEMBERING = {messages::REMEMBER_NAME_DATA, messages::REMEMBER_NAME_STRUCTURE,
+                                messages::CANNOT_REMEMBER, false},
+                 NAMING = {messages::FILE_NAME_DATA, messages::FILE_NAME_STRUCTURE, messages::CANNOT_OPEN, true};
 
 // Reports, and leaves the level or all of them.
 Next refuse(Level &level, const Access &access, int number) {
@@ -40,30 +45,30 @@ Next refuse(Level &level, const Access &access, int number) {
 }
 
 // Does the top name a file? If not, that is reported and the level left.
-bool named(Level &level, const Access &access) {
+bool namesfile(Level &level, const Access &access) {
   const int fault = namefault(*level.sp, access.data, access.structure);
   if (fault != 0) refuse(level, access, fault);
   return fault == 0;
 }
 
 // An open stream that a jump closes.
-struct Held {
+struct HeldStream {
   Custody custody;
   std::FILE *stream;
 };
-void hold(Held &held, std::FILE *stream) {
+void holdstream(HeldStream &held, std::FILE *stream) {
   held.stream = stream;
   takecustody(held.custody, releasestream, stream);
 }
-void closeheld(Held &held) {
+void closeheldstream(HeldStream &held) {
   endcustody(held.custody);
   std::fclose(held.stream);
 }
 
 // Opens the file that the top names, to be read. If that can't be, it is reported and the level left, with the name in
 // its place.
-bool opennamed(Level &level, const Access &access, Held &held) {
-  if (!named(level, access)) return false;
+bool opennamed(Level &level, const Access &access, HeldStream &held) {
+  if (!namesfile(level, access)) return false;
   char *name = filename(*level.sp);
   Custody kept;
   takecustody(kept, releaseblock, name);
@@ -72,20 +77,20 @@ bool opennamed(Level &level, const Access &access, Held &held) {
   endcustody(kept);
   freeblock(name);
   if (stream)
-    hold(held, stream);
+    holdstream(held, stream);
   else
-    refuse(level, access, refused ? REFUSED : access.opening);
+    refuse(level, access, refused ? messages::DIRECTORY_REFUSED : access.opening);
   return stream != nullptr;
 }
 
 // The same for a file that is to be written anew. The name stays until it is.
 bool beginnamed(Level &level, const Access &access, Replacement &file) {
-  if (!named(level, access)) return false;
+  if (!namesfile(level, access)) return false;
   char *name = filename(*level.sp);
   const bool refused = isrefused(name);
   if (refused) freeblock(name);
   if (!refused && beginreplacement(file, name)) return true;
-  refuse(level, access, refused ? REFUSED : access.opening);
+  refuse(level, access, refused ? messages::DIRECTORY_REFUSED : access.opening);
   return false;
 }
 
@@ -102,9 +107,9 @@ void writecounted(std::FILE *stream, Point *value, Form form) {
 
 // Writes the value under the name, which goes; the value stays.
 Next appendtofile(Level &level, Form form) {
-  settle(level.sp);
-  Held file;
-  hold(file, openfile(level.instruction, &level.sp, "a", nullptr));
+  joinpool(level.sp);
+  HeldStream file;
+  holdstream(file, openfile(level.instruction, &level.sp, "a", nullptr));
   writecounted(file.stream, level.sp - 1, form);
   const bool whole = std::fflush(file.stream) == 0 && !std::ferror(file.stream);
   if (!whole) safepoint();  // it may be an interrupt that broke the write
@@ -119,10 +124,10 @@ Next opennew(Level &level) {
   Custody described, called;
   takecustody(described, releasepoint, &descriptor);
   char *name;
-  Held file;
+  HeldStream file;
   std::FILE *stream = openfile(level.instruction, &level.sp, "r+b", &name);
   takecustody(called, releaseblock, name);
-  hold(file, stream);
+  holdstream(file, stream);
   Point made;
   makefile(made, stream, name, descriptor, level.instruction->modifier == instructions::SMALL);
   endcustody(file.custody);
@@ -137,7 +142,7 @@ Next openagain(Level &level) {
   droptop(level);
   const Point &top = *level.sp;
   const bool isfile = isspace(top) && top.elements > 0 && top.data_pointer && top.data_pointer[0].tag == tags::HANDLE;
-  return isfile && reopenfile(top.data_pointer[0]) ? Next::FETCH : fail(level, CANNOT_OPEN);
+  return isfile && reopenfile(top.data_pointer[0]) ? Next::FETCH : fail(level, messages::CANNOT_OPEN);
 }
 
 }  // namespace
@@ -147,12 +152,12 @@ void runstream(Level &level, std::FILE *stream) {
   opentext(text);
   for (;;) {
     safepoint();
-    const std::int32_t problem = A_Problem;
-    A_Problem = 0;
+    const std::int32_t problem = pendingproblem;
+    pendingproblem = 0;
     const std::int64_t points = compiletext(level, text, stream, nullptr, SKIPPED);
     // No storage even to read on: the same text would fail for ever.
-    if (points == 0 && A_Problem != 0) jump(-1);
-    A_Problem = problem;
+    if (points == 0 && pendingproblem != 0) jump(-1);
+    pendingproblem = problem;
     if (isoperator(*text.programme) && text.programme->instruction == instructions::ENDPROCESS) break;
     runtext(level, text, level.frame, level.floor);
   }
@@ -160,22 +165,22 @@ void runstream(Level &level, std::FILE *stream) {
 }
 
 Next doread(Level &level) {
-  Held file;
+  HeldStream file;
   if (!opennamed(level, READING, file)) return Next::LEAVE;
   droptop(level);
   runstream(level, file.stream);
-  closeheld(file);
+  closeheldstream(file);
   return Next::FETCH;
 }
 
 Next doload(Level &level) {
-  Held file;
+  HeldStream file;
   if (!opennamed(level, LOADING, file)) return Next::LEAVE;
-  settle(level.sp);
+  joinpool(level.sp);
   while (hasvalues(level, 1)) droptop(level);
   if (level.meaning->table) hashwipe(level.meaning->table);
   runstream(level, file.stream);
-  closeheld(file);
+  closeheldstream(file);
   return Next::FETCH;
 }
 
@@ -189,7 +194,7 @@ Next dosave(Level &level) {
 
 // Kept: an empty name stays, and is listed as the top.
 Next dodumpstack(Level &level) {
-  if (!named(level, DUMPING)) return Next::LEAVE;
+  if (!namesfile(level, DUMPING)) return Next::LEAVE;
   if (isempty(*level.sp)) {
     dumpstack(stdout, level.floor, level.sp);
     return Next::FETCH;
@@ -208,8 +213,8 @@ Next doremember(Level &level) {
 }
 
 Next dowrite(Level &level) {
-  settle(level.sp);
-  if (!named(level, WRITING)) return Next::LEAVE;
+  joinpool(level.sp);
+  if (!namesfile(level, WRITING)) return Next::LEAVE;
   if (isempty(*level.sp)) {
     droptop(level);
     writecounted(stdout, level.sp, Form::SOURCE);
@@ -225,7 +230,7 @@ Next dowrite(Level &level) {
 }
 
 Next dotextwrite(Level &level) {
-  settle(level.sp);
+  joinpool(level.sp);
   Replacement file;
   if (!beginnamed(level, NAMING, file)) return Next::LEAVE;
   writecounted(file.stream, level.sp - 1, Form::PLAIN);
@@ -240,10 +245,10 @@ Next dotextappend(Level &level) {
 }
 
 Next dotextread(Level &level) {
-  Held file;
+  HeldStream file;
   if (!opennamed(level, READING, file)) return Next::LEAVE;
   const Point text = readcharacters(file.stream);
-  closeheld(file);
+  closeheldstream(file);
   dereferencepoint(level.sp);
   *level.sp = text;
   return Next::FETCH;
@@ -251,7 +256,7 @@ Next dotextread(Level &level) {
 
 // What can be no name opens again, whatever it is: a name has two characters or more.
 Next doopen(Level &level) {
-  return (level.sp[-1].type & (SCALARLIKE | HASFILE | SAMERANK)) == 0 ? opennew(level) : openagain(level);
+  return (level.sp[-1].type & (SCALAR_LIKE | HASFILE | SAMERANK)) == 0 ? opennew(level) : openagain(level);
 }
 
 Next doclose(Level &level) {
@@ -269,7 +274,7 @@ Next dorewind(Level &level) {
 // Kept: the expression is looked at and nothing is edited.
 Next dostreamedit(Level &level) {
   if (isempty(*level.sp)) return Next::FETCH;
-  const int fault = namefault(*level.sp, PATTERN_DATA, PATTERN_STRUCTURE);
+  const int fault = namefault(*level.sp, messages::PATTERN_DATA, messages::PATTERN_STRUCTURE);
   return fault == 0 ? Next::FETCH : fail(level, fault);
 }
 

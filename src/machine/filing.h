@@ -1,4 +1,4 @@
-// Running what stands in a file.
+// Running what is in a file.
 #pragma once
 
 #include <cstdio>

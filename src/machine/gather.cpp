@@ -10,13 +10,12 @@
 #include "machine/machine.h"
 #include "spaces/copies.h"
 #include "spaces/making.h"
+#include "spaces/messages.h"
 #include "spaces/work.h"
 
 namespace morvik {
 
 namespace {
-
-constexpr int RESTRICTION = 994;
 
 void releasegathering(Custody &c) {
   auto *g = static_cast<Gathering *>(c.held);
@@ -33,7 +32,7 @@ std::uint32_t takeplain(Level &level, Gathering &g, Element &element) {
   const std::uint32_t kind = kindbit(record->tag);
   copyplain(element, *record);
   --level.sp;
-  if (!g.spare && refr(record) == 1)
+  if (!g.spare && referencecount(record) == 1)
     g.spare = record;
   else
     release(record);
@@ -68,10 +67,10 @@ std::uint32_t takesymbolic(Level &level, Element &element) {
   pushcopy(level, g.data);
   if (!isend(g.weights)) pushcopy(level, g.weights);
   pushcopy(level, g.function);
-  failgathering(level, RESTRICTION);
+  failgathering(level, messages::RESTRICTION);
 }
 
-void append(Level &level, Gathering &g) {
+void appendresult(Level &level, Gathering &g) {
   Element &element = g.result.data_pointer[g.result.elements];
   const Point &value = *level.sp;
   std::uint32_t kinds = value.type & ISPROBABLE;
@@ -111,12 +110,12 @@ Level gatheringlevel(Level &level, const Gathering &g) {
   return innerlevel(level, g.function, frame, frame + g.function.locals);
 }
 
-void gather(Level &inner, Gathering &g) {
+void callforelement(Level &inner, Gathering &g) {
   Level &level = *inner.caller;
-  if (level.sp + g.function.locals > stacktop) failgathering(level, 806);
+  if (level.sp + g.function.locals > stacktop) failgathering(level, messages::STACK_FULL);
   if (g.function.locals > 0) makelocals(level, 1, g.function.locals);
   runinner(inner);
-  settle(level.sp);
+  joinpool(level.sp);
   // A function that leaves nothing leaves the empty vector; one that leaves more, the topmost.
   if (level.sp <= g.base) {
     Point empty;
@@ -124,7 +123,7 @@ void gather(Level &inner, Gathering &g) {
     pushowned(level, empty);
   }
   if (isoperator(*level.sp)) refuseresult(level, g);
-  append(level, g);
+  appendresult(level, g);
   while (level.sp > g.base) droptop(level);
 }
 

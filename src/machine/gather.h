@@ -14,7 +14,7 @@ struct Gathering {
   Point data;
   Point weights;   // the mask; of MASK only
   Point result;    // a vector of `elements` records so far, while it is made
-  Point *base;     // the slot below the operands, where the top stands between two calls
+  Point *base;     // the slot below the operands, where the top is between two calls
   Element *spare;  // the block of the last scalar, for the next one; null for none
   std::uint32_t kinds;
   std::int16_t depth;
@@ -32,10 +32,10 @@ inline Element *takerecord(Gathering &g) {
 Level gatheringlevel(Level &level, const Gathering &g);
 // Calls the function on the space on top, and makes its topmost value the next element of the result. Messages 806, 27;
 // 994 for an OPERATOR Point, the operands left whole.
-void gather(Level &inner, Gathering &g);
+void callforelement(Level &inner, Gathering &g);
 // Puts the result in the place of the operands, in the shape of the data; its kinds go into the flags that are kept.
 void endgathering(Level &level, Gathering &g, std::uint32_t kept);
-// Leaves the operands behind for good, after a failure that was found between two calls.
+// Drops the operands, after a failure that was found between two calls.
 [[noreturn]] void failgathering(Level &level, int number);
 
 }  // namespace morvik

@@ -17,7 +17,7 @@ char Trace, Step;
 
 namespace {
 
-constexpr std::uint16_t EVERYWHERE = instructions::REST;  // the modifier of the ALL spellings
+constexpr std::uint16_t ALL_LEVELS = instructions::REST;  // the modifier of the ALL spellings
 
 long height(const Level &level) {
   return level.sp - (stacktop - (STACK_POINTS - 1));
@@ -67,7 +67,7 @@ bool inspectline(Level &level, Text &line) {
 }  // namespace
 
 void watch(Level &level) {
-  settle(level.sp);
+  joinpool(level.sp);
   if (Trace || level.trace) traceline(level);
   if (!Step && !level.step) return;
   Text line;
@@ -78,21 +78,21 @@ void watch(Level &level) {
 }
 
 Next dotrace(Level &level) {
-  if (level.instruction->modifier == EVERYWHERE) Trace = 1;
+  if (level.instruction->modifier == ALL_LEVELS) Trace = 1;
   stepping = 1;
   level.trace = true;
   return Next::FETCH;
 }
 
 Next dostep(Level &level) {
-  if (level.instruction->modifier == EVERYWHERE) Trace = Step = 1;
+  if (level.instruction->modifier == ALL_LEVELS) Trace = Step = 1;
   stepping = 1;
   level.trace = level.step = true;
   return Next::FETCH;
 }
 
 Next dorun(Level &level) {
-  if (level.instruction->modifier == EVERYWHERE) Trace = Step = 0;
+  if (level.instruction->modifier == ALL_LEVELS) Trace = Step = 0;
   stepping = 0;
   level.trace = level.step = false;
   return Next::FETCH;

@@ -8,7 +8,7 @@ namespace morvik {
 extern char Trace, Step;  // the global switches, which hold across calls
 
 // Is this level or all of the machine being traced or stepped?
-inline bool watched(const Level &level) {
+inline bool iswatched(const Level &level) {
   return Trace || Step || level.trace || level.step;
 }
 // Before a Point: writes the trace line, and holds the Inspect prompt.

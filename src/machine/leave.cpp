@@ -23,14 +23,14 @@ Next fail(Level &level, int number) {
 
 Next levelreturn(Level &level) {
   popcontexts(level);
-  if (PrintOut) {
-    PrintOut = 0;
+  if (printing) {
+    printing = 0;
     return Next::LEAVE;
   }
-  if (endprocess || level.level != 0 || A_Problem != 1 || !hasvalues(level, 1)) return Next::LEAVE;
+  if (endprocess || level.level != 0 || pendingproblem != 1 || !hasvalues(level, 1)) return Next::LEAVE;
   std::fputs("\n-- - Discarding the bad TOS value...\n", stdout);
   const std::uint32_t kept = level.sp->type & HASASCII;
-  A_Problem = 0;
+  pendingproblem = 0;
   droptop(level);
   // The slot counts again only when it is whole: a failed allocation lands here once more, one value lower.
   makeempty(level.sp[1]);
@@ -69,7 +69,7 @@ void reportrun() {
 
 // The end of a run at level 0: the join, the run reports and the echo.
 [[gnu::noinline]] void endofrun(Level &level) {
-  settle(level.sp);
+  joinpool(level.sp);
   reportrun();
   if (hasvalues(level, 1))
     dump(stdout, "\n\n", level.sp);
@@ -86,9 +86,9 @@ Next reachend(Level &level) {
 }
 
 Next endlevel(Level &level) {
-  // Kept: a function of one local that leaves nothing leaves the local, since the top stands where the frame begins.
+  // Kept: a function of one local that leaves nothing leaves the local, since the top is where the frame begins.
   if (level.ownsframe && level.frame < level.floor && level.sp != level.frame) {
-    if (unfinished >= level.frame) settle(level.sp);
+    if (resultinflight >= level.frame) joinpool(level.sp);
     for (Point *local = level.frame; local < level.floor; ++local) dereferencepoint(local);
     const std::ptrdiff_t results = level.sp - level.floor + 1;
     std::memmove(level.frame, level.floor, static_cast<std::size_t>(results) * sizeof(Point));

@@ -21,7 +21,7 @@ extern Point *stacktop;
 struct Level;
 
 // Where a Programme runs, as often as it does.
-struct Place {
+struct Activation {
   Level *caller;  // null: the outermost
   Point *start;
   Point *header;  // of the function whose body this is, for the facts that its type word collects; null: a text
@@ -34,8 +34,8 @@ struct Place {
   bool ownsframe;  // frame and floor are not the caller's: the end of the level cleans them
 };
 
-// And where a run stands.
-struct Level : Place {
+// And how far a run has come.
+struct Level : Activation {
   Point *current;            // the Point at work, in the Programme
   const Point *instruction;  // what runs: `current`, or `rotation` when a decision let it run
   Point *sp;                 // the top of the stack; always stored before anything that may jump
@@ -48,14 +48,14 @@ struct Level : Place {
   double stamp, operated;  // the clock and the count of operations when the instruction began; only with opstime
   Point rotation;          // an instruction under IF_YES or IF_NO, as it reads without them
 
-  explicit Level(const Place &place) : Place(place) {}
+  explicit Level(const Activation &place) : Activation(place) {}
 };
 
 // The innermost activation.
 extern Level *running;
 
 // Makes a level ready to run, under these names and on this stack.
-inline void begin(Level &level, Context *meaning, Point *sp) {
+inline void beginlevel(Level &level, Context *meaning, Point *sp) {
   level.current = level.start;
   level.instruction = level.start;
   level.sp = sp;
@@ -86,7 +86,7 @@ inline const Element *oneelement(const Point &point) {
 
 // Releases the top and drops it.
 inline void droptop(Level &level) {
-  assert(level.sp != unfinished);
+  assert(level.sp != resultinflight);
   dereferencepoint(level.sp--);
 }
 // Pushes a Point whose references the stack takes over. The caller has checked for room.
@@ -95,7 +95,7 @@ inline void pushowned(Level &level, const Point &point) {
 }
 // Pushes a copy and raises its references.
 inline void pushcopy(Level &level, const Point &point) {
-  assert(&point != unfinished);
+  assert(&point != resultinflight);
   referencepoint(&point);
   *++level.sp = point;
 }

@@ -7,13 +7,14 @@
 #include "machine/level.h"
 #include "machine/machine.h"
 #include "spaces/instructions.h"
+#include "spaces/messages.h"
 #include "spaces/work.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr std::uint16_t REPEATED = instructions::DISCARD;  // the modifier of REPEAT
+constexpr std::uint16_t REPEAT_MODIFIER = instructions::DISCARD;  // the modifier of REPEAT
 
 // What a loop holds while it runs.
 struct Loop {
@@ -28,7 +29,7 @@ void releasecounter(Custody &c) {
 
 // The index scalar of this round. Its block is written over as long as nobody else holds it.
 void pushindex(Level &level, Loop &loop, std::int64_t index) {
-  if (!loop.counter || refr(loop.counter) != 1) {
+  if (!loop.counter || referencecount(loop.counter) != 1) {
     Element *fresh = newelement(tags::INTEGER, forms::NUMBER);
     release(loop.counter);
     loop.counter = fresh;
@@ -42,32 +43,32 @@ void pushindex(Level &level, Loop &loop, std::int64_t index) {
 }
 
 // One round of a function that takes the index. Returns the message that ends the loop, 0 for none.
-int round(Level &inner, Loop &loop, std::int64_t index) {
+int runround(Level &inner, Loop &loop, std::int64_t index) {
   Level &level = *inner.caller;
   const int arguments = loop.function.arguments;
-  if (!hasvalues(level, arguments - 1)) return 800;
+  if (!hasvalues(level, arguments - 1)) return messages::TOO_FEW_ARGUMENTS;
   if (arguments > 0) {
-    if (stackfull(level)) return 806;
+    if (stackfull(level)) return messages::STACK_FULL;
     pushindex(level, loop, index);
   }
   runinner(inner);
   const Point *expected = inner.floor + (arguments > 0 ? arguments - 2 : -1);
   if (level.sp == expected) return 0;
-  settle(level.sp);
+  joinpool(level.sp);
   while (level.sp > expected) droptop(level);
-  return 978;
+  return messages::LOOP_LEAVES_WRONG;
 }
 
-int repeat(Level &level, Loop &loop, std::int64_t count, bool indexed) {
-  if (count > 0 && loop.function.locals > 0) return 988;
-  if (count > 0 && loop.function.arguments < 0 && indexed) return 979;
+int runrounds(Level &level, Loop &loop, std::int64_t count, bool indexed) {
+  if (count > 0 && loop.function.locals > 0) return messages::LOOP_LOCALS;
+  if (count > 0 && loop.function.arguments < 0 && indexed) return messages::LOOP_NEADIC;
   const int below = std::max(loop.function.arguments - 1, 0);  // the arguments but for the index
   Point *const floor = indexed ? level.sp - below + 1 : level.floor;
   Level inner = innerlevel(level, loop.function, indexed ? floor : level.frame, floor);
   for (std::int64_t i = 1; i <= count; ++i) {
     if (!indexed)
       runinner(inner);
-    else if (const int failure = round(inner, loop, i); failure != 0)
+    else if (const int failure = runround(inner, loop, i); failure != 0)
       return failure;
   }
   return 0;
@@ -76,10 +77,10 @@ int repeat(Level &level, Loop &loop, std::int64_t count, bool indexed) {
 }  // namespace
 
 Next doloop(Level &level) {
-  if (!isfunction(level.sp[0])) return fail(level, 976);
+  if (!isfunction(level.sp[0])) return fail(level, messages::LOOP_NO_FUNCTION);
   const Point &top = level.sp[-1];
   if (top.rank != ranks::SCALAR || top.data_pointer[0].tag != tags::INTEGER || top.data_pointer[0].integer < 0)
-    return fail(level, 977);
+    return fail(level, messages::LOOP_COUNT);
   const std::int64_t count = top.data_pointer[0].integer;
   Loop loop;
   loop.function = *level.sp--;
@@ -87,7 +88,7 @@ Next doloop(Level &level) {
   takecustody(loop.function_kept, releasepoint, &loop.function);
   takecustody(loop.counter_kept, releasecounter, &loop.counter);
   droptop(level);
-  const int failure = repeat(level, loop, count, level.instruction->modifier != REPEATED);
+  const int failure = runrounds(level, loop, count, level.instruction->modifier != REPEAT_MODIFIER);
   endcustody(loop.counter_kept);
   endcustody(loop.function_kept);
   dereference(loop.counter);

@@ -3,10 +3,10 @@
 //     from the bottom to the innermost level's `sp` hold Points that own what they refer to.
 //  2. Only handlers move `sp`. A handler that fails itself reports and leaves its own level; a scalar or array
 //     instruction that fails reports and jumps, which drops every level down to level 0.
-//  3. What a handler holds in hand across a call goes into custody; no frame here keeps an object with a destructor.
+//  3. What a handler holds across a call goes into custody; no frame here keeps an object with a destructor.
 //  4. The Programme is never changed but for the bindings of its names: recursion meets it whole.
 //  5. A result in flight is not looked at, moved or dropped: the classes wait for the pool, and so does whoever else
-//     reaches into the stack (settle). Nothing is in flight when a message is reported, when a jump leaves, when a
+//  reaches into the stack (joinpool). Nothing is in flight when a message is reported, when a jump leaves, when a
 //     landing is armed, and when a run of level 0 ends.
 //  6. An interrupt is taken between Points, never inside one, unless its handler offers a safe point of its own.
 #include "machine/machine.h"
@@ -26,6 +26,7 @@
 #include "machine/naming.h"
 #include "machine/timing.h"
 #include "spaces/counters.h"
+#include "spaces/messages.h"
 #include "spaces/symbols.h"
 #include "spaces/work.h"
 
@@ -39,14 +40,14 @@ enum class Hook { OFF, ON };
 // Reads the instruction number of what runs and gives the work to its handler, again as long as it asks for it.
 template <Hook hook>
 Next perform(Level &level) {
-  if (hook == Hook::ON) beginstamp(level);
+  if (hook == Hook::ON) stampstart(level);
   for (;;) {
     const Action &action = actionof(level.instruction->instruction);
     const Admission admission = admit(level, action.needs);
     if (admission != Admission::RUN) return admission == Admission::PASS ? Next::FETCH : Next::LEAVE;
     const Next next = action.handler(level);
     if (next == Next::AGAIN) continue;
-    if (hook == Hook::ON && next != Next::LEAVE) charge(level);
+    if (hook == Hook::ON && next != Next::LEAVE) chargetime(level);
     return next;
   }
 }
@@ -70,13 +71,13 @@ Next pushvalue(Level &level, const Point &value) {
 
 Next pushnamed(Level &level, Point &name) {
   const Point *value = resolve(level, name);
-  if (!value || isend(*value)) return fail(level, 23);
+  if (!value || isend(*value)) return fail(level, messages::NO_MEANING);
   return pushvalue(level, *value);
 }
 
 Next pushlocal(Level &level, const Point &name) {
   const Point *local = level.frame + name.data_pointer->integer;
-  if (local >= level.floor || local->rank == ranks::VARIABLE) return fail(level, 23);
+  if (local >= level.floor || local->rank == ranks::VARIABLE) return fail(level, messages::NO_MEANING);
   pushcopy(level, *local);
   return Next::FETCH;
 }
@@ -98,7 +99,7 @@ Next pushaddress(Level &level, Point &name) {
   return Next::FETCH;
 }
 
-Next unusable(Level &level, const char *text) {
+Next failsymbol(Level &level, const char *text) {
   joinahead();
   std::fputs(text, stderr);
   return levelreturn(level);
@@ -106,10 +107,10 @@ Next unusable(Level &level, const char *text) {
 
 // What a symbolic Point other than an instruction or a function stands for.
 [[gnu::noinline]] Next pushsymbolic(Level &level, Point &point) {
-  if (point.rank == ranks::UNUSED) return unusable(level, " Unused type:");
-  if (point.rank == ranks::INVALID) return unusable(level, " Unusable symbol:");
-  if (point.rank == ranks::LABEL && isend(*point.target)) return fail(level, 23);
-  if (stackfull(level)) return fail(level, 806);
+  if (point.rank == ranks::UNUSED) return failsymbol(level, " Unused type:");
+  if (point.rank == ranks::INVALID) return failsymbol(level, " Unusable symbol:");
+  if (point.rank == ranks::LABEL && isend(*point.target)) return fail(level, messages::NO_MEANING);
+  if (stackfull(level)) return fail(level, messages::STACK_FULL);
   switch (point.rank) {
     case ranks::VARIABLE:
       return pushnamed(level, point);
@@ -118,9 +119,9 @@ Next unusable(Level &level, const char *text) {
     case ranks::LABEL:
       pushcopy(level, *point.target);
       return Next::FETCH;
-    case ranks::LOCALVARIABLE:
+    case ranks::LOCAL_VARIABLE:
       return pushlocal(level, point);
-    case ranks::LOCALADDRESS:
+    case ranks::LOCAL_ADDRESS:
       return pushlocaladdress(level, point);
     default:
       pushcopy(level, point);
@@ -131,10 +132,10 @@ Next unusable(Level &level, const char *text) {
 Next pushpoint(Level &level, Point &point) {
   if (const Verdict v = verdict(level, point); v != Verdict::RUN) {
     if (v == Verdict::PASS) return Next::FETCH;
-    return fail(level, (point.type & YES) != 0 ? 147 : 148);
+    return fail(level, (point.type & YES) != 0 ? messages::NO_CHECK_BEFORE_YES : messages::NO_CHECK_BEFORE_NO);
   }
   if (!isspace(point)) return pushsymbolic(level, point);
-  if (stackfull(level)) return fail(level, 806);
+  if (stackfull(level)) return fail(level, messages::STACK_FULL);
   pushcopy(level, point);
   return Next::FETCH;
 }
@@ -146,7 +147,7 @@ Next execute(Level &level) {
     case ranks::OPERATOR:
       return perform<hook>(level);
     case ranks::FUNCTION:
-      if (stackfull(level)) return fail(level, 806);
+      if (stackfull(level)) return fail(level, messages::STACK_FULL);
       pushcopy(level, *level.current);
       return (level.current->type & ISOPERATOR) != 0 ? call(level) : Next::FETCH;
     default:
@@ -155,10 +156,10 @@ Next execute(Level &level) {
 }
 
 template <Hook hook>
-void loop(Level &level) {
+void runloop(Level &level) {
   while (!isend(*level.current)) {
     safepoint();
-    if (stepping && watched(level)) watch(level);
+    if (stepping && iswatched(level)) watch(level);
     if (hook == Hook::ON) flopos = 0;
     operators += 1;
     const Next next = execute<hook>(level);
@@ -170,8 +171,8 @@ void loop(Level &level) {
   reachend(level);
 }
 
-// A jump drops every level down to level 0, while their frames still stand. Values that they pushed are released; what
-// they consumed is gone, so that the stack may end lower than it stood when level 0 made the call.
+// A jump drops every level down to level 0, while their frames still exist. Values that they pushed are released; what
+// they consumed is gone, so that the stack may end lower than it was when level 0 made the call.
 void droplevels() {
   Point *top = running->sp;
   for (; running->level != 0; running = running->caller) popcontexts(*running);
@@ -180,10 +181,10 @@ void droplevels() {
 }
 
 // Where the jump ends.
-void land(Level &level) {
+void landjump(Level &level) {
   running = &level;
-  if (endprocess || PrintOut) {
-    PrintOut = 0;
+  if (endprocess || printing) {
+    printing = 0;
     popcontexts(level);
     return;
   }
@@ -192,7 +193,7 @@ void land(Level &level) {
 }
 
 void joinrunning() {
-  settle(running->sp);
+  joinpool(running->sp);
 }
 
 // A run at level 0 inside another (the Inspect prompt) puts the outer landing back.
@@ -200,11 +201,11 @@ void runlanded(Level &level) {
   Landing outer;
   armlanding(outer, droplevels, joinrunning);
   if (setjmp(error_jump) != 0)
-    land(level);
+    landjump(level);
   else if (opstime)
-    loop<Hook::ON>(level);
+    runloop<Hook::ON>(level);
   else
-    loop<Hook::OFF>(level);
+    runloop<Hook::OFF>(level);
   disarmlanding(outer);
 }
 
@@ -217,7 +218,7 @@ void runtimed(Level &level) {
   tval = prevtime = clocktime();
   runlanded(level);
   if (!level.caller) {
-    ran += std::max(clocktime() - prevtime, 0.0);
+    totaltime += std::max(clocktime() - prevtime, 0.0);
     return;
   }
   prevtime = outertime;
@@ -228,8 +229,8 @@ void runtimed(Level &level) {
 // What the run of a level takes is not charged to the instruction of the outer one.
 void runstamped(Level &level) {
   const double entered = tval = clocktime();
-  level.stamped = !(stepping && watched(level));
-  loop<Hook::ON>(level);
+  level.stamped = !(stepping && iswatched(level));
+  runloop<Hook::ON>(level);
   duration = clocktime() - entered;
   flopos = 0;
   level.caller->stamp += duration;
@@ -242,12 +243,12 @@ void runinner(Level &inner) {
   Level &outer = *inner.caller;
   // The outer level's own record of the chain keeps what is pushed until it is popped, so that a jump pops it too.
   if (inner.names) outer.meaning = pushtable(outer.meaning, inner.names);
-  begin(inner, outer.meaning, outer.sp);
+  beginlevel(inner, outer.meaning, outer.sp);
   running = &inner;
   if (opstime)
     runstamped(inner);
   else
-    loop<Hook::OFF>(inner);
+    runloop<Hook::OFF>(inner);
   running = &outer;
   outer.sp = inner.sp;
   if (inner.names) outer.meaning = popsymtabs(outer.meaning);
@@ -257,12 +258,12 @@ Point *machine(Point *start, Context *meaning, Point *frame, Point *floor, Point
                int slot) {
   const bool ownsframe = !running || frame != running->frame || floor != running->floor;
   Level self({running, start, nullptr, nullptr, frame, floor, memory, level, slot, ownsframe});
-  begin(self, meaning, sp);
+  beginlevel(self, meaning, sp);
   running = &self;
   if (level == 0)
     runtimed(self);
   else
-    loop<Hook::OFF>(self);
+    runloop<Hook::OFF>(self);
   running = self.caller;
   return self.sp;
 }

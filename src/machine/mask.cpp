@@ -8,71 +8,72 @@
 #include "machine/gather.h"
 #include "machine/leave.h"
 #include "spaces/copies.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr std::uint32_t KEPT = 0xFFBF80BF;  // what a result keeps of the data's flags: no kinds, no COMPLEXED
+constexpr std::uint32_t KEPT_FLAGS = 0xFFBF80BF;  // what a result keeps of the data's flags: no kinds, no COMPLEXED
 
 // One dimension of the walk.
-struct Row {
+struct Dimension {
   std::int64_t extent;    // of the data
   std::int64_t stride;    // of the data: elements from one to the next along this dimension
-  std::int64_t reach;     // kept: 1 whatever the mask's extent, so that a wider mask repeats the offsets -1, 0, 1
-  std::int64_t offset;    // of the neighbour at hand
-  std::int64_t position;  // of the element at hand, counted from 0
+  std::int64_t reach;     // Kept: 1 whatever the mask's extent, so that a wider mask repeats the offsets -1, 0, 1
+  std::int64_t offset;    // of the present neighbour
+  std::int64_t position;  // of the present element, counted from 0
 };
 
 // A coordinate as the modifier takes it; outside of the data, where it still is, there is nothing.
-std::int64_t inside(std::int64_t c, const Row &row, bool first, std::uint16_t modifier) {
+std::int64_t inside(std::int64_t c, const Dimension &dimension, bool first, std::uint16_t modifier) {
   if (modifier == instructions::WRAP) {
-    if (c < 0) return c + row.extent;
+    if (c < 0) return c + dimension.extent;
     // Kept: past the end of the higher dimensions the step back is one short.
-    if (c >= row.extent) return c - (first ? row.extent : row.extent - 1);
+    if (c >= dimension.extent) return c - (first ? dimension.extent : dimension.extent - 1);
   } else if (modifier == instructions::REFLECT) {
     if (c < 0) return -c;
-    if (c >= row.extent) return 2 * row.extent - c - 2;
+    if (c >= dimension.extent) return 2 * dimension.extent - c - 2;
   }
   return c;
 }
 
-// The index of the neighbour at hand, below 0 for none.
-std::int64_t neighbour(const Row *rows, std::int32_t rank, std::uint16_t modifier) {
+// The index of the present neighbour, below 0 for none.
+std::int64_t neighbour(const Dimension *dimensions, std::int32_t rank, std::uint16_t modifier) {
   std::int64_t index = 0;
   for (std::int32_t d = 0; d < rank; ++d) {
-    const std::int64_t c = inside(rows[d].position + rows[d].offset, rows[d], d == 0, modifier);
-    if (c < 0 || c >= rows[d].extent) return -1;
-    index += c * rows[d].stride;
+    const std::int64_t c = inside(dimensions[d].position + dimensions[d].offset, dimensions[d], d == 0, modifier);
+    if (c < 0 || c >= dimensions[d].extent) return -1;
+    index += c * dimensions[d].stride;
   }
   return index;
 }
 
-void nextoffset(Row *rows, std::int32_t rank) {
+void nextoffset(Dimension *dimensions, std::int32_t rank) {
   for (std::int32_t d = 0; d < rank; ++d) {
-    if (++rows[d].offset <= rows[d].reach) return;
-    rows[d].offset = -rows[d].reach;
+    if (++dimensions[d].offset <= dimensions[d].reach) return;
+    dimensions[d].offset = -dimensions[d].reach;
   }
 }
 
-void nextposition(Row *rows, std::int32_t rank) {
+void nextposition(Dimension *dimensions, std::int32_t rank) {
   for (std::int32_t d = 0; d < rank; ++d) {
-    if (++rows[d].position < rows[d].extent) return;
-    rows[d].position = 0;
+    if (++dimensions[d].position < dimensions[d].extent) return;
+    dimensions[d].position = 0;
   }
 }
 
-Row *makerows(const Point &data, const Point &weights) {
+Dimension *makedimensions(const Point &data, const Point &weights) {
   const auto rank = static_cast<std::size_t>(data.rank);
-  auto *rows = static_cast<Row *>(newblock((rank > 0 ? rank : 1) * sizeof(Row)));
+  auto *dimensions = static_cast<Dimension *>(newblock((rank > 0 ? rank : 1) * sizeof(Dimension)));
   std::uint64_t stride = 1;  // of an empty space it may be beyond all bounds
   for (std::size_t d = 0; d < rank; ++d) {
     const std::int64_t extent = data.shape_pointer[d].integer;
     const std::int64_t reach = weights.shape_pointer[d].integer % 2;
-    rows[d] = {extent, static_cast<std::int64_t>(stride), reach, -reach, 0};
+    dimensions[d] = {extent, static_cast<std::int64_t>(stride), reach, -reach, 0};
     stride *= static_cast<std::uint64_t>(extent);
   }
-  return rows;
+  return dimensions;
 }
 
 bool arezero(const double *parts, int count) {
@@ -123,18 +124,18 @@ std::int32_t weigh(const Element &weight, const Element *datum, Element &to, std
   return message;
 }
 
-// Pushes the neighbourhood of the position at hand.
-void pushneighbourhood(Level &level, const Gathering &g, Row *rows, Tally &tally) {
+// Pushes the neighbourhood of the present position.
+void pushneighbourhood(Level &level, const Gathering &g, Dimension *dimensions, Tally &tally) {
   const Point &weights = g.weights;
   Point around = weights;
-  around.type = (weights.type & RANKBITS) | STRUCTURED;
+  around.type = (weights.type & RANK_BITS) | STRUCTURED;
   around.data_pointer = newelements(weights.elements);
   around.elements = 0;
   reference(around.shape_pointer);
   pushowned(level, around);
   std::uint32_t kinds = 0;
   for (std::uint32_t j = 0; j < weights.elements; ++j) {
-    const std::int64_t index = neighbour(rows, g.data.rank, level.instruction->modifier);
+    const std::int64_t index = neighbour(dimensions, g.data.rank, level.instruction->modifier);
     const Element *datum = index < 0 ? nullptr : g.data.data_pointer + index;
     const std::int32_t message = weigh(weights.data_pointer[j], datum, around.data_pointer[j], kinds, tally);
     if (message != 0) {
@@ -142,30 +143,30 @@ void pushneighbourhood(Level &level, const Gathering &g, Row *rows, Tally &tally
       failgathering(level, message);
     }
     level.sp->elements = j + 1;
-    nextoffset(rows, g.data.rank);
+    nextoffset(dimensions, g.data.rank);
   }
-  level.sp->type = (weights.type & RANKBITS) | kinds | complexed(kinds);
+  level.sp->type = (weights.type & RANK_BITS) | kinds | complexed(kinds);
 }
 
-Next mask(Level &level) {
+Next maskspace(Level &level) {
   Gathering g;
   begingathering(level, g, 3);
   Level inner = gatheringlevel(level, g);
-  Row *rows = makerows(g.data, g.weights);
+  Dimension *dimensions = makedimensions(g.data, g.weights);
   Custody walked;
-  takecustody(walked, releaseblock, rows);
+  takecustody(walked, releaseblock, dimensions);
   Tally tally;
   for (std::uint32_t i = 0; i < g.data.elements; ++i) {
-    pushneighbourhood(level, g, rows, tally);
-    gather(inner, g);
+    pushneighbourhood(level, g, dimensions, tally);
+    callforelement(inner, g);
     operations += g.weights.elements;
-    for (std::int32_t d = 0; d < g.data.rank; ++d) rows[d].offset = -rows[d].reach;
-    nextposition(rows, g.data.rank);
+    for (std::int32_t d = 0; d < g.data.rank; ++d) dimensions[d].offset = -dimensions[d].reach;
+    nextposition(dimensions, g.data.rank);
   }
   countwork(g.data.elements, tally.flops);
   endcustody(walked);
-  freeblock(rows);
-  endgathering(level, g, KEPT);
+  freeblock(dimensions);
+  endgathering(level, g, KEPT_FLAGS);
   return Next::FETCH;
 }
 
@@ -179,11 +180,11 @@ bool hasoddextents(const Point &weights) {
 
 Next domask(Level &level) {
   const Point &function = level.sp[0], &weights = level.sp[-1], &data = level.sp[-2];
-  if (!isfunction(function)) return fail(level, 986);
-  if (function.arguments != 1) return fail(level, 987);
-  if (!isspace(weights) || weights.rank != data.rank) return fail(level, 985);
-  if (!hasoddextents(weights)) return fail(level, 984);
-  return mask(level);
+  if (!isfunction(function)) return fail(level, messages::MASK_NO_FUNCTION);
+  if (function.arguments != 1) return fail(level, messages::MASK_NOT_MONADIC);
+  if (!isspace(weights) || weights.rank != data.rank) return fail(level, messages::MASK_RANK);
+  if (!hasoddextents(weights)) return fail(level, messages::MASK_EVEN);
+  return maskspace(level);
 }
 
 }  // namespace morvik

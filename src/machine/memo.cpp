@@ -4,6 +4,7 @@
 #include "machine/calls.h"
 #include "machine/leave.h"
 #include "machine/level.h"
+#include "spaces/messages.h"
 #include "spaces/symbols.h"
 #include "spaces/work.h"
 #include "text/keys.h"
@@ -13,7 +14,7 @@ namespace morvik {
 namespace {
 
 // Functions that draw, or that read or write anything outside, are never kept.
-constexpr std::uint32_t UNKEPT = ISPROBABLE | INOUT;
+constexpr std::uint32_t NEVER_MEMOISED = ISPROBABLE | INOUT;
 
 // The END of a body: where the text of the function itself is kept, in the name word, once it was made.
 Point &endpoint(const Point &function) {
@@ -38,7 +39,7 @@ char *makekey(Level &level, int arguments) {
 }
 
 // Keeps the top as the value of the key, which it takes over; or forgets the key, if the run left nothing to keep.
-void keep(Level &level, char *key, Point &header, const Point *floor) {
+void storeresult(Level &level, char *key, Point &header, const Point *floor) {
   if (level.sp > floor) header.type |= GLOBALCHANGE;
   const bool single = level.sp == floor;
   const bool drawn = single && (level.sp->type & ISPROBABLE) != 0;
@@ -56,23 +57,23 @@ void keep(Level &level, char *key, Point &header, const Point *floor) {
 }
 
 // Puts the kept value in the place of the function and its arguments.
-void recall(Level &level, const Point &value, int arguments) {
+void recallresult(Level &level, const Point &value, int arguments) {
   Point copy = value;
   referencepoint(&copy);
   for (int i = 0; i <= arguments; ++i) droptop(level);
   pushowned(level, copy);
 }
 
-Next memo(Level &level, bool anew) {
-  if (!isfunction(*level.sp)) return fail(level, 975);
+Next callmemoised(Level &level, bool anew) {
+  if (!isfunction(*level.sp)) return fail(level, messages::RESULT_ARGUMENT);
   const int arguments = level.sp->arguments;
-  if (arguments < 0 || (level.sp->programme->type & UNKEPT) != 0) return call(level);
+  if (arguments < 0 || (level.sp->programme->type & NEVER_MEMOISED) != 0) return call(level);
   if (level.sp - 1 < level.floor + arguments - 1) return call(level);  // which reports it
-  settle(level.sp);
+  joinpool(level.sp);
   char *key = makekey(level, arguments);
   const Entry *entry = checkhash(*level.memory, key);
   if (!anew && entry && !isend(*entry->meaning)) {
-    recall(level, *entry->meaning, arguments);
+    recallresult(level, *entry->meaning, arguments);
     release(key);
     return Next::FETCH;
   }
@@ -83,10 +84,10 @@ Next memo(Level &level, bool anew) {
   takecustody(kept, releasepoint, &function);
   takecustody(keykept, releaseblock, key);
   const Next next = call(level);
-  settle(level.sp);
+  joinpool(level.sp);
   endcustody(keykept);
   if (next == Next::FETCH)
-    keep(level, key, *function.programme, floor);
+    storeresult(level, key, *function.programme, floor);
   else
     release(key);
   endcustody(kept);
@@ -97,10 +98,10 @@ Next memo(Level &level, bool anew) {
 }  // namespace
 
 Next doresult(Level &level) {
-  return memo(level, false);
+  return callmemoised(level, false);
 }
 Next doreevaluate(Level &level) {
-  return memo(level, true);
+  return callmemoised(level, true);
 }
 
 }  // namespace morvik

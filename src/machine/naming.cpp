@@ -11,6 +11,7 @@
 #include "machine/level.h"
 #include "spaces/instructions.h"
 #include "spaces/making.h"
+#include "spaces/messages.h"
 #include "spaces/symbols.h"
 #include "text/keys.h"
 
@@ -25,12 +26,12 @@ bool islocaladdress(const Point &point) {
   return isaddress(point) && (point.type & ISLOCAL) != 0;
 }
 
-void mark(Level &level, std::uint32_t bit) {
+void markheader(Level &level, std::uint32_t bit) {
   if (level.header) level.header->type |= bit;
 }
 
 // Binds a name Point to an entry, and notes in which context.
-void bind(Level &level, Point &name, const Entry &entry) {
+void bindname(Level &level, Point &name, const Entry &entry) {
   reference(entry.meaning);
   dereferencebinding(name.target);
   name.target = entry.meaning;
@@ -53,7 +54,7 @@ char sigilof(std::uint16_t rule) {
 }
 
 // The rule of access of a name that is given as text.
-std::uint16_t scope(char sigil) {
+std::uint16_t scopeof(char sigil) {
   switch (sigil) {
     case '_':
       return instructions::SAIG;
@@ -67,12 +68,12 @@ std::uint16_t scope(char sigil) {
 }
 
 // A missing name is made where its rule says: in the current table or in the global one.
-void make(Level &level, Point &name, std::uint32_t bit) {
+void makename(Level &level, Point &name, std::uint32_t bit) {
   const bool global = name.modifier == instructions::SAIG;
   if (!global && name.modifier != instructions::SAIL) return;
   reference(name.name);
-  bind(level, name, *entername(global ? *level.memory : level.meaning->table, name.name, sigilof(name)));
-  if (global) mark(level, bit);
+  bindname(level, name, *entername(global ? *level.memory : level.meaning->table, name.name, sigilof(name)));
+  if (global) markheader(level, bit);
 }
 
 // Looks a name up again where its rule asks for it: what it is bound to, null for nothing.
@@ -80,7 +81,7 @@ Point *rebind(Level &level, Point &name) {
   if (name.modifier == instructions::SGIG) return name.target;
   if (name.target && name.context && sametable(name.context, level.meaning)) return name.target;
   if (const Entry *entry = checkmeaning(level.meaning, name.name))
-    bind(level, name, *entry);
+    bindname(level, name, *entry);
   else
     dereferencebinding(name.target);
   return name.target;
@@ -157,7 +158,7 @@ void replace(Point &bound, const Point &value) {
 }  // namespace
 
 Point *resolve(Level &level, Point &name) {
-  if (!rebind(level, name) && isaddress(name)) make(level, name, GLOBALCHANGE);
+  if (!rebind(level, name) && isaddress(name)) makename(level, name, GLOBALCHANGE);
   return name.target;
 }
 
@@ -184,7 +185,7 @@ void putaddress(Level &level, const Entry &entry, std::uint16_t rule) {
 // Of an address, the address of its entry, which is made again where it was forgotten.
 Next readdress(Level &level) {
   Point &top = *level.sp;
-  if (!top.name) return fail(level, 23);
+  if (!top.name) return fail(level, messages::NO_MEANING);
   const Entry *entry = boundentry(level, top);
   if (!entry) {
     const bool global = top.modifier == instructions::SGIG || top.modifier == instructions::SAIG;
@@ -204,10 +205,10 @@ Next doat(Level &level) {
   const char sigil = splitsigil(bare);
   if (*bare == 0) {
     release(text);
-    return fail(level, 23);
+    return fail(level, messages::NO_MEANING);
   }
   std::memmove(text, bare, std::strlen(bare) + 1);
-  putaddress(level, *enternamed(level, text, sigil), scope(sigil));
+  putaddress(level, *enternamed(level, text, sigil), scopeof(sigil));
   return Next::FETCH;
 }
 
@@ -221,7 +222,7 @@ Next doget(Level &level) {
   const Point *value = nullptr;
   if (!islocaladdress(top)) {
     value = resolve(level, top);
-    if (top.modifier == instructions::SAIG) mark(level, GLOBAL);
+    if (top.modifier == instructions::SAIG) markheader(level, GLOBAL);
   }
   replacetop(level, value);
   return Next::FETCH;
@@ -235,7 +236,7 @@ Next dodo(Level &level) {
 }
 
 Next doassign(Level &level) {
-  if (!isaddress(*level.sp)) return fail(level, 55);
+  if (!isaddress(*level.sp)) return fail(level, messages::ASSIGN_NON_VARIABLE);
   if (Point *const bound = destination(level)) {
     Point value = level.sp[-1];
     referencepoint(&value);
@@ -246,7 +247,7 @@ Next doassign(Level &level) {
 }
 
 Next doset(Level &level) {
-  if (!isaddress(*level.sp)) return fail(level, 55);
+  if (!isaddress(*level.sp)) return fail(level, messages::ASSIGN_NON_VARIABLE);
   Point *const bound = destination(level);
   Point address = *level.sp--;
   if (bound) {
@@ -266,8 +267,8 @@ Next doforget(Level &level) {
 
 namespace {
 
-Next list(Level &level, char sigil) {
-  if (stackfull(level)) return fail(level, 806);
+Next pushlist(Level &level, char sigil) {
+  if (stackfull(level)) return fail(level, messages::STACK_FULL);
   Point names;
   makeempty(names);
   pushowned(level, names);
@@ -275,13 +276,13 @@ Next list(Level &level, char sigil) {
   return Next::FETCH;
 }
 
-Next enter(Level &level, Context *inner) {
+Next entercontext(Level &level, Context *inner) {
   level.meaning = inner;
   return Next::FETCH;
 }
 
 // One table back. What the level entered with belongs to its caller: it is stepped over, not popped.
-Next previous(Level &level) {
+Next leavecontext(Level &level) {
   if (level.meaning->table == *level.memory || !level.meaning->previous) return Next::FETCH;
   if (isouter(level.meaning, level.entry))
     level.meaning = level.meaning->previous;
@@ -293,24 +294,24 @@ Next previous(Level &level) {
 }  // namespace
 
 Next dovariables(Level &level) {
-  return list(level, '_');
+  return pushlist(level, '_');
 }
 Next dofunctions(Level &level) {
-  return list(level, '.');
+  return pushlist(level, '.');
 }
 
 Next docontext(Level &level) {
   switch (level.instruction->modifier) {
     case instructions::SMALL:
-      return enter(level, opentable(level.meaning, SMALL_TABLE));
+      return entercontext(level, opentable(level.meaning, SMALL_TABLE));
     case instructions::LARGE:
-      return enter(level, opentable(level.meaning, LARGE_TABLE));
+      return entercontext(level, opentable(level.meaning, LARGE_TABLE));
     case instructions::BASIC:
-      return enter(level, pushtable(level.meaning, *level.memory));
+      return entercontext(level, pushtable(level.meaning, *level.memory));
     case instructions::PREVIOUS:
-      return previous(level);
+      return leavecontext(level);
     default:
-      return hasvalues(level, 1) ? Next::FETCH : fail(level, 800);
+      return hasvalues(level, 1) ? Next::FETCH : fail(level, messages::TOO_FEW_ARGUMENTS);
   }
 }
 

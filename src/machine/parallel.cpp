@@ -4,6 +4,7 @@
 #include "failure/exception.h"
 #include "machine/leave.h"
 #include "machine/level.h"
+#include "spaces/messages.h"
 #include "spaces/work.h"
 
 namespace morvik {
@@ -19,11 +20,11 @@ const Element *oneinteger(const Point &point) {
 
 Next doparallel(Level &level) {
   const Element *wanted = oneinteger(*level.sp);
-  if (!wanted) return fail(level, 202);
+  if (!wanted) return fail(level, messages::PARALLEL_ARGUMENT);
   std::int64_t slots = std::max<std::int64_t>(wanted->integer, 1);
   if (slots > cpus) {
     std::fprintf(stderr, "WARNING: 204 - requested more than started processors (%ld):", static_cast<long>(cpus));
-    exception(204, &level.sp, level.instruction);
+    exception(messages::PARALLEL_CAPPED, &level.sp, level.instruction);
     slots = cpus;
   }
   processors = static_cast<std::uint32_t>(slots);
@@ -33,9 +34,9 @@ Next doparallel(Level &level) {
 
 // The slices of a result in flight were cut by the old threshold.
 Next doserial(Level &level) {
-  settle(level.sp);
+  joinpool(level.sp);
   const Element *least = oneinteger(*level.sp);
-  if (!least) return fail(level, 203);
+  if (!least) return fail(level, messages::SERIAL_ARGUMENT);
   MIN_PARALLEL = std::max<std::int64_t>(least->integer, processors);
   droptop(level);
   return Next::FETCH;

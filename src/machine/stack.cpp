@@ -9,6 +9,7 @@
 #include "spaces/copies.h"
 #include "spaces/instructions.h"
 #include "spaces/making.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
@@ -26,14 +27,14 @@ Point *findmark(const Level &level) {
 }
 
 Next pushcount(Level &level, std::int64_t count) {
-  if (stackfull(level)) return fail(level, 806);
+  if (stackfull(level)) return fail(level, messages::STACK_FULL);
   pushinteger(level, count);
   return Next::FETCH;
 }
 
 // What COLLECT makes of nothing: like any vector that it makes of scalars, it has depth 0.
 Next pushempty(Level &level) {
-  if (stackfull(level)) return fail(level, 806);
+  if (stackfull(level)) return fail(level, messages::STACK_FULL);
   Point empty;
   makeempty(empty);
   empty.depth = 0;
@@ -46,21 +47,22 @@ Next pushempty(Level &level) {
 std::uint32_t collectedtype(const Point *values, std::ptrdiff_t count) {
   std::uint32_t kinds = 0;
   for (std::ptrdiff_t i = 0; i < count; ++i) {
-    kinds |= values[i].type & (KINDBITS | STRUCTURED);
+    kinds |= values[i].type & (KIND_BITS | STRUCTURED);
     if (values[i].rank > 0) kinds |= STRUCTURED;
   }
   return ISVECTOR | static_cast<std::uint32_t>(__builtin_popcount(kinds));
 }
 
 // Turns the values of the level from `values` to the top into one vector in the first one's slot. A scalar gives its
-// record, a symbolic Point stands whole in one, and a space of rank 1 or more is enclosed.
-void collect(Level &level, Point *values) {
+// record, a symbolic Point is stored whole in one, and a space of rank 1 or more is enclosed.
+void collectvalues(Level &level, Point *values) {
   const std::ptrdiff_t count = level.sp - values + 1;
   Point result{};
   result.rank = ranks::VECTOR;
   result.elements = static_cast<std::uint32_t>(count);
   result.type = collectedtype(values, count);
-  // All memory comes before the first move. What is taken hangs on the vector already, so that a failure gives it back.
+  // All memory comes before the first move. What is allocated belongs to the vector already, so that a failure releases
+  // it.
   Custody made;
   takecustody(made, releasepoint, &result);
   result.shape_pointer = newshape(static_cast<std::int16_t>(count));
@@ -121,13 +123,13 @@ Next doswap(Level &level) {
 }
 
 Next doduplicate(Level &level) {
-  if (stackfull(level)) return fail(level, 806);
+  if (stackfull(level)) return fail(level, messages::STACK_FULL);
   pushcopy(level, *level.sp);
   return Next::FETCH;
 }
 
 Next domark(Level &level) {
-  if (stackfull(level)) return fail(level, 806);
+  if (stackfull(level)) return fail(level, messages::STACK_FULL);
   pushcopy(level, *level.instruction);
   return Next::FETCH;
 }
@@ -154,15 +156,15 @@ Next docollect(Level &level) {
       droptop(level);
       return pushempty(level);
     }
-    if (count > 1) collect(level, mark + 1);
+    if (count > 1) collectvalues(level, mark + 1);
     dereferencepoint(mark);
     *mark = mark[1];
     --level.sp;
     return Next::FETCH;
   }
   if (count == 0) return pushempty(level);
-  if (level.instruction->modifier == instructions::MARK) return fail(level, 201);
-  if (count > 1) collect(level, mark + 1);
+  if (level.instruction->modifier == instructions::MARK) return fail(level, messages::NO_MARK);
+  if (count > 1) collectvalues(level, mark + 1);
   return Next::FETCH;
 }
 

@@ -107,7 +107,7 @@ Next docompresslastaxis(Level &level) {
 
 Next doreplicate(Level &level) {
   const int fault = replicate(level.sp[-1], level.sp[0], level.instruction);
-  return fault == REPORTED ? levelreturn(level) : done2(level, fault);
+  return fault == ALREADY_REPORTED ? levelreturn(level) : done2(level, fault);
 }
 
 Next doreshape(Level &level) {

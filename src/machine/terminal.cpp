@@ -14,6 +14,7 @@
 #include "machine/timing.h"
 #include "spaces/instructions.h"
 #include "spaces/making.h"
+#include "spaces/messages.h"
 #include "spaces/work.h"
 #include "text/text.h"
 
@@ -21,12 +22,11 @@ namespace morvik {
 
 namespace {
 
-constexpr int INPUT_LEFT_MORE = 700, NEGATIVE_SLEEP = 949, STACK_FULL = 806;
 constexpr std::int64_t SECONDS_A_DAY = 86400, NANOSECONDS = 1000000000;
 constexpr double EPOCH_DAY = 2440587.5;  // the Julian day at which the host's clock begins
-constexpr std::int64_t SLICE_NS = 50000000;
+constexpr std::int64_t SLEEP_SLICE_NS = 50000000;
 constexpr std::int64_t LONGEST_SLEEP = 1000000000;  // seconds; nobody will see the end of it
-constexpr std::size_t PORTION = 4096;               // bytes between two safe points
+constexpr std::size_t LINE_BYTES = 4096;            // bytes between two safe points
 
 // ---- Reading the standard input byte by byte.
 
@@ -45,11 +45,11 @@ int readbyte() {
 Point readline() {
   Characters line;
   begincharacters(line, 0);
-  char bytes[PORTION];
+  char bytes[LINE_BYTES];
   std::size_t count = 0;
   for (int byte = readbyte(); byte != EOF && byte != '\n'; byte = readbyte()) {
     bytes[count++] = static_cast<char>(byte);
-    if (count < PORTION) continue;
+    if (count < LINE_BYTES) continue;
     safepoint();
     appendcharacters(line, bytes, count);
     count = 0;
@@ -70,7 +70,7 @@ std::int64_t monotonic() {
 void sleepfor(std::int64_t nanoseconds) {
   const std::int64_t end = monotonic() + nanoseconds;
   for (std::int64_t left = nanoseconds; left > 0; left = end - monotonic()) {
-    const timespec slice = {0, std::min(left, SLICE_NS)};
+    const timespec slice = {0, std::min(left, SLEEP_SLICE_NS)};
     nanosleep(&slice, nullptr);
     safepoint();
   }
@@ -95,7 +95,7 @@ bool istime(const Point &value) {
 // ---- Writing.
 
 // The modifier says whether a line feed follows; an empty value is no more than that.
-void show(Level &level) {
+void writevalueontop(Level &level) {
   const bool line = level.instruction->modifier == instructions::PRINT;
   if (!isempty(*level.sp) || !line) dump(stdout, "", level.sp);
   if (line) std::fputc('\n', stdout);
@@ -104,7 +104,7 @@ void show(Level &level) {
 }  // namespace
 
 Next doinput(Level &level) {
-  if (stackfull(level)) return fail(level, STACK_FULL);
+  if (stackfull(level)) return fail(level, messages::STACK_FULL);
   std::fflush(stdout);
   safepoint();
   Point *const base = level.sp;
@@ -119,24 +119,24 @@ Next doinput(Level &level) {
     makeempty(empty);
     pushowned(level, empty);
   } else if (results > 1) {
-    settle(level.sp);
+    joinpool(level.sp);
     const Point last = *level.sp--;
     while (level.sp > base) droptop(level);
     pushowned(level, last);
-    exception(INPUT_LEFT_MORE, &level.sp, level.instruction);
+    exception(messages::INPUT_LEFT_MORE, &level.sp, level.instruction);
   }
   return Next::FETCH;
 }
 
 Next doquotedin(Level &level) {
-  if (stackfull(level)) return fail(level, STACK_FULL);
+  if (stackfull(level)) return fail(level, messages::STACK_FULL);
   std::fflush(stdout);
   pushowned(level, readline());
   return Next::FETCH;
 }
 
 Next dotime(Level &level) {
-  if (stackfull(level)) return fail(level, STACK_FULL);
+  if (stackfull(level)) return fail(level, messages::STACK_FULL);
   tval = clocktime();
   Point day;
   makereal(day, tval / static_cast<double>(SECONDS_A_DAY) + EPOCH_DAY, forms::JULIAN);
@@ -145,12 +145,12 @@ Next dotime(Level &level) {
 }
 
 Next dooutput(Level &level) {
-  show(level);
+  writevalueontop(level);
   return Next::FETCH;
 }
 
 Next doprint(Level &level) {
-  show(level);
+  writevalueontop(level);
   droptop(level);
   return Next::FETCH;
 }
@@ -158,7 +158,7 @@ Next doprint(Level &level) {
 Next dosleep(Level &level) {
   if (!istime(*level.sp)) return Next::FETCH;
   const std::int64_t nanoseconds = sleeptime(level.sp->data_pointer[0]);
-  if (nanoseconds < 0) return fail(level, NEGATIVE_SLEEP);
+  if (nanoseconds < 0) return fail(level, messages::NEGATIVE_SLEEP);
   std::fflush(stdout);
   sleepfor(nanoseconds);
   droptop(level);

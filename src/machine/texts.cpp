@@ -27,7 +27,7 @@ void closetext(Text &text) {
 }
 
 std::int64_t compiletext(Level &level, Text &text, std::FILE *stream, const char **string, int flag) {
-  // What a person types while asked for it is not meant for what runs; a text that is at hand takes no time to read.
+  // What a person types while asked for it is not meant for what runs; a text in storage takes no time to read.
   const bool typed = stream == stdin;
   typed ? readingsignals() : deferinterrupts();
   const std::int64_t points = fill(text.programme, level.meaning, level.sp, stream, string, flag);
@@ -42,11 +42,11 @@ void runtext(Level &level, Text &text, Point *frame, Point *floor) {
 }
 
 char *endedtext(const Point &space) {
-  static constexpr char ENDMARK[] = " .";
+  static constexpr char END_MARK[] = " .";
   const std::size_t length = space.elements;
-  auto *bytes = static_cast<char *>(newblock(length + sizeof ENDMARK));
+  auto *bytes = static_cast<char *>(newblock(length + sizeof END_MARK));
   for (std::size_t i = 0; i < length; ++i) bytes[i] = static_cast<char>(space.data_pointer[i].ascii);
-  std::memcpy(bytes + length, ENDMARK, sizeof ENDMARK);
+  std::memcpy(bytes + length, END_MARK, sizeof END_MARK);
   return bytes;
 }
 

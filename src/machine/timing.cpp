@@ -13,7 +13,7 @@ namespace morvik {
 
 char timing, performance, processor_performance, flops, just_summary, terse_ops, opstime;
 std::int64_t MHz;
-double verbs, tval, prevtime, duration, ran;
+double verbs, tval, prevtime, duration, totaltime;
 
 namespace {
 
@@ -53,7 +53,7 @@ double persecond(double count, double seconds) {
 
 // The clock is read here, and not where the last instruction ended, so that neither the fetch nor a trace line nor a
 // person at the Inspect prompt is charged.
-void beginstamp(Level &level) {
+void stampstart(Level &level) {
   const std::uint16_t number = level.instruction->instruction;
   if (isfree(number) || isleaving(number)) return;
   if (!level.stamped || level.current != level.start) tval = clocktime();
@@ -63,7 +63,7 @@ void beginstamp(Level &level) {
 }
 
 // Nested runs moved the stamp on by what they took, so that a clock that was set back in one of them does no harm here.
-void charge(Level &level) {
+void chargetime(Level &level) {
   if (isfree(level.instruction->instruction)) return;
   tval = clocktime();
   const double time = std::max(tval - level.stamp, 0.0);

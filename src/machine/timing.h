@@ -15,7 +15,7 @@ extern std::int64_t MHz;
 extern double tval;            // the clock at the last reading
 extern double prevtime;        // the clock at the start of the run
 extern double duration;        // the time of the last run
-extern double ran;             // the time of all runs together, for the reports
+extern double totaltime;       // the time of all runs together, for the reports
 extern double (*clocktime)();  // reads the clock, which may be set back at any time; a test puts its own in this place
 
 extern double verbs;  // the sum of `operators` over all inputs
@@ -24,7 +24,7 @@ extern double verbs;  // the sum of `operators` over all inputs
 double persecond(double count, double seconds);
 
 // The timing hook: the start of an instruction, and the charge to its row afterwards.
-void beginstamp(Level &level);
-void charge(Level &level);
+void stampstart(Level &level);
+void chargetime(Level &level);
 
 }  // namespace morvik

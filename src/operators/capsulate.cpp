@@ -11,28 +11,28 @@
 #include "operators/records.h"
 #include "spaces/convert.h"
 #include "spaces/copies.h"
+#include "spaces/messages.h"
+#include "spaces/point.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
 
 namespace {
 
-constexpr std::int32_t COMPLEXED_STRUCTURE = 1003, MULTIDIMENSIONAL = 1004;
-constexpr std::uint32_t UNFOLDED = HASASCII | HASCOMPLEX | HASQUATERNION | HASOCTONION;
+constexpr std::uint32_t UNFOLDABLE_KINDS = HASASCII | HASCOMPLEX | HASQUATERNION | HASOCTONION;
 constexpr int PARTS = 8;
-constexpr std::uint32_t STRETCH = 65536;  // records between two safe points, which also stand before each member
 
 bool isreal(const Element &e) {
   return e.tag == tags::INTEGER || e.tag == tags::REAL;
 }
-double real(const Element &e) {
+double realvalue(const Element &e) {
   return e.tag == tags::INTEGER ? static_cast<double>(e.integer) : e.real;
 }
 
 // Gives a member that is to be changed a Point of its own. The record stands in a block that nobody else sees, and so
 // does that of each member around it: then alone does a count of 1 tell that the member is nobody else's.
 Point *ownmember(Element &e) {
-  if (refr(e.subarray) == 1) return e.subarray;
+  if (referencecount(e.subarray) == 1) return e.subarray;
   Point *own = newpoint();
   *own = *e.subarray;
   referencepoint(own);
@@ -46,7 +46,7 @@ Point *ownmember(Element &e) {
 void countkinds(Point &space) {
   std::uint32_t kinds = 0;
   for (std::uint32_t i = 0; i < space.elements; ++i) kinds |= kindbit(space.data_pointer[i].tag);
-  space.type = (space.type & ~(KINDBITS | COMPLEXED)) | kinds | (space.elements > 1 ? complexed(kinds) : 0);
+  space.type = (space.type & ~(KIND_BITS | COMPLEXED)) | kinds | (space.elements > 1 ? complexed(kinds) : 0);
 }
 
 void unname(Element &e) {
@@ -63,7 +63,7 @@ struct Changing {
 
 bool hasrecords(Point &space) {
   if (!isspace(space) || isempty(space)) return false;
-  records::knowkinds(space);
+  records::ensurekinds(space);
   return true;
 }
 
@@ -81,7 +81,7 @@ void changeall(Point *point, Opens opens, Change change, Close close) {
   open(point);
   while (levels.depth > 0) {
     auto &[space, next] = innermost(levels);
-    if (next % STRETCH == 0) safepoint();
+    if (next % POLL_INTERVAL == 0) safepoint();
     if (next == space->elements) {
       close(*space);
       --levels.depth;
@@ -101,10 +101,10 @@ std::int32_t foldedtag(std::uint32_t count) {
   return count <= 4 ? tags::QUATERNION : tags::OCTONION;
 }
 
-void fold(Point *point) {
+void foldvector(Point *point) {
   double parts[PARTS] = {};
   const std::int32_t tag = foldedtag(point->elements);
-  for (std::uint32_t i = 0; i < point->elements; ++i) parts[i] = real(point->data_pointer[i]);
+  for (std::uint32_t i = 0; i < point->elements; ++i) parts[i] = realvalue(point->data_pointer[i]);
   Element *folded = newelement(tags::FILLER, forms::NUMBER);
   Custody made;
   takecustody(made, releaseblock, folded);
@@ -126,9 +126,9 @@ void fold(Point *point) {
 }
 
 // One real element of a whole value becomes the integer.
-void settle(Point *point) {
+void wholetointeger(Point *point) {
   const Element &e = point->data_pointer[0];
-  if (e.tag != tags::REAL || std::floor(e.real) != e.real || std::fabs(e.real) >= INTEGERBOUND) return;
+  if (e.tag != tags::REAL || std::floor(e.real) != e.real || std::fabs(e.real) >= INTEGER_BOUND) return;
   makeprivate(*point);
   Element &own = point->data_pointer[0];
   own.integer = saturate(own.real);
@@ -139,7 +139,7 @@ void settle(Point *point) {
 }
 
 bool isfoldable(const Point &point) {
-  if ((point.type & UNFOLDED) != 0) return false;
+  if ((point.type & UNFOLDABLE_KINDS) != 0) return false;
   return std::all_of(point.data_pointer, point.data_pointer + point.elements, isreal);
 }
 
@@ -171,7 +171,7 @@ void readparts(const Element &e, double *parts) {
   } else if (e.tag == tags::OCTONION) {
     std::copy_n(e.octonion->part, PARTS, parts);
   } else {
-    parts[0] = real(e);
+    parts[0] = realvalue(e);
   }
 }
 
@@ -190,7 +190,7 @@ std::size_t widthof(const Point &point) {
 }
 
 // A shape with one more axis, the fastest, in front; of a scalar, the only one.
-Element *opened(const Point &point, std::size_t width) {
+Element *openedshape(const Point &point, std::size_t width) {
   const auto rank = static_cast<std::size_t>(point.rank);
   Element *shape = newelements(rank + 1);
   for (std::size_t axis = 0; axis <= rank; ++axis) {
@@ -207,7 +207,7 @@ void writeparts(const Point &point, std::size_t width, Element *to) {
   double parts[PARTS];
   for (std::uint32_t i = 0; i < point.elements; ++i) {
     const Element &e = point.data_pointer[i];
-    if (i % STRETCH == 0) safepoint();
+    if (i % POLL_INTERVAL == 0) safepoint();
     readparts(e, parts);
     for (std::size_t k = 0; k < width; ++k, ++to) {
       *to = {};
@@ -223,10 +223,10 @@ void writeparts(const Point &point, std::size_t width, Element *to) {
 
 // A space without members.
 void encapsulatesimple(Point &space, Point **stackpointer, const Point *instruction) {
-  if (space.rank != ranks::VECTOR) return exception(MULTIDIMENSIONAL, stackpointer, instruction);
+  if (space.rank != ranks::VECTOR) return exception(messages::ENCAPSULATE_DIMENSIONS, stackpointer, instruction);
   if (!isfoldable(space)) return;
-  if (space.elements == 1) return settle(&space);
-  if (space.elements <= PARTS) fold(&space);
+  if (space.elements == 1) return wholetointeger(&space);
+  if (space.elements <= PARTS) foldvector(&space);
 }
 
 }  // namespace
@@ -236,13 +236,13 @@ void encapsulate(Point *point, Point **stackpointer, const Point *instruction) {
       point,
       [&](Point &space) {
         if (isspace(space) && isempty(space)) return false;
-        records::knowkinds(space);
+        records::ensurekinds(space);
         if (!isspace(space) || (space.type & STRUCTURED) == 0) {
           encapsulatesimple(space, stackpointer, instruction);
           return false;
         }
         const bool mixed = (space.type & COMPLEXED) != 0;
-        if (mixed) exception(COMPLEXED_STRUCTURE, stackpointer, instruction);
+        if (mixed) exception(messages::ENCAPSULATE_COMPLEXED, stackpointer, instruction);
         return !mixed;
       },
       [](Element &) {}, [](Point &) {});
@@ -253,12 +253,12 @@ void decapsulate(Point *point) {
   const std::size_t width = widthof(*point);
   if (width == 0) return;
   const std::size_t count = width * point->elements;
-  if (count > UINT32_MAX) outofstorage();
+  if (count > MOST_ELEMENTS) outofstorage();
   Point result{};
   Custody made;
   takecustody(made, releasepoint, &result);
   result.rank = point->rank + 1;
-  result.shape_pointer = opened(*point, width);
+  result.shape_pointer = openedshape(*point, width);
   result.data_pointer = newelements(count);
   writeparts(*point, width, result.data_pointer);
   result.elements = static_cast<std::uint32_t>(count);
@@ -275,8 +275,8 @@ void enascii(Point *point, double tolerance) {
       point, hasrecords,
       [=](Element &e) {
         if (!isreal(e)) return;
-        const double whole = e.tag == tags::INTEGER ? real(e) : std::nearbyint(e.real);
-        if (std::fabs(real(e) - whole) > tolerance || !(whole >= 0 && whole <= 255)) return;
+        const double whole = e.tag == tags::INTEGER ? realvalue(e) : std::nearbyint(e.real);
+        if (std::fabs(realvalue(e) - whole) > tolerance || !(whole >= 0 && whole <= 255)) return;
         unname(e);
         e.tag = tags::ASCII;
         e.form = 0;

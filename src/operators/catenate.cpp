@@ -1,4 +1,4 @@
-// CATENATE: the records of two values in one block. What can fail comes first; from then on the operands are given up
+// CATENATE: the records of two values in one block. What can fail comes first; from then on the operands are released
 // without a safe point in between.
 #include "operators/catenate.h"
 
@@ -7,6 +7,8 @@
 #include "failure/custody.h"
 #include "operators/records.h"
 #include "spaces/blocks.h"
+#include "spaces/messages.h"
+#include "spaces/point.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
@@ -14,14 +16,12 @@ namespace morvik {
 using records::copyrecords;
 using records::copyshape;
 using records::endmaking;
-using records::found;
+using records::ensurekinds;
+using records::examinerecords;
 using records::hascountedname;
 using records::isunique;
-using records::knowkinds;
 using records::makecopies;
 using records::Making;
-using records::MOSTELEMENTS;
-using records::NOBRANCH;
 using records::owns;
 using records::recordbits;
 using records::releaserecords;
@@ -30,34 +30,34 @@ using records::unknownkind;
 
 namespace {
 
-// How the records of an operand get into the new block.
-enum class Way {
+// How the records of an operand are transferred to the new block.
+enum class Transfer {
   PLAIN,   // copied, as they own nothing
   MOVED,   // copied, and their block freed: nobody else sees them
   COPIED,  // one by one, as somebody else holds them too
 };
 
-struct Part {
+struct Side {
   Point point;     // the operand
   Element symbol;  // a symbolic Point as the one record that stands for it
   const Element *records;
   std::uint32_t count;
   std::uint32_t bits;
   std::int16_t depth;
-  Way way;
+  Transfer transfer;
 };
 
-// A symbolic Point stands whole in a record, unless it is an operator.
-int makesymbol(Part &part) {
+// A symbolic Point is stored whole in a record, unless it is an operator.
+int makesymbol(Side &part) {
   part.symbol = std::bit_cast<Element>(part.point);
   part.records = &part.symbol;
   part.count = 1;
   part.bits = recordbits(part.symbol);
-  part.way = Way::MOVED;
-  return part.bits == 0 ? NOBRANCH : 0;
+  part.transfer = Transfer::MOVED;
+  return part.bits == 0 ? messages::RESTRICTION : 0;
 }
 
-int makepart(Part &part, const Point &operand) {
+int makepart(Side &part, const Point &operand) {
   part.point = operand;
   part.depth = 0;
   if (!isspace(operand)) return makesymbol(part);
@@ -66,9 +66,9 @@ int makepart(Part &part, const Point &operand) {
   part.count = operand.elements;
   part.bits = operand.rank == 0 ? recordbits(*part.records) : operand.type;
   if (operand.rank > 0) part.depth = operand.depth;
-  if ((part.bits & STRUCTURED) != 0) part.depth = std::max(part.depth, found(part.records, part.count).depth);
+  if ((part.bits & STRUCTURED) != 0) part.depth = std::max(part.depth, examinerecords(part.records, part.count).depth);
   const bool moves = isunique(operand) && !(operand.rank == 0 && hascountedname(*part.records));
-  part.way = !owns(operand) ? Way::PLAIN : moves ? Way::MOVED : Way::COPIED;
+  part.transfer = !owns(operand) ? Transfer::PLAIN : moves ? Transfer::MOVED : Transfer::COPIED;
   return 0;
 }
 
@@ -101,10 +101,10 @@ Element *joinedshape(const Point &left, const Point &right, std::uint32_t total,
 // ---- The records.
 
 // Puts one operand's records to their place, as far as that can fail or be interrupted.
-void putcopies(Making &m, const Part &part) {
-  if (part.way == Way::COPIED) return makecopies(m, part.records, 1, part.count);
+void putcopies(Making &m, const Side &part) {
+  if (part.transfer == Transfer::COPIED) return makecopies(m, part.records, 1, part.count);
   Element *to = m.made.data_pointer + m.made.elements;
-  if (part.way == Way::PLAIN) {
+  if (part.transfer == Transfer::PLAIN) {
     copyrecords(to, part.records, part.count, true);
   } else {
     for (std::uint32_t i = 0; i < part.count; ++i) {
@@ -115,12 +115,12 @@ void putcopies(Making &m, const Part &part) {
   m.made.elements += part.count;
 }
 
-void putmoved(Element *to, const Part &part) {
-  if (part.way == Way::MOVED) copyrecords(to, part.records, part.count, false);
+void putmoved(Element *to, const Side &part) {
+  if (part.transfer == Transfer::MOVED) copyrecords(to, part.records, part.count, false);
 }
 
 // Both in a new block.
-Element *joined(const Part &left, const Part &right) {
+Element *joined(const Side &left, const Side &right) {
   Making m;
   startmaking(m, std::size_t{left.count} + right.count);
   putcopies(m, left);
@@ -132,11 +132,11 @@ Element *joined(const Part &left, const Part &right) {
 }
 
 // The right behind the left, in the left's own block.
-Element *appended(Point &left, const Part &right) {
+Element *appended(Point &left, const Side &right) {
   const std::size_t total = std::size_t{left.elements} + right.count;
-  if (right.way != Way::COPIED) {
+  if (right.transfer != Transfer::COPIED) {
     left.data_pointer = Reallocate(left.data_pointer, total);
-    copyrecords(left.data_pointer + left.elements, right.records, right.count, right.way == Way::PLAIN);
+    copyrecords(left.data_pointer + left.elements, right.records, right.count, right.transfer == Transfer::PLAIN);
     return left.data_pointer;
   }
   Making m;
@@ -149,11 +149,11 @@ Element *appended(Point &left, const Part &right) {
   return left.data_pointer;
 }
 
-// Gives up what an operand still holds once its records stand in the result.
-void giveup(Part &part) {
+// Releases what an operand still holds once its records are in the result.
+void releaseoperand(Side &part) {
   if (!isspace(part.point)) return;
   release(part.point.shape_pointer);
-  if (part.way == Way::COPIED)
+  if (part.transfer == Transfer::COPIED)
     releaserecords(part.point);
   else
     release(part.point.data_pointer);
@@ -161,24 +161,24 @@ void giveup(Part &part) {
 
 // Does the left's own block grow, rather than both go into a new one? It does for a short right, so that what is
 // appended bit by bit costs no more than that. A block that grows much is copied with all the room that it had.
-bool grows(const Point &left, const Part &l, const Part &r) {
-  constexpr std::uint32_t SHORT = 4;
-  if (!isspace(left) || !isunique(left) || l.way == Way::COPIED) return false;
-  return l.way == Way::MOVED || r.count <= l.count / SHORT;
+bool growsinplace(const Point &left, const Side &l, const Side &r) {
+  constexpr std::uint32_t SHORT_SHARE = 4;
+  if (!isspace(left) || !isunique(left) || l.transfer == Transfer::COPIED) return false;
+  return l.transfer == Transfer::MOVED || r.count <= l.count / SHORT_SHARE;
 }
 
-void join(Point &left, Point &right, Part &l, Part &r, std::uint32_t total) {
+void join(Point &left, Point &right, Side &l, Side &r, std::uint32_t total) {
   Point result{};
   result.shape_pointer = joinedshape(left, right, total, result.rank);
   Custody making;
   takecustody(making, releaseblock, result.shape_pointer);
-  const bool grown = grows(left, l, r);
+  const bool grown = growsinplace(left, l, r);
   result.data_pointer = grown ? appended(left, r) : joined(l, r);
   endcustody(making);
   if (grown) l.point.data_pointer = nullptr;
-  giveup(l);
-  giveup(r);
-  result.type = ((l.bits | r.bits) & (ELEMENTBITS | STRUCTURED | ISSTRUCTURE)) |
+  releaseoperand(l);
+  releaseoperand(r);
+  result.type = ((l.bits | r.bits) & (ELEMENT_BITS | STRUCTURED | ISSTRUCTURE)) |
                 ((left.type | right.type) & ISPROBABLE) | (result.rank > 1 ? ISARRAY : ISVECTOR);
   result.type |= complexed(result.type);
   result.depth = std::max({l.depth, r.depth, std::int16_t{1}});
@@ -204,13 +204,13 @@ int catenate(Point &left, Point &right) {
     dereferencepoint(&right);
     return 0;
   }
-  knowkinds(left);
-  knowkinds(right);
-  Part l, r;
+  ensurekinds(left);
+  ensurekinds(right);
+  Side l, r;
   if (const int fault = makepart(l, left)) return fault;
   if (const int fault = makepart(r, right)) return fault;
   const std::uint64_t total = std::uint64_t{l.count} + r.count;
-  if (total > MOSTELEMENTS) outofstorage();
+  if (total > MOST_ELEMENTS) outofstorage();
   join(left, right, l, r, static_cast<std::uint32_t>(total));
   return 0;
 }

@@ -9,23 +9,20 @@
 #include "operators/reshape.h"
 #include "spaces/blocks.h"
 #include "spaces/copies.h"
+#include "spaces/messages.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
 
 using records::becomeempty;
-using records::CHUNK;
 using records::copyshape;
-using records::found;
-using records::keep;
-using records::knowkinds;
-using records::NOBRANCH;
-using records::settle;
+using records::ensurekinds;
+using records::examinerecords;
+using records::keeprecords;
+using records::refreshflags;
 using records::unknownkind;
 
 namespace {
-
-constexpr int BADMASK = 4, NOMATCH = 31;
 
 // The axis at work: elements within one step of it, steps, and how often the whole axis comes.
 struct Axis {
@@ -48,13 +45,13 @@ Axis axisof(const Point &data, bool last) {
 // Does the flag word speak of integers alone, and the rank of one axis at most?
 bool ismask(const Point &mask) {
   if (!isspace(mask) || !mask.data_pointer || (mask.type & STRUCTURED) != 0) return false;
-  return (mask.type & PURITYBITS) == HASINTEGER && (mask.rank < 2 || mask.elements == 1);
+  return (mask.type & PURITY_BITS) == HASINTEGER && (mask.rank < 2 || mask.elements == 1);
 }
 
 // Notes the places that are kept of so many records, the first of which has this number.
 void noteplaces(const Element *e, std::uint32_t first, std::uint32_t count, std::uint32_t *places, std::uint32_t &kept,
                 std::uint32_t &others) {
-  constexpr std::uint32_t TOGETHER = 8;
+  constexpr std::uint32_t UNROLLED = 8;
   std::size_t k = kept;
   std::uint32_t strange = 0;
   const auto note = [&](std::uint32_t at) {
@@ -62,11 +59,11 @@ void noteplaces(const Element *e, std::uint32_t first, std::uint32_t count, std:
     k += e[at].integer > 0 ? 1 : 0;
     strange |= static_cast<std::uint32_t>(e[at].tag ^ tags::INTEGER);
   };
-  for (; count >= TOGETHER; count -= TOGETHER, first += TOGETHER, e += TOGETHER)
+  for (; count >= UNROLLED; count -= UNROLLED, first += UNROLLED, e += UNROLLED)
     [&]<std::uint32_t... ahead>(std::integer_sequence<std::uint32_t, ahead...>) {
       (note(ahead), ...);
     }
-  (std::make_integer_sequence<std::uint32_t, TOGETHER>{});
+  (std::make_integer_sequence<std::uint32_t, UNROLLED>{});
   for (std::uint32_t i = 0; i < count; ++i) note(i);
   kept = static_cast<std::uint32_t>(k);
   others |= strange;
@@ -77,7 +74,7 @@ bool keptplaces(const Point &mask, std::uint32_t *places, std::uint32_t &kept) {
   kept = 0;
   std::uint32_t others = 0;
   for (std::uint32_t i = 0; i < mask.elements;) {
-    const auto count = static_cast<std::uint32_t>(std::min<std::size_t>(mask.elements - i, CHUNK));
+    const auto count = static_cast<std::uint32_t>(std::min<std::size_t>(mask.elements - i, POLL_INTERVAL));
     noteplaces(mask.data_pointer + i, i, count, places, kept, others);
     i += count;
     safepoint();
@@ -103,20 +100,20 @@ void keepplaces(Point &data, const Axis &axis, const std::uint32_t *places, std:
   if (count == 0) return becomeempty(data, data.rank, shape);
   Custody making;
   takecustody(making, releaseblock, shape);
-  keep(data, static_cast<std::uint32_t>(count),
-       [&](auto &out) { walkplaces(axis, places, kept, data.data_pointer, out); });
+  keeprecords(data, static_cast<std::uint32_t>(count),
+              [&](auto &out) { walkplaces(axis, places, kept, data.data_pointer, out); });
   endcustody(making);
   dereference(data.shape_pointer);
   data.shape_pointer = shape;
   data.elements = static_cast<std::uint32_t>(count);
-  settle(data);
+  refreshflags(data);
 }
 
 int compressaxis(const Point &mask, Point &data, bool last) {
-  if (!isspace(data) || data.rank == 0) return NOMATCH;
+  if (!isspace(data) || data.rank == 0) return messages::COMPRESS_COUNT;
   const Axis axis = axisof(data, last);
-  if (axis.extent != mask.elements) return NOMATCH;
-  knowkinds(data);
+  if (axis.extent != mask.elements) return messages::COMPRESS_COUNT;
+  ensurekinds(data);
   if (const int fault = unknownkind(data)) return fault;
   auto *places = static_cast<std::uint32_t *>(newblock(mask.elements * sizeof(std::uint32_t)));
   Custody making;
@@ -126,7 +123,7 @@ int compressaxis(const Point &mask, Point &data, bool last) {
   if (integers && kept < mask.elements) keepplaces(data, axis, places, kept);
   endcustody(making);
   freeblock(places);
-  return integers ? 0 : BADMASK;
+  return integers ? 0 : messages::BAD_COMPRESS_MASK;
 }
 
 // The right operand takes the place of the left.
@@ -137,10 +134,10 @@ void moveleft(Point &left, Point &right) {
 }
 
 int compressany(Point &mask, Point &data, bool last) {
-  knowkinds(mask);
-  if (!ismask(mask)) return BADMASK;
+  ensurekinds(mask);
+  if (!ismask(mask)) return messages::BAD_COMPRESS_MASK;
   if (mask.elements == 1) {
-    if (mask.data_pointer->tag != tags::INTEGER) return BADMASK;
+    if (mask.data_pointer->tag != tags::INTEGER) return messages::BAD_COMPRESS_MASK;
     if (mask.data_pointer->integer <= 0) becomeempty(data, ranks::VECTOR, newshape(0));
   } else if (const int fault = compressaxis(mask, data, last)) {
     return fault;
@@ -164,8 +161,9 @@ int compresslastaxis(Point &mask, Point &data) {
 }
 
 int replicate(Point &count, Point &data, const Point *instruction) {
-  knowkinds(count);
-  if (!isspace(count) || !count.data_pointer || (count.type & (SCALARLIKE | HASINTEGER)) == 0) return NOBRANCH;
+  ensurekinds(count);
+  if (!isspace(count) || !count.data_pointer || (count.type & (SCALAR_LIKE | HASINTEGER)) == 0)
+    return messages::RESTRICTION;
   if (iszero(*count.data_pointer)) {
     becomeempty(data, ranks::VECTOR, newshape(0));
     moveleft(count, data);
@@ -187,12 +185,12 @@ int replicate(Point &count, Point &data, const Point *instruction) {
     copyelement(shape.data_pointer[axes], *count.data_pointer);
   ++shape.elements;
   shape.shape_pointer = newshape(shape.elements);
-  shape.type |= found(shape.data_pointer, shape.elements).bits;
+  shape.type |= examinerecords(shape.data_pointer, shape.elements).bits;
   const int fault = reshape(&data, &shape, instruction);
   endcustody(making);
   if (fault != 0) {
     dereferencepoint(&shape);
-    return REPORTED;
+    return ALREADY_REPORTED;
   }
   moveleft(count, data);
   return 0;

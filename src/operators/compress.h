@@ -7,15 +7,15 @@
 namespace morvik {
 
 // Repeats the data along a new slowest axis, in the place of `count`; `data` is given up. 994; what speaks against the
-// extent is reported by reshape itself, and REPORTED returned.
-inline constexpr int REPORTED = -1;
+// extent is reported by reshape itself, and ALREADY_REPORTED returned.
+inline constexpr int ALREADY_REPORTED = -1;
 
-// Keeps what stands where the mask is above 0, along the fastest or the slowest axis, in the place of `mask`; `data` is
+// Keeps what is where the mask is above 0, along the fastest or the slowest axis, in the place of `mask`; `data` is
 // given up. 4, 31, 994.
 int compress(Point &mask, Point &data);
 int compresslastaxis(Point &mask, Point &data);
 // Repeats the data along a new slowest axis, in the place of `count`; `data` is given up. 994; what speaks against the
-// extent is reported by reshape itself, and REPORTED returned.
+// extent is reported by reshape itself, and ALREADY_REPORTED returned.
 int replicate(Point &count, Point &data, const Point *instruction);
 
 }  // namespace morvik

@@ -1,5 +1,5 @@
-// The levels of a value that a walk has open, innermost last. They stand in a counted block, so that no depth of a
-// value can exhaust the process stack, and that a jump gives it back.
+// The levels of a value that a walk has open, innermost last. They are in a counted block, so that no depth of a value
+// can exhaust the process stack, and that a jump gives it back.
 #pragma once
 
 #include <cstring>

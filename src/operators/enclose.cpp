@@ -6,16 +6,15 @@
 #include "failure/custody.h"
 #include "operators/records.h"
 #include "spaces/blocks.h"
+#include "spaces/messages.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
 
-using records::knowkinds;
+using records::ensurekinds;
 using records::recordbits;
 
 namespace {
-
-constexpr int MANYMEMBERS = 973;
 
 bool issymbol(const Element &e) {
   return (recordbits(e) & STRUCTURED) != 0 && e.tag != tags::SUBARRAY;
@@ -45,9 +44,9 @@ void enclose(Point &space, bool atom) {
 }
 
 int disclose(Point &space) {
-  knowkinds(space);
+  ensurekinds(space);
   if (!isspace(space) || (space.type & STRUCTURED) == 0 || !space.data_pointer) return 0;
-  if (space.elements != 1) return MANYMEMBERS;
+  if (space.elements != 1) return messages::DISCLOSE_STRUCTURED;
   const Element &e = *space.data_pointer;
   if (e.tag != tags::SUBARRAY && !issymbol(e)) return 0;
   const Point member = e.tag == tags::SUBARRAY ? *e.subarray : std::bit_cast<Point>(e);

@@ -8,18 +8,17 @@
 #include "failure/signals.h"
 #include "operators/descent.h"
 #include "operators/records.h"
+#include "spaces/messages.h"
+#include "spaces/point.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
 
-using records::CHUNK;
 using records::copyrecords;
 using records::endmaking;
-using records::knowkinds;
+using records::ensurekinds;
 using records::makecopies;
 using records::Making;
-using records::MOSTELEMENTS;
-using records::NOBRANCH;
 using records::owns;
 using records::recordbits;
 using records::startmaking;
@@ -27,42 +26,42 @@ using records::startmaking;
 namespace {
 
 // What the levels of a value say of themselves that its leaves do not.
-constexpr std::uint32_t LEVELBITS =
-    ~(ELEMENTBITS | COMPLEXED | STRUCTURED | RANKBITS | ISSTRUCTURE | ISEMPTY | NAMEBEARING | ISLOCAL);
+constexpr std::uint32_t LEVEL_BITS =
+    ~(ELEMENT_BITS | COMPLEXED | STRUCTURED | RANK_BITS | ISSTRUCTURE | ISEMPTY | NAME_BEARING | ISLOCAL);
 
-constexpr std::uint32_t FEW = 64;
+constexpr std::uint32_t FEW_RECORDS = 64;
 
-struct Open {
+struct OpenLevel {
   const Element *next, *end;
 };
-struct Walk {
-  Descent<Open> levels;
+struct LeafWalk {
+  Descent<OpenLevel> levels;
   std::size_t left;  // records to the next safe point
 };
 
-void openlevel(Walk &w, const Point &space) {
+void openlevel(LeafWalk &w, const Point &space) {
   descend(w.levels, {space.data_pointer, space.data_pointer + space.elements});
 }
 
-void poll(Walk &w, std::size_t records) {
+void pollrecords(LeafWalk &w, std::size_t records) {
   if (records < w.left) {
     w.left -= records;
     return;
   }
-  w.left = CHUNK;
+  w.left = POLL_INTERVAL;
   safepoint();
 }
 
 // Meets the leaves in order: `visit.level` each space, `visit.plain` the records of one that owns nothing, `visit.leaf`
 // any other record, a symbolic Point included. Returns at the member that has to be opened, null for none.
 template <typename Visit>
-const Point *walklevel(Walk &w, Open &level, Visit &visit) {
+const Point *walklevel(LeafWalk &w, OpenLevel &level, Visit &visit) {
   const Element *const end = level.end;
   std::size_t records = 0;
   for (const Element *e = level.next; e < end; ++e) {
-    if (records >= CHUNK) {
+    if (records >= POLL_INTERVAL) {
       level.next = e;
-      poll(w, std::exchange(records, 0));
+      pollrecords(w, std::exchange(records, 0));
     }
     ++records;
     if (e->tag != tags::SUBARRAY) {
@@ -78,22 +77,22 @@ const Point *walklevel(Walk &w, Open &level, Visit &visit) {
     if (!member.data_pointer) continue;
     if (owns(member)) {
       level.next = e + 1;
-      poll(w, records);
+      pollrecords(w, records);
       return &member;
     }
     visit.plain(member);
     records += member.elements;
   }
   level.next = end;
-  poll(w, records);
+  pollrecords(w, records);
   return nullptr;
 }
 
 template <typename Visit>
 void walkleaves(const Point &space, Visit &visit) {
-  Walk w;
+  LeafWalk w;
   begindescent(w.levels);
-  w.left = CHUNK;
+  w.left = POLL_INTERVAL;
   visit.level(space);
   openlevel(w, space);
   while (w.levels.depth > 0) {
@@ -110,10 +109,10 @@ struct Counting {
   std::uint32_t bits = 0, levels = 0;
   bool unknown = false;
 
-  void level(const Point &space) { levels |= space.type & LEVELBITS; }
+  void level(const Point &space) { levels |= space.type & LEVEL_BITS; }
   void plain(const Point &space) {
     count += space.elements;
-    bits |= space.rank == 0 ? recordbits(*space.data_pointer) : space.type & ELEMENTBITS;
+    bits |= space.rank == 0 ? recordbits(*space.data_pointer) : space.type & ELEMENT_BITS;
   }
   void leaf(const Element &e) {
     ++count;
@@ -129,7 +128,7 @@ struct Taking {
   // A few records are not worth a call.
   void plain(const Point &space) {
     Element *to = m.made.data_pointer + m.made.elements;
-    if (space.elements > FEW)
+    if (space.elements > FEW_RECORDS)
       copyrecords(to, space.data_pointer, space.elements, true);
     else
       std::copy_n(space.data_pointer, space.elements, to);
@@ -147,7 +146,7 @@ Counting enlist1(const Point &space) {
 
 // Copies the leaves, of which there are so many.
 Element *enlist2(const Point &space, std::uint64_t count) {
-  if (count > MOSTELEMENTS) outofstorage();
+  if (count > MOST_ELEMENTS) outofstorage();
   Taking taking;
   startmaking(taking.m, static_cast<std::size_t>(count));
   walkleaves(space, taking);
@@ -157,14 +156,14 @@ Element *enlist2(const Point &space, std::uint64_t count) {
 }  // namespace
 
 int enlist(Point &space) {
-  knowkinds(space);
+  ensurekinds(space);
   if (!isspace(space) || (space.type & STRUCTURED) == 0 || !space.data_pointer) return 0;
   const Counting leaves = enlist1(space);
-  if (leaves.unknown) return NOBRANCH;
+  if (leaves.unknown) return messages::RESTRICTION;
   Point made{};
   made.rank = ranks::VECTOR;
-  made.type = leaves.levels | (leaves.bits & (ELEMENTBITS | STRUCTURED)) | complexed(leaves.bits) | ISVECTOR;
-  if (leaves.count == 0) made.type = EMPTYVECTOR;
+  made.type = leaves.levels | (leaves.bits & (ELEMENT_BITS | STRUCTURED)) | complexed(leaves.bits) | ISVECTOR;
+  if (leaves.count == 0) made.type = EMPTY_VECTOR;
   if (leaves.count == 1) made.type |= ISONEELEMENT;
   made.depth = 1;
   made.shape_pointer = newshape(static_cast<std::int64_t>(leaves.count));

@@ -13,6 +13,8 @@
 #include "spaces/counters.h"
 #include "spaces/hypercomplex.h"
 #include "spaces/making.h"
+#include "spaces/messages.h"
+#include "spaces/point.h"
 #include "spaces/refderef.h"
 #include "spaces/sysvars.h"
 #include "spaces/work.h"
@@ -20,10 +22,6 @@
 namespace morvik {
 
 namespace {
-
-constexpr std::int32_t UNAVAILABLE = 142, TOOBIG = 146, NOTWHOLE = 153, BADCOUNT = 154, STEPPEDCHARACTERS = 155,
-                       HALFCHARACTERS = 156, MIXED = 157, INFINITE = 158;
-constexpr std::uint32_t STRETCH = 65536;  // elements between two safe points
 
 struct Operand {
   Point **stackpointer;
@@ -36,25 +34,25 @@ struct Operand {
 
 // ---- Whole numbers, within the tolerance.
 
-double tolerant(double x, double t) {
-  if (!(std::fabs(x) < INTEGERBOUND)) return x;
+double tolerantnumber(double x, double t) {
+  if (!(std::fabs(x) < INTEGER_BOUND)) return x;
   if (std::floor(x) == std::ceil(x - t)) return std::floor(x);
   if (std::ceil(x) == std::floor(x + t)) return std::ceil(x);
   return x;
 }
 
 // Is the element an integer, within the tolerance? Then this is it.
-bool whole(const Element &e, double t, std::int64_t &value) {
+bool iswhole(const Element &e, double t, std::int64_t &value) {
   if (e.tag == tags::INTEGER) {
     value = e.integer;
     return true;
   }
-  const double x = tolerant(e.real, t);
+  const double x = tolerantnumber(e.real, t);
   value = saturate(x);
-  return std::fabs(x) < INTEGERBOUND && std::floor(x) == x;
+  return std::fabs(x) < INTEGER_BOUND && std::floor(x) == x;
 }
 
-double real(const Element &e) {
+double realvalue(const Element &e) {
   return e.tag == tags::INTEGER ? static_cast<double>(e.integer) : e.real;
 }
 
@@ -62,7 +60,7 @@ double real(const Element &e) {
 
 // A count that a space cannot have is a message.
 std::int32_t checkcount(double count) {
-  return count <= static_cast<double>(std::numeric_limits<std::uint32_t>::max()) ? 0 : TOOBIG;
+  return count <= static_cast<double>(MOST_ELEMENTS) ? 0 : messages::ARRAY_TOO_BIG;
 }
 
 void replacetop(Point **stackpointer, const Point &value) {
@@ -72,27 +70,27 @@ void replacetop(Point **stackpointer, const Point &value) {
 }
 
 // The doubles of all octonions, before any is written: where there is no storage for them, what was made goes as it is.
-void makeblocks(Point &vector, std::uint64_t count) {
+void makeoctonions(Point &vector, std::uint64_t count) {
   for (std::uint64_t i = 0; i < count; ++i) {
     Element &e = vector.data_pointer[i];
     e = {};
     e.tag = tags::OCTONION;
     e.octonion = static_cast<Octonion *>(newblock(sizeof(Octonion)));
     vector.elements = static_cast<std::uint32_t>(i + 1);
-    if (i % STRETCH == STRETCH - 1) safepoint();
+    if (i % POLL_INTERVAL == POLL_INTERVAL - 1) safepoint();
   }
 }
 
 // Writes elements `begin` to `end` - 1 as long as nobody says stop. Where did it end?
-std::uint64_t writestretches(const Progression &p, Element *result, std::uint64_t begin, std::uint64_t end,
-                             bool (*stopped)()) {
-  for (; begin < end && !stopped(); begin = std::min(end, begin + STRETCH))
-    writeinterval(p, result, begin, std::min(end, begin + STRETCH));
+std::uint64_t writepolled(const Progression &p, Element *result, std::uint64_t begin, std::uint64_t end,
+                          bool (*stopped)()) {
+  for (; begin < end && !stopped(); begin = std::min(end, begin + POLL_INTERVAL))
+    writeinterval(p, result, begin, std::min(end, begin + POLL_INTERVAL));
   return begin;
 }
 
 // Gives all but the first slice to the pool, where the gate lets it: how many elements are left to do here.
-std::uint64_t handout(const Operand &o, const Progression &progression, const Point &made, std::uint64_t count) {
+std::uint64_t postinterval(const Operand &o, const Progression &progression, const Point &made, std::uint64_t count) {
   if (!goesparallel(static_cast<std::int64_t>(count))) return count;
   wait_for_coprocessors(*o.stackpointer, 1);
   auto *parameters = static_cast<Progression *>(newblock(sizeof(Progression)));
@@ -118,17 +116,17 @@ void makevector(const Operand &o, const Progression &progression, std::uint64_t 
   takecustody(making, releasepoint, &made);
   made.shape_pointer = newshape(static_cast<std::int64_t>(count));
   made.data_pointer = newelements(count);
-  if (progression.tag == tags::OCTONION) makeblocks(made, count);
-  const std::uint64_t own = handout(o, progression, made, count);
-  const bool handed = own < count;
-  if (writestretches(progression, made.data_pointer, 0, own, isinterrupted) < own) {
-    if (handed) recallslices();
+  if (progression.tag == tags::OCTONION) makeoctonions(made, count);
+  const std::uint64_t own = postinterval(o, progression, made, count);
+  const bool inpool = own < count;
+  if (writepolled(progression, made.data_pointer, 0, own, isinterrupted) < own) {
+    if (inpool) recallslices();
     takeinterrupt();
   }
   endcustody(making);
   made.elements = static_cast<std::uint32_t>(count);
-  if (!handed) return replacetop(o.stackpointer, made);
-  defer(**o.stackpointer);
+  if (!inpool) return replacetop(o.stackpointer, made);
+  deferoperands(**o.stackpointer);
   **o.stackpointer = made;
   operations += made.elements;
 }
@@ -149,9 +147,9 @@ void writewhole(const Operand &o, std::int64_t from, std::int64_t step, std::uin
   makevector(o, p, count);
 }
 
-std::int32_t counted(const Operand &o) {
+std::int32_t countedinterval(const Operand &o) {
   std::int64_t n;
-  if (!whole(o.elements[0], o.tolerance, n)) return NOTWHOLE;
+  if (!iswhole(o.elements[0], o.tolerance, n)) return messages::INTERVAL_NOT_INTEGER;
   const std::uint64_t count = n < 0 ? 0 - static_cast<std::uint64_t>(n) : static_cast<std::uint64_t>(n);
   if (const std::int32_t message = checkcount(static_cast<double>(count)); message != 0) return message;
   if (count == 0) {
@@ -165,8 +163,8 @@ std::int32_t counted(const Operand &o) {
   return 0;
 }
 
-std::int32_t integers(const Operand &o, std::int64_t from, std::int64_t to, std::int64_t step) {
-  if (step == 0 || (to > from && step < 0) || (to < from && step > 0)) return INFINITE;
+std::int32_t integerinterval(const Operand &o, std::int64_t from, std::int64_t to, std::int64_t step) {
+  if (step == 0 || (to > from && step < 0) || (to < from && step > 0)) return messages::INTERVAL_INFINITE;
   const std::uint64_t width = to >= from ? static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from)
                                          : static_cast<std::uint64_t>(from) - static_cast<std::uint64_t>(to);
   const std::uint64_t stride = step < 0 ? 0 - static_cast<std::uint64_t>(step) : static_cast<std::uint64_t>(step);
@@ -178,10 +176,10 @@ std::int32_t integers(const Operand &o, std::int64_t from, std::int64_t to, std:
 
 // ---- Reals.
 
-std::int32_t reals(const Operand &o, double from, double to, double step) {
-  if (!(step > 0 || step < 0) || (to > from && step < 0) || (to < from && step > 0)) return INFINITE;
+std::int32_t realinterval(const Operand &o, double from, double to, double step) {
+  if (!(step > 0 || step < 0) || (to > from && step < 0) || (to < from && step > 0)) return messages::INTERVAL_INFINITE;
   const double count = std::trunc(std::fabs((to - from) / step)) + 1;
-  if (std::isnan(count)) return INFINITE;
+  if (std::isnan(count)) return messages::INTERVAL_INFINITE;
   if (const std::int32_t message = checkcount(count); message != 0) return message;
   Progression p = startprogression(tags::REAL, forms::COMPUTED);
   p.first[0] = from;
@@ -190,23 +188,24 @@ std::int32_t reals(const Operand &o, double from, double to, double step) {
   return 0;
 }
 
-std::int32_t numbers(const Operand &o) {
-  if (o.count == 1) return counted(o);
+std::int32_t numberinterval(const Operand &o) {
+  if (o.count == 1) return countedinterval(o);
   std::int64_t w[3] = {0, 0, 0};
   bool allwhole = true;
-  for (std::uint32_t i = 0; i < o.count; ++i) allwhole = whole(o.elements[i], o.tolerance, w[i]) && allwhole;
-  if (allwhole) return integers(o, w[0], w[1], o.count > 2 ? w[2] : w[0] <= w[1] ? 1 : -1);
-  const double from = tolerant(real(o.elements[0]), o.tolerance), to = tolerant(real(o.elements[1]), o.tolerance);
-  const double step = o.count > 2 ? tolerant(real(o.elements[2]), o.tolerance) : from > to ? -1.0 : 1.0;
-  return reals(o, from, to, step);
+  for (std::uint32_t i = 0; i < o.count; ++i) allwhole = iswhole(o.elements[i], o.tolerance, w[i]) && allwhole;
+  if (allwhole) return integerinterval(o, w[0], w[1], o.count > 2 ? w[2] : w[0] <= w[1] ? 1 : -1);
+  const double from = tolerantnumber(realvalue(o.elements[0]), o.tolerance),
+               to = tolerantnumber(realvalue(o.elements[1]), o.tolerance);
+  const double step = o.count > 2 ? tolerantnumber(realvalue(o.elements[2]), o.tolerance) : from > to ? -1.0 : 1.0;
+  return realinterval(o, from, to, step);
 }
 
 // ---- Characters.
 
-std::int32_t characters(const Operand &o) {
-  if (o.count > 2) return STEPPEDCHARACTERS;
+std::int32_t characterinterval(const Operand &o) {
+  if (o.count > 2) return messages::INTERVAL_CHARACTER_STEP;
   for (std::uint32_t i = 0; i < o.count; ++i)
-    if (o.elements[i].tag != tags::ASCII) return HALFCHARACTERS;
+    if (o.elements[i].tag != tags::ASCII) return messages::INTERVAL_HALF_CHARACTERS;
   const int from = o.count > 1 ? o.elements[0].ascii : 0, to = o.elements[o.count - 1].ascii;
   const int step = from <= to ? 1 : -1;
   Progression p = startprogression(tags::ASCII, 0);
@@ -270,9 +269,9 @@ std::int32_t readgrid(const Operand &o, Progression &g, double *to) {
     if (o.count > 2) turnpolar(g.tag, g.steps);
   }
   for (int k = 0; k < g.parts; ++k) {
-    if (o.count == 1 && !(std::fabs(to[k]) < INTEGERBOUND)) return NOTWHOLE;
-    g.first[k] = tolerant(g.first[k], o.tolerance);
-    to[k] = tolerant(to[k], o.tolerance);
+    if (o.count == 1 && !(std::fabs(to[k]) < INTEGER_BOUND)) return messages::INTERVAL_NOT_INTEGER;
+    g.first[k] = tolerantnumber(g.first[k], o.tolerance);
+    to[k] = tolerantnumber(to[k], o.tolerance);
     if (o.count < 3) g.steps[k] = to[k] < g.first[k] ? -1 : 1;
   }
   return 0;
@@ -286,7 +285,7 @@ std::int32_t countgrid(Progression &g, const double *to, std::uint64_t &count) {
     double values = 1;
     if (width != 0) {
       values = std::trunc(std::fabs(width / g.steps[k])) + 1;
-      if (g.steps[k] == 0 || width * g.steps[k] < 0 || std::isnan(values)) return INFINITE;
+      if (g.steps[k] == 0 || width * g.steps[k] < 0 || std::isnan(values)) return messages::INTERVAL_INFINITE;
     }
     total *= values;
     if (const std::int32_t message = checkcount(total); message != 0) return message;
@@ -297,7 +296,7 @@ std::int32_t countgrid(Progression &g, const double *to, std::uint64_t &count) {
   return 0;
 }
 
-std::int32_t grid(const Operand &o) {
+std::int32_t gridinterval(const Operand &o) {
   Progression g;
   double to[PROGRESSION_PARTS] = {};
   std::uint64_t count;
@@ -309,19 +308,19 @@ std::int32_t grid(const Operand &o) {
 
 // ---- What kind of interval?
 
-std::int32_t describe(const Operand &o) {
+std::int32_t readinterval(const Operand &o) {
   bool hascharacter = false, hashyper = false, mixed = false;
   for (std::uint32_t i = 0; i < o.count; ++i) {
     const std::int32_t tag = o.elements[i].tag;
-    if (tag == tags::SUBARRAY) return BADCOUNT;
-    if (tag == tags::UNICODE || kindbit(tag) == 0) return UNAVAILABLE;
+    if (tag == tags::SUBARRAY) return messages::INTERVAL_LENGTH;
+    if (tag == tags::UNICODE || kindbit(tag) == 0) return messages::INTERVAL_TYPE;
     hascharacter |= tag == tags::ASCII;
     hashyper |= tag >= tags::COMPLEX;
     mixed |= tag != o.elements[0].tag;
   }
-  if (hascharacter) return characters(o);
-  if (!hashyper) return numbers(o);
-  return mixed ? MIXED : grid(o);
+  if (hascharacter) return characterinterval(o);
+  if (!hashyper) return numberinterval(o);
+  return mixed ? messages::INTERVAL_MIXED : gridinterval(o);
 }
 
 }  // namespace
@@ -331,7 +330,7 @@ void vec_interval(std::uint32_t index) noexcept {
   const Work &work = to_coprocessors;
   const auto &progression = *static_cast<const Progression *>(work.release);
   const Slice mine = slice(static_cast<std::uint32_t>(work.count), processors, index);
-  std::uint64_t done = writestretches(progression, work.result, mine.begin, mine.end, isstopped);
+  std::uint64_t done = writepolled(progression, work.result, mine.begin, mine.end, isstopped);
   if (done == mine.end) return;
   from_coprocessor[index].failure = INTERRUPTED;
   if (progression.tag == tags::OCTONION) return;
@@ -343,16 +342,16 @@ void vec_interval(std::uint32_t index) noexcept {
 
 void interval(Point **stackpointer, const Point *instruction, Point *context) {
   const Point &top = **stackpointer;
-  if (!isspace(top)) exceptionjump(UNAVAILABLE, stackpointer, instruction);
+  if (!isspace(top)) exceptionjump(messages::INTERVAL_TYPE, stackpointer, instruction);
   if (isempty(top) || top.elements == 0) {
     Point zero;
     makeinteger(zero, 0);
     return replacetop(stackpointer, zero);
   }
-  std::int32_t message = BADCOUNT;
+  std::int32_t message = messages::INTERVAL_LENGTH;
   if (top.elements <= 3 && (top.type & STRUCTURED) == 0)
-    message =
-        describe({stackpointer, instruction, top.data_pointer, top.elements, indexorigin(context), tolerance(context)});
+    message = readinterval(
+        {stackpointer, instruction, top.data_pointer, top.elements, indexorigin(context), tolerance(context)});
   if (message != 0) exceptionjump(message, stackpointer, instruction);
 }
 

@@ -13,8 +13,6 @@ namespace morvik {
 
 namespace {
 
-constexpr std::uint32_t STRETCH = 65536;  // elements between two safe points
-
 // The elements of a Point: those of a space, or the symbolic Point itself as a record.
 struct Elements {
   Element self;
@@ -118,7 +116,7 @@ std::uint32_t scorelevel(const Pair &pair, Similarity &s) {
   const std::uint32_t common = std::min(l.count, r.count);
   for (std::uint32_t i = pair.next; i < common; ++i) {
     safepoint();
-    i += scorerun(l.records + i, r.records + i, std::min(common - i, STRETCH), s.score);
+    i += scorerun(l.records + i, r.records + i, std::min(common - i, std::uint32_t{POLL_INTERVAL}), s.score);
     if (i == common) break;
     const Element &a = l.records[i], &b = r.records[i];
     const bool leftencloses = a.tag == tags::SUBARRAY, rightencloses = b.tag == tags::SUBARRAY;
@@ -139,7 +137,7 @@ std::uint64_t weightof(const Pair &pair) {
 bool samelevel(const Pair &pair, std::uint32_t &end) {
   const Elements l(*pair.left), r(*pair.right);
   for (end = pair.next; end < l.count; ++end) {
-    if (end % STRETCH == 0) safepoint();
+    if (end % POLL_INTERVAL == 0) safepoint();
     const Element &a = l.records[end], &b = r.records[end];
     if (a.tag != b.tag) return false;
     if (a.tag == tags::SUBARRAY) return true;

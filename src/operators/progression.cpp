@@ -44,30 +44,30 @@ void writereals(const Progression &p, Element *result, std::uint64_t begin, std:
 
 // ---- Grids.
 
-// Where a walk over a grid stands: the number of the value in each part, and that value.
-struct Place {
+// How far a walk over a grid has come: the number of the value in each part, and that value.
+struct GridPosition {
   std::uint64_t number[PROGRESSION_PARTS];
   double part[PROGRESSION_PARTS];
 };
 
-void setnumber(const Progression &p, Place &place, int k, std::uint64_t number) {
-  place.number[k] = number;
-  place.part[k] = p.first[k] + static_cast<double>(number) * p.steps[k];
+void setnumber(const Progression &p, GridPosition &position, int k, std::uint64_t number) {
+  position.number[k] = number;
+  position.part[k] = p.first[k] + static_cast<double>(number) * p.steps[k];
 }
 
-Place placeof(const Progression &p, std::uint64_t index) {
-  Place place{};
+GridPosition gridposition(const Progression &p, std::uint64_t index) {
+  GridPosition position{};
   for (int k = 0; k < p.parts; ++k) {
-    setnumber(p, place, k, index % p.counts[k]);
+    setnumber(p, position, k, index % p.counts[k]);
     index /= p.counts[k];
   }
-  return place;
+  return position;
 }
 
-void nextplace(const Progression &p, Place &place) {
+void nextposition(const Progression &p, GridPosition &position) {
   for (int k = 0; k < p.parts; ++k) {
-    const std::uint64_t next = place.number[k] + 1;
-    setnumber(p, place, k, next < p.counts[k] ? next : 0);
+    const std::uint64_t next = position.number[k] + 1;
+    setnumber(p, position, k, next < p.counts[k] ? next : 0);
     if (next < p.counts[k]) return;
   }
 }
@@ -100,14 +100,14 @@ void writevalue(const Progression &p, const double *parts, Element &e) {
 }
 
 void writegrid(const Progression &p, Element *result, std::uint64_t begin, std::uint64_t end) {
-  Place place = placeof(p, begin);
-  for (std::uint64_t i = begin; i < end; ++i, nextplace(p, place)) {
+  GridPosition position = gridposition(p, begin);
+  for (std::uint64_t i = begin; i < end; ++i, nextposition(p, position)) {
     if (!p.polar) {
-      writevalue(p, place.part, result[i]);
+      writevalue(p, position.part, result[i]);
       continue;
     }
     double parts[PROGRESSION_PARTS];
-    std::copy_n(place.part, PROGRESSION_PARTS, parts);
+    std::copy_n(position.part, PROGRESSION_PARTS, parts);
     turncartesian(p.tag, parts);
     writevalue(p, parts, result[i]);
   }

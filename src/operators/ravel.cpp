@@ -15,7 +15,7 @@ using records::releaserecords;
 
 namespace {
 
-constexpr std::uint32_t EXTENTS = ISVECTOR | HASINTEGER;
+constexpr std::uint32_t EXTENTS_TYPE = ISVECTOR | HASINTEGER;
 
 // The record of a scalar becomes that of a vector.
 void vectorise(Point &scalar) {
@@ -74,7 +74,7 @@ void extents(Point &space) {
   const std::int32_t axes = std::max(space.rank, 0);
   Point answer{};
   answer.rank = ranks::VECTOR;
-  answer.type = axes == 0 ? ISEMPTY : axes == 1 ? EXTENTS | ISONEELEMENT : EXTENTS;
+  answer.type = axes == 0 ? ISEMPTY : axes == 1 ? EXTENTS_TYPE | ISONEELEMENT : EXTENTS_TYPE;
   answer.depth = 1;
   answer.elements = static_cast<std::uint32_t>(axes);
   answer.shape_pointer = newshape(axes);

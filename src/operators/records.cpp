@@ -1,10 +1,11 @@
-// Records on their way: what they own, what their flag word has to say, and the copies of them.
+// Records that move: what they own, what their flag word has to say, and the copies of them.
 #include "operators/records.h"
 
 #include "failure/custody.h"
 #include "failure/signals.h"
 #include "spaces/blocks.h"
 #include "spaces/copies.h"
+#include "spaces/messages.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
@@ -13,10 +14,10 @@ namespace records {
 
 namespace {
 
-constexpr std::uint32_t NOKINDS = ~(ELEMENTBITS | COMPLEXED | STRUCTURED | ISSTRUCTURE | NAMEBEARING | ISLOCAL);
+constexpr std::uint32_t KINDLESS_BITS = ~(ELEMENT_BITS | COMPLEXED | STRUCTURED | ISSTRUCTURE | NAME_BEARING | ISLOCAL);
 
 bool issymbol(std::int32_t tag) {
-  return tag >= ranks::LOCALVARIABLE && tag <= ranks::LABEL && tag != ranks::OPERATOR;
+  return tag >= ranks::LOCAL_VARIABLE && tag <= ranks::LABEL && tag != ranks::OPERATOR;
 }
 
 std::uint32_t rankbits(const Point &space) {
@@ -27,7 +28,7 @@ std::uint32_t rankbits(const Point &space) {
 }  // namespace
 
 bool hascountedname(const Element &e) {
-  return isnamed(e) && e.tag != tags::HANDLE && refr(e.name) >= 0;
+  return isnamed(e) && e.tag != tags::HANDLE && referencecount(e.name) >= 0;
 }
 
 std::uint32_t recordbits(const Element &e) {
@@ -43,14 +44,14 @@ std::uint32_t recordbits(const Element &e) {
   }
 }
 
-Found found(const Element *first, std::size_t count) {
-  Found f = {0, 1};
+RecordFindings examinerecords(const Element *first, std::size_t count) {
+  RecordFindings f = {0, 1};
   for (std::size_t i = 0; i < count; ++i) {
     const Element &e = first[i];
     f.bits |= recordbits(e);
     if (e.tag == tags::SUBARRAY && e.subarray->rank >= 0 && e.subarray->depth >= f.depth)
       f.depth = static_cast<std::int16_t>(std::min(e.subarray->depth + 1, int{INT16_MAX}));
-    if (i % CHUNK == CHUNK - 1) safepoint();
+    if (i % POLL_INTERVAL == POLL_INTERVAL - 1) safepoint();
   }
   f.bits |= complexed(f.bits);
   return f;
@@ -59,34 +60,34 @@ Found found(const Element *first, std::size_t count) {
 bool owns(const Point &space) {
   if (space.rank != ranks::SCALAR) return mayown(space);
   const Element &e = *space.data_pointer;
-  return hascountedname(e) || (recordbits(e) & (OWNING | HASFILE)) != 0;
+  return hascountedname(e) || (recordbits(e) & (OWNING_BITS | HASFILE)) != 0;
 }
 
-void knowkinds(Point &space) {
-  if (space.rank < 1 || !space.data_pointer || (space.type & (ELEMENTBITS | STRUCTURED)) != 0) return;
-  space.type = (space.type & NOKINDS) | found(space.data_pointer, space.elements).bits;
+void ensurekinds(Point &space) {
+  if (space.rank < 1 || !space.data_pointer || (space.type & (ELEMENT_BITS | STRUCTURED)) != 0) return;
+  space.type = (space.type & KINDLESS_BITS) | examinerecords(space.data_pointer, space.elements).bits;
 }
 
 int unknownkind(const Point &space) {
   if (!isspace(space) || !space.data_pointer || !owns(space)) return 0;
   for (std::uint32_t i = 0; i < space.elements; ++i) {
     const Element &e = space.data_pointer[i];
-    if (recordbits(e) == 0 && e.tag != tags::FILLER) return NOBRANCH;
-    if (i % CHUNK == CHUNK - 1) safepoint();
+    if (recordbits(e) == 0 && e.tag != tags::FILLER) return messages::RESTRICTION;
+    if (i % POLL_INTERVAL == POLL_INTERVAL - 1) safepoint();
   }
   return 0;
 }
 
-void settlekinds(Point &space) {
-  const Found f = found(space.data_pointer, space.elements);
-  space.type = (space.type & NOKINDS & ~(RANKBITS | ISEMPTY)) | f.bits | rankbits(space);
+void refreshkinds(Point &space) {
+  const RecordFindings f = examinerecords(space.data_pointer, space.elements);
+  space.type = (space.type & KINDLESS_BITS & ~(RANK_BITS | ISEMPTY)) | f.bits | rankbits(space);
   space.depth = space.rank == 0 ? std::int16_t{0} : f.depth;
   space.link = nullptr;
 }
 
-void settle(Point &space) {
-  if ((space.type & (COMPLEXED | STRUCTURED)) != 0 || (space.type & ELEMENTBITS) == 0) return settlekinds(space);
-  space.type = (space.type & ~(RANKBITS | ISEMPTY)) | rankbits(space);
+void refreshflags(Point &space) {
+  if ((space.type & (COMPLEXED | STRUCTURED)) != 0 || (space.type & ELEMENT_BITS) == 0) return refreshkinds(space);
+  space.type = (space.type & ~(RANK_BITS | ISEMPTY)) | rankbits(space);
   if (space.depth == 0) space.depth = 1;
   space.link = nullptr;
 }
@@ -107,7 +108,7 @@ void releaserecords(Point &space) {
   dereferencepoint(&old);
 }
 
-void cut(Point &space, std::uint32_t count) {
+void shortenrecords(Point &space, std::uint32_t count) {
   if (count >= space.elements) return;
   if (owns(space)) dereferencedataelems(space.data_pointer + count, space.elements - count);
   // A block that can't be cut serves as well.
@@ -126,14 +127,14 @@ Element *copyshape(const Element *shape, std::int32_t rank, std::int32_t more) {
 }
 
 void copyrecords(Element *to, const Element *from, std::size_t count, bool polls) {
-  // What does not fit the caches goes faster record by record than the library's way.
-  constexpr std::size_t CACHED = 8192;
-  if (count <= CACHED) {
+  // What does not fit the caches is copied faster record by record than by the library.
+  constexpr std::size_t CACHED_RECORDS = 8192;
+  if (count <= CACHED_RECORDS) {
     std::memcpy(to, from, count * sizeof(Element));
     return;
   }
   for (std::size_t i = 0; i < count;) {
-    const std::size_t end = std::min(count, i + CHUNK);
+    const std::size_t end = std::min(count, i + POLL_INTERVAL);
     for (; i < end; ++i) to[i] = from[i];
     if (polls) safepoint();
   }
@@ -155,7 +156,7 @@ Element *endmaking(Making &m) {
 void makecopies(Making &m, const Element *from, std::ptrdiff_t stride, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i, from += stride) {
     copyelement(m.made.data_pointer[m.made.elements], *from);
-    if (++m.made.elements % CHUNK == 0) safepoint();
+    if (++m.made.elements % POLL_INTERVAL == 0) safepoint();
   }
 }
 

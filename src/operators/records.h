@@ -13,42 +13,38 @@ namespace morvik {
 
 namespace records {
 
-inline constexpr int NOBRANCH = 994;
-inline constexpr std::size_t CHUNK = 65536;  // records between two safe points
-inline constexpr std::uint64_t MOSTELEMENTS = UINT32_MAX;
-
 // A counted name belongs to a scalar: it can't go along where the record becomes part of something else.
 bool hascountedname(const Element &e);
 // What one record adds to the flag word of its space.
 std::uint32_t recordbits(const Element &e);
 // The bits of all of them, with COMPLEXED, and one more than the depth of the deepest enclosed space, 1 without any.
-struct Found {
+struct RecordFindings {
   std::uint32_t bits;
   std::int16_t depth;
 };
-Found found(const Element *first, std::size_t count);
+RecordFindings examinerecords(const Element *first, std::size_t count);
 
 // Must a copy of the records be made one by one? For a scalar its record says so, else the flag word.
 bool owns(const Point &space);
 // Does nobody else see the records?
 inline bool isunique(const Point &space) {
-  return space.data_pointer && refr(space.data_pointer) == 1;
+  return space.data_pointer && referencecount(space.data_pointer) == 1;
 }
 // Gives a space whose word holds COLLECT's count the word that its records ask for. Symbolic Points are left alone.
-void knowkinds(Point &space);
+void ensurekinds(Point &space);
 // 994 where a record that has to be copied with care is of no known kind, else 0.
 int unknownkind(const Point &space);
 
 // Makes the flag word agree with rank and elements; the kinds and the depth of a mixed space are found anew.
-void settle(Point &space);
+void refreshflags(Point &space);
 // The same with the kinds found in any case.
-void settlekinds(Point &space);
+void refreshkinds(Point &space);
 // Turns the value into the empty space of this rank and shape, which it takes over. What it was is released.
 void becomeempty(Point &space, std::int32_t rank, Element *shape);
-// Gives up the records of a space, but for what else it holds.
+// Releases the records of a space, but for what else it holds.
 void releaserecords(Point &space);
-// Gives up all records behind the first ones. The records are nobody else's.
-void cut(Point &space, std::uint32_t count);
+// Releases all records behind the first ones. The records are nobody else's.
+void shortenrecords(Point &space, std::uint32_t count);
 // A copy of a shape with room for `more` extents behind it. Message 27.
 Element *copyshape(const Element *shape, std::int32_t rank, std::int32_t more = 0);
 
@@ -72,10 +68,10 @@ void makecopies(Making &m, const Element *from, std::ptrdiff_t stride, std::size
 struct Copying {
   Element *to;
   bool polls;
-  std::size_t left = CHUNK;
+  std::size_t left = POLL_INTERVAL;
 
   void poll() {
-    left = CHUNK;
+    left = POLL_INTERVAL;
     if (polls) safepoint();
   }
   void run(const Element *from, std::ptrdiff_t stride, std::size_t count) {
@@ -105,17 +101,17 @@ struct Copying {
   }
 };
 
-// Changes places within one block, forwards, so that each record stays owned once: in the end those that were not
-// asked for stand behind the others.
+// Changes places within one block, forwards, so that each record stays owned once: in the end those that were not asked
+// for are behind the others.
 struct Swapping {
   Element *to;
-  std::size_t left = CHUNK;
+  std::size_t left = POLL_INTERVAL;
 
   void one(Element *from) {
     if (to != from) std::swap(*to, *from);
     ++to;
     if (--left > 0) return;
-    left = CHUNK;
+    left = POLL_INTERVAL;
     safepoint();
   }
   void run(const Element *from, std::ptrdiff_t stride, std::size_t count) {
@@ -127,7 +123,7 @@ struct Swapping {
 };
 
 // Copies that own what they hold.
-struct Owning {
+struct OwningCopies {
   Making &m;
 
   void run(const Element *from, std::ptrdiff_t stride, std::size_t count) { makecopies(m, from, stride, count); }
@@ -143,7 +139,7 @@ void rearrange(Point &space, Walk walk) {
   Making m;
   startmaking(m, space.elements);
   if (careful && !moves) {
-    Owning out{m};
+    OwningCopies out{m};
     walk(out);
   } else {
     Copying out{m.made.data_pointer, !careful};
@@ -159,7 +155,7 @@ void rearrange(Point &space, Walk walk) {
 
 // Keeps so many records, whose runs `walk(out)` gives in order. `elements` stays with the caller. Message 27.
 template <typename Walk>
-void keep(Point &space, std::uint32_t count, Walk walk) {
+void keeprecords(Point &space, std::uint32_t count, Walk walk) {
   const bool careful = owns(space);
   if (isunique(space)) {
     if (careful) {
@@ -169,12 +165,12 @@ void keep(Point &space, std::uint32_t count, Walk walk) {
       Copying out{space.data_pointer, true};
       walk(out);
     }
-    return cut(space, count);
+    return shortenrecords(space, count);
   }
   Making m;
   startmaking(m, count);
   if (careful) {
-    Owning out{m};
+    OwningCopies out{m};
     walk(out);
   } else {
     Copying out{m.made.data_pointer, true};

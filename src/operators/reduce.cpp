@@ -17,13 +17,12 @@
 #include "operators/records.h"
 #include "spaces/copies.h"
 #include "spaces/instructions.h"
+#include "spaces/messages.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
 
 namespace {
-
-constexpr std::int32_t CHARACTERS = 75, MISSING = 79, ADDRESSED = 145, IMPOSSIBLE = 991, UNFOLDED = 994;
 
 // The scalar instruction that a modifier names; null for what does not fold. NAND and NOR are left out.
 const Dyadic *coresof(std::uint16_t modifier) {
@@ -55,18 +54,18 @@ const Element *groupat(const Point &space, const Axis &axis, std::size_t group) 
 }
 
 // What a fold can't begin with. 0, or the message.
-std::int32_t refused(const Point &space, std::uint16_t modifier) {
+std::int32_t checkfold(const Point &space, std::uint16_t modifier) {
   if (!space.data_pointer) return 0;
-  if (space.rank == ranks::ADDRESS || space.rank == ranks::LOCALADDRESS) return ADDRESSED;
-  if (!isspace(space)) return UNFOLDED;
+  if (space.rank == ranks::ADDRESS || space.rank == ranks::LOCAL_ADDRESS) return messages::ADDRESS_FOLDED;
+  if (!isspace(space)) return messages::RESTRICTION;
   if (space.rank == 0) return 0;
-  if (!coresof(modifier)) return MISSING;
-  if (isarithmetic(modifier) && (space.type & (HASASCII | HASUNICODE)) != 0) return CHARACTERS;
+  if (!coresof(modifier)) return messages::NO_FOLD_OPERAND;
+  if (isarithmetic(modifier) && (space.type & (HASASCII | HASUNICODE)) != 0) return messages::CHARACTERS_FOLDED;
   if (modifier != instructions::ADD || (space.type & COMPLEXED) == 0) return 0;
   for (std::uint32_t i = 0; i < space.elements; ++i) {
     const std::int32_t tag = space.data_pointer[i].tag;
-    if (tag == tags::SUBARRAY) return IMPOSSIBLE;
-    if (tag < tags::INTEGER || tag > tags::OCTONION) return UNFOLDED;
+    if (tag == tags::SUBARRAY) return messages::IMPOSSIBLE;
+    if (tag < tags::INTEGER || tag > tags::OCTONION) return messages::RESTRICTION;
   }
   return 0;
 }
@@ -74,36 +73,36 @@ std::int32_t refused(const Point &space, std::uint16_t modifier) {
 // ---- Folds of plain numbers, which need no record between the steps.
 
 // What makes a record plain: its tag, and that it has no name.
-constexpr std::uint64_t LOOKED = heading(-1, 0, attributes::NAMED);
-constexpr std::uint64_t PLAININTEGER = heading(tags::INTEGER, 0), PLAINREAL = heading(tags::REAL, 0);
+constexpr std::uint64_t COMPARED_BITS = heading(-1, 0, attributes::NAMED);
+constexpr std::uint64_t PLAIN_INTEGER = heading(tags::INTEGER, 0), PLAIN_REAL = heading(tags::REAL, 0);
 
 bool isplain(const Element &e, std::uint64_t kind) {
-  return (headingof(e) & LOOKED) == kind;
+  return (headingof(e) & COMPARED_BITS) == kind;
 }
 
-// Records of a group that are still to come, up to the next look at an interrupt.
+// Records of a group that are still to come, up to the next safe point.
 struct Stretch {
   const Element *next;
   std::size_t stride, count;
 };
 
-// A fold over integers: where it stands, and whether that is still what the integers' own rule gives.
-struct Truth {
+// A fold over integers: how far it has come, and whether that is still what the integers' own rule gives.
+struct TruthFold {
   bool value;
   bool holds() const { return true; }
 };
-struct Extremum {
+struct ExtremumFold {
   std::int64_t value;
   bool holds() const { return true; }
 };
 // Made in doubles, as ADD does it, and a sum of integers as long as it is one.
-struct Sum {
+struct SumFold {
   double value;
   bool beyond = false;
   bool holds() const { return !beyond; }
 };
 
-constexpr std::size_t TOGETHER = 8;
+constexpr std::size_t UNROLLED = 8;
 
 // Takes as many integers as are plain, so many together: whether they all were is asked afterwards, and if not, it is
 // as if they had not been looked at. `advance(state, integer)` makes one step.
@@ -111,14 +110,14 @@ template <typename State, typename Advance, typename Stride>
 std::size_t takentogether(const Stretch &s, State &state, Advance advance, Stride stride) {
   const Element *e = s.next;
   std::size_t i = 0;
-  for (; s.count - i >= TOGETHER; i += TOGETHER, e += TOGETHER * stride) {
+  for (; s.count - i >= UNROLLED; i += UNROLLED, e += UNROLLED * stride) {
     State further = state;
     std::uint64_t others = 0;
     [&]<std::size_t... k>(std::index_sequence<k...>) {
-      ((others |= headingof(e[k * stride]) ^ PLAININTEGER, advance(further, e[k * stride].integer)), ...);
+      ((others |= headingof(e[k * stride]) ^ PLAIN_INTEGER, advance(further, e[k * stride].integer)), ...);
     }
-    (std::make_index_sequence<TOGETHER>{});
-    if ((others & LOOKED) != 0 || !further.holds()) break;
+    (std::make_index_sequence<UNROLLED>{});
+    if ((others & COMPARED_BITS) != 0 || !further.holds()) break;
     state = further;
   }
   return i;
@@ -129,7 +128,7 @@ std::size_t takenintegers(const Stretch &s, State &state, Advance advance) {
   // Neighbours are reached without arithmetic.
   std::size_t i = s.stride == 1 ? takentogether(s, state, advance, std::integral_constant<std::size_t, 1>{})
                                 : takentogether(s, state, advance, s.stride);
-  for (const Element *e = s.next + i * s.stride; i < s.count && isplain(*e, PLAININTEGER); ++i, e += s.stride) {
+  for (const Element *e = s.next + i * s.stride; i < s.count && isplain(*e, PLAIN_INTEGER); ++i, e += s.stride) {
     State further = state;
     advance(further, e->integer);
     if (!further.holds()) break;
@@ -138,36 +137,36 @@ std::size_t takenintegers(const Stretch &s, State &state, Advance advance) {
   return i;
 }
 
-// Each continues a fold that stands in a plain record, and returns how many records it took.
+// Each continues a fold whose result so far is a plain record, and returns how many records it took.
 std::size_t integersum(Element &to, const Stretch &s) {
-  Sum sum = {static_cast<double>(to.integer)};
-  const std::size_t count = takenintegers(s, sum, [](Sum &sofar, std::int64_t next) {
+  SumFold sum = {static_cast<double>(to.integer)};
+  const std::size_t count = takenintegers(s, sum, [](SumFold &sofar, std::int64_t next) {
     sofar.value += static_cast<double>(next);
-    sofar.beyond |= std::fabs(sofar.value) > INTEGERBOUND;
+    sofar.beyond |= std::fabs(sofar.value) > INTEGER_BOUND;
   });
-  if (count > 0) write(to, saturate(sum.value), forms::NUMBER);
+  if (count > 0) writerecord(to, saturate(sum.value), forms::NUMBER);
   return count;
 }
 
 // The smaller or the larger of integers.
 template <bool smaller>
 std::size_t integerextremum(Element &to, const Stretch &s) {
-  Extremum found = {to.integer};
-  const std::size_t count = takenintegers(s, found, [](Extremum &sofar, std::int64_t next) {
+  ExtremumFold found = {to.integer};
+  const std::size_t count = takenintegers(s, found, [](ExtremumFold &sofar, std::int64_t next) {
     sofar.value = smaller ? std::min(sofar.value, next) : std::max(sofar.value, next);
   });
-  if (count > 0) write(to, found.value, forms::NUMBER);
+  if (count > 0) writerecord(to, found.value, forms::NUMBER);
   return count;
 }
 
 // Are all of the integers above 0, or is one?
 template <bool all>
 std::size_t integertruth(Element &to, const Stretch &s) {
-  Truth found = {to.integer > 0};
-  const std::size_t count = takenintegers(s, found, [](Truth &sofar, std::int64_t next) {
+  TruthFold found = {to.integer > 0};
+  const std::size_t count = takenintegers(s, found, [](TruthFold &sofar, std::int64_t next) {
     sofar.value = all ? sofar.value & (next > 0) : sofar.value | (next > 0);
   });
-  if (count > 0) write(to, found.value ? 1 : 0, forms::BOOLEAN);
+  if (count > 0) writerecord(to, found.value ? 1 : 0, forms::BOOLEAN);
   return count;
 }
 
@@ -176,14 +175,14 @@ template <typename Step>
 std::size_t takenreals(const Stretch &s, Step step) {
   const Element *e = s.next;
   std::size_t i = 0;
-  for (; i < s.count && isplain(*e, PLAINREAL); ++i, e += s.stride) step(e->real);
+  for (; i < s.count && isplain(*e, PLAIN_REAL); ++i, e += s.stride) step(e->real);
   return i;
 }
 
 std::size_t realsum(Element &to, const Stretch &s) {
   double sum = to.real;
   const std::size_t count = takenreals(s, [&](double x) { sum += x; });
-  if (count > 0) write(to, sum);
+  if (count > 0) writerecord(to, sum);
   return count;
 }
 
@@ -194,7 +193,7 @@ std::size_t realextremum(Element &to, const Stretch &s) {
   const std::size_t count = takenreals(s, [&](double x) {
     if ((smaller ? x < found : x > found) || std::isnan(x)) found = x;
   });
-  if (count > 0) write(to, found);
+  if (count > 0) writerecord(to, found);
   return count;
 }
 
@@ -225,12 +224,12 @@ PlainFolds plainfolds(std::uint16_t modifier) {
 // Folds the first records of a group so; `to` holds the very first one. Returns how many records are in it then, one
 // flop for each step on reals, or 0 after an interrupt.
 std::size_t plainfold(const PlainFolds &folds, Element &to, const Element *first, const Axis &axis, Tally &tally) {
-  const bool reals = isplain(to, PLAINREAL);
-  const PlainFold fold = reals ? folds.reals : isplain(to, PLAININTEGER) ? folds.integers : nullptr;
+  const bool reals = isplain(to, PLAIN_REAL);
+  const PlainFold fold = reals ? folds.reals : isplain(to, PLAIN_INTEGER) ? folds.integers : nullptr;
   std::size_t done = 1;
   while (fold && done < axis.extent) {
     if (interrupted != 0) return 0;
-    const Stretch s = {first + done * axis.stride, axis.stride, std::min(axis.extent - done, STRETCH)};
+    const Stretch s = {first + done * axis.stride, axis.stride, std::min(axis.extent - done, POLL_INTERVAL)};
     const std::size_t count = fold(to, s);
     done += count;
     if (count < s.count) break;
@@ -266,7 +265,7 @@ void beginfold(Folded &f, const Point &space, const Axis &axis) {
   f.point.shape_pointer = nullptr;
   f.point.data_pointer = nullptr;
   f.point.elements = 0;
-  f.point.type &= ~(RANKBITS | ISSTRUCTURE | ISEMPTY | ELEMENTBITS);  // no kinds: whatever is in there gets released
+  f.point.type &= ~(RANK_BITS | ISSTRUCTURE | ISEMPTY | ELEMENT_BITS);  // no kinds: whatever is in there gets released
   f.point.type |= f.point.rank == 0 ? ISSCALAR : f.point.rank == ranks::VECTOR ? ISVECTOR : ISARRAY;
   takecustody(f.custody, releasepoint, &f.point);
   if (f.point.rank > 0) {
@@ -282,7 +281,7 @@ void setkinds(Point &point) {
   std::uint32_t kinds = 0;
   for (std::uint32_t i = 0; i < point.elements; ++i) kinds |= records::recordbits(point.data_pointer[i]);
   kinds &= ~ISSTRUCTURE;
-  point.type = (point.type & ~(ELEMENTBITS | COMPLEXED | STRUCTURED | NAMEBEARING | ISLOCAL)) | kinds;
+  point.type = (point.type & ~(ELEMENT_BITS | COMPLEXED | STRUCTURED | NAME_BEARING | ISLOCAL)) | kinds;
   if (point.elements > 1) point.type |= complexed(kinds);
   if (point.elements == 1 && point.rank > 0) point.type |= ISONEELEMENT;
 }
@@ -301,7 +300,7 @@ void unname(Element &e) {
 
 void foldspace(Point **stackpointer, const Point *instruction, Point *context, bool last) {
   const Point &space = **stackpointer;
-  if (const std::int32_t message = refused(space, instruction->modifier); message != 0)
+  if (const std::int32_t message = checkfold(space, instruction->modifier); message != 0)
     failfold(message, stackpointer, instruction);
   if (space.rank == 0 || !space.data_pointer) return;
   const Dyadic &d = *coresof(instruction->modifier);
@@ -320,7 +319,7 @@ void foldspace(Point **stackpointer, const Point *instruction, Point *context, b
     f.point.elements = static_cast<std::uint32_t>(i + 1);
     const std::int32_t message = fold(d, plain, first, axis, to, tally);
     if (message != 0) failfold(message, stackpointer, instruction);
-    if ((i & 0xFFF) == 0) safepoint();
+    if (i % SLOW_POLL_INTERVAL == 0) safepoint();
   }
   endcustody(f.custody);
   setkinds(f.point);
@@ -340,7 +339,7 @@ void reducelastaxis(Point **stackpointer, const Point *instruction, Point *conte
 }
 
 void group(Point **stackpointer, const Point *instruction, Point *) {
-  exceptionjump(UNFOLDED, stackpointer, instruction);
+  exceptionjump(messages::RESTRICTION, stackpointer, instruction);
 }
 
 }  // namespace morvik

@@ -14,6 +14,8 @@
 #include "frontend/vectors.h"
 #include "operators/records.h"
 #include "spaces/copies.h"
+#include "spaces/messages.h"
+#include "spaces/point.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
@@ -22,26 +24,22 @@ namespace {
 
 using records::hascountedname;
 
-constexpr int NOTONEAXIS = 10, FROMNOTHING = 11, NOTINTEGERS = 113, IMPOSSIBLE = 991, NOBRANCH = 994, TOOLARGE = 1100,
-              NESTEDSHAPE = 1101, TEXTSHAPE = 1102;
-
 // What a new shape replaces in the flag word. Kept: ISPROBABLE stays, for what was drawn by chance stays so.
-constexpr std::uint32_t RESHAPED = KINDBITS | HASFILE | RANKBITS | ISSTRUCTURE | ISEMPTY;
-static_assert(RESHAPED == 0x7F7F00);
+constexpr std::uint32_t RESHAPED_BITS = KIND_BITS | HASFILE | RANK_BITS | ISSTRUCTURE | ISEMPTY;
+static_assert(RESHAPED_BITS == 0x7F7F00);
 
-constexpr std::uint64_t MOSTELEMENTS = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint32_t MOSTAXES = std::numeric_limits<std::int32_t>::max();
-constexpr std::size_t CHUNK = 65536;  // records between two safe points
-constexpr std::size_t PIECE = 256;    // records that are looked at and copied while they are at hand
+constexpr std::uint32_t MOST_AXES = std::numeric_limits<std::int32_t>::max();
+
+constexpr std::size_t PIECE_RECORDS = 256;  // records that are looked at and copied while they are in the cache
 
 // ---- The extents.
 
 // The part of a number that must be whole, and the sum of the others, which must be 0.
-struct Parts {
+struct ExtentParts {
   double first, others;
 };
 
-Parts parts(const Element &e) {
+ExtentParts extentparts(const Element &e) {
   switch (e.tag) {
     case tags::REAL:
       return {e.real, 0};
@@ -64,7 +62,7 @@ bool wholenumber(const Element &e, std::int64_t &value) {
     return true;
   }
   if (e.tag < tags::REAL || e.tag > tags::OCTONION) return false;
-  const Parts p = parts(e);
+  const ExtentParts p = extentparts(e);
   constexpr double LIMIT = 9223372036854775808.0;
   if (!(p.others == 0) || !(p.first >= -LIMIT && p.first < LIMIT) || std::trunc(p.first) != p.first) return false;
   value = static_cast<std::int64_t>(p.first);
@@ -72,27 +70,27 @@ bool wholenumber(const Element &e, std::int64_t &value) {
 }
 
 // What speaks against these records as a shape: a message number, 0 for nothing. The product is that of the extents.
-int judge(const Point &shape, std::uint64_t &product) {
+int checkoperand(const Point &shape, std::uint64_t &product) {
   int fault = 0;
   product = 1;
   bool fits = true;
   for (std::uint32_t i = 0; i < shape.elements; ++i) {
     const Element &e = shape.data_pointer[i];
-    if (e.tag == tags::ASCII) return TEXTSHAPE;
-    if (e.tag == tags::SUBARRAY) return NESTEDSHAPE;
+    if (e.tag == tags::ASCII) return messages::SHAPE_CHARACTERS;
+    if (e.tag == tags::SUBARRAY) return messages::SHAPE_NESTED;
     std::int64_t extent = 0;
     if (!wholenumber(e, extent) || extent < 0) {
-      fault = NOTINTEGERS;
+      fault = messages::SHAPE_NOT_INTEGERS;
     } else if (extent == 0) {
       product = 0;
     } else if (product != 0 && fits) {
-      fits = static_cast<std::uint64_t>(extent) <= MOSTELEMENTS / product;
+      fits = static_cast<std::uint64_t>(extent) <= MOST_ELEMENTS / product;
       if (fits) product *= static_cast<std::uint64_t>(extent);
     }
-    if (i % CHUNK == CHUNK - 1) safepoint();
+    if (i % POLL_INTERVAL == POLL_INTERVAL - 1) safepoint();
   }
   if (fault != 0) return fault;
-  return (product != 0 && !fits) || shape.elements > MOSTAXES ? TOOLARGE : 0;
+  return (product != 0 && !fits) || shape.elements > MOST_AXES ? messages::SHAPE_TOO_BIG : 0;
 }
 
 // Can the records serve as a shape as they stand?
@@ -123,29 +121,30 @@ bool isplain(std::int32_t tag) {
 
 bool iscopied(std::int32_t tag) {
   return tag == tags::SUBARRAY || isplain(tag) || tag == tags::OCTONION || tag == tags::FILLER || tag == tags::HANDLE ||
-         (tag >= ranks::LOCALVARIABLE && tag <= ranks::LABEL && tag != ranks::OPERATOR);
+         (tag >= ranks::LOCAL_VARIABLE && tag <= ranks::LABEL && tag != ranks::OPERATOR);
 }
 
-enum class Copying { WHOLE, ONEBYONE };
+enum class CopyMethod { WHOLE, ONE_BY_ONE };
 
 // How the flag word says that the records are copied. They have the last word themselves.
-Copying promised(const Point &data) {
-  return mayown(data) || hascountedname(*data.data_pointer) ? Copying::ONEBYONE : Copying::WHOLE;
+CopyMethod promised(const Point &data) {
+  return mayown(data) || hascountedname(*data.data_pointer) ? CopyMethod::ONE_BY_ONE : CopyMethod::WHOLE;
 }
 
 // The message for a record that can't be copied.
 int nobranch(const Point &data) {
-  return (data.type & (COMPLEXED | STRUCTURED)) == 0 && isplain(data.data_pointer->tag) ? IMPOSSIBLE : NOBRANCH;
+  return (data.type & (COMPLEXED | STRUCTURED)) == 0 && isplain(data.data_pointer->tag) ? messages::IMPOSSIBLE
+                                                                                        : messages::RESTRICTION;
 }
 
 // How the records of a stretch are copied. A message number or 0.
-int judge(const Point &data, std::size_t from, std::size_t to, Copying &how) {
+int checkoperand(const Point &data, std::size_t from, std::size_t to, CopyMethod &how) {
   how = promised(data);
   for (std::size_t i = from; i < to; ++i) {
-    if (i % CHUNK == 0) safepoint();
+    if (i % POLL_INTERVAL == 0) safepoint();
     if (isplain(data.data_pointer[i].tag)) continue;
     if (!iscopied(data.data_pointer[i].tag)) return nobranch(data);
-    how = Copying::ONEBYONE;
+    how = CopyMethod::ONE_BY_ONE;
   }
   return 0;
 }
@@ -154,7 +153,7 @@ int judge(const Point &data, std::size_t from, std::size_t to, Copying &how) {
 void repeatwhole(Element *records, std::size_t period, std::size_t count) {
   for (std::size_t have = period; have < count;) {
     const std::size_t from = have % period;
-    const std::size_t piece = std::min({have - from, count - have, CHUNK});
+    const std::size_t piece = std::min({have - from, count - have, POLL_INTERVAL});
     std::memcpy(records + have, records + from, piece * sizeof(Element));
     safepoint();
     have += piece;
@@ -162,15 +161,16 @@ void repeatwhole(Element *records, std::size_t period, std::size_t count) {
 }
 
 // Adds a piece of records to those made. `how` turns where one of them needs it. A message number or 0.
-int addpiece(Point &made, const Point &data, std::size_t from, std::size_t count, Copying &how) {
+int addpiece(Point &made, const Point &data, std::size_t from, std::size_t count, CopyMethod &how) {
   const Element *records = data.data_pointer + from;
   safepoint();
-  if (how == Copying::WHOLE && std::all_of(records, records + count, [](const Element &e) { return isplain(e.tag); })) {
+  if (how == CopyMethod::WHOLE &&
+      std::all_of(records, records + count, [](const Element &e) { return isplain(e.tag); })) {
     std::memcpy(made.data_pointer + made.elements, records, count * sizeof(Element));
     made.elements += static_cast<std::uint32_t>(count);
     return 0;
   }
-  how = Copying::ONEBYONE;
+  how = CopyMethod::ONE_BY_ONE;
   for (std::size_t i = 0; i < count; ++i, ++made.elements) {
     if (!iscopied(records[i].tag)) return nobranch(data);
     copyelement(made.data_pointer[made.elements], records[i]);
@@ -180,18 +180,18 @@ int addpiece(Point &made, const Point &data, std::size_t from, std::size_t count
 
 // Adds all pieces, once, and then what is there already, again and again.
 int addpieces(Point &made, const Point &data, std::size_t count) {
-  Copying how = promised(data);
+  CopyMethod how = promised(data);
   const std::size_t have = std::min<std::size_t>(data.elements, count);
-  for (std::size_t i = 0; i < have; i += PIECE)
-    if (const int fault = addpiece(made, data, i, std::min(PIECE, have - i), how)) return fault;
-  if (how == Copying::WHOLE) {
+  for (std::size_t i = 0; i < have; i += PIECE_RECORDS)
+    if (const int fault = addpiece(made, data, i, std::min(PIECE_RECORDS, have - i), how)) return fault;
+  if (how == CopyMethod::WHOLE) {
     repeatwhole(made.data_pointer, have, count);
     made.elements = static_cast<std::uint32_t>(count);
     return 0;
   }
   while (made.elements < count) {
     copyelement(made.data_pointer[made.elements], made.data_pointer[made.elements - have]);
-    if (++made.elements % PIECE == 0) safepoint();  // which finds the last copy counted
+    if (++made.elements % PIECE_RECORDS == 0) safepoint();  // which finds the last copy counted
   }
   return 0;
 }
@@ -213,7 +213,7 @@ int repeatelements(const Point &data, std::size_t count, Element *&records) {
   return fault;
 }
 
-// Gives up the records of `data`, but for what else it holds.
+// Releases the records of `data`, but for what else it holds.
 void releaseelements(Point &data) {
   Point old = data;
   old.shape_pointer = nullptr;
@@ -222,10 +222,10 @@ void releaseelements(Point &data) {
 }
 
 // Cuts a block that nobody else sees. A message number or 0.
-int cut(Point &data, std::uint32_t count) {
-  Copying how;
-  if (const int fault = judge(data, count, data.elements, how)) return fault;
-  if (how == Copying::ONEBYONE) dereferencedataelems(data.data_pointer + count, data.elements - count);
+int shortenblock(Point &data, std::uint32_t count) {
+  CopyMethod how;
+  if (const int fault = checkoperand(data, count, data.elements, how)) return fault;
+  if (how == CopyMethod::ONE_BY_ONE) dereferencedataelems(data.data_pointer + count, data.elements - count);
   // A block that can't be cut serves as well.
   if (Element *shorter = tryreallocate(data.data_pointer, count)) data.data_pointer = shorter;
   return 0;
@@ -233,12 +233,12 @@ int cut(Point &data, std::uint32_t count) {
 
 // Makes `data` hold `count` records, more, fewer or as many as now. `elements` stays with the caller. A message number
 // or 0.
-int resize(Point &data, std::uint32_t count) {
-  if (refr(data.data_pointer) == 1 && !hascountedname(*data.data_pointer)) {
-    if (count < data.elements) return cut(data, count);
-    Copying how;
-    if (const int fault = judge(data, 0, data.elements, how)) return fault;
-    if (how == Copying::WHOLE) {
+int resizespace(Point &data, std::uint32_t count) {
+  if (referencecount(data.data_pointer) == 1 && !hascountedname(*data.data_pointer)) {
+    if (count < data.elements) return shortenblock(data, count);
+    CopyMethod how;
+    if (const int fault = checkoperand(data, 0, data.elements, how)) return fault;
+    if (how == CopyMethod::WHOLE) {
       data.data_pointer = Reallocate(data.data_pointer, count);
       repeatwhole(data.data_pointer, data.elements, count);
       return 0;
@@ -278,7 +278,7 @@ void becomeshaped(Point &data, std::int32_t rank, std::uint32_t product) {
   if (data.rank == ranks::SCALAR) data.type |= owningbit(*data.data_pointer);
   if (data.depth == 0) data.depth = 1;
   data.rank = rank;
-  data.type = (data.type & ~RESHAPED) | (data.type & (KINDBITS | HASFILE)) | (rank > 1 ? ISARRAY : ISVECTOR) |
+  data.type = (data.type & ~RESHAPED_BITS) | (data.type & (KIND_BITS | HASFILE)) | (rank > 1 ? ISARRAY : ISVECTOR) |
               (product == 1 ? ISONEELEMENT : 0);
   data.elements = product;
   data.word = {0, static_cast<std::int32_t>(product - 1)};
@@ -293,7 +293,7 @@ void keepshape(Point &data, Point &shape) {
   dereferencepoint(&shape);
 }
 
-// Gives `data` the extents, in which a null stands for the records of the shape as they are.
+// Gives `data` the extents, in which a null means the records of the shape as they are.
 void takeshape(Point &data, Point &shape, Element *extents, std::uint32_t product) {
   const auto rank = static_cast<std::int32_t>(shape.elements);
   if (!extents) std::swap(extents, shape.data_pointer);
@@ -310,24 +310,24 @@ void takeshape(Point &data, Point &shape, Element *extents, std::uint32_t produc
 
 // The instruction but for the report: a message number, with both operands left whole, or 0.
 int tryreshape(Point &data, Point &shape) {
-  if (shape.rank > ranks::VECTOR) return NOTONEAXIS;
+  if (shape.rank > ranks::VECTOR) return messages::SHAPE_RANK;
   if (isempty(shape)) {
     keepshape(data, shape);
     return 0;
   }
-  if (!isspace(shape) || !shape.data_pointer) return NOTINTEGERS;
-  if ((shape.type & STRUCTURED) != 0) return NESTEDSHAPE;
+  if (!isspace(shape) || !shape.data_pointer) return messages::SHAPE_NOT_INTEGERS;
+  if ((shape.type & STRUCTURED) != 0) return messages::SHAPE_NESTED;
   std::uint64_t product;
-  if (const int fault = judge(shape, product)) return fault;
-  if (product != 0 && data.elements == 0) return FROMNOTHING;
-  if (product != 0 && !isspace(data)) return NOBRANCH;
-  if (product != 0 && !data.data_pointer) return FROMNOTHING;
+  if (const int fault = checkoperand(shape, product)) return fault;
+  if (product != 0 && data.elements == 0) return messages::RESHAPE_NOTHING;
+  if (product != 0 && !isspace(data)) return messages::RESTRICTION;
+  if (product != 0 && !data.data_pointer) return messages::RESHAPE_NOTHING;
   const auto count = static_cast<std::uint32_t>(product);
   Element *extents = areextents(shape.data_pointer, shape.elements) ? nullptr : makeextents(shape);
   Custody making;
   takecustody(making, releaseblock, extents);
   const bool stays = count == 0 || (count == data.elements && !(data.rank == 0 && hascountedname(*data.data_pointer)));
-  const int fault = stays ? 0 : resize(data, count);
+  const int fault = stays ? 0 : resizespace(data, count);
   endcustody(making);
   if (fault != 0)
     release(extents);

@@ -6,22 +6,21 @@
 
 namespace morvik {
 
-using records::CHUNK;
+using records::ensurekinds;
 using records::isunique;
-using records::knowkinds;
 using records::rearrange;
 using records::unknownkind;
 
 namespace {
 
-// Turns `count` records round where they stand. Each stays owned once, whenever an interrupt comes.
-void turn(Element *row, std::size_t count, std::size_t &left) {
+// Reverses `count` records in place. Each stays owned once, whenever an interrupt comes.
+void reverserow(Element *row, std::size_t count, std::size_t &left) {
   Element *low = row, *high = row + count;
   while (high - low > 1) {
     const std::size_t piece = std::min(static_cast<std::size_t>(high - low) / 2, left);
     for (std::size_t i = 0; i < piece; ++i) std::swap(*low++, *--high);
     if ((left -= piece) > 0) continue;
-    left = CHUNK;
+    left = POLL_INTERVAL;
     safepoint();
   }
 }
@@ -31,8 +30,8 @@ int reverserows(Point &space, std::uint32_t row) {
   if (const int fault = unknownkind(space)) return fault;
   const std::uint32_t rows = space.elements / row;
   if (isunique(space)) {
-    std::size_t left = CHUNK;
-    for (std::uint32_t i = 0; i < rows; ++i) turn(space.data_pointer + std::size_t{i} * row, row, left);
+    std::size_t left = POLL_INTERVAL;
+    for (std::uint32_t i = 0; i < rows; ++i) reverserow(space.data_pointer + std::size_t{i} * row, row, left);
     return 0;
   }
   rearrange(space, [&](auto &out) {
@@ -42,20 +41,20 @@ int reverserows(Point &space, std::uint32_t row) {
   return 0;
 }
 
-bool isturned(Point &space) {
+bool isreversible(Point &space) {
   if (!isspace(space) || space.rank == 0 || !space.data_pointer) return false;
-  knowkinds(space);
+  ensurekinds(space);
   return space.elements > 1;
 }
 
 }  // namespace
 
 int reverse(Point &space) {
-  return isturned(space) ? reverserows(space, space.elements) : 0;
+  return isreversible(space) ? reverserows(space, space.elements) : 0;
 }
 
 int mirror(Point &space) {
-  if (!isturned(space)) return 0;
+  if (!isreversible(space)) return 0;
   const auto row = static_cast<std::uint32_t>(space.shape_pointer[0].integer);
   return row > 1 ? reverserows(space, row) : 0;
 }

@@ -7,23 +7,22 @@
 #include "operators/records.h"
 #include "spaces/blocks.h"
 #include "spaces/copies.h"
+#include "spaces/messages.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
 
 using records::becomeempty;
 using records::copyshape;
+using records::ensurekinds;
 using records::isunique;
-using records::keep;
-using records::knowkinds;
+using records::keeprecords;
 using records::recordbits;
-using records::settle;
-using records::settlekinds;
+using records::refreshflags;
+using records::refreshkinds;
 using records::unknownkind;
 
 namespace {
-
-constexpr std::int32_t NOSHAPE = 994;  // a symbolic Point has nothing behind its first element
 
 // The first record of a vector becomes a value of its own: a symbolic Point, or a scalar.
 void takerecord(Point &space) {
@@ -58,7 +57,7 @@ void takemember(Point &space) {
 void keepfirst(Point &space, std::uint32_t count, std::int32_t rank, Element *shape) {
   Custody making;
   takecustody(making, releaseblock, shape);
-  keep(space, count, [&](auto &out) {
+  keeprecords(space, count, [&](auto &out) {
     if (!isunique(space)) out.run(space.data_pointer, 1, count);
   });
   endcustody(making);
@@ -66,7 +65,7 @@ void keepfirst(Point &space, std::uint32_t count, std::int32_t rank, Element *sh
   space.shape_pointer = shape;
   space.rank = rank;
   space.elements = count;
-  settlekinds(space);
+  refreshkinds(space);
 }
 
 // Keeps the records behind the first `dropped`, `shape` being the new one.
@@ -74,13 +73,13 @@ void keeprest(Point &space, std::uint32_t dropped, std::int32_t rank, Element *s
   const std::uint32_t count = space.elements - dropped;
   Custody making;
   takecustody(making, releaseblock, shape);
-  keep(space, count, [&](auto &out) { out.run(space.data_pointer + dropped, 1, count); });
+  keeprecords(space, count, [&](auto &out) { out.run(space.data_pointer + dropped, 1, count); });
   endcustody(making);
   dereference(space.shape_pointer);
   space.shape_pointer = shape;
   space.rank = rank;
   space.elements = count;
-  settle(space);
+  refreshflags(space);
 }
 
 // Kept: what REST leaves of one element is empty and no more, without rank bits and of depth 0.
@@ -100,7 +99,7 @@ Element *zeroshape(std::int32_t rank) {
 
 int first(Point &space) {
   if (!isspace(space) || space.rank == 0 || (space.type & ISSCALAR) != 0 || !space.data_pointer) return 0;
-  knowkinds(space);
+  ensurekinds(space);
   if (const int fault = unknownkind(space)) return fault;
   if (space.rank > 1) {
     const std::int32_t rank = space.rank - 1;
@@ -116,7 +115,7 @@ int first(Point &space) {
 
 int firstelement(Point &space) {
   if (!isspace(space) || space.rank == 0 || !space.data_pointer) return 0;
-  knowkinds(space);
+  ensurekinds(space);
   if (const int fault = unknownkind(space)) return fault;
   if (space.data_pointer->tag == tags::SUBARRAY)
     takemember(space);
@@ -127,9 +126,10 @@ int firstelement(Point &space) {
   return 0;
 }
 
+// A symbolic Point has nothing behind its first element.
 int rest(Point &space) {
-  if (!isspace(space)) return NOSHAPE;
-  knowkinds(space);
+  if (!isspace(space)) return messages::RESTRICTION;
+  ensurekinds(space);
   if (space.elements < 2 || !space.data_pointer) {
     const std::int32_t rank = std::max(space.rank, 1);
     emptyrest(space, rank, zeroshape(rank));
@@ -148,8 +148,8 @@ int rest(Point &space) {
 }
 
 int restelements(Point &space) {
-  if (!isspace(space)) return NOSHAPE;
-  knowkinds(space);
+  if (!isspace(space)) return messages::RESTRICTION;
+  ensurekinds(space);
   if (space.elements < 2 || !space.data_pointer) {
     emptyrest(space, ranks::VECTOR, zeroshape(1));
     return 0;

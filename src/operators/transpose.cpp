@@ -4,23 +4,23 @@
 #include "failure/custody.h"
 #include "operators/records.h"
 #include "spaces/blocks.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
 using records::copyshape;
-using records::knowkinds;
+using records::ensurekinds;
 using records::rearrange;
 using records::unknownkind;
 
 namespace {
 
-constexpr int ADDRESSGIVEN = 159, MANYAXES = 970;
-constexpr std::int32_t MOSTAXES = 8;
+constexpr std::int32_t MOST_TRANSPOSED_AXES = 8;
 
 // The old axes as the new order meets them: the slowest is now the fastest.
 struct Axes {
   std::size_t count;
-  std::size_t extent[MOSTAXES], stride[MOSTAXES];
+  std::size_t extent[MOST_TRANSPOSED_AXES], stride[MOST_TRANSPOSED_AXES];
 };
 
 Axes axesof(const Point &space) {
@@ -37,7 +37,7 @@ Axes axesof(const Point &space) {
 
 template <typename Out>
 void walkaxes(const Axes &axes, const Element *from, Out &out) {
-  std::size_t at[MOSTAXES] = {};
+  std::size_t at[MOST_TRANSPOSED_AXES] = {};
   for (;;) {
     out.run(from, static_cast<std::ptrdiff_t>(axes.stride[0]), axes.extent[0]);
     std::size_t axis = 1;
@@ -55,10 +55,10 @@ void walkaxes(const Axes &axes, const Element *from, Out &out) {
 
 int transpose(Point &space) {
   if (!space.data_pointer) return 0;
-  if (space.rank == ranks::ADDRESS || space.rank == ranks::LOCALADDRESS) return ADDRESSGIVEN;
+  if (space.rank == ranks::ADDRESS || space.rank == ranks::LOCAL_ADDRESS) return messages::ADDRESS_TRANSPOSED;
   if (space.rank < 2) return 0;
-  if (space.rank > MOSTAXES) return MANYAXES;
-  knowkinds(space);
+  if (space.rank > MOST_TRANSPOSED_AXES) return messages::TRANSPOSE_DIMENSIONS;
+  ensurekinds(space);
   if (const int fault = unknownkind(space)) return fault;
   Element *shape = copyshape(space.shape_pointer, space.rank);
   std::reverse(shape, shape + space.rank);

@@ -1,6 +1,6 @@
 // Counted blocks: the prefix with the reference word, and the small blocks that everybody asks for. The checking build
-// puts guards around each block, poisons what is fresh or freed, and keeps freed blocks back for a while to see whether
-// somebody still writes to them.
+// puts guards around each block, poisons what is fresh or freed, and keeps freed blocks in quarantine for a while to
+// see whether somebody still writes to them.
 #include "spaces/blocks.h"
 
 #include <atomic>
@@ -10,11 +10,11 @@
 #include <cstring>
 #include <limits>
 
+#include "spaces/messages.h"
+
 namespace morvik {
 
 namespace {
-
-constexpr std::int32_t OUTOFSTORAGE = 27;
 
 [[noreturn]] void failunheard(std::int32_t) {
   std::abort();
@@ -30,7 +30,7 @@ void failwith(std::int32_t message) {
 }
 
 void outofstorage() {
-  failwith(OUTOFSTORAGE);
+  failwith(messages::OUT_OF_STORAGE);
 }
 
 pthread_mutex_t mp1 = PTHREAD_ADAPTIVE_MUTEX_INITIALIZER_NP;
@@ -54,55 +54,54 @@ namespace {
 
 // A number that all threads write to would cost more than the rest of an allocation: while coprocessors run, each
 // counts for itself.
-std::atomic<std::int64_t> live{0};
-thread_local std::int64_t livehere;
+std::atomic<std::int64_t> livecount{0};
+thread_local std::int64_t ownlivecount;
 
 void countlive(std::int64_t change) {
   if (coprocessors_running)
-    livehere += change;
+    ownlivecount += change;
   else
-    live.store(live.load(std::memory_order_relaxed) + change, std::memory_order_relaxed);
+    livecount.store(livecount.load(std::memory_order_relaxed) + change, std::memory_order_relaxed);
 }
 
 constexpr std::int64_t PERMANENT = -1;
-constexpr std::size_t LARGEST = static_cast<std::size_t>(std::numeric_limits<std::int64_t>::max());
+constexpr std::size_t LARGEST_BLOCK = static_cast<std::size_t>(std::numeric_limits<std::int64_t>::max());
 
 #ifdef MORVIK_CHECKING
-// Ahead of the prefix stands one guard, behind the payload the other; the prefix's second word holds the payload's
-// size.
-constexpr std::size_t GUARD = 16, HEAD = GUARD + BLOCKPREFIX, OVERHEAD = HEAD + GUARD;
-constexpr int GUARDED = 0xA5, FRESH = 0xCB, FREED = 0xDD;
-constexpr std::uint64_t DEAD = 0xDDDDDDDDDDDDDDDD;
+// One guard is ahead of the prefix, the other behind the payload; the prefix's second word holds the payload's size.
+constexpr std::size_t GUARD = 16, HEAD = GUARD + BLOCK_PREFIX, OVERHEAD = HEAD + GUARD;
+constexpr int GUARD_BYTE = 0xA5, FRESH_BYTE = 0xCB, FREED_BYTE = 0xDD;
+constexpr std::uint64_t DEAD_WORD = 0xDDDDDDDDDDDDDDDD;
 #else
-constexpr std::size_t OVERHEAD = BLOCKPREFIX;
+constexpr std::size_t OVERHEAD = BLOCK_PREFIX;
 #endif
 
-constexpr bool fits(std::size_t bytes) {
-  return bytes <= LARGEST - OVERHEAD;
+constexpr bool fitssize(std::size_t bytes) {
+  return bytes <= LARGEST_BLOCK - OVERHEAD;
 }
 
 }  // namespace
 
 std::int64_t liveblocks() {
-  return live.load(std::memory_order_relaxed) + livehere;
+  return livecount.load(std::memory_order_relaxed) + ownlivecount;
 }
 
-void handinlive() {
-  live.fetch_add(livehere, std::memory_order_relaxed);
-  livehere = 0;
+void flushlivecount() {
+  livecount.fetch_add(ownlivecount, std::memory_order_relaxed);
+  ownlivecount = 0;
 }
 
 #ifdef MORVIK_CHECKING
 
 namespace {
 
-constexpr std::int64_t NEVER = -1, UNREAD = -2;
-std::atomic<std::int64_t> countdown{UNREAD};
+constexpr std::int64_t NEVER_FAILS = -1, NOT_READ = -2;
+std::atomic<std::int64_t> countdown{NOT_READ};
 
 bool mustfail() {
-  if (countdown == UNREAD) {
+  if (countdown == NOT_READ) {
     const char *set = std::getenv("MORVIK_FAIL_ALLOCATION");
-    countdown = set ? std::strtoll(set, nullptr, 10) : NEVER;
+    countdown = set ? std::strtoll(set, nullptr, 10) : NEVER_FAILS;
   }
   return countdown >= 0 && countdown.fetch_sub(1) == 0;
 }
@@ -124,24 +123,24 @@ bool isfilled(const char *from, int byte, std::size_t count) {
   return true;
 }
 
-// The last blocks freed, oldest first to go.
-constexpr std::size_t KEPT = 256, KEPTSIZE = 65536;
-struct Kept {
+// The quarantine: the last blocks freed, the oldest first to leave.
+constexpr std::size_t QUARANTINED_BLOCKS = 256, LARGEST_QUARANTINED = 65536;
+struct Quarantined {
   char *start;
   std::size_t size;
 };
-Kept keep[KEPT];
-std::size_t nextkept = 0;
-pthread_mutex_t keeping = PTHREAD_MUTEX_INITIALIZER;
+Quarantined quarantine[QUARANTINED_BLOCKS];
+std::size_t nextquarantined = 0;
+pthread_mutex_t quarantinelock = PTHREAD_MUTEX_INITIALIZER;
 
-void keepback(char *start, std::size_t size) {
-  pthread_mutex_lock(&keeping);
-  const Kept oldest = keep[nextkept];
-  keep[nextkept] = {start, size};
-  nextkept = (nextkept + 1) % KEPT;
-  pthread_mutex_unlock(&keeping);
+void quarantineblock(char *start, std::size_t size) {
+  pthread_mutex_lock(&quarantinelock);
+  const Quarantined oldest = quarantine[nextquarantined];
+  quarantine[nextquarantined] = {start, size};
+  nextquarantined = (nextquarantined + 1) % QUARANTINED_BLOCKS;
+  pthread_mutex_unlock(&quarantinelock);
   if (!oldest.start) return;
-  if (!isfilled(oldest.start, FREED, oldest.size + OVERHEAD))
+  if (!isfilled(oldest.start, FREED_BYTE, oldest.size + OVERHEAD))
     blockfault("written to after it was freed", oldest.start + HEAD);
   std::free(oldest.start);
 }
@@ -149,7 +148,7 @@ void keepback(char *start, std::size_t size) {
 }  // namespace
 
 void failallocation(std::int64_t successes) {
-  countdown = successes < 0 ? NEVER : successes;
+  countdown = successes < 0 ? NEVER_FAILS : successes;
 }
 
 std::size_t blocksize(const void *block) {
@@ -159,25 +158,26 @@ std::size_t blocksize(const void *block) {
 // A permanent block may be any memory with a prefix.
 void checkblock(const void *block) {
   if (!block) return;
-  const std::int64_t count = refr(block);
-  if (static_cast<std::uint64_t>(count) == DEAD) blockfault("used or freed after it was freed", block);
+  const std::int64_t count = referencecount(block);
+  if (static_cast<std::uint64_t>(count) == DEAD_WORD) blockfault("used or freed after it was freed", block);
   if (count < 0) return;
   const char *payload = static_cast<const char *>(block);
-  if (!isfilled(payload - HEAD, GUARDED, GUARD)) blockfault("guard ahead of it overwritten, or no block at all", block);
-  if (!isfilled(payload + sizeword(block), GUARDED, GUARD)) blockfault("written to past its end", block);
+  if (!isfilled(payload - HEAD, GUARD_BYTE, GUARD))
+    blockfault("guard ahead of it overwritten, or no block at all", block);
+  if (!isfilled(payload + sizeword(block), GUARD_BYTE, GUARD)) blockfault("written to past its end", block);
 }
 
 void *tryblock(std::size_t bytes) {
   if (bytes == 0) bytes = 1;
-  if (!fits(bytes) || mustfail()) return nullptr;
+  if (!fitssize(bytes) || mustfail()) return nullptr;
   char *start = static_cast<char *>(std::malloc(bytes + OVERHEAD));
   if (!start) return nullptr;
   char *payload = start + HEAD;
   const std::uint64_t size = bytes;
-  std::memset(start, GUARDED, GUARD);
+  std::memset(start, GUARD_BYTE, GUARD);
   std::memcpy(payload - sizeof size, &size, sizeof size);
-  std::memset(payload, FRESH, bytes);
-  std::memset(payload + bytes, GUARDED, GUARD);
+  std::memset(payload, FRESH_BYTE, bytes);
+  std::memset(payload + bytes, GUARD_BYTE, GUARD);
   *refer(payload) = 1;
   countlive(1);
   return payload;
@@ -188,10 +188,10 @@ void freeblock(void *block) {
   checkblock(block);
   const std::size_t size = blocksize(block);
   char *start = static_cast<char *>(block) - HEAD;
-  std::memset(start, FREED, size + OVERHEAD);
+  std::memset(start, FREED_BYTE, size + OVERHEAD);
   countlive(-1);
-  if (size <= KEPTSIZE)
-    keepback(start, size);
+  if (size <= LARGEST_QUARANTINED)
+    quarantineblock(start, size);
   else
     std::free(start);
 }
@@ -199,7 +199,7 @@ void freeblock(void *block) {
 namespace {
 
 // Always moves, so that whoever keeps the old address is found out.
-void *resize(void *block, std::size_t bytes) {
+void *resizeblock(void *block, std::size_t bytes) {
   void *moved = tryblock(bytes);
   if (!moved) return nullptr;
   const std::size_t old = blocksize(block);
@@ -214,10 +214,10 @@ void *resize(void *block, std::size_t bytes) {
 
 void *tryblock(std::size_t bytes) {
   if (bytes == 0) bytes = 1;
-  if (!fits(bytes)) return nullptr;
+  if (!fitssize(bytes)) return nullptr;
   char *start = static_cast<char *>(std::malloc(bytes + OVERHEAD));
   if (!start) return nullptr;
-  void *block = start + BLOCKPREFIX;
+  void *block = start + BLOCK_PREFIX;
   *refer(block) = 1;
   countlive(1);
   return block;
@@ -232,10 +232,10 @@ void freeblock(void *block) {
 namespace {
 
 // The heap's powers of two make growth by small steps cheap: most calls return at once.
-void *resize(void *block, std::size_t bytes) {
-  if (!fits(bytes)) return nullptr;
+void *resizeblock(void *block, std::size_t bytes) {
+  if (!fitssize(bytes)) return nullptr;
   char *start = static_cast<char *>(std::realloc(static_cast<void *>(refer(block)), bytes + OVERHEAD));
-  return start ? start + BLOCKPREFIX : nullptr;
+  return start ? start + BLOCK_PREFIX : nullptr;
 }
 
 }  // namespace
@@ -251,7 +251,7 @@ void *newblock(std::size_t bytes) {
 
 Element *newelements(std::size_t count) {
   if (count == 0) return nullptr;
-  if (count > LARGEST / sizeof(Element)) outofstorage();
+  if (count > LARGEST_BLOCK / sizeof(Element)) outofstorage();
   return static_cast<Element *>(newblock(count * sizeof(Element)));
 }
 
@@ -274,14 +274,15 @@ Element *newshape(std::int64_t extent) {
 }
 
 Element *tryreallocate(Element *block, std::size_t count) {
-  assert(refr(block) == 1);
-  return count > LARGEST / sizeof(Element) ? nullptr : static_cast<Element *>(resize(block, count * sizeof(Element)));
+  assert(referencecount(block) == 1);
+  return count > LARGEST_BLOCK / sizeof(Element) ? nullptr
+                                                 : static_cast<Element *>(resizeblock(block, count * sizeof(Element)));
 }
 
 Element *Reallocate(Element *block, std::size_t count) {
   if (!block) return newelements(count);
   if (count == 0) {
-    assert(refr(block) == 1);
+    assert(referencecount(block) == 1);
     freeblock(block);
     return nullptr;
   }
@@ -302,9 +303,9 @@ char *stringdup(const char *text) {
 }
 
 char *stringcat(char *a, const char *b) {
-  assert(refr(a) == 1);
+  assert(referencecount(a) == 1);
   const std::size_t before = std::strlen(a), more = std::strlen(b);
-  char *joined = static_cast<char *>(resize(a, before + more + 1));
+  char *joined = static_cast<char *>(resizeblock(a, before + more + 1));
   if (!joined) outofstorage();
   std::memcpy(joined + before, b, more + 1);
   return joined;

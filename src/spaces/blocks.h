@@ -1,4 +1,4 @@
-// Counted blocks: everything that a Point or an Element points to. The reference word stands two words ahead of the
+// Counted blocks: everything that a Point or an Element points to. The reference word is two words ahead of the
 // pointer; a negative count marks a permanent block. The heap below is memory.h; who walks whole values is refderef.h.
 #pragma once
 
@@ -12,12 +12,12 @@
 
 namespace morvik {
 
-inline constexpr std::size_t BLOCKPREFIX = 16;
+inline constexpr std::size_t BLOCK_PREFIX = 16;
 
 // Guards every reference word while coprocessors run; taken before `mp`, never after it.
 extern pthread_mutex_t mp1;
 
-// How deep this thread stands inside of it: a walk over many counts takes the lock once.
+// How often this thread holds it: a walk over many counts takes the lock once.
 extern constinit thread_local int referencelocks;
 inline void lockreferences() {
   if (coprocessors_running && referencelocks++ == 0) pthread_mutex_lock(&mp1);
@@ -43,15 +43,15 @@ extern void (*raisefailure)(std::int32_t message);
 
 // The address of a block's reference word, null for null.
 inline std::int64_t *refer(void *block) {
-  return block ? reinterpret_cast<std::int64_t *>(static_cast<char *>(block) - BLOCKPREFIX) : nullptr;
+  return block ? reinterpret_cast<std::int64_t *>(static_cast<char *>(block) - BLOCK_PREFIX) : nullptr;
 }
 // The count of a block, -777 for null. It may be asked for without the lock: who finds 1 is the only one who sees the
 // block, and all that others did with it before they let go of it has happened.
-inline std::int64_t refr(const void *block) {
+inline std::int64_t referencecount(const void *block) {
   return block ? __atomic_load_n(refer(const_cast<void *>(block)), __ATOMIC_ACQUIRE) : -777;
 }
 // Writes a count, under the lock.
-inline void setrefr(void *block, std::int64_t count) {
+inline void setreferencecount(void *block, std::int64_t count) {
   __atomic_store_n(refer(block), count, __ATOMIC_RELEASE);
 }
 
@@ -59,18 +59,18 @@ inline void setrefr(void *block, std::int64_t count) {
 // tryblock gives null where there is no storage; newblock reports message 27 and jumps.
 void *tryblock(std::size_t bytes);
 void *newblock(std::size_t bytes);
-// Gives a block back, whatever its count.
+// Frees a block, whatever its count.
 void freeblock(void *block);
 // How many counted blocks are alive, names of constants aside.
 std::int64_t liveblocks();
-// Adds what a coprocessor counted to it, before the coprocessor sleeps.
-void handinlive();
+// Adds what a coprocessor counted for itself, before the coprocessor sleeps.
+void flushlivecount();
 
 #ifdef MORVIK_CHECKING
 // Lets so many allocations succeed from now on and fails the one after them, once; below 0 fails none. The environment
 // variable MORVIK_FAIL_ALLOCATION sets it for the whole process.
 void failallocation(std::int64_t successes);
-// Aborts with a message unless the block is alive and both its guards stand. Null passes.
+// Aborts with a message unless the block is alive and both its guards are whole. Null passes.
 void checkblock(const void *block);
 // How many bytes were asked for.
 std::size_t blocksize(const void *block);
@@ -100,19 +100,19 @@ char *elementname(const char *text);
 // Appends b to a counted string of count 1 and returns the block to use from now on.
 char *stringcat(char *a, const char *b);
 
-// Raise or lower the count of a block at hand, which nobody else may do meanwhile; permanent blocks are left alone.
+// Raise or lower the count of a block, which nobody else may do meanwhile; permanent blocks are left alone.
 inline void raisecount(void *block) {
   checkblock(block);
-  if (const std::int64_t count = refr(block); count >= 0) setrefr(block, count + 1);
+  if (const std::int64_t count = referencecount(block); count >= 0) setreferencecount(block, count + 1);
 }
 inline void lowercount(void *block) {
   checkblock(block);
-  const std::int64_t count = refr(block);
+  const std::int64_t count = referencecount(block);
   if (count < 0) return;
-  if (count > 1) return setrefr(block, count - 1);
+  if (count > 1) return setreferencecount(block, count - 1);
   freeblock(block);
 }
-// The same while coprocessors run, apart so that the short way stays short.
+// The same while coprocessors run, apart so that the fast path stays short.
 void raiselocked(void *block);
 void lowerlocked(void *block);
 
@@ -132,7 +132,7 @@ inline void release(void *block) {
   lowercount(block);
 }
 
-// The same, and nulls the pointer in the record at hand.
+// The same, and nulls the pointer.
 template <typename T>
 inline void dereference(T *&block) {
   T *old = block;

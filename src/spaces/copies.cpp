@@ -26,7 +26,7 @@ Point *copyfun(const Point *function) {
 namespace {
 
 // Gives an octonion record a fresh block of its own, null where there is no storage. Nothing is lowered.
-bool ownoctonion(Element &e) {
+bool copyoctonion(Element &e) {
   if (e.tag != tags::OCTONION || !e.octonion) return true;
   const Octonion *value = e.octonion;
   e.octonion = static_cast<Octonion *>(tryblock(sizeof(Octonion)));
@@ -35,15 +35,15 @@ bool ownoctonion(Element &e) {
 }
 
 // A name that is counted after all is exchanged for its permanent twin, as the copy may end up in any space.
-void ownname(Element &e) {
+void internname(Element &e) {
   if (!isnamed(e) || e.tag == tags::HANDLE) return;
   if (!e.name)
     e.attributes = static_cast<std::uint16_t>(e.attributes & ~attributes::NAMED);
-  else if (refr(e.name) >= 0)
+  else if (referencecount(e.name) >= 0)
     e.name = elementname(e.name);
 }
 
-void ownrest(const Element &e) {
+void raiserest(const Element &e) {
   if (e.tag != tags::OCTONION) referencerecord(e);
 }
 
@@ -51,9 +51,9 @@ void ownrest(const Element &e) {
 
 void copyelement(Element &to, const Element &from) {
   Element copy = from;
-  ownname(copy);
-  if (!ownoctonion(copy)) outofstorage();
-  ownrest(copy);
+  internname(copy);
+  if (!copyoctonion(copy)) outofstorage();
+  raiserest(copy);
   to = copy;
 }
 
@@ -64,19 +64,19 @@ Element *copyelements(const Element *records, std::size_t count) {
   if (!copy) return nullptr;
   std::memcpy(copy, records, count * sizeof(Element));
   for (std::size_t i = 0; i < count; ++i) {
-    ownname(copy[i]);
-    if (ownoctonion(copy[i])) continue;
+    internname(copy[i]);
+    if (copyoctonion(copy[i])) continue;
     while (i-- > 0)
       if (copy[i].tag == tags::OCTONION) freeblock(copy[i].octonion);
     freeblock(copy);
     outofstorage();
   }
-  for (std::size_t i = 0; i < count; ++i) ownrest(copy[i]);
+  for (std::size_t i = 0; i < count; ++i) raiserest(copy[i]);
   return copy;
 }
 
 void makeprivate(Point &point) {
-  if (!point.data_pointer || refr(point.data_pointer) == 1) return;
+  if (!point.data_pointer || referencecount(point.data_pointer) == 1) return;
   Element *copy = copyelements(point.data_pointer, point.elements);
   Point old = point;
   old.shape_pointer = nullptr;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace morvik {
 
@@ -11,11 +12,10 @@ constinit thread_local double hypercomplexflops = 0;
 
 namespace {
 
-constexpr double PI = 3.141592653589793;
 constexpr double CLEAN = 1e-15;  // a sine or cosine below this counts as 0
 
-constexpr int QUATERNIONPARTS = 4, OCTONIONPARTS = 8;
-constexpr int LEASTHIGHEST = 4;  // an octonion's angles reach at least so far
+constexpr int QUATERNION_PARTS = 4, OCTONION_PARTS = 8;
+constexpr int LEAST_HIGHEST = 4;  // an octonion's angles reach at least so far
 
 void countflops(int flops) {
   hypercomplexflops += flops;
@@ -23,7 +23,7 @@ void countflops(int flops) {
 
 // The angle of (x, y), where a y that cannot change 1.0 lies on the axis.
 double angle(double y, double x) {
-  if (y + 1.0 == 1.0) return x < 0 ? PI : 0;
+  if (y + 1.0 == 1.0) return x < 0 ? std::numbers::pi : 0;
   return std::atan2(y, x);
 }
 
@@ -37,9 +37,9 @@ double cleancosine(double x) {
   return clean(std::cos(x));
 }
 
-int highest(const double *parts) {
-  int h = OCTONIONPARTS - 1;
-  while (h > LEASTHIGHEST && parts[h] == 0) --h;
+int highestpart(const double *parts) {
+  int h = OCTONION_PARTS - 1;
+  while (h > LEAST_HIGHEST && parts[h] == 0) --h;
   return h;
 }
 
@@ -123,9 +123,9 @@ void cartesianquat(double *out, const double *in) {
 }
 
 void polarocto(double *out, const double *in) {
-  const int h = highest(in);
-  double polar[OCTONIONPARTS] = {};
-  double squares = in[h] * in[h];  // of the components from the one at hand up
+  const int h = highestpart(in);
+  double polar[OCTONION_PARTS] = {};
+  double squares = in[h] * in[h];  // of the components from this one up
   polar[h] = angle(in[h], in[h - 1]);
   for (int k = h - 1; k > 0; --k) {
     squares += in[k] * in[k];
@@ -133,12 +133,12 @@ void polarocto(double *out, const double *in) {
   }
   polar[0] = std::sqrt(squares + in[0] * in[0]);
   countflops(4 * h + 2);
-  std::copy_n(polar, OCTONIONPARTS, out);
+  std::copy_n(polar, OCTONION_PARTS, out);
 }
 
 void cartesianocto(double *out, const double *in) {
-  const int h = highest(in);
-  double cartesian[OCTONIONPARTS] = {};
+  const int h = highestpart(in);
+  double cartesian[OCTONION_PARTS] = {};
   double product = in[0];  // of the modulus and the sines so far
   for (int k = 0; k < h; ++k) {
     cartesian[k] = product * cleancosine(in[k + 1]);
@@ -146,14 +146,14 @@ void cartesianocto(double *out, const double *in) {
   }
   cartesian[h] = product;
   countflops(4 * h);
-  std::copy_n(cartesian, OCTONIONPARTS, out);
+  std::copy_n(cartesian, OCTONION_PARTS, out);
 }
 
 double csgnquat(const double *q4) {
-  return leadingsign(q4, QUATERNIONPARTS);
+  return leadingsign(q4, QUATERNION_PARTS);
 }
 double csgnocto(const double *o8) {
-  return leadingsign(o8, OCTONIONPARTS);
+  return leadingsign(o8, OCTONION_PARTS);
 }
 
 double contradiction(const double *parts, int count) {

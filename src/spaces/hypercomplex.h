@@ -6,6 +6,9 @@
 
 namespace morvik {
 
+// Half a turn in degrees; in radians it is pi.
+inline constexpr double HALF_TURN = 180;
+
 // Floating point operations that these functions did on this thread, until who counts flops takes them and sets 0.
 extern constinit thread_local double hypercomplexflops;
 
@@ -29,7 +32,7 @@ double csgnocto(const double *o8);
 double contradict_c(const Element &element);
 double contradict_q(const Element &element);
 double contradict_o(const Element &element);
-// The same of 2, 4 or 8 components that stand together.
+// The same of 2, 4 or 8 components side by side.
 double contradiction(const double *parts, int count);
 
 }  // namespace morvik

@@ -9,7 +9,7 @@ const char Instructions[instructions::COUNT][32] = {
 };
 
 const std::uint16_t Types[instructions::COUNT] = {
-#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) argumentclass,
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) classes::argumentclass,
 #include "tables/instructions.def"
 };
 
@@ -30,7 +30,7 @@ constexpr bool inorder() {
   return true;
 }
 static_assert(inorder());
-static_assert(sizeof numbers / sizeof *numbers == instructions::COUNT - 1, "row 269 has no name");
+static_assert(sizeof numbers / sizeof *numbers == instructions::NAMELESS, "the last number has no row");
 }  // namespace
 
 }  // namespace morvik

@@ -34,7 +34,7 @@ void makeempty(Point &point) {
   Element *shape = newshape(0);
   point = {};
   point.rank = ranks::VECTOR;
-  point.type = EMPTYVECTOR;
+  point.type = EMPTY_VECTOR;
   point.depth = 1;
   point.shape_pointer = shape;
 }
@@ -43,11 +43,11 @@ void makeempty(Point &point) {
 
 namespace {
 
-std::FILE **cell(const Element &e) {
+std::FILE **streamcell(const Element &e) {
   return static_cast<std::FILE **>(e.file.reserved);
 }
 
-constexpr std::uint16_t HANDLEFORM = forms::BINARY;
+constexpr std::uint16_t HANDLE_FORM = forms::BINARY;
 
 }  // namespace
 
@@ -62,19 +62,19 @@ void makehandle(Element &element, char *name, std::FILE *stream, const Point &de
   *described = descriptor;
   element = {};
   element.tag = tags::HANDLE;
-  element.form = HANDLEFORM;
+  element.form = HANDLE_FORM;
   element.attributes = attributes::NAMED;
   element.name = name;
   element.file = {stream, shared, described};
 }
 
 std::FILE *handlestream(const Element &element) {
-  return element.file.reserved ? *cell(element) : element.file.stream;
+  return element.file.reserved ? *streamcell(element) : element.file.stream;
 }
 
 void sethandlestream(Element &element, std::FILE *stream) {
   element.file.stream = stream;
-  if (element.file.reserved) *cell(element) = stream;
+  if (element.file.reserved) *streamcell(element) = stream;
 }
 
 }  // namespace morvik

@@ -1,7 +1,7 @@
 // The heap: blocks of powers of two, carved from areas that the process's break gives, each for the life of the process
 // in the list of its size. It takes the place of malloc, free, realloc and calloc for the whole process, but where
-// MORVIK_SYSTEM_HEAP leaves these to the system; the core below stands in every build, and works over any source of
-// areas, so that the tests can drive it.
+// MORVIK_SYSTEM_HEAP leaves these to the system; the core below is in every build, and works over any source of areas,
+// so that the tests can drive it.
 #pragma once
 
 #include <pthread.h>
@@ -22,10 +22,10 @@ using AreaSource = void *(*)(std::intptr_t bytes);
 
 // The word ahead of a payload. A block of bucket k is 2 to the power k bytes, this word included. Payloads are 16-byte
 // aligned, as the language of the callers expects: blocks therefore begin 8 bytes off.
-inline constexpr std::size_t BLOCKHEADER = 8;
-inline constexpr std::size_t PAYLOADALIGNMENT = 16;
-inline constexpr std::size_t PAGE = 4096;
-inline constexpr unsigned BUCKETS = 64, SMALLESTBUCKET = 4, LARGESTBUCKET = 63;
+inline constexpr std::size_t BLOCK_HEADER = 8;
+inline constexpr std::size_t PAYLOAD_ALIGNMENT = 16;
+inline constexpr std::size_t PAGE_BYTES = 4096;
+inline constexpr unsigned BUCKETS = 64, SMALLEST_BUCKET = 4, LARGEST_BUCKET = 63;
 
 struct Heap {
   AreaSource source;
@@ -34,16 +34,16 @@ struct Heap {
   std::size_t pre_brk_left;  // how many of them there are
 
   // A payload of at least so many bytes, also for 0. Null where the source has no more.
-  void *take(std::size_t size);
+  void *allocate(std::size_t size);
   // The same at a multiple of a power of two.
-  void *takealigned(std::size_t alignment, std::size_t size);
+  void *allocatealigned(std::size_t alignment, std::size_t size);
   // A list of at most so many payloads of a bucket, at least one if there is any; or, where none was free, a stretch of
   // memory for all of them that is still to be carved, which any thread may do. Null and null where the source has no
   // more.
-  void *takemany(unsigned k, std::size_t count, char *&uncarved);
+  void *allocatemany(unsigned k, std::size_t count, char *&uncarved);
   static void *carve(unsigned k, char *start, std::size_t count);
   // Puts a payload back into the list of its size. Null passes.
-  void give(void *payload);
+  void freepayload(void *payload);
   // What is to be done to make a payload hold so many bytes: `moves` says that a block of that size must take its
   // place. Does the payload belong to a heap at all? Says so on standard output where not.
   static bool resizes(void *payload, std::size_t size, bool &moves);
@@ -52,13 +52,13 @@ struct Heap {
 
  private:
   bool refill(unsigned k);
-  void *takefirst(unsigned k);
-  void *takedamaged(unsigned k);
-  void givestrange(void *payload);
+  void *popfirst(unsigned k);
+  void *popdamaged(unsigned k);
+  void freestrange(void *payload);
   bool newarea(std::size_t block);
 };
 
-// The bucket of a size; LARGESTBUCKET + 1 for one that no block can hold.
+// The bucket of a size; LARGEST_BUCKET + 1 for one that no block can hold.
 unsigned bucketof(std::size_t size);
 
 // Called at the start and at the end of the process; there is nothing to do.

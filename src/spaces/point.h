@@ -14,7 +14,7 @@ namespace morvik {
 
 // What a Point is: 0 or more is the rank of a space, below 0 a symbolic Point.
 namespace ranks {
-inline constexpr std::int32_t END = -10, LOCALVARIABLE = -9, LOCALADDRESS = -8, ADDRESS = -7, OPERATOR = -6,
+inline constexpr std::int32_t END = -10, LOCAL_VARIABLE = -9, LOCAL_ADDRESS = -8, ADDRESS = -7, OPERATOR = -6,
                               FUNCTION = -5, VARIABLE = -4, LABEL = -3, UNUSED = -2, INVALID = -1, SCALAR = 0,
                               VECTOR = 1;
 }
@@ -133,19 +133,22 @@ static_assert(offsetof(Point, type) == 4 && offsetof(Point, shape_pointer) == 8 
 static_assert(offsetof(Element, form) == 4 && offsetof(Element, attributes) == 6 && offsetof(Element, name) == 8 &&
               offsetof(Element, otherparts) == 16 && offsetof(Element, integer) == 16);
 
+// The most elements of a space, which `elements` counts in 32 bits.
+inline constexpr std::uint64_t MOST_ELEMENTS = UINT32_MAX;
+
 // Groups of flags that are tested together.
-inline constexpr std::uint32_t SCALARLIKE = ISSCALAR | ISONEELEMENT;
-inline constexpr std::uint32_t RANKBITS = ISSCALAR | ISONEELEMENT | ISVECTOR | ISARRAY;
-inline constexpr std::uint32_t KINDBITS =  // the seven that COMPLEXED counts
+inline constexpr std::uint32_t SCALAR_LIKE = ISSCALAR | ISONEELEMENT;
+inline constexpr std::uint32_t RANK_BITS = ISSCALAR | ISONEELEMENT | ISVECTOR | ISARRAY;
+inline constexpr std::uint32_t KIND_BITS =  // the seven that COMPLEXED counts
     HASASCII | HASUNICODE | HASINTEGER | HASREAL | HASCOMPLEX | HASQUATERNION | HASOCTONION;
-inline constexpr std::uint32_t ELEMENTBITS = KINDBITS | HASFUNCTION | HASFILE;  // 0x40FF00
-inline constexpr std::uint32_t PURITYBITS = KINDBITS | HASFILE;                 // 0x407F00
-inline constexpr std::uint32_t OWNING = STRUCTURED | HASOCTONION;  // the elements own counted blocks: walk them
-inline constexpr std::uint32_t NAMEBEARING = ISVARIABLE | ISADDRESS | ISFUNCTION | ISOPERATOR;
-inline constexpr std::uint32_t EMPTYVECTOR = ISVECTOR | ISEMPTY;
+inline constexpr std::uint32_t ELEMENT_BITS = KIND_BITS | HASFUNCTION | HASFILE;  // 0x40FF00
+inline constexpr std::uint32_t PURITY_BITS = KIND_BITS | HASFILE;                 // 0x407F00
+inline constexpr std::uint32_t OWNING_BITS = STRUCTURED | HASOCTONION;  // the elements own counted blocks: walk them
+inline constexpr std::uint32_t NAME_BEARING = ISVARIABLE | ISADDRESS | ISFUNCTION | ISOPERATOR;
+inline constexpr std::uint32_t EMPTY_VECTOR = ISVECTOR | ISEMPTY;
 
 // Gives a scalar its flags. Its rank, flags and shape are written as the one piece that whoever copies the Point reads:
-// a processor hands on what was just written only where it was written in one.
+// store forwarding works only where it was written in one.
 inline void setscalar(Point &p, std::uint32_t type) {
   using Words __attribute__((vector_size(16), aligned(8), may_alias)) = unsigned long long;
   static_assert(ranks::SCALAR == 0 && offsetof(Point, type) == 4 && offsetof(Point, shape_pointer) == 8);
@@ -159,7 +162,7 @@ inline bool isempty(const Point &p) {
   return (p.type & ISEMPTY) != 0;
 }
 inline bool isscalarlike(const Point &p) {
-  return (p.type & SCALARLIKE) != 0;
+  return (p.type & SCALAR_LIKE) != 0;
 }
 inline bool isspace(const Point &p) {
   return p.rank >= 0;
@@ -181,7 +184,7 @@ inline constexpr std::uint32_t kindbit(std::int32_t tag) {
 }
 // COMPLEXED if two or more of the kinds are set in the word, else 0.
 inline constexpr std::uint32_t complexed(std::uint32_t type) {
-  const std::uint32_t kinds = type & KINDBITS;
+  const std::uint32_t kinds = type & KIND_BITS;
   return (kinds & (kinds - 1)) != 0 ? COMPLEXED : 0;
 }
 

@@ -12,7 +12,7 @@ namespace morvik {
 namespace {
 
 bool issymbolic(const Point &point) {
-  return point.rank <= ranks::LABEL && point.rank >= ranks::LOCALVARIABLE;
+  return point.rank <= ranks::LABEL && point.rank >= ranks::LOCAL_VARIABLE;
 }
 
 std::string described(const void *block) {
@@ -51,7 +51,7 @@ void Recount::complain(const Point &space, const char *what) {
 }
 
 bool Recount::hold(const void *block) {
-  return block && refr(block) >= 0 && ++owners_[block] == 1;
+  return block && referencecount(block) >= 0 && ++owners_[block] == 1;
 }
 
 void Recount::holdbox(const Point *box) {
@@ -156,9 +156,9 @@ std::string Recount::faults(std::int64_t alive) {
   const std::int64_t met = reached();
   std::string text = complaints_;
   for (const auto &[block, owners] : owners_)
-    if (refr(block) != owners)
-      text += described(block) + ": a count of " + std::to_string(refr(block)) + " for " + std::to_string(owners) +
-              " owners; ";
+    if (referencecount(block) != owners)
+      text += described(block) + ": a count of " + std::to_string(referencecount(block)) + " for " +
+              std::to_string(owners) + " owners; ";
   if (alive != met) text += std::to_string(alive) + " blocks alive, " + std::to_string(met) + " reached";
   return text;
 }

@@ -7,6 +7,7 @@
 
 #include "spaces/instructions.h"
 #include "spaces/making.h"
+#include "spaces/messages.h"
 
 namespace morvik {
 
@@ -14,21 +15,19 @@ void (*wipelocalnames)(Point &functionend);
 
 namespace {
 
-constexpr std::int32_t IMPOSSIBLE = 991;
-
 // Lowers a count. Is it for the caller now to release what the block owns, and the block?
-bool lowered(void *block) {
+bool lowertolast(void *block) {
   if (!block) return false;
   const ReferenceLock lock;
   checkblock(block);
-  const std::int64_t count = refr(block);
+  const std::int64_t count = referencecount(block);
   if (count < 0) return false;
-  if (count > 0) setrefr(block, count - 1);
+  if (count > 0) setreferencecount(block, count - 1);
   return count <= 1;
 }
 
 bool issymbolic(std::int32_t rank) {
-  return rank <= ranks::LABEL && rank >= ranks::LOCALVARIABLE;
+  return rank <= ranks::LABEL && rank >= ranks::LOCAL_VARIABLE;
 }
 bool iswholepoint(std::int32_t tag) {
   return issymbolic(tag) && tag != ranks::OPERATOR;
@@ -89,10 +88,10 @@ Point *exhume(void *&list) {
 }
 
 void lowerbox(Point *box) {
-  if (lowered(box)) bury(dead.boxes, box);
+  if (lowertolast(box)) bury(dead.boxes, box);
 }
 void lowerprogramme(Point *programme) {
-  if (lowered(programme)) bury(dead.programmes, programme);
+  if (lowertolast(programme)) bury(dead.programmes, programme);
 }
 
 // ---- Lowering.
@@ -124,13 +123,13 @@ void lowerhandle(const Element &e) {
   release(e.name);
   std::FILE *const stream = handlestream(e);
   if (!e.file.reserved) {
-    if (lowered(e.file.descriptor)) {
+    if (lowertolast(e.file.descriptor)) {
       closestream(stream);
       bury(dead.boxes, e.file.descriptor);
     }
     return;
   }
-  if (lowered(e.file.reserved)) {
+  if (lowertolast(e.file.reserved)) {
     closestream(stream);
     freeblock(e.file.reserved);
   }
@@ -153,7 +152,7 @@ void lowerrecord(const Element &e) {
 
 void lowerrecords(const Element *records, std::size_t count) {
   for (const Element *e = records; e < records + count; ++e) {
-    if (!isknown(e->tag)) failwith(IMPOSSIBLE);
+    if (!isknown(e->tag)) failwith(messages::IMPOSSIBLE);
     lowerrecord(*e);
   }
 }
@@ -172,7 +171,7 @@ void freerecords(const Point &space) {
 
 void lowerpoint(const Point &point) {
   if (issymbolic(point.rank)) return lowersymbolic(point);
-  if (lowered(point.data_pointer)) freerecords(point);
+  if (lowertolast(point.data_pointer)) freerecords(point);
   release(point.shape_pointer);
 }
 
@@ -191,7 +190,7 @@ void freeprogramme(Point *header) {
   freeblock(header);
 }
 
-constexpr std::uint32_t STRETCH = 4096;  // of the dead between two looks at whether the user waits
+constexpr std::uint32_t RELEASES_BETWEEN_POLLS = 4096;
 
 void drain() {
   if (dead.draining || (!dead.boxes && !dead.programmes)) return;
@@ -201,7 +200,7 @@ void drain() {
       freebox(box);
     else
       freeprogramme(exhume(dead.programmes));
-    if (done % STRETCH == 0 && releasestops && releasestops()) break;
+    if (done % RELEASES_BETWEEN_POLLS == 0 && releasestops && releasestops()) break;
   }
   dead.draining = false;
 }
@@ -256,7 +255,7 @@ void dereferencebinding(Point *&target) {
 void referencedataelems(Element *records, std::size_t count) {
   lockreferences();
   for (const Element *e = records; e < records + count; ++e) {
-    if (!isknown(e->tag)) failwith(IMPOSSIBLE);
+    if (!isknown(e->tag)) failwith(messages::IMPOSSIBLE);
     raiserecord(*e);
   }
   unlockreferences();

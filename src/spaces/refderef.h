@@ -39,7 +39,7 @@ void finishreleases();
 
 // Must the records of a space of rank 1 or more be walked?
 inline bool mayown(const Point &space) {
-  return (space.type & (OWNING | HASFILE | HASFUNCTION)) != 0 || (space.type & ELEMENTBITS) == 0;
+  return (space.type & (OWNING_BITS | HASFILE | HASFUNCTION)) != 0 || (space.type & ELEMENT_BITS) == 0;
 }
 
 // A number or character without a name: the record owns nothing, whoever holds it.
@@ -99,8 +99,8 @@ void dereferencefun(Point *function);
 // Release the Points of a Programme up to its END, which is where it begins afterwards.
 void cleanup(Point *programme);
 
-// Gives up the local names that hang on a FUNCTIONEND Point and nulls its link; the last reference wipes them. For
-// the lowering of that Point, in place of the plain release of its link. Who hangs names there sets the hook.
+// Releases the local names attached to a FUNCTIONEND Point and nulls its link; the last reference wipes them. For the
+// lowering of that Point, in place of the plain release of its link. Who hangs names there sets the hook.
 extern void (*wipelocalnames)(Point &functionend);
 
 }  // namespace morvik

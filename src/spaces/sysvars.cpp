@@ -7,20 +7,20 @@ namespace morvik {
 
 namespace {
 
-const Element *element(const Point &variable) {
+const Element *valueelement(const Point &variable) {
   return isspace(variable) ? variable.data_pointer : nullptr;
 }
 
 }  // namespace
 
 std::int64_t indexorigin(const Point *context) {
-  const Element *io = element(context[IO_SLOT]);
+  const Element *io = valueelement(context[IO_SLOT]);
   if (io && io->tag == tags::INTEGER) return io->integer;
   return io && io->tag == tags::REAL ? saturate(io->real) : 1;
 }
 
 double tolerance(const Point *context) {
-  const Element *ct = element(context[CT_SLOT]);
+  const Element *ct = valueelement(context[CT_SLOT]);
   if (!ct) return 0;
   switch (ct->tag) {
     case tags::INTEGER:

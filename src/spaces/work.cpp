@@ -29,25 +29,25 @@ std::int32_t thrds = 1;
 std::int64_t MIN_PARALLEL = 1001;
 Work to_coprocessors;
 
-Point *unfinished;
+Point *resultinflight;
 std::atomic<bool> slicesstopped;
 
 Slice slice(std::uint32_t count, std::uint32_t parts, std::uint32_t index) {
-  const auto cut = [=](std::uint32_t i) -> std::uint32_t {
+  const auto clippedbegin = [=](std::uint32_t i) -> std::uint32_t {
     if (i == 0) return 0;
     if (i >= parts) return count;
     const std::int64_t begin = boundary(count, parts, i);
     return static_cast<std::uint32_t>(std::clamp<std::int64_t>(begin, std::min<std::int64_t>(1, count), count));
   };
-  return {cut(index), cut(index + 1)};
+  return {clippedbegin(index), clippedbegin(index + 1)};
 }
 
-void defer(const Point &left) {
+void deferoperands(const Point &left) {
   from_coprocessor[0].deferred = left;
 }
 
-void defer(const Point &left, const Point &right) {
-  defer(left);
+void deferoperands(const Point &left, const Point &right) {
+  deferoperands(left);
   from_coprocessor[1].deferred = right;
 }
 

@@ -2,11 +2,11 @@
 // elements are cut into slices. This is all that most of the tree knows of the pool; coprocessor, where the threads
 // live, hangs itself in before main.
 //
-// The main thread hands an instruction out, works the first slice, and goes on with the programme. Who keeps two
+// The main thread posts an instruction, works the first slice, and goes on with the programme. Who keeps two
 // instructions from meeting on one space:
-// - There is one work record: whoever hands out joins first.
+// - There is one work record: whoever posts joins first.
 // - The result in flight stays in its stack slot until the join. Whoever reads, moves or drops that slot joins first:
-//   the argument classes see to the operands of an instruction, `settle` to the rest.
+//   the argument classes see to the operands of an instruction, `joinpool` to the rest.
 // - Nothing is reported and no jump leaves while anything is in flight, as that may have failed before (`joinahead`).
 // - What the slices read lives until the join: the operands are kept back in `deferred`.
 // - A slice writes its own records alone, and the counts that it changes are under the lock.
@@ -19,7 +19,7 @@
 
 namespace morvik {
 
-extern Point *unfinished;  // the stack slot of the result in flight, null for none
+extern Point *resultinflight;  // the stack slot of the result in flight, null for none
 
 // The one channel from the main thread to the pool; written only while all coprocessors are idle.
 struct Work {
@@ -42,7 +42,7 @@ struct Reply {
   const Point *instruction;
   Point *operand;
   std::uint64_t flags;  // HAS bits and COMPLEXED found in the slice
-  Point deferred;       // slots 0 and 1: the left and the right operand, as they are to stand again if a slice fails
+  Point deferred;       // slots 0 and 1: the left and the right operand, as they are put back if a slice fails
   double flops;         // of the present instruction
   double total_flops;
   char request;
@@ -73,24 +73,24 @@ inline bool goesparallel(std::int64_t count) {
 extern bool (*postcoprocessors)();
 // Keeps the operands of what was posted until the join, which releases them; the data of the one whose block the result
 // is written to is null. A monadic instruction has no right one.
-void defer(const Point &left);
-void defer(const Point &left, const Point &right);
+void deferoperands(const Point &left);
+void deferoperands(const Point &left, const Point &right);
 // Before the slice of a thread draws: where its generator stands, to which it goes back if any slice fails.
 void notedraws(std::uint32_t index, std::uint64_t *state);
 // Stops the slices and waits for them: the main thread's own slice failed. All records of theirs are whole then.
 extern void (*recallslices)();
 
 // The join: returns when no slice is in flight, the result is whole, and the operands are released. Where a slice
-// failed, the operands stand on the stack again, as far as no other value took the place of the right one, and the
-// failure is reported and jumps. `top` is the caller's stack top; the number of operands documents the call site.
+// failed, the operands are back on the stack, as far as no other value took the place of the right one, and the failure
+// is reported and jumps. `top` is the caller's stack top; the number of operands documents the call site.
 extern void (*wait_for_coprocessors)(Point *&top, int operands);
 // Joins if anything is in flight.
-inline void settle(Point *&top) {
-  if (unfinished) [[unlikely]]
+inline void joinpool(Point *&top) {
+  if (resultinflight) [[unlikely]]
     wait_for_coprocessors(top, 0);
 }
 
-// Set while slices are to stop at the next look: they give INTERRUPTED back then.
+// Set while slices are to stop at their next poll: they return INTERRUPTED then.
 extern std::atomic<bool> slicesstopped;
 inline bool isstopped() {
   return slicesstopped.load(std::memory_order_relaxed);

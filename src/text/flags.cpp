@@ -21,7 +21,7 @@ constexpr Flag Flags[] = {
 #undef FLAG
 };
 
-void shape(const Point &space) {
+void writeshape(const Point &space) {
   std::fputs(" shape: [ ", stdout);
   for (std::int32_t axis = 0; axis < space.rank && space.shape_pointer; ++axis)
     std::printf("%ld ", static_cast<long>(space.shape_pointer[axis].integer));
@@ -42,11 +42,11 @@ void detail_type(const char *prefix, std::uint32_t word) {
   if ((word & ISOPERATOR) != 0) std::fputs(" ISOPERATOR", stdout);
 }
 
-void type(std::uint32_t word) {
+void writeflags(std::uint32_t word) {
   detail_type("", word);
 }
 
-void at(const Point *point) {
+void writefields(const Point *point) {
   constexpr int FIRST_RANK = -ranks::END;
   detail_type("", point->type);
   if (point->rank > ranks::VECTOR || point->rank < ranks::END)
@@ -60,13 +60,14 @@ void at(const Point *point) {
   std::printf(" elements %u ", point->elements);
   const bool named = !isspace(*point);
   if (named)
-    std::printf("%s", (point->type & NAMEBEARING) != 0 && point->name ? point->name : "");
+    std::printf("%s", (point->type & NAME_BEARING) != 0 && point->name ? point->name : "");
   else
-    shape(*point);
+    writeshape(*point);
   // The data of an address into the stack is no block.
   const bool onstack = point->rank == ranks::ADDRESS && (point->type & ISLOCAL) != 0;
   std::printf(" refr(data_pointer) %ld, refr(shape_pointer) %ld\n",
-              static_cast<long>(refr(onstack ? nullptr : point->block)), static_cast<long>(refr(point->shape_pointer)));
+              static_cast<long>(referencecount(onstack ? nullptr : point->block)),
+              static_cast<long>(referencecount(point->shape_pointer)));
 }
 
 }  // namespace morvik

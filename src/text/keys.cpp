@@ -1,4 +1,4 @@
-// Short texts that are compared and looked up, not read: the names that stand on the stack, and the keys of results.
+// Short texts that are compared and looked up, not read: the names on the stack, and the keys of results.
 #include "text/keys.h"
 
 #include <cmath>
@@ -48,7 +48,7 @@ struct Builder {
   Custody kept;
 };
 
-void grow(Builder &b, std::size_t bytes) {
+void growbuilder(Builder &b, std::size_t bytes) {
   constexpr std::size_t FIRST_CAPACITY = 64;
   std::size_t capacity = b.capacity * 2 > FIRST_CAPACITY ? b.capacity * 2 : FIRST_CAPACITY;
   while (capacity < b.length + bytes) capacity *= 2;
@@ -61,29 +61,29 @@ void grow(Builder &b, std::size_t bytes) {
 }
 
 // Room for so many bytes and the zero after them.
-char *roomfor(Builder &b, std::size_t bytes) {
-  if (b.capacity - b.length < bytes) grow(b, bytes);
+char *reservein(Builder &b, std::size_t bytes) {
+  if (b.capacity - b.length < bytes) growbuilder(b, bytes);
   return b.text + b.length;
 }
-void ended(Builder &b, std::size_t bytes) {
+void extendby(Builder &b, std::size_t bytes) {
   b.length += bytes;
   b.text[b.length] = 0;
 }
-void add(Builder &b, const char *text, std::size_t length) {
-  std::memcpy(roomfor(b, length), text, length);
-  ended(b, length);
+void appendtext(Builder &b, const char *text, std::size_t length) {
+  std::memcpy(reservein(b, length), text, length);
+  extendby(b, length);
 }
-void add(Builder &b, const char *text) {
-  add(b, text, std::strlen(text));
+void appendtext(Builder &b, const char *text) {
+  appendtext(b, text, std::strlen(text));
 }
-void add(Builder &b, char byte) {
-  add(b, &byte, 1);
+void appendtext(Builder &b, char byte) {
+  appendtext(b, &byte, 1);
 }
-void add(Builder &b, std::int64_t value) {
-  ended(b, static_cast<std::size_t>(itox(roomfor(b, LONGEST_NUMBER), value)));
+void appendtext(Builder &b, std::int64_t value) {
+  extendby(b, static_cast<std::size_t>(itox(reservein(b, LONGEST_NUMBER), value)));
 }
-void add(Builder &b, double value) {
-  ended(b, static_cast<std::size_t>(rtox(roomfor(b, LONGEST_NUMBER), value)));
+void appendtext(Builder &b, double value) {
+  extendby(b, static_cast<std::size_t>(rtox(reservein(b, LONGEST_NUMBER), value)));
 }
 
 void addpoint(Builder &b, const Point &point);
@@ -92,18 +92,18 @@ void addpoint(Builder &b, const Point &point);
 void addname(Builder &b, const Point &point) {
   const char *name = point.name ? point.name : "";
   if (point.modifier >= instructions::SGIG && point.modifier <= instructions::SLIL)
-    add(b, std::int64_t{point.modifier - instructions::SGIG});
-  add(b, '&');
-  add(b, static_cast<std::int64_t>(std::strlen(name)));
-  add(b, ':');
-  add(b, name);
+    appendtext(b, std::int64_t{point.modifier - instructions::SGIG});
+  appendtext(b, '&');
+  appendtext(b, static_cast<std::int64_t>(std::strlen(name)));
+  appendtext(b, ':');
+  appendtext(b, name);
 }
 
 void addkey(Builder &b, std::uint32_t number) {
   if (number < instructions::COUNT)
-    add(b, Addressnames[number], sizeof Addressnames[0]);
+    appendtext(b, Addressnames[number], sizeof Addressnames[0]);
   else
-    add(b, static_cast<std::int64_t>(number));
+    appendtext(b, static_cast<std::int64_t>(number));
 }
 
 bool isoperatorform(std::uint16_t number) {
@@ -116,34 +116,34 @@ void addoperator(Builder &b, const Point &p) {
   if (decided && p.modifier != instructions::BARE) {
     if (p.elements != 0) addkey(b, p.elements);
     addkey(b, p.modifier);
-    add(b, '?');
+    appendtext(b, '?');
   } else if (isoperatorform(p.instruction) && p.modifier != 0) {
     addkey(b, p.modifier);
   }
   addkey(b, p.instruction);
   if (decided || isoperatorform(p.instruction) || p.modifier == 0) return;
-  add(b, '.');  // a mode of the instruction
+  appendtext(b, '.');  // a mode of the instruction
   addkey(b, p.modifier);
 }
 
 void addlocal(Builder &b, const Point &p, const char *words) {
-  add(b, words);
-  add(b, p.data_pointer ? p.data_pointer->integer : std::int64_t{-1});
+  appendtext(b, words);
+  appendtext(b, p.data_pointer ? p.data_pointer->integer : std::int64_t{-1});
 }
 
 void addfunction(Builder &b, const Point &p) {
-  add(b, ':');
-  add(b, std::int64_t{p.arguments});
-  add(b, ',');
-  add(b, std::int64_t{p.locals});
-  if ((p.type & ISOPERATOR) != 0) add(b, '!');
-  add(b, ' ');
+  appendtext(b, ':');
+  appendtext(b, std::int64_t{p.arguments});
+  appendtext(b, ',');
+  appendtext(b, std::int64_t{p.locals});
+  if ((p.type & ISOPERATOR) != 0) appendtext(b, '!');
+  appendtext(b, ' ');
   if (p.programme)
     for (const Point *q = p.programme + 1; !isend(*q); ++q) {
       addpoint(b, *q);
-      if ((q->type & CONDITIONAL) != 0 && !isoperator(*q)) add(b, (q->type & YES) != 0 ? "?Y" : "?N");
+      if ((q->type & CONDITIONAL) != 0 && !isoperator(*q)) appendtext(b, (q->type & YES) != 0 ? "?Y" : "?N");
     }
-  add(b, ';');
+  appendtext(b, ';');
 }
 
 void addsymbolic(Builder &b, const Point &p) {
@@ -155,23 +155,23 @@ void addsymbolic(Builder &b, const Point &p) {
       addfunction(b, p);
       break;
     case ranks::VARIABLE:
-      add(b, " VARIABLE:\t");
+      appendtext(b, " VARIABLE:\t");
       addname(b, p);
       break;
-    case ranks::LOCALVARIABLE:
+    case ranks::LOCAL_VARIABLE:
       addlocal(b, p, " STACK VARIABLE:\t&");
       break;
-    case ranks::LOCALADDRESS:
+    case ranks::LOCAL_ADDRESS:
       addlocal(b, p, " ADDRESS:\t&");
       break;
     case ranks::ADDRESS:
-      add(b, '@');
+      appendtext(b, '@');
       addname(b, p);
-      if ((p.type & ISLOCAL) != 0) add(b, static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(p.block)));
+      if ((p.type & ISLOCAL) != 0) appendtext(b, static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(p.block)));
       break;
     default:
-      add(b, '%');
-      add(b, std::int64_t{p.rank});
+      appendtext(b, '%');
+      appendtext(b, std::int64_t{p.rank});
       addname(b, p);
   }
 }
@@ -179,15 +179,15 @@ void addsymbolic(Builder &b, const Point &p) {
 // How a value was written tells values apart only where an instruction asks for it.
 void addform(Builder &b, const Element &e) {
   if (e.form != forms::BOOLEAN && e.form != forms::BINARY && e.form != forms::POLAR) return;
-  add(b, '~');
-  add(b, std::int64_t{e.form});
+  appendtext(b, '~');
+  appendtext(b, std::int64_t{e.form});
 }
 
 void addparts(Builder &b, char letter, const double *part, int count) {
-  add(b, letter);
+  appendtext(b, letter);
   for (int k = 0; k < count; ++k) {
-    if (k > 0) add(b, ',');
-    add(b, part[k]);
+    if (k > 0) appendtext(b, ',');
+    appendtext(b, part[k]);
   }
 }
 
@@ -201,16 +201,16 @@ void addparts(Builder &b, char letter, const double *part, int count) {
 [[gnu::noinline]] void addsimple(Builder &b, const Element &e) {
   switch (e.tag) {
     case tags::ASCII:
-      add(b, '\'');
-      add(b, std::int64_t{e.ascii});
+      appendtext(b, '\'');
+      appendtext(b, std::int64_t{e.ascii});
       break;
     case tags::UNICODE:
-      add(b, '"');
-      add(b, std::int64_t{e.unicode});
+      appendtext(b, '"');
+      appendtext(b, std::int64_t{e.unicode});
       break;
     case tags::INTEGER:
-      add(b, 'i');
-      add(b, e.integer);
+      appendtext(b, 'i');
+      appendtext(b, e.integer);
       break;
     case tags::REAL:
       addparts(b, 'r', &e.real, 1);
@@ -229,11 +229,11 @@ void addparts(Builder &b, char letter, const double *part, int count) {
       addparts(b, 'o', e.octonion->part, 8);
       break;
     case tags::HANDLE:
-      add(b, 'f');
-      add(b, static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(handlestream(e))));
+      appendtext(b, 'f');
+      appendtext(b, static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(handlestream(e))));
       break;
     default:
-      return add(b, '_');
+      return appendtext(b, '_');
   }
   addform(b, e);
 }
@@ -248,17 +248,17 @@ void addelement(Builder &b, const Element &e) {
 }
 
 void addspace(Builder &b, const Point &space) {
-  add(b, '[');
+  appendtext(b, '[');
   for (std::int32_t axis = 0; axis < space.rank && space.shape_pointer; ++axis) {
-    add(b, space.shape_pointer[axis].integer);
-    add(b, ',');
+    appendtext(b, space.shape_pointer[axis].integer);
+    appendtext(b, ',');
   }
-  add(b, ']');
+  appendtext(b, ']');
   const std::uint32_t elements = space.data_pointer && !isempty(space) ? space.elements : 0;
   for (std::uint32_t i = 0; i < elements; ++i) {
     addelement(b, space.data_pointer[i]);
-    add(b, ' ');
-    if (++b.unpolled % 4096 == 0) safepoint();
+    appendtext(b, ' ');
+    if (++b.unpolled % SLOW_POLL_INTERVAL == 0) safepoint();
   }
 }
 
@@ -268,7 +268,7 @@ void addpoint(Builder &b, const Point &point) {
     addsymbolic(b, point);
   else
     addspace(b, point);
-  add(b, ' ');
+  appendtext(b, ' ');
 }
 
 char *textofspace(const Point &space) {

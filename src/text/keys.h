@@ -14,8 +14,8 @@ int rtox(char *buffer, double value);
 
 // The sigil of a name's rule of access, 0 for none.
 char sigilof(const Point &name);
-// The text of a name that stands on the stack: a counted string, owned by the caller. A character space gives its
-// bytes; an ADDRESS "@" and its written name; what names nothing the empty text. Message 27.
+// The text of a name on the stack: a counted string, owned by the caller. A character space gives its bytes; an ADDRESS
+// "@" and its written name; what names nothing the empty text. Message 27.
 char *TOAddr(const Point *point);
 // Appends to a counted string of count 1 (null: to a new one) the short text of any value, equal for equal values and
 // different for different ones; returns the block to use. The string is taken over: a jump, by message 27 or an

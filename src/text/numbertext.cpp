@@ -19,14 +19,13 @@ namespace {
 // So that a form-4 integer is not read back as a character, which has up to eight.
 constexpr int FEWEST_BITS = 9;
 constexpr int MOST_PARTS = 8;
-constexpr double HALFTURN = 180.0;
 
-struct Parts {
+struct PrintedParts {
   double part[MOST_PARTS];
   int count;
 };
 
-void load(Parts &parts, const Element &e) {
+void loadparts(PrintedParts &parts, const Element &e) {
   if (e.tag == tags::COMPLEX) {
     parts = {{e.complex.re, e.complex.im}, 2};
   } else if (e.tag == tags::QUATERNION) {
@@ -38,7 +37,7 @@ void load(Parts &parts, const Element &e) {
   }
 }
 
-void topolar(Parts &parts) {
+void topolar(PrintedParts &parts) {
   if (parts.count == 2)
     polarcomplex(parts.part, parts.part);
   else if (parts.count == 4)
@@ -48,8 +47,8 @@ void topolar(Parts &parts) {
 }
 
 // The highest part that is written: zeros after it are dropped.
-int lastpart(const Parts &parts, bool polar) {
-  const int fewest = polar ? 1 : 0;  // kept: 1i0 is 1, but a polar number shows its first angle
+int lastpart(const PrintedParts &parts, bool polar) {
+  const int fewest = polar ? 1 : 0;  // Kept: 1i0 is 1, but a polar number shows its first angle
   int last = parts.count - 1;
   while (last > fewest && parts.part[last] == 0) --last;
   return last;
@@ -57,7 +56,7 @@ int lastpart(const Parts &parts, bool polar) {
 
 // Do the written angles lead back to the components? Those of a quaternion do so only at length 1, what is next to
 // nothing beside 1 has none, and dropped zeros make a number of another kind, whose angles mean something else.
-bool comesback(const Parts &polar, const Parts &cartesian) {
+bool roundtrips(const PrintedParts &polar, const PrintedParts &cartesian) {
   constexpr double ROUNDING = 1e-12;
   double back[MOST_PARTS] = {};
   std::copy_n(polar.part, polar.count, back);
@@ -72,17 +71,17 @@ bool comesback(const Parts &polar, const Parts &cartesian) {
   return true;
 }
 
-void todegrees(Parts &parts) {
-  for (int k = 1; k < parts.count; ++k) parts.part[k] = parts.part[k] / std::numbers::pi * HALFTURN;
+void todegrees(PrintedParts &parts) {
+  for (int k = 1; k < parts.count; ++k) parts.part[k] = parts.part[k] / std::numbers::pi * HALF_TURN;
 }
 
 // The parts as they are to be written: are they polar ones? A text that is to be read back shows the components where
 // the angles would lead elsewhere.
-bool aspolar(Parts &parts, const Element &e, bool source) {
+bool aspolar(PrintedParts &parts, const Element &e, bool source) {
   if (e.form != forms::POLAR) return false;
-  Parts polar = parts;
+  PrintedParts polar = parts;
   topolar(polar);
-  if (source && !comesback(polar, parts)) return false;
+  if (source && !roundtrips(polar, parts)) return false;
   if ((e.attributes & attributes::DEGREES) != 0) todegrees(polar);
   parts = polar;
   return true;
@@ -97,14 +96,14 @@ char *spellpart(char *at, double value, bool source) {
   return std::copy(text, text + std::strlen(text), at);
 }
 
-void hypercomplex(const Element &e, bool source) {
-  Parts parts;
-  load(parts, e);
+void puthypercomplex(const Element &e, bool source) {
+  PrintedParts parts;
+  loadparts(parts, e);
   const bool polar = aspolar(parts, e, source);
   const int last = lastpart(parts, polar);
-  char *at = room(ELEMENT_BYTES);
+  char *at = reservebytes(ELEMENT_BYTES);
   *at++ = ' ';
-  if (last == 0) return filled(spell(at, parts.part[0], source ? SOURCE_DIGITS : DISPLAY_DIGITS));
+  if (last == 0) return endbytes(spell(at, parts.part[0], source ? SOURCE_DIGITS : DISPLAY_DIGITS));
   if (polar && (e.attributes & attributes::DEGREES) != 0) *at++ = 'd';
   if (!polar && source && e.form == forms::NUMBER) *at++ = '#';
   if ((e.attributes & attributes::PREFIX_R) != 0) *at++ = 'r';
@@ -114,45 +113,45 @@ void hypercomplex(const Element &e, bool source) {
     *at++ = letters[k - 1];
     at = spellpart(at, parts.part[k], source);
   }
-  filled(at);
+  endbytes(at);
 }
 
-void integer(const Element &e) {
-  char *at = room(ELEMENT_BYTES);
+void putinteger(const Element &e) {
+  char *at = reservebytes(ELEMENT_BYTES);
   *at++ = ' ';
   if (e.form == forms::BOOLEAN) {
     *at++ = e.integer != 0 ? 'T' : 'F';
   } else if (e.form == forms::BINARY) {
     *at++ = '0';
     *at++ = '#';
-    at = bits(at, static_cast<std::uint64_t>(e.integer), FEWEST_BITS);
+    at = spellbits(at, static_cast<std::uint64_t>(e.integer), FEWEST_BITS);
   } else {
     at = spell(at, e.integer);
   }
-  filled(at);
+  endbytes(at);
 }
 
-void real(double value, bool source) {
-  char *at = room(ELEMENT_BYTES);
+void putreal(double value, bool source) {
+  char *at = reservebytes(ELEMENT_BYTES);
   *at++ = ' ';
-  filled(spell(at, value, source ? SOURCE_DIGITS : DISPLAY_DIGITS));
+  endbytes(spell(at, value, source ? SOURCE_DIGITS : DISPLAY_DIGITS));
 }
 
 }  // namespace
 
-char *bits(char *at, std::uint64_t value, int digits) {
+char *spellbits(char *at, std::uint64_t value, int digits) {
   for (int bit = std::max(digits, static_cast<int>(std::bit_width(value))); bit-- > 0;)
     *at++ = (value >> bit & 1) != 0 ? '1' : '0';
   return at;
 }
 
-void number(const Element &element, bool source) {
+void putnumber(const Element &element, bool source) {
   if (element.tag == tags::INTEGER)
-    integer(element);
+    putinteger(element);
   else if (element.tag == tags::REAL)
-    real(element.real, source);
+    putreal(element.real, source);
   else
-    hypercomplex(element, source);
+    puthypercomplex(element, source);
 }
 
 }  // namespace printer

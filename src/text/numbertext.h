@@ -10,9 +10,9 @@ namespace morvik {
 namespace printer {
 
 // A number or truth after its blank.
-void number(const Element &element, bool source);
+void putnumber(const Element &element, bool source);
 // The bits of a value, highest first, at least so many digits. Returns the end.
-char *bits(char *at, std::uint64_t value, int digits);
+char *spellbits(char *at, std::uint64_t value, int digits);
 
 }  // namespace printer
 

@@ -44,14 +44,14 @@ const char *instructionname(std::uint32_t number) {
   return number < instructions::COUNT ? Instructions[number] : " ???";
 }
 
-void newline(int indent) {
+void putnewline(int indent) {
   put('\n');
   indentation(indent);
 }
 
-void variable(const Point &p, int indent, bool source) {
+void putvariable(const Point &p, int indent, bool source) {
   if (source) {
-    newline(indent);
+    putnewline(indent);
     if (sigilof(p) != 0) put(' ');
   } else {
     put(classword(p));
@@ -60,27 +60,27 @@ void variable(const Point &p, int indent, bool source) {
   putname(textof(p.name), sigilof(p), false, source);
 }
 
-void address(const Point &p, bool source) {
+void putaddresstext(const Point &p, bool source) {
   if (source && !p.name) return;  // a place on the stack: no text leads back to it
   if (!source) put(classword(p));
   put(source ? " @" : " ADDRESS:\t");
   putname(textof(p.name), sigilof(p), true, source);
 }
 
-void label(const Point &p, int indent, bool source) {
-  if (source) newline(indent);
+void putlabel(const Point &p, int indent, bool source) {
+  if (source) putnewline(indent);
   put(source ? " @" : " . LABEL:\t\t");
   put(textof(p.name));
 }
 
 // The position counts from 0 in the Point and from 1 in the text.
-void local(const Point &p, const char *words) {
+void putlocal(const Point &p, const char *words) {
   put(words);
-  char *at = room(ELEMENT_BYTES);
-  filled(spell(at, p.data_pointer ? p.data_pointer->integer + 1 : std::int64_t{0}));
+  char *at = reservebytes(ELEMENT_BYTES);
+  endbytes(spell(at, p.data_pointer ? p.data_pointer->integer + 1 : std::int64_t{0}));
 }
 
-void comment(const char *text, std::size_t length, bool source) {
+void putcomment(const char *text, std::size_t length, bool source) {
   if (!source) {
     put(" . COMMENT:\t\t");
     return put(text, length);
@@ -91,19 +91,19 @@ void comment(const char *text, std::size_t length, bool source) {
   put(COMMENT_QUOTE);
 }
 
-void named(const char *name, bool source) {
+void putnamed(const char *name, bool source) {
   put(source ? " " : " . OPERATOR:\t\t");
   put(name);
 }
 
-// A comment, a label where it stands, or NOOP itself.
-void noop(const Point &p, int indent, bool source) {
+// A comment, a label at its place, or NOOP itself.
+void putnoop(const Point &p, int indent, bool source) {
   const char *name = textof(p.name);
   if (p.modifier == COMMENT) {
-    comment(name, std::strlen(name), source);
+    putcomment(name, std::strlen(name), source);
     if (source) put('\n');
   } else if (!p.data_pointer && *name != '%') {
-    named(p.name ? name : Instructions[p.instruction], source);
+    putnamed(p.name ? name : Instructions[p.instruction], source);
   } else if (source) {
     put("\n ");
     indentation(indent);
@@ -115,15 +115,15 @@ void noop(const Point &p, int indent, bool source) {
 }
 
 // An instruction under a decision: its name has the mark's word at the end. A comment keeps its quotes.
-void conditional(const Point &p, bool source) {
+void putconditional(const Point &p, bool source) {
   const char *name = p.name;
   if (p.modifier == instructions::NOOP && p.elements == COMMENT && source && name) {
     const char *mark = std::strrchr(name, ' ');
     if (!mark) mark = name + std::strlen(name);
-    comment(name, static_cast<std::size_t>(mark - name), true);
+    putcomment(name, static_cast<std::size_t>(mark - name), true);
     return put(mark);
   }
-  if (name || p.modifier == instructions::BARE) return named(name ? name : Instructions[p.instruction], source);
+  if (name || p.modifier == instructions::BARE) return putnamed(name ? name : Instructions[p.instruction], source);
   put(source ? "" : " . OPERATOR:\t\t");
   if (p.elements != 0) {
     put(' ');
@@ -138,54 +138,54 @@ bool isoperatorform(std::uint16_t instruction) {
          (instruction >= instructions::SCAN && instruction <= instructions::REDUCENWISELASTAXIS);
 }
 
-void instruction(const Point &p, int indent, bool source) {
+void putinstruction(const Point &p, int indent, bool source) {
   const char *name = p.name ? p.name : instructionname(p.instruction);
   switch (p.instruction) {
     case instructions::NOOP:
-      return noop(p, indent, source);
+      return putnoop(p, indent, source);
     case instructions::IF_YES:
     case instructions::IF_NO:
-      return conditional(p, source);
+      return putconditional(p, source);
     case instructions::JUMP:
     case instructions::CHECK:
-      named(name, source);
-      if (source) newline(indent);
+      putnamed(name, source);
+      if (source) putnewline(indent);
       return;
     case instructions::PRINT:
-      named(name, source);
+      putnamed(name, source);
       if (!source) put('\n');
       return;
     case instructions::FUNCTIONEND:
       // A function that the end of the text closed bears that word; written back it would end the text again.
-      return named(source && (*name == '.' || std::strcmp(name, "END") == 0) ? ";" : name, source);
+      return putnamed(source && (*name == '.' || std::strcmp(name, "END") == 0) ? ";" : name, source);
     default:
-      return named(!source && isoperatorform(p.instruction) ? instructionname(p.modifier) : name, source);
+      return putnamed(!source && isoperatorform(p.instruction) ? instructionname(p.modifier) : name, source);
   }
 }
 
-void head(const Point &function, int indent) {
+void puthead(const Point &function, int indent) {
   static constexpr const char *WORDS[] = {" NILADIC", " MONADIC", " DYADIC", " TRIADIC"};
-  constexpr int WORDED = 4;
+  constexpr int WORDED_COUNTS = 4;
   if (function.arguments < 0) {
     if (!function.name) return put(" :");
     put(' ');
     return put(function.name);
   }
-  char *at = room(ELEMENT_BYTES);
+  char *at = reservebytes(ELEMENT_BYTES);
   if (function.locals > 0) {
     put(" VARS ");
-    at = room(ELEMENT_BYTES);
-    filled(spell(at, std::int64_t{function.locals}));
+    at = reservebytes(ELEMENT_BYTES);
+    endbytes(spell(at, std::int64_t{function.locals}));
   }
-  if (function.arguments < WORDED) {
+  if (function.arguments < WORDED_COUNTS) {
     put(WORDS[function.arguments]);
   } else {
     put(" ARGS ");
-    at = room(ELEMENT_BYTES);
-    filled(spell(at, std::int64_t{function.arguments}));
+    at = reservebytes(ELEMENT_BYTES);
+    endbytes(spell(at, std::int64_t{function.arguments}));
     put(" FUNCTION");
   }
-  newline(indent + 1);
+  putnewline(indent + 1);
 }
 
 // A literal with )[] is two Points, of which only the second holds the brackets.
@@ -196,55 +196,55 @@ const char *closing(const Point &p) {
 }
 
 // A body that was cut off at the end of its text has no FUNCTIONEND: the word is written all the same.
-void body(Point *programme, int indent) {
+void putbody(Point *programme, int indent) {
   bool ended = false;
   for (Point *p = programme; !isend(*p); ++p) {
     ended = isoperator(*p) && p->instruction == instructions::FUNCTIONEND;
     if (const char *close = closing(*p)) {
-      space(*p, true, false, close);
+      putspace(*p, true, false, close);
       ++p;
       continue;
     }
-    point(*p, indent, true, false);
+    putpoint(*p, indent, true, false);
     if (!isoperator(*p) && (p->type & CONDITIONAL) != 0) put((p->type & YES) != 0 ? " ?Y" : " ?N");
     countelement();
   }
   if (!ended) put(" ;");
 }
 
-void function(const Point &p, int indent) {
-  newline(indent);
-  head(p, indent);
-  if (p.programme) body(p.programme + 1, indent + 1);
+void putfunction(const Point &p, int indent) {
+  putnewline(indent);
+  puthead(p, indent);
+  if (p.programme) putbody(p.programme + 1, indent + 1);
   if ((p.type & ISOPERATOR) != 0) put(" OPERATOR");
-  newline(indent);
+  putnewline(indent);
 }
 
-void nothing(int indent, bool source) {
+void putnothing(int indent, bool source) {
   if (source) indentation(indent);
   put(source ? "#NIL\n" : ".\n");
 }
 
 }  // namespace
 
-void symbolic(Point &p, int indent, bool source) {
+void putsymbolic(Point &p, int indent, bool source) {
   source |= indent > 0;
-  if (isempty(p)) return nothing(indent, source);
+  if (isempty(p)) return putnothing(indent, source);
   switch (p.rank) {
-    case ranks::LOCALVARIABLE:
-      return local(p, source ? " &" : " . STACK VARIABLE:\t&");
-    case ranks::LOCALADDRESS:
-      return local(p, source ? " @&" : " . STACK ADDRESS:\t&");
+    case ranks::LOCAL_VARIABLE:
+      return putlocal(p, source ? " &" : " . STACK VARIABLE:\t&");
+    case ranks::LOCAL_ADDRESS:
+      return putlocal(p, source ? " @&" : " . STACK ADDRESS:\t&");
     case ranks::ADDRESS:
-      return address(p, source);
+      return putaddresstext(p, source);
     case ranks::OPERATOR:
-      return instruction(p, indent, source);
+      return putinstruction(p, indent, source);
     case ranks::FUNCTION:
-      return function(p, indent);
+      return putfunction(p, indent);
     case ranks::VARIABLE:
-      return variable(p, indent, source);
+      return putvariable(p, indent, source);
     case ranks::LABEL:
-      return label(p, indent, source);
+      return putlabel(p, indent, source);
     case ranks::UNUSED:
       return put(source ? "" : " . Unused name!\n");
     case ranks::INVALID:
@@ -254,15 +254,15 @@ void symbolic(Point &p, int indent, bool source) {
   }
 }
 
-void point(Point &p, int indent, bool source, bool inner) {
+void putpoint(Point &p, int indent, bool source, bool inner) {
   if (stackends()) [[unlikely]] {
-    flush();
+    flushprint();
     outofstorage();
   }
   if (p.rank < 0)
-    symbolic(p, indent, source);
+    putsymbolic(p, indent, source);
   else
-    space(p, source, inner);
+    putspace(p, source, inner);
 }
 
 }  // namespace printer
@@ -281,7 +281,7 @@ struct Census {
   bool structured;
 };
 
-Census census(const Point &space) {
+Census takecensus(const Point &space) {
   const Element *records = space.data_pointer;
   Census found = {true, false, false};
   for (std::uint32_t i = 0; i < space.elements; ++i) {
@@ -302,14 +302,14 @@ struct Rows {
   std::uint64_t extent, left, complete;
 };
 
-Rows makerows(const Point &space) {
+Rows countrows(const Point &space) {
   const Element *shape = space.shape_pointer;
   const bool shaped = space.rank > 0 && shape && shape[0].integer > 0;
   const std::uint64_t extent = shaped ? static_cast<std::uint64_t>(shape[0].integer) : space.elements;
   return {shaped ? shape + 1 : nullptr, shaped ? space.rank - 1 : 0, extent, extent, 0};
 }
 
-void endelement(Rows &rows) {
+void endrowelement(Rows &rows) {
   if (--rows.left > 0) return;
   rows.left = rows.extent;
   put('\n');
@@ -322,24 +322,24 @@ void endelement(Rows &rows) {
   }
 }
 
-void shapebracket(const Point &space) {
+void putshapebracket(const Point &space) {
   put('[');
   for (std::int32_t axis = 0; axis < space.rank && space.shape_pointer; ++axis) {
     if (axis > 0) put(' ');
-    char *at = room(ELEMENT_BYTES);
-    filled(spell(at, space.shape_pointer[axis].integer));
+    char *at = reservebytes(ELEMENT_BYTES);
+    endbytes(spell(at, space.shape_pointer[axis].integer));
   }
   put(']');
 }
 
-void binarycharacter(std::uint8_t byte) {
-  char *at = room(ELEMENT_BYTES);
+void putbinarycharacter(std::uint8_t byte) {
+  char *at = reservebytes(ELEMENT_BYTES);
   *at++ = '`';
   *at++ = '0';
   *at++ = '#';
-  at = bits(at, byte, CHARACTER_BITS);
+  at = spellbits(at, byte, CHARACTER_BITS);
   *at++ = '`';
-  filled(at);
+  endbytes(at);
 }
 
 // Would the reader lose this byte of a string? A double quote is dropped there, a NUL ends the input, and a backquote
@@ -350,33 +350,33 @@ bool unreadable(const Element *records, std::uint32_t i, std::uint32_t count) {
   return byte == '"' || byte == 0;
 }
 
-void sourcetext(const Point &space) {
+void putsourcetext(const Point &space) {
   const Element *records = space.data_pointer;
   put(" '", 2);
   for (std::uint32_t i = 0; i < space.elements; ++i) {
     if ((records[i].attributes & attributes::SILENT) != 0) continue;
     if (records[i].form == forms::BINARY || unreadable(records, i, space.elements))
-      binarycharacter(records[i].ascii);
+      putbinarycharacter(records[i].ascii);
     else
-      put(static_cast<char>(records[i].ascii));  // kept: a quote is not doubled
+      put(static_cast<char>(records[i].ascii));  // Kept: a quote is not doubled
     countelement();
   }
   put('\'');
-  if (space.rank > 1 || (space.rank == 1 && space.elements == 1)) shapebracket(space);
+  if (space.rank > 1 || (space.rank == 1 && space.elements == 1)) putshapebracket(space);
 }
 
-void displaytext(const Point &space) {
+void putdisplaytext(const Point &space) {
   const Element *records = space.data_pointer;
-  Rows rows = makerows(space);
+  Rows rows = countrows(space);
   for (std::uint32_t i = 0; i < space.elements; ++i) {
     if ((records[i].attributes & attributes::SILENT) == 0) put(static_cast<char>(records[i].ascii));
-    if (space.rank > 0) endelement(rows);
+    if (space.rank > 0) endrowelement(rows);
     countelement();
   }
 }
 
 // A whole real becomes an integer, and a complex number without an imaginary part what its real part is.
-bool lower(Element &e, bool complexes) {
+bool lowerkind(Element &e, bool complexes) {
   if ((e.attributes & UNSPELLED) != 0) return false;
   const bool complex = complexes && e.tag == tags::COMPLEX && e.form != forms::POLAR && e.complex.im == 0;
   if (complex) {
@@ -386,27 +386,27 @@ bool lower(Element &e, bool complexes) {
     e.attributes &= static_cast<std::uint16_t>(~attributes::PREFIX_R);
     e.real = re;
   }
-  if (e.tag != tags::REAL || !(std::fabs(e.real) < INTEGERBOUND) || e.real != std::trunc(e.real)) return complex;
+  if (e.tag != tags::REAL || !(std::fabs(e.real) < INTEGER_BOUND) || e.real != std::trunc(e.real)) return complex;
   const auto whole = static_cast<std::int64_t>(e.real);
   e.tag = tags::INTEGER;
   e.integer = whole;
   return true;
 }
 
-// A symbolic Point that stands whole in a record.
-[[gnu::noinline]] void pointrecord(const Element &e, bool source) {
+// A symbolic Point stored whole in a record.
+[[gnu::noinline]] void putpointrecord(const Element &e, bool source) {
   Point copy;
   std::memcpy(&copy, &e, sizeof copy);
-  point(copy, 0, source, true);
+  putpoint(copy, 0, source, true);
 }
 
-[[gnu::noinline]] void unicode(std::uint16_t character) {
+[[gnu::noinline]] void putunicode(std::uint16_t character) {
   char text[8];
   put(text, static_cast<std::size_t>(std::snprintf(text, sizeof text, "%X", static_cast<unsigned>(character))));
 }
 
 // Does a name stand for the value, or nothing at all? Written here, if so.
-bool byname(const Element &e) {
+bool putname(const Element &e) {
   if ((e.attributes & attributes::SILENT) != 0) return true;
   if ((e.attributes & attributes::NAMED) == 0 || e.tag == tags::QUATERNION || !e.name) return false;
   put(' ');
@@ -414,75 +414,75 @@ bool byname(const Element &e) {
   return true;
 }
 
-void element(const Element &e, bool source) {
-  if (e.tag >= tags::ASCII && (e.attributes & UNSPELLED) != 0 && e.tag != tags::HANDLE && byname(e)) return;
+void putelement(const Element &e, bool source) {
+  if (e.tag >= tags::ASCII && (e.attributes & UNSPELLED) != 0 && e.tag != tags::HANDLE && putname(e)) return;
   switch (e.tag) {
     case tags::SUBARRAY:
-      return point(*e.subarray, 0, source, true);
+      return putpoint(*e.subarray, 0, source, true);
     case tags::ASCII:
       if (!source) return put(static_cast<char>(e.ascii));
       put(' ');
-      return binarycharacter(e.ascii);  // in quotes it would be a space of its own
+      return putbinarycharacter(e.ascii);  // in quotes it would be a space of its own
     case tags::UNICODE:
-      return unicode(e.unicode);
+      return putunicode(e.unicode);
     case tags::INTEGER:
     case tags::REAL:
     case tags::COMPLEX:
     case tags::QUATERNION:
     case tags::OCTONION:
-      return number(e, source);
+      return putnumber(e, source);
     case tags::FILLER:
       return;
     case tags::HANDLE:  // an open file has no text that could be read back
-      if (!source) byname(e);
+      if (!source) putname(e);
       return;
     default:
-      if (e.tag < 0 && e.tag >= ranks::LOCALVARIABLE) return pointrecord(e, source);
+      if (e.tag < 0 && e.tag >= ranks::LOCAL_VARIABLE) return putpointrecord(e, source);
       return put(" ???");
   }
 }
 
 // Prints a record as what it is rewritten to. Returns the kind that is new to its space, 0 for none.
-[[gnu::noinline]] std::uint32_t lowered(Element &e, bool source, bool complexes) {
+[[gnu::noinline]] std::uint32_t putlowered(Element &e, bool source, bool complexes) {
   Element copy = e;
-  const bool changed = lower(copy, complexes);
-  element(copy, source);
+  const bool changed = lowerkind(copy, complexes);
+  putelement(copy, source);
   if (!changed) return 0;
   e = copy;
   return kindbit(e.tag);
 }
 
-void scalar(Point &space, bool source) {
+void putscalar(Point &space, bool source) {
   Element &e = *space.data_pointer;
-  if (e.tag != tags::REAL) return element(e, source);
-  if (const std::uint32_t kind = lowered(e, source, false)) space.type = (space.type & ~HASREAL) | kind;
+  if (e.tag != tags::REAL) return putelement(e, source);
+  if (const std::uint32_t kind = putlowered(e, source, false)) space.type = (space.type & ~HASREAL) | kind;
 }
 
 // The flags are counted anew: what they claim beyond the records stays, and a word without any kind stays without.
 void recount(Point &space, std::uint32_t kinds, std::uint32_t gained) {
-  if ((space.type & ELEMENTBITS) != 0) space.type |= gained;
+  if ((space.type & ELEMENT_BITS) != 0) space.type |= gained;
   if (space.elements > 1) space.type |= complexed(kinds);
 }
 
-void members(Point &space, const Census &found, bool source) {
+void putmembers(Point &space, const Census &found, bool source) {
   const bool lowering = found.mixed || found.structured || (space.type & (COMPLEXED | STRUCTURED)) != 0;
-  Rows rows = makerows(space);
+  Rows rows = countrows(space);
   std::uint32_t kinds = 0, gained = 0;
   for (std::uint32_t i = 0; i < space.elements; ++i) {
     Element &e = space.data_pointer[i];
     if (lowering && (e.tag == tags::REAL || e.tag == tags::COMPLEX))
-      gained |= lowered(e, source, true);
+      gained |= putlowered(e, source, true);
     else
-      element(e, source);
+      putelement(e, source);
     kinds |= kindbit(e.tag);
-    if (!source && space.rank > 0) endelement(rows);
+    if (!source && space.rank > 0) endrowelement(rows);
     countelement();
   }
   recount(space, kinds, gained);
 }
 
 // In a literal #NIL is no word, and its brackets or quotes stand for it.
-void empty(const Point &space, bool source, bool inner, const char *close) {
+void putempty(const Point &space, bool source, bool inner, const char *close) {
   if (!source)
     put(" .");
   else if (close)
@@ -492,24 +492,24 @@ void empty(const Point &space, bool source, bool inner, const char *close) {
   else
     put(" #NIL");
   if (source && close) put(close);
-  PrintOut = 0;
+  printing = 0;
 }
 
 }  // namespace
 
-void space(Point &space, bool source, bool inner, const char *close) {
-  if (isempty(space) || !space.data_pointer || space.elements == 0) return empty(space, source, inner, close);
-  const Census found = census(space);
+void putspace(Point &space, bool source, bool inner, const char *close) {
+  if (isempty(space) || !space.data_pointer || space.elements == 0) return putempty(space, source, inner, close);
+  const Census found = takecensus(space);
   const bool nests = found.structured || (space.type & STRUCTURED) != 0;
   const bool scalarstructure = (space.type & ISSCALAR) != 0 && (nests || space.rank > 0);
-  if (found.text && !close && !scalarstructure) return source ? sourcetext(space) : displaytext(space);
-  if (space.rank == 0 && !scalarstructure) return scalar(space, source);
+  if (found.text && !close && !scalarstructure) return source ? putsourcetext(space) : putdisplaytext(space);
+  if (space.rank == 0 && !scalarstructure) return putscalar(space, source);
   if (source) put(scalarstructure ? " `(" : " (");
-  members(space, found, source);
+  putmembers(space, found, source);
   if (!source) return;
   put(' ');
   put(close ? close : scalarstructure ? ")`" : ")");
-  if (space.rank > 1) shapebracket(space);
+  if (space.rank > 1) putshapebracket(space);
 }
 
 }  // namespace printer

@@ -7,12 +7,12 @@ namespace morvik {
 
 namespace printer {
 
-// Any Point inside a print. `inner`: in a literal, where not all that has a text of its own can stand.
-void point(Point &point, int indent, bool source, bool inner);
+// Any Point inside a print. `inner`: in a literal, where not all that has a text of its own can be written.
+void putpoint(Point &point, int indent, bool source, bool inner);
 // A symbolic Point; a function at nesting `indent`.
-void symbolic(Point &point, int indent, bool source);
+void putsymbolic(Point &point, int indent, bool source);
 // A space. `close` null, or what closes the literal in place of its own bracket.
-void space(Point &space, bool source, bool inner, const char *close = nullptr);
+void putspace(Point &space, bool source, bool inner, const char *close = nullptr);
 
 }  // namespace printer
 

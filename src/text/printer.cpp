@@ -23,28 +23,28 @@ constexpr double PLAIN_WHOLE = 1e10;
 
 }  // namespace
 
-void begin(std::FILE *stream) {
+void beginprint(std::FILE *stream) {
   output.stream = stream;
   output.used = 0;
   output.unpolled = 0;
 }
 
-void flush() {
+void flushprint() {
   if (output.used == 0) return;
   std::fwrite(output.bytes, 1, output.used, output.stream);
   output.used = 0;
 }
 
-void poll() {
+void pollprint() {
   output.unpolled = 0;
   if (interrupted == 0) return;
-  flush();
+  flushprint();
   safepoint();
 }
 
 void put(const char *text, std::size_t length) {
   while (length > 0) {
-    if (output.used == BUFFER_BYTES) flush();
+    if (output.used == BUFFER_BYTES) flushprint();
     const std::size_t part = std::min(length, BUFFER_BYTES - output.used);
     std::memcpy(output.bytes + output.used, text, part);
     output.used += part;

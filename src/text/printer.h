@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "failure/signals.h"
 #include "spaces/point.h"
 
 namespace morvik {
@@ -17,8 +18,6 @@ inline constexpr std::size_t BUFFER_BYTES = 16384;
 inline constexpr std::size_t ELEMENT_BYTES = 256;
 // Significant digits of the two forms.
 inline constexpr int DISPLAY_DIGITS = 10, SOURCE_DIGITS = 17;
-// Elements between two safe points.
-inline constexpr std::uint32_t POLL_ELEMENTS = 4096;
 
 struct Output {
   std::FILE *stream;
@@ -29,26 +28,26 @@ struct Output {
 extern Output output;
 
 // Opens the buffer on a stream. What a print that a jump cut off left there is dropped.
-void begin(std::FILE *stream);
-// Hands to the stream what was put.
-void flush();
+void beginprint(std::FILE *stream);
+// Writes what was put to the stream.
+void flushprint();
 // A safe point; an interrupt finds all in the stream that was put before it.
-void poll();
-// One safe point every POLL_ELEMENTS calls.
+void pollprint();
+// One safe point every SLOW_POLL_INTERVAL calls.
 inline void countelement() {
-  if (++output.unpolled >= POLL_ELEMENTS) poll();
+  if (++output.unpolled >= SLOW_POLL_INTERVAL) pollprint();
 }
 
-// Where so many bytes can be written (at most BUFFER_BYTES); filled() says where they ended.
-inline char *room(std::size_t bytes) {
-  if (BUFFER_BYTES - output.used < bytes) flush();
+// Where so many bytes can be written (at most BUFFER_BYTES); endbytes() says where they ended.
+inline char *reservebytes(std::size_t bytes) {
+  if (BUFFER_BYTES - output.used < bytes) flushprint();
   return output.bytes + output.used;
 }
-inline void filled(const char *end) {
+inline void endbytes(const char *end) {
   output.used = static_cast<std::size_t>(end - output.bytes);
 }
 inline void put(char byte) {
-  *room(1) = byte;
+  *reservebytes(1) = byte;
   ++output.used;
 }
 void put(const char *text, std::size_t length);

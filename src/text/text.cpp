@@ -1,4 +1,4 @@
-// The printer's doors, and the small texts beside it.
+// What others call of the printer, and the small texts beside it.
 #include "text/text.h"
 
 #include <algorithm>
@@ -16,32 +16,32 @@ namespace morvik {
 std::uint8_t Instructionlengths[instructions::COUNT];
 
 void disass(std::FILE *stream, const char *prefix, Point *point, int indent, int source) {
-  printer::begin(stream);
+  printer::beginprint(stream);
   printer::put(prefix);
-  printer::point(*point, indent, source != 0, false);
-  printer::flush();
+  printer::putpoint(*point, indent, source != 0, false);
+  printer::flushprint();
   if (point->rank < 0) std::fflush(stream);
 }
 
 void dump(std::FILE *stream, const char *prefix, Point *point) {
-  PrintOut = 1;
+  printing = 1;
   disass(stream, prefix, point, 0, 0);
-  PrintOut = 0;
+  printing = 0;
 }
 
 void dumpstack(std::FILE *stream, Point *bottom, Point *top) {
   for (Point *point = bottom; point <= top; ++point) {
-    PrintOut = 1;
+    printing = 1;
     disass(stream, "", point, 0, 1);
-    PrintOut = 0;
+    printing = 0;
     std::fputc('\n', stream);
   }
   std::fputs(".\n", stream);
 }
 
 void initinstrlens() {
-  constexpr int NAMES = 269;  // the last row has no name
-  for (int i = 0; i < NAMES; ++i) Instructionlengths[i] = static_cast<std::uint8_t>(std::strlen(Instructions[i]) + 1);
+  for (int i = 0; i < instructions::NAMELESS; ++i)
+    Instructionlengths[i] = static_cast<std::uint8_t>(std::strlen(Instructions[i]) + 1);
 }
 
 void writetime(double seconds) {

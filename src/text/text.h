@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "spaces/instructions.h"
 #include "spaces/point.h"
 
 namespace morvik {
@@ -12,7 +13,7 @@ namespace morvik {
 // the display form for people; an `indent` (function nesting) above 0 counts as source for symbolic Points. Printing
 // may retag whole reals as integers and set COMPLEXED, so nothing may be in flight.
 void disass(std::FILE *stream, const char *prefix, Point *point, int indent, int source);
-// disass in display form with PrintOut set for the call.
+// disass in display form with printing set for the call.
 void dump(std::FILE *stream, const char *prefix, Point *point);
 // The Points from bottom to top in source form, a line each, then a "." line.
 void dumpstack(std::FILE *stream, Point *bottom, Point *top);
@@ -22,6 +23,6 @@ void writetime(double seconds);
 
 // Fills Instructionlengths.
 void initinstrlens();
-extern std::uint8_t Instructionlengths[270];
+extern std::uint8_t Instructionlengths[instructions::COUNT];
 
 }  // namespace morvik

@@ -25,9 +25,9 @@ constexpr std::size_t LONGEST = 4096;
 
 void freshmachine() {
   endprocess = 0;
-  A_Problem = 0;
+  pendingproblem = 0;
   violations = 0;
-  PrintOut = 0;
+  printing = 0;
   stepping = 0;
   Trace = Step = 0;
   MIN_PARALLEL = 1001;
@@ -63,7 +63,7 @@ void session(const std::uint8_t *data, std::size_t size) {
 
 extern "C" {
 
-// Too much storage is asked for easily, and must be refused in peace. Deep recursion ends at the bound of time.
+// Too much storage is asked for easily, and must be refused without a fault. Deep recursion ends at the bound of time.
 const char *__asan_default_options() {
   return "allocator_may_return_null=1:max_allocation_size_mb=32:detect_stack_use_after_return=0:quarantine_size_mb=32";
 }

@@ -2,7 +2,7 @@
 """Names whatever of the tables no test touches.
 
 - A spelling of keywords.def or constants.def must stand in a transcript, an example or a session on a page.
-- An instruction must be run there by one of its spellings; the room frontend does not count, which compiles more than it
+- An instruction must be run there by one of its spellings; the folder frontend does not count, which compiles more than it
   runs. What has no spelling of its own is given by its number or name in a unit test.
 - A message that is raised must be shown there, or looked for by its number in a unit test.
 """
@@ -64,7 +64,7 @@ def untouchedspellings():
 def untouchedinstructions():
     words = {name: list(spelled) for name, spelled in CLOSING.items()}
     for row in tables.keywords():
-        if row.kind != "MASKFORM":  # these two write no Point
+        if row.kind != "MASK_FORM":  # these two write no Point
             words.setdefault(row.instruction, []).extend(row.spellings)
     run, units = programmes(frontend=False), unittests()
     for row in tables.instructions():

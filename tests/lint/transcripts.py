@@ -40,7 +40,7 @@ def main():
     faults, count = [], 0
     for room in rooms:
         if not room.is_dir():
-            faults.append("%s: not in a room" % room)
+            faults.append("%s: not in a folder" % room)
             continue
         faults += orphans(room)
         for transcript in sorted(room.glob("*.morvik")):

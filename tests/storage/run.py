@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Lets each allocation of a programme fail in turn, in the checking build:  run.py BINARY PROGRAMME...
 
-Whatever the failure hits, the process ends in peace: with status 0 and its closing line, or with status 1 and message 27
+Whatever the failure hits, the process ends in order: with status 0 and its closing line, or with status 1 and message 27
 where it hits the start. A block that is left over (status 99), a fault or an abort is an error. The walk ends where the
 programme has no allocation left to fail, so that it runs as it does undisturbed.
 """

@@ -33,13 +33,13 @@ class Applying : public testing::Test {
   void SetUp() override {
     blocks = liveblocks();
     openbanks();
-    A_Problem = 0;
+    pendingproblem = 0;
   }
   void TearDown() override {
     clear();
     closebanks();
     EXPECT_EQ(liveblocks(), blocks);
-    stepping = A_Problem = 0;
+    stepping = pendingproblem = 0;
   }
   // Pushes a value, which somebody else holds too every other time.
   void push(const Point &p) {
@@ -87,7 +87,7 @@ class Applying : public testing::Test {
       number = report.number();
     }
     testing::internal::GetCapturedStdout();
-    stepping = A_Problem = 0;
+    stepping = pendingproblem = 0;
     if (number == 0 && sp->rank == ranks::SCALAR) dereferencepoint(sp--);
     return number;
   }

@@ -205,13 +205,13 @@ inline Outcome apply(Op op, const Value &left, const Value &right) {
 // ---- The same on spaces.
 
 inline bool single(const Space &s) {
-  return (s.type & SCALARLIKE) != 0 && s.elements.size() == 1;
+  return (s.type & SCALAR_LIKE) != 0 && s.elements.size() == 1;
 }
 
 inline Result apply(Op op, const Space &left, const Space &right) {
   const std::uint32_t combined = left.type | right.type;
   const std::uint32_t refused = ISADDRESS | HASUNICODE | (op == Op::MULTIPLY ? 0 : HASASCII);
-  if (left.rank != right.rank && (combined & SCALARLIKE) == 0) return {17, {}};
+  if (left.rank != right.rank && (combined & SCALAR_LIKE) == 0) return {17, {}};
   if ((combined & refused) != 0) return {17, {}};
   if (!single(left) && !single(right) && left.shape != right.shape) return {17, {}};
   const bool fromright = single(left) && (!single(right) || (left.rank == 0 && right.rank > 0));
@@ -226,7 +226,7 @@ inline Result apply(Op op, const Space &left, const Space &right) {
   }
   std::uint32_t several = 0;
   for (std::uint32_t bit = HASASCII; bit <= HASOCTONION; bit <<= 1) several += (kinds & bit) != 0 ? 1 : 0;
-  result.type = (shaped.type & RANKBITS) | kinds | (combined & ISPROBABLE);
+  result.type = (shaped.type & RANK_BITS) | kinds | (combined & ISPROBABLE);
   if ((kinds & STRUCTURED) != 0) result.type |= combined & ISSTRUCTURE;
   if (several > 1 && result.elements.size() > 1) result.type |= COMPLEXED;
   return {0, result};

@@ -26,7 +26,7 @@ TEST_F(Assembly, AFunction) {
   EXPECT_EQ(body(f, 2).instruction, instructions::ADD);
   expectoperator(body(f, 3), ";", instructions::FUNCTIONEND);
   expectend(body(f, 4));
-  EXPECT_EQ(refr(f.programme), 1);
+  EXPECT_EQ(referencecount(f.programme), 1);
 }
 
 TEST_F(Assembly, FunctionForms) {
@@ -165,7 +165,7 @@ TEST_F(Assembly, AFullProgramme) {
 }
 
 TEST_F(Assembly, FunctionsAsDeepAsThereAreFrames) {
-  const std::size_t most = FRAMES - 1;  // frame 0 is the text's own
+  const std::size_t most = MOST_FRAMES - 1;  // frame 0 is the text's own
   function(repeated(":", most) + repeated(";", most));
   expectabandoned(repeated(": ", most + 1) + "1 .x " + repeated(";", most + 1) + " .", 807);
   expectabandoned(repeated(":.x ", most) + "('a' (1 2)) " + repeated(";", most) + " .", 807);

@@ -38,7 +38,7 @@ TEST_F(Assembly, EveryKeywordRow) {
           EXPECT_EQ(programme[0].instruction, row.instruction);
           EXPECT_EQ(programme[0].modifier, instructions::ADD);
           break;
-        case KeywordKind::MASKFORM:
+        case KeywordKind::MASK_FORM:
           ASSERT_EQ(compile(std::string(spelling) + " MASK ."), 2) << spelling;
           expectoperator(programme[0], "MASK", instructions::MASK);
           break;
@@ -57,7 +57,7 @@ TEST_F(Assembly, EveryKeywordRow) {
 
 TEST_F(Assembly, EveryKeywordMarksItsFunction) {
   for (const Keyword &row : Keywords) {
-    if (row.kind == KeywordKind::BREAK || row.kind == KeywordKind::MASKFORM) continue;
+    if (row.kind == KeywordKind::BREAK || row.kind == KeywordKind::MASK_FORM) continue;
     for (const char *spelling : row.spellings) {
       const std::string before = row.kind == KeywordKind::REWRITE || row.kind == KeywordKind::DECISION ? "+ " : "";
       const Point &f = function(": : 1 ; " + before + spelling + " ;");

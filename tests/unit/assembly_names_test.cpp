@@ -28,8 +28,8 @@ TEST_F(Assembly, PlainNames) {
   EXPECT_EQ(address.type, ISADDRESS | ISOPERATOR);
   EXPECT_EQ(address.modifier, instructions::SGIG);
   EXPECT_EQ(address.target, x->meaning);
-  EXPECT_EQ(refr(x->meaning), 3);
-  EXPECT_EQ(refr(x->name), 3);
+  EXPECT_EQ(referencecount(x->meaning), 3);
+  EXPECT_EQ(referencecount(x->name), 3);
   EXPECT_EQ(programme[2].elements, 3u);
   EXPECT_EQ(x->sigil, 0);
 }
@@ -182,12 +182,12 @@ TEST_F(Assembly, ALabelCanMove) {
 TEST_F(Assembly, Locals) {
   const Point &f = function("VARS 3 MONADIC &1 @&3 ;");
   const Point &variable = body(f, 0), &address = body(f, 1);
-  EXPECT_EQ(variable.rank, ranks::LOCALVARIABLE);
+  EXPECT_EQ(variable.rank, ranks::LOCAL_VARIABLE);
   EXPECT_EQ(variable.type, ISVARIABLE | ISLOCAL);
   EXPECT_EQ(variable.elements, 1u);
   EXPECT_EQ(variable.data_pointer->tag, tags::INTEGER);
   EXPECT_EQ(variable.data_pointer->integer, 0);
-  EXPECT_EQ(address.rank, ranks::LOCALADDRESS);
+  EXPECT_EQ(address.rank, ranks::LOCAL_ADDRESS);
   EXPECT_EQ(address.type, ISADDRESS | ISLOCAL);
   EXPECT_EQ(address.data_pointer->integer, 2);
 }

@@ -111,8 +111,8 @@ TEST_F(Assembly, TheOuterLandingIsPutBack) {
 
 TEST_F(Assembly, TheStateOfATextDoesNotReachTheNext) {
   expectabandoned(": VARS 3 MONADIC .x (1 (2 `(1 (2)) ) ) .", 808);
-  EXPECT_EQ(compiler.pcsp, 1);
-  EXPECT_EQ(compiler.subvector, 0u);
+  EXPECT_EQ(compiler.nextframe, 1);
+  EXPECT_EQ(compiler.literallevel, 0u);
   EXPECT_EQ(compiler.chain, chain);
   EXPECT_EQ(compiler.condition, Condition::INITIAL);
   EXPECT_EQ(chain->next, nullptr);
@@ -147,8 +147,8 @@ TEST_F(Assembly, EveryAllocationFailsInTurn) {
       failallocation(-1);
       testing::internal::GetCapturedStdout();
       const std::string report = testing::internal::GetCapturedStderr();
-      A_Problem = 0;
-      ASSERT_EQ(compiler.pcsp, 1) << text << successes;
+      pendingproblem = 0;
+      ASSERT_EQ(compiler.nextframe, 1) << text << successes;
       if (report.find("\n27 - ") == std::string::npos) {
         ASSERT_NE(written, 0) << text;
         break;

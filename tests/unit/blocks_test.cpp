@@ -29,13 +29,13 @@ int landingof(Body body) {
 // The body ends in message 27.
 template <typename Body>
 void expectoutofstorage(Body body) {
-  A_Problem = 0;
+  pendingproblem = 0;
   testing::internal::CaptureStderr();
   EXPECT_EQ(landingof(body), -1);
   std::fflush(stderr);
   EXPECT_NE(testing::internal::GetCapturedStderr().find("27 - out of main storage."), std::string::npos);
-  EXPECT_EQ(A_Problem, 1);
-  A_Problem = 0;
+  EXPECT_EQ(pendingproblem, 1);
+  pendingproblem = 0;
   stepping = 0;
 }
 
@@ -48,10 +48,10 @@ class Blocks : public testing::Test {
 
 TEST_F(Blocks, ThePrefix) {
   void *block = newblock(40);
-  EXPECT_EQ(refr(block), 1);
+  EXPECT_EQ(referencecount(block), 1);
   EXPECT_EQ(reinterpret_cast<char *>(refer(block)) + 16, static_cast<char *>(block));
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 16, 0u);
-  EXPECT_EQ(refr(nullptr), -777);
+  EXPECT_EQ(referencecount(nullptr), -777);
   EXPECT_EQ(refer(nullptr), nullptr);
   release(block);
 }
@@ -60,9 +60,9 @@ TEST_F(Blocks, AreCountedWhileTheyLive) {
   void *a = newblock(1), *b = newblock(0);
   EXPECT_EQ(liveblocks(), before + 2);
   reference(a);
-  EXPECT_EQ(refr(a), 2);
+  EXPECT_EQ(referencecount(a), 2);
   release(a);
-  EXPECT_EQ(refr(a), 1);
+  EXPECT_EQ(referencecount(a), 1);
   EXPECT_EQ(liveblocks(), before + 2);
   release(a);
   EXPECT_EQ(liveblocks(), before + 1);
@@ -82,9 +82,9 @@ TEST_F(Blocks, APermanentBlockIsLeftAlone) {
   void *block = newblock(8);
   *refer(block) = -1;
   for (int i = 0; i < 1000; ++i) reference(block);
-  EXPECT_EQ(refr(block), -1);
+  EXPECT_EQ(referencecount(block), -1);
   for (int i = 0; i < 2000; ++i) release(block);
-  EXPECT_EQ(refr(block), -1);
+  EXPECT_EQ(referencecount(block), -1);
   *refer(block) = 1;  // as at the end of the process
   release(block);
 }
@@ -100,7 +100,7 @@ TEST_F(Blocks, DereferenceNullsThePointer) {
   reference(block);
   dereference(other);
   EXPECT_EQ(other, nullptr);
-  EXPECT_EQ(refr(block), 1);
+  EXPECT_EQ(referencecount(block), 1);
   dereference(block);
   EXPECT_EQ(block, nullptr);
 }
@@ -120,7 +120,7 @@ TEST_F(Blocks, SmallOnes) {
   EXPECT_EQ(shape->integer, -7);
   release(shape);
   Point *point = newpoint();
-  EXPECT_EQ(refr(point), 1);
+  EXPECT_EQ(referencecount(point), 1);
   release(point);
 }
 
@@ -129,7 +129,7 @@ TEST_F(Blocks, ReallocateKeepsTheFirstRecords) {
   for (int i = 0; i < 3; ++i) block[i].integer = i + 10;
   for (const std::size_t count : {4, 1000, 2, 100000, 3, 1}) {
     block = Reallocate(block, count);
-    EXPECT_EQ(refr(block), 1);
+    EXPECT_EQ(referencecount(block), 1);
     EXPECT_EQ(block[0].integer, 10);
     if (count > 1) {
       EXPECT_EQ(block[1].integer, 11);
@@ -161,7 +161,7 @@ TEST_F(Blocks, GrowthByOneIsAmortised) {
 TEST_F(Blocks, Strings) {
   char *text = stringdup("abc");
   EXPECT_STREQ(text, "abc");
-  EXPECT_EQ(refr(text), 1);
+  EXPECT_EQ(referencecount(text), 1);
   text = stringcat(text, "");
   EXPECT_STREQ(text, "abc");
   std::string expected = "abc";
@@ -184,7 +184,7 @@ TEST_F(Blocks, ElementNamesArePermanentAndShared) {
   char *name = elementname(text.c_str());
   EXPECT_NE(name, text.c_str());
   EXPECT_STREQ(name, "#PI");
-  EXPECT_LT(refr(name), 0);
+  EXPECT_LT(referencecount(name), 0);
   char *other = elementname("#2PI");
   EXPECT_STREQ(other, "#2PI");
   EXPECT_EQ(elementname("#PI"), name);
@@ -203,7 +203,7 @@ TEST_F(Blocks, WhatCannotBeMet) {
   expectoutofstorage([block] { Reallocate(block, SIZE_MAX / sizeof(Element) + 2); });
   EXPECT_EQ(tryreallocate(block, SIZE_MAX / 2), nullptr);
   EXPECT_EQ(block->integer, 5);
-  EXPECT_EQ(refr(block), 1);
+  EXPECT_EQ(referencecount(block), 1);
   release(block);
 }
 
@@ -222,7 +222,7 @@ TEST_F(Blocks, ThreadsCountUnderTheLock) {
     });
   for (std::thread &thread : threads) thread.join();
   coprocessors_running = false;
-  EXPECT_EQ(refr(block), 1);
+  EXPECT_EQ(referencecount(block), 1);
   EXPECT_EQ(liveblocks(), before + 1);
   release(block);
 }

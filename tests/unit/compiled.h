@@ -38,7 +38,7 @@ class Compiled : public testing::Test {
     release(chain);
     EXPECT_EQ(liveblocks(), blocks);
     EXPECT_EQ(custody, nullptr);
-    A_Problem = 0;
+    pendingproblem = 0;
     stepping = 0;
   }
 

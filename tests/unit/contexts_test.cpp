@@ -24,8 +24,8 @@ class Contexts : public Given {};
 TEST_F(Contexts, TheFirstChain) {
   Entry *table = makehashtab();
   Context *chain = makemeaning(table);
-  EXPECT_EQ(refr(chain), 1);
-  EXPECT_EQ(refr(table), 1);
+  EXPECT_EQ(referencecount(chain), 1);
+  EXPECT_EQ(referencecount(table), 1);
   EXPECT_EQ(chain->table, table);
   EXPECT_EQ(chain->uses, -1);
   EXPECT_EQ(chain->next, chain);
@@ -50,7 +50,7 @@ TEST_F(Contexts, PushedLinksPointInAndOut) {
   EXPECT_EQ(c.inner->uses, 0);
   EXPECT_EQ(c.middle->table->kind, SMALL_TABLE);
   EXPECT_EQ(c.inner->table->kind, LARGE_TABLE);
-  EXPECT_EQ(refr(c.inner->table), 1) << "the chain's alone";
+  EXPECT_EQ(referencecount(c.inner->table), 1) << "the chain's alone";
   c.end();
 }
 
@@ -122,7 +122,7 @@ TEST_F(Contexts, ALinkWithoutATableIsPassedOverAndTakesTheRoots) {
   EXPECT_EQ(made, checkhash(c.global, "made"));
   EXPECT_EQ(bare.table, c.global);
   EXPECT_TRUE(sametable(&bare, c.base));
-  EXPECT_EQ(refr(c.global), 2);
+  EXPECT_EQ(referencecount(c.global), 2);
   releasetable(bare.table);
   c.end();
 }
@@ -131,12 +131,12 @@ TEST_F(Contexts, PushingTheSameTableOnlyCounts) {
   Chain c;
   EXPECT_EQ(pushtable(c.inner, c.inner->table), c.inner);
   EXPECT_EQ(c.inner->uses, 1);
-  EXPECT_EQ(refr(c.inner->table), 1);
+  EXPECT_EQ(referencecount(c.inner->table), 1);
   EXPECT_EQ(popsymtabs(c.inner), c.inner);
   EXPECT_EQ(c.inner->uses, 0);
   EXPECT_EQ(pushtable(c.base, c.global), c.base);
   EXPECT_EQ(c.base->uses, -1) << "permanent";
-  EXPECT_EQ(refr(c.global), 1);
+  EXPECT_EQ(referencecount(c.global), 1);
   c.end();
 }
 
@@ -163,7 +163,7 @@ TEST_F(Contexts, TheLastPopWipesTheTable) {
   reference(table);
   EXPECT_EQ(popsymtabs(link), c.middle);
   EXPECT_EQ(c.middle->next, nullptr);
-  EXPECT_EQ(refr(table), 1);
+  EXPECT_EQ(referencecount(table), 1);
   EXPECT_NE(bound->type, 0u) << "somebody still has the table";
   releasetable(table);
   EXPECT_EQ(bound->type, 0u);
@@ -235,7 +235,7 @@ Point compiled(Context *outer, std::int64_t value, Context **opened = nullptr) {
   Context *link = opentable(outer, SMALL_TABLE);
   set(link->table, "x", value, '.');
   Point function = makefunction(link, checksmallhash(link->table, "x"), 2);
-  hanglocalnames(functionend(function), link);
+  attachlocalnames(functionend(function), link);
   if (opened) reference(*opened = link);
   EXPECT_EQ(popsymtabs(link), outer);
   return function;
@@ -246,7 +246,7 @@ TEST_F(Contexts, LocalNamesLiveAsLongAsTheFunction) {
   Point function = compiled(c.inner, 5);
   Entry *table = localnames(functionend(function));
   ASSERT_NE(table, nullptr);
-  EXPECT_EQ(refr(table), 1);
+  EXPECT_EQ(referencecount(table), 1);
   // A call, and another: what the names hold stays, and the body's names stay bound.
   for (int calls = 0; calls < 2; ++calls) {
     Context *link = pushtable(c.middle, table);
@@ -347,7 +347,7 @@ void failinturn(Body body, int least) {
     if (value == 0) body();
     disarmlanding(outer);
     failallocation(-1);
-    A_Problem = 0;
+    pendingproblem = 0;
     if (value == 0) break;
   }
   EXPECT_GE(failures, least);
@@ -363,7 +363,7 @@ TEST_F(Contexts, EachAllocationMayFail) {
   failinturn([&] { popsymtabs(opentable(c.inner, SMALL_TABLE)); }, 2);
   failinturn([&] { release(makemeaning(c.global)); }, 1);
   Point end{};
-  failinturn([&] { hanglocalnames(end, c.inner); }, 1);
+  failinturn([&] { attachlocalnames(end, c.inner); }, 1);
   wipelocalnames(end);
   Point list;
   makeempty(list);

@@ -102,8 +102,8 @@ TEST_F(Dyadics, AnInterruptIsTakenInsideALongLoop) {
     testing::internal::GetCapturedStderr();
     testing::internal::GetCapturedStdout();
     interrupted = 0;
-    EXPECT_EQ(A_Problem, 1);
-    A_Problem = 0;
+    EXPECT_EQ(pendingproblem, 1);
+    pendingproblem = 0;
     ASSERT_EQ(stack.height(), 2);
     Recount recount;
     for (const Point &p : {stack.left(), stack.right()}) recount.hold(p);
@@ -187,7 +187,7 @@ TEST_F(Dyadics, EveryAllocationMayFail) {
         failallocation(successes);
         const int message = run(instruction.plain, stack);
         failallocation(-1);
-        A_Problem = 0;
+        pendingproblem = 0;
         if (message != 0) {
           ASSERT_EQ(message, 27);
           ASSERT_EQ(stack.height(), 2);

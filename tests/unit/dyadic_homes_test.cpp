@@ -70,10 +70,10 @@ TEST_F(Homes, TheSameBlockTwiceServesIfNobodyElseHoldsIt) {
     Point copy = value;
     referencepoint(&copy);
     stack.push(copy);
-    EXPECT_EQ(refr(block), 2);
+    EXPECT_EQ(referencecount(block), 2);
     ASSERT_EQ(run(add, stack), 0);
     EXPECT_EQ(stack.left().data_pointer, block);
-    EXPECT_EQ(refr(block), 1);
+    EXPECT_EQ(referencecount(block), 1);
     EXPECT_EQ(block->integer, value.rank == 0 ? 8 : 2);
     expectstack(stack);
     clear(stack);
@@ -118,7 +118,7 @@ TEST_F(Homes, OctonionsAreReusedOneByOne) {
   EXPECT_NE(data[1].octonion, second);
   EXPECT_EQ(second->part[2], was.part[2]);
   EXPECT_EQ(data[1].octonion->part[2], 2 * was.part[2]);
-  EXPECT_EQ(refr(second), 1);
+  EXPECT_EQ(referencecount(second), 1);
   freeblock(const_cast<Octonion *>(second));
   clear(stack);
 }

@@ -65,7 +65,7 @@ class Dyadics : public Lifetimes {
  protected:
   void SetUp() override {
     Lifetimes::SetUp();
-    A_Problem = 0;
+    pendingproblem = 0;
   }
   // What stands on the stack is held elsewhere too if `shared`.
   void push(Stack &stack, const Point &p, bool shared) {

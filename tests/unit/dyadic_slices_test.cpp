@@ -78,7 +78,7 @@ std::string twinsdiffer(const Instruction &instruction, Point left, Point right,
   stack.push(copyof(right));
   const int message = run(instruction.plain, stack);
   const double serialflops = flopos - 1;
-  const bool rightsingle = (right.type & SCALARLIKE) != 0;
+  const bool rightsingle = (right.type & SCALAR_LIKE) != 0;
   Point home = copyof(rightsingle ? left : right);
   std::string difference;
   {
@@ -111,7 +111,7 @@ std::string twinsdiffer(const Instruction &instruction, Point left, Point right,
       Point result = stack.left();
       result.data_pointer = w.result;
       if (!model::agree(model::of(result), model::of(stack.left()), 0)) difference += "values; ";
-      constexpr std::uint32_t found = KINDBITS | STRUCTURED;
+      constexpr std::uint32_t found = KIND_BITS | STRUCTURED;
       if ((kinds & found) != (stack.left().type & found)) difference += "kinds; ";
       if (fresh) {
         dereferencedataelems(w.result, home.elements);

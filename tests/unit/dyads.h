@@ -115,7 +115,7 @@ inline void expectresult(const Model &model, const Point &result, const Point &l
     }
   }
   const std::uint32_t probable = (left.type | right.type) & ISPROBABLE;
-  const std::uint32_t type = (shape.type & RANKBITS) | kinds | probable | (result.elements > 1 ? complexed(kinds) : 0);
+  const std::uint32_t type = (shape.type & RANK_BITS) | kinds | probable | (result.elements > 1 ? complexed(kinds) : 0);
   EXPECT_EQ(result.type, type) << std::hex << result.type << " " << type;
 }
 

@@ -140,7 +140,7 @@ TEST_F(Applying, InterruptedAtAnyElement) {
     {
       const Alarm alarm(50 + static_cast<int>(random() % 3000));
       run(masks ? "(1 2 3) VARS 1 MONADIC DUPLICATE ENCLOSE ; MASK" : "VARS 1 MONADIC DUPLICATE ENCLOSE ; EACH");
-      broken += sp->type == EMPTYVECTOR;
+      broken += sp->type == EMPTY_VECTOR;
     }
     reachable();
     clear();

@@ -26,13 +26,13 @@ class Exception : public Quiet {};
 
 Point plus() {
   static char name[32] = {};  // with room for a reference word ahead of it
-  std::strcpy(name + BLOCKPREFIX, "+");
-  *refer(name + BLOCKPREFIX) = -1;
+  std::strcpy(name + BLOCK_PREFIX, "+");
+  *refer(name + BLOCK_PREFIX) = -1;
   Point p{};
   p.rank = ranks::OPERATOR;
   p.type = ISOPERATOR;
   p.instruction = instructions::ADD;
-  p.name = name + BLOCKPREFIX;
+  p.name = name + BLOCK_PREFIX;
   return p;
 }
 
@@ -42,8 +42,8 @@ TEST_F(Exception, PositiveNumberPrintsTheTextAndTheInstruction) {
   EXPECT_EQ(p.err, "\n17 - dyadic function arguments are not conformable.\n\nInstruction:\n . OPERATOR:\t\t+");
   EXPECT_EQ(p.out, "");
   EXPECT_EQ(stepping, 1);
-  EXPECT_EQ(A_Problem, 0);
-  EXPECT_EQ(PrintOut, 0);
+  EXPECT_EQ(pendingproblem, 0);
+  EXPECT_EQ(printing, 0);
 }
 
 TEST_F(Exception, WithoutAnInstructionOnlyTheTextIsPrinted) {
@@ -57,7 +57,7 @@ TEST_F(Exception, TopOfStackShowsOnlyAfterAProblem) {
   makeinteger(stack[1], 42);
   Point *sp = &stack[1];
   EXPECT_EQ(printed([&] { exception(800, &sp, &instruction); }).err.find("Top of stack"), std::string::npos);
-  A_Problem = 1;
+  pendingproblem = 1;
   const std::string err = printed([&] { exception(800, &sp, &instruction); }).err;
   EXPECT_EQ(err,
             "\n800 - not enough arguments on stack for the reqested operation.\n\nInstruction:\n . OPERATOR:\t\t+"
@@ -70,7 +70,7 @@ TEST_F(Exception, StorageHasNoDumpAndIsAProblem) {
   const Point instruction = plus();
   Point *sp = nullptr;
   EXPECT_EQ(printed([&] { exception(27, &sp, &instruction); }).err, "\n27 - out of main storage.\n");
-  EXPECT_EQ(A_Problem, 1);
+  EXPECT_EQ(pendingproblem, 1);
   EXPECT_EQ(stepping, 1);
 }
 
@@ -133,7 +133,7 @@ TEST_F(Exception, TheReportOfNoStorageNeedsNone) {
         }
       newblock(1);
     });
-    _exit(value == -1 && A_Problem == 1 ? 5 : 6);
+    _exit(value == -1 && pendingproblem == 1 ? 5 : 6);
   });
   EXPECT_EQ(exitstatus(e), 5);
   const std::string text = "\n27 - out of main storage.\n";
@@ -142,15 +142,15 @@ TEST_F(Exception, TheReportOfNoStorageNeedsNone) {
 }
 
 TEST_F(Exception, KernelReportsBelongToTheirThread) {
-  aplerr = 36;
+  numericfault = 36;
   std::int32_t other = -1;
   std::thread([&] {
-    other = aplerr;
-    aplerr = 130;
+    other = numericfault;
+    numericfault = 130;
   }).join();
   EXPECT_EQ(other, 0);
-  EXPECT_EQ(aplerr, 36);
-  aplerr = 0;
+  EXPECT_EQ(numericfault, 36);
+  numericfault = 0;
 }
 
 std::vector<int> *order;
@@ -277,7 +277,7 @@ TEST_F(Exception, TheFailureOfWhatRunsAheadIsReportedInThePlaceOfAllOthers) {
   EXPECT_EQ(reports([] { exception(23, nullptr, nullptr); }), "\n36");
   EXPECT_EQ(reports([] { jump(-9); }), "\n36");
   EXPECT_EQ(reports([] { outofstorage(); }), "\n36");
-  EXPECT_EQ(A_Problem, 0);
+  EXPECT_EQ(pendingproblem, 0);
   EXPECT_EQ(reports([] { landingof([] {}); }), "\n36");
   EXPECT_EQ(reports([] { exception(999, nullptr, nullptr); }), "\n36");
   EXPECT_EQ(endprocess, 0);

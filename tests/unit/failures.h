@@ -37,15 +37,15 @@ inline int landingof(Body body, void (*unwind)() = nullptr, void (*join)() = nul
 class Quiet : public testing::Test {
  protected:
   void SetUp() override {
-    A_Problem = 0;
+    pendingproblem = 0;
     violations = 0;
-    PrintOut = stepping = endprocess = 0;
+    printing = stepping = endprocess = 0;
     interrupted = 0;
     ASSERT_EQ(custody, nullptr);
   }
   void TearDown() override {
-    A_Problem = 0;
-    PrintOut = stepping = endprocess = 0;
+    pendingproblem = 0;
+    printing = stepping = endprocess = 0;
     interrupted = 0;
   }
 };

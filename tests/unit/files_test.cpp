@@ -438,7 +438,7 @@ TEST_F(Handles, OpenFileByTheTopOfTheStack) {
   char *block = nullptr;
   EXPECT_EQ(opening(name, "r", &block), 0);
   EXPECT_STREQ(block, "ab");
-  EXPECT_EQ(refr(block), 1);
+  EXPECT_EQ(referencecount(block), 1);
   freeblock(block);
   EXPECT_EQ(opening(name, "r", nullptr), 0);
   EXPECT_EQ(opening(number, "r", nullptr), 706);
@@ -512,7 +512,7 @@ class Texts : public Folder {
     Folder::SetUp();
     openbanks();
     stepping = 0;
-    A_Problem = 0;
+    pendingproblem = 0;
   }
   void TearDown() override {
     closebanks();
@@ -590,10 +590,10 @@ TEST_F(Texts, StreamEdit) {
 
 // The top of the stack is shown with a message while a problem is pending; the failing OPEN has taken its top by then.
 TEST_F(Texts, OpenReportsTheName) {
-  A_Problem = 1;
+  pendingproblem = 1;
   const Shown result = run("'missing' 5 OPEN .");
   EXPECT_NE(result.err.find("Top of stack:\nmissing\n"), std::string::npos) << result.err;
-  A_Problem = 0;
+  pendingproblem = 0;
 }
 
 TEST_F(Texts, WriteCountsTheElements) {
@@ -670,7 +670,7 @@ TEST_F(Texts, NoStorage) {
       const Shown result = run(std::string(command) + " .");
       const bool failed = result.err.find("27 - ") != std::string::npos;
       failallocation(-1);
-      A_Problem = 0;
+      pendingproblem = 0;
       failures += failed;
       run("CLEAR WIPE 'below' .");
       ASSERT_EQ(liveblocks(), live) << command << ", allocation " << n << result.out << result.err;

@@ -88,10 +88,10 @@ TEST_F(Fixed, EveryLookUpMeetsTheSameEntry) {
 
 TEST_F(Fixed, CountsArePinnedAtEachLookUp) {
   const Entry *io = checkhash(table, "#IO");
-  EXPECT_EQ(refr(io->meaning), PINNED);
+  EXPECT_EQ(referencecount(io->meaning), PINNED);
   *refer(io->meaning) = 5;
   checkmeaning(inner, "#IO");
-  EXPECT_EQ(refr(io->meaning), PINNED);
+  EXPECT_EQ(referencecount(io->meaning), PINNED);
   for (int i = 0; i < 3; ++i) {
     release(io->name);
     release(io->meaning);

@@ -110,7 +110,7 @@ inline Outcome members(std::uint16_t modifier, const Value &a, const Value &b) {
   const Space left = space(a), right = space(b);
   if (!model::single(left) && !model::single(right) && left.shape != right.shape) return {17, {}};
   const Space &shaped = model::single(left) && (!model::single(right) || right.rank > left.rank) ? right : left;
-  Space made{shaped.rank, shaped.type & RANKBITS, shaped.shape, {}};
+  Space made{shaped.rank, shaped.type & RANK_BITS, shaped.shape, {}};
   for (std::size_t i = 0; i < shaped.elements.size(); ++i) {
     const Outcome o =
         step(modifier, left.elements[model::single(left) ? 0 : i], right.elements[model::single(right) ? 0 : i]);

@@ -42,7 +42,7 @@ class Interval : public Lifetimes {
     drop(context[IO_SLOT]);
     drop(context[CT_SLOT]);
     Lifetimes::TearDown();
-    stepping = A_Problem = 0;
+    stepping = pendingproblem = 0;
   }
   void set(std::int64_t origin, double tolerance) {
     drop(context[IO_SLOT]);

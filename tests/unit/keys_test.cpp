@@ -185,9 +185,9 @@ TEST(TOAddr1, DifferentValuesHaveDifferentKeys) {
                                      variable("xy", SGIG),
                                      symbol(ranks::ADDRESS, ISADDRESS, "x", SGIG),
                                      symbol(ranks::LABEL, ISADDRESS, "%x"),
-                                     local(ranks::LOCALVARIABLE, 0),
-                                     local(ranks::LOCALVARIABLE, 1),
-                                     local(ranks::LOCALADDRESS, 0),
+                                     local(ranks::LOCAL_VARIABLE, 0),
+                                     local(ranks::LOCAL_VARIABLE, 1),
+                                     local(ranks::LOCAL_ADDRESS, 0),
                                      function({}),
                                      function({}, 0),
                                      function({}, 1),
@@ -269,7 +269,7 @@ TEST(TOAddr1, AnInterruptReleasesTheString) {
   EXPECT_EQ(landedwhile(&p), 1);
   testing::internal::GetCapturedStdout();
   EXPECT_EQ(liveblocks(), before);
-  A_Problem = 0;
+  pendingproblem = 0;
   drop(p);
 }
 

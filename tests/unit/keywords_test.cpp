@@ -29,7 +29,7 @@ struct First {
   int next;  // the byte read after it
 };
 
-First firstof(const std::string &text, Condition condition = Condition::INITIAL) {
+First lowestplace(const std::string &text, Condition condition = Condition::INITIAL) {
   scanfrom(nullptr, text.c_str());
   const Token token = scan(condition);
   First first = {token.rule, token.row, std::string(token.text, token.length), input()};
@@ -38,7 +38,7 @@ First firstof(const std::string &text, Condition condition = Condition::INITIAL)
 }
 
 const Keyword *keyword(const std::string &spelling) {
-  const First first = firstof(spelling + " ");
+  const First first = lowestplace(spelling + " ");
   return first.rule == Rule::KEYWORD && first.text == spelling ? &Keywords[first.row] : nullptr;
 }
 
@@ -51,7 +51,7 @@ TEST(Keywords, EverySpellingYieldsItsRow) {
   for (std::size_t row = 0; row < Keywords.size(); ++row)
     for (const std::string spelling : Keywords[row].spellings)
       for (const char *boundary = BOUNDARIES; *boundary; ++boundary) {
-        const First first = firstof(spelling + *boundary);
+        const First first = lowestplace(spelling + *boundary);
         EXPECT_EQ(first.rule, Rule::KEYWORD) << spelling << *boundary;
         EXPECT_EQ(first.row, row) << spelling << *boundary;
         EXPECT_EQ(first.text, spelling);
@@ -64,7 +64,7 @@ TEST(Keywords, ABoundedSpellingIsNoneWithoutABoundary) {
     for (const std::string spelling : Keywords[row].spellings)
       for (const std::string next : {"", "x", "Q", "7", "_"}) {
         if (spelling == "-" && next == "7") continue;  // a number
-        const First first = firstof(spelling + next);
+        const First first = lowestplace(spelling + next);
         const bool itself = first.rule == Rule::KEYWORD && first.row == row && first.text == spelling;
         EXPECT_EQ(itself, !Keywords[row].bounded) << spelling << next;
       }
@@ -88,7 +88,7 @@ TEST(Keywords, NoSpellingStandsTwice) {
 }
 
 // FNV-1a over one line a spelling, by rising bytes: the spelling, its instruction, its modifier, its mark and its
-// hidden constant. Worked out outside this programme from the written description of the language.
+// hidden constant. Worked out outside this programme: no rule may change.
 TEST(Keywords, WhatEachSpellingMeans) {
   const std::map<std::uint32_t, std::string> marks = {
       {0, ""}, {INOUT, "INOUT"}, {GLOBAL, "GLOBAL"}, {GLOBALCHANGE, "GLOBALCHANGE"}, {ISPROBABLE, "ISPROBABLE"}};
@@ -163,7 +163,7 @@ TEST(Keywords, Marks) {
 TEST(Keywords, OnlyMaskCountsAfterWrap) {
   for (std::size_t row = 0; row < Keywords.size(); ++row)
     for (const std::string spelling : Keywords[row].spellings) {
-      const First first = firstof(spelling + " ", Condition::MASKED);
+      const First first = lowestplace(spelling + " ", Condition::MASKED);
       const bool mask = spelling == "MASK" || spelling == "STENCIL";
       EXPECT_EQ(first.rule, mask ? Rule::KEYWORD : Rule::UNMASKED) << spelling;
       if (mask)
@@ -180,21 +180,21 @@ TEST(Constants, EverySpellingYieldsItsRowAndNeedsABoundary) {
       for (const Condition condition : {Condition::INITIAL, Condition::VECTOR}) {
         const bool counts = condition == Condition::INITIAL || spelling != "#NIL";
         for (const char *boundary = BOUNDARIES; *boundary; ++boundary) {
-          const First first = firstof(spelling + *boundary, condition);
+          const First first = lowestplace(spelling + *boundary, condition);
           EXPECT_EQ(first.rule == Rule::CONSTANT && first.row == row && first.text == spelling &&
                         first.next == static_cast<unsigned char>(*boundary),
                     counts)
               << spelling << *boundary;
         }
         for (const std::string next : {"", "x", "Q", "7", "_"}) {
-          const First first = firstof(spelling + next, Condition::INITIAL);
+          const First first = lowestplace(spelling + next, Condition::INITIAL);
           EXPECT_FALSE(first.rule == Rule::CONSTANT && first.row == row && first.text == spelling) << spelling << next;
         }
-        const First negative = firstof("-" + spelling + " ", condition);
+        const First negative = lowestplace("-" + spelling + " ", condition);
         EXPECT_EQ(negative.rule == Rule::CONSTANT && negative.row == row && negative.text == "-" + spelling,
                   Constants[row].issigned)
             << spelling;
-        EXPECT_NE(firstof("\xAF" + spelling + " ").rule, Rule::CONSTANT) << "only the minus itself is a sign here";
+        EXPECT_NE(lowestplace("\xAF" + spelling + " ").rule, Rule::CONSTANT) << "only the minus itself is a sign here";
       }
   testing::internal::GetCapturedStdout();
 }
@@ -209,7 +209,7 @@ TEST(Constants, Values) {
                {"#SQRT1_2", 0.7071067811865476},  {"#NAPIER", 2.718281828459045}, {"#LOG2E", 1.4426950408889634},
                {"#LOG10E", 0.4342944819032518},   {"#LOGe2", 0.6931471805599453}, {"#LN10", 2.302585092994046}};
   for (const auto &expected : reals) {
-    const First first = firstof(expected.spelling + std::string(" "));
+    const First first = lowestplace(expected.spelling + std::string(" "));
     ASSERT_EQ(first.rule, Rule::CONSTANT) << expected.spelling;
     const Constant &row = Constants[first.row];
     EXPECT_EQ(row.tag, tags::REAL);
@@ -240,7 +240,7 @@ TEST(Constants, Values) {
                   {"#ACOSH", -6, 0x1000},
                   {"#ATANH", -7, 0x1000}};
   for (const auto &expected : integers) {
-    const First first = firstof(expected.spelling + std::string(" "));
+    const First first = lowestplace(expected.spelling + std::string(" "));
     ASSERT_EQ(first.rule, Rule::CONSTANT) << expected.spelling;
     EXPECT_EQ(Constants[first.row].tag, tags::INTEGER);
     EXPECT_EQ(Constants[first.row].form, expected.form) << expected.spelling;

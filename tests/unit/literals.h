@@ -20,7 +20,7 @@ class Literals : public Compiled {
     EXPECT_EQ(p.elements, 1u) << text;
     EXPECT_EQ(p.depth, 0) << text;
     EXPECT_EQ(p.shape_pointer, nullptr) << text;
-    EXPECT_EQ(refr(p.data_pointer), 1) << text;
+    EXPECT_EQ(referencecount(p.data_pointer), 1) << text;
     EXPECT_EQ(p.data_pointer->tag, tags::INTEGER) << text;
     EXPECT_EQ(p.data_pointer->form, forms::NUMBER) << text;
     EXPECT_EQ(p.data_pointer->attributes, 0) << text;

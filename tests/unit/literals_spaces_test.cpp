@@ -70,7 +70,7 @@ TEST_F(Literals, Vectors) {
   EXPECT_EQ(p.link, nullptr);
   EXPECT_EQ(shape(p), Extents{3});
   EXPECT_EQ(integers(p), (Extents{1, 2, 3}));
-  EXPECT_EQ(refr(p.data_pointer), 1);
+  EXPECT_EQ(referencecount(p.data_pointer), 1);
   EXPECT_EQ(single("(7)").type, 0x60400u);
 }
 
@@ -152,7 +152,7 @@ TEST_F(Literals, DeeplyNested) {
 }
 
 TEST_F(Literals, NestedAsDeepAsThereAreFrames) {
-  const std::size_t most = FRAMES;  // the outermost takes none, and frame 0 is the text's own
+  const std::size_t most = MOST_FRAMES;  // the outermost takes none, and frame 0 is the text's own
   EXPECT_EQ(compile(std::string(most, '(') + std::string(most, ')') + "."), 2);
   EXPECT_EQ(compile(std::string(most + 1, '(') + ". )" + std::string(most, ')') + "'.' . 7 ."), 0);
   EXPECT_TRUE(reported(807));

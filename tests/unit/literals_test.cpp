@@ -140,7 +140,7 @@ TEST_F(Literals, Octonions) {
   expectcartesian("1n7", {1, 0, 0, 0, 0, 0, 7, 0});
   expectcartesian("1i2o8", {1, 2, 0, 0, 0, 0, 0, 8});
   expectcartesian("infiinfninfonan", {HUGE_VAL, HUGE_VAL, 0, 0, 0, 0, HUGE_VAL, NAN});
-  EXPECT_EQ(refr(element("1o1").octonion), 1);
+  EXPECT_EQ(referencecount(element("1o1").octonion), 1);
 }
 
 TEST_F(Literals, Prefixes) {

@@ -148,7 +148,7 @@ TEST_F(Match, Interrupted) {
   EXPECT_EQ(landingof([&] { match(p, p); }), -1002);
   testing::internal::GetCapturedStdout();
   interrupted = 0;
-  A_Problem = 0;
+  pendingproblem = 0;
   expectexact();
 }
 

@@ -46,7 +46,7 @@ class HeapTest : public testing::Test {
     room = static_cast<char *>(
         mmap(nullptr, ROOM, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
     ASSERT_NE(room, MAP_FAILED);
-    moved = BLOCKHEADER;  // so that the first area fits
+    moved = BLOCK_HEADER;  // so that the first area fits
     limit = ROOM;
     requests.clear();
   }
@@ -88,23 +88,23 @@ TEST(Bucket, OfASize) {
 }
 
 TEST_F(HeapTest, OnePageIsCarvedIntoItsBlocks) {
-  char *first = static_cast<char *>(heap.take(1));
+  char *first = static_cast<char *>(heap.allocate(1));
   EXPECT_EQ(requests, std::vector<std::size_t>{4096});
   EXPECT_EQ(heap.pre_brk_left, 0u);
-  EXPECT_EQ(first, room + BLOCKHEADER + 4096 - 16 + 8);  // the block carved last
+  EXPECT_EQ(first, room + BLOCK_HEADER + 4096 - 16 + 8);  // the block carved last
   for (int i = 1; i < 256; ++i) {
-    const void *payload = heap.take(8);
+    const void *payload = heap.allocate(8);
     ASSERT_EQ(payload, first - 16 * i);
     ASSERT_EQ(headerof(payload), 4u);
   }
   EXPECT_EQ(heap.buckets[4], nullptr);
   EXPECT_EQ(requests.size(), 1u);
-  heap.take(1);
+  heap.allocate(1);
   EXPECT_EQ(requests.size(), 2u);
 }
 
 TEST_F(HeapTest, ABlockOfAPageTakesOne) {
-  const void *payload = heap.take(4096 - 8);
+  const void *payload = heap.allocate(4096 - 8);
   EXPECT_EQ(requests, std::vector<std::size_t>{4096});
   EXPECT_EQ(headerof(payload), 12u);
   EXPECT_EQ(heap.buckets[12], nullptr);
@@ -112,44 +112,44 @@ TEST_F(HeapTest, ABlockOfAPageTakesOne) {
 }
 
 TEST_F(HeapTest, WholePagesForLargeBlocks) {
-  heap.take(100000);
+  heap.allocate(100000);
   EXPECT_EQ(requests, std::vector<std::size_t>{131072});
 }
 
 TEST_F(HeapTest, PayloadsAreAligned) {
   for (unsigned k = 4; k <= 24; ++k)
     for (const std::size_t less : {0, 1, 7})
-      EXPECT_EQ(number(heap.take((std::size_t{1} << k) - 8 - less)) % PAYLOADALIGNMENT, 0u) << k;
+      EXPECT_EQ(number(heap.allocate((std::size_t{1} << k) - 8 - less)) % PAYLOAD_ALIGNMENT, 0u) << k;
 }
 
 TEST_F(HeapTest, AFreedBlockComesBackToItsOwnSizeAlone) {
-  void *small = heap.take(40), *large = heap.take(1000);
-  heap.give(small);
-  heap.give(large);
-  EXPECT_NE(heap.take(100), small);
-  EXPECT_EQ(heap.take(56), small);
-  EXPECT_EQ(heap.take(520), large);
+  void *small = heap.allocate(40), *large = heap.allocate(1000);
+  heap.freepayload(small);
+  heap.freepayload(large);
+  EXPECT_NE(heap.allocate(100), small);
+  EXPECT_EQ(heap.allocate(56), small);
+  EXPECT_EQ(heap.allocate(520), large);
 }
 
 TEST_F(HeapTest, TheLastFreedComesFirst) {
-  void *a = heap.take(40), *b = heap.take(40), *c = heap.take(40);
-  heap.give(a);
-  heap.give(c);
-  heap.give(b);
-  EXPECT_EQ(heap.take(40), b);
-  EXPECT_EQ(heap.take(40), c);
-  EXPECT_EQ(heap.take(40), a);
+  void *a = heap.allocate(40), *b = heap.allocate(40), *c = heap.allocate(40);
+  heap.freepayload(a);
+  heap.freepayload(c);
+  heap.freepayload(b);
+  EXPECT_EQ(heap.allocate(40), b);
+  EXPECT_EQ(heap.allocate(40), c);
+  EXPECT_EQ(heap.allocate(40), a);
 }
 
 TEST_F(HeapTest, NothingIsFreedByNull) {
-  heap.give(nullptr);
+  heap.freepayload(nullptr);
   EXPECT_TRUE(requests.empty());
 }
 
 TEST_F(HeapTest, SizeZeroGivesBlocksOfTheirOwn) {
   std::set<void *> seen;
   for (int i = 0; i < 600; ++i) {
-    void *payload = heap.take(0);
+    void *payload = heap.allocate(0);
     ASSERT_NE(payload, nullptr);
     ASSERT_TRUE(seen.insert(payload).second);
     std::memset(payload, 0xFF, 8);  // nothing that the heap needs is in there
@@ -159,71 +159,71 @@ TEST_F(HeapTest, SizeZeroGivesBlocksOfTheirOwn) {
 TEST_F(HeapTest, WhatNoBlockCanHoldIsRefusedAtOnce) {
   EXPECT_EQ(printedto(2,
                       [&] {
-                        EXPECT_EQ(heap.take((std::size_t{1} << 63) - 7), nullptr);
-                        EXPECT_EQ(heap.take(SIZE_MAX), nullptr);
-                        EXPECT_EQ(heap.take(SIZE_MAX - 8), nullptr);
+                        EXPECT_EQ(heap.allocate((std::size_t{1} << 63) - 7), nullptr);
+                        EXPECT_EQ(heap.allocate(SIZE_MAX), nullptr);
+                        EXPECT_EQ(heap.allocate(SIZE_MAX - 8), nullptr);
                       }),
             "");
   EXPECT_TRUE(requests.empty());
 }
 
 TEST_F(HeapTest, NoMoreMemoryIsSaidAndTheHeapGoesOn) {
-  void *kept = heap.take(40);
-  EXPECT_EQ(printedto(2, [&] { EXPECT_EQ(heap.take(ROOM), nullptr); }), "No more active memory available\n");
-  EXPECT_EQ(printedto(2, [&] { EXPECT_EQ(heap.take(std::size_t{1} << 62), nullptr); }),
+  void *kept = heap.allocate(40);
+  EXPECT_EQ(printedto(2, [&] { EXPECT_EQ(heap.allocate(ROOM), nullptr); }), "No more active memory available\n");
+  EXPECT_EQ(printedto(2, [&] { EXPECT_EQ(heap.allocate(std::size_t{1} << 62), nullptr); }),
             "No more active memory available\n");
-  EXPECT_EQ(printedto(2, [&] { EXPECT_EQ(heap.take((std::size_t{1} << 63) - 8), nullptr); }),
+  EXPECT_EQ(printedto(2, [&] { EXPECT_EQ(heap.allocate((std::size_t{1} << 63) - 8), nullptr); }),
             "No more active memory available\n");
   limit = moved;
-  EXPECT_NE(heap.take(40), nullptr);  // what was carved is still there
-  heap.give(kept);
-  EXPECT_EQ(heap.take(40), kept);
+  EXPECT_NE(heap.allocate(40), nullptr);  // what was carved is still there
+  heap.freepayload(kept);
+  EXPECT_EQ(heap.allocate(40), kept);
 }
 
 TEST_F(HeapTest, TheBreakIsMovedOnceSoThatAreasFit) {
   moved = 0;
-  void *payload = heap.take(40);
-  EXPECT_EQ(number(payload) % PAYLOADALIGNMENT, 0u);
+  void *payload = heap.allocate(40);
+  EXPECT_EQ(number(payload) % PAYLOAD_ALIGNMENT, 0u);
   EXPECT_EQ(requests, (std::vector<std::size_t>{4096, 8}));
-  heap.take(4000);
+  heap.allocate(4000);
   EXPECT_EQ(requests, (std::vector<std::size_t>{4096, 8, 4096}));
   EXPECT_EQ(moved, 8192u + 8);
 }
 
 TEST_F(HeapTest, AnAreaThatIsOffIsSaid) {
-  moved = BLOCKHEADER + 4;
-  EXPECT_EQ(printedto(1, [&] { EXPECT_EQ(number(heap.take(40)) % PAYLOADALIGNMENT, 0u); }), "BRRRRRmallocSB ");
+  moved = BLOCK_HEADER + 4;
+  EXPECT_EQ(printedto(1, [&] { EXPECT_EQ(number(heap.allocate(40)) % PAYLOAD_ALIGNMENT, 0u); }), "BRRRRRmallocSB ");
 }
 
 TEST_F(HeapTest, AListThatWasWrittenOverIsSaidAndLeft) {
-  void *a = heap.take(40), *b = heap.take(40);
-  heap.give(a);
-  heap.give(b);
+  void *a = heap.allocate(40), *b = heap.allocate(40);
+  heap.freepayload(a);
+  heap.freepayload(b);
   static_cast<std::uint64_t *>(b)[0] = 12345;  // written to after it was freed
-  EXPECT_EQ(printedto(1, [&] { EXPECT_EQ(heap.take(40), b); }), "BRRRRRmallocing ");
-  EXPECT_EQ(printedto(1, [&] { EXPECT_NE(heap.take(40), nullptr); }), "");
+  EXPECT_EQ(printedto(1, [&] { EXPECT_EQ(heap.allocate(40), b); }), "BRRRRRmallocing ");
+  EXPECT_EQ(printedto(1, [&] { EXPECT_NE(heap.allocate(40), nullptr); }), "");
   heap.buckets[6] = room + 3;
-  EXPECT_EQ(printedto(1, [&] { EXPECT_EQ(number(heap.take(40)) % PAYLOADALIGNMENT, 0u); }), "BRRRRRmalloced ");
+  EXPECT_EQ(printedto(1, [&] { EXPECT_EQ(number(heap.allocate(40)) % PAYLOAD_ALIGNMENT, 0u); }), "BRRRRRmalloced ");
 }
 
 TEST_F(HeapTest, APointerThatIsOffIsSaidAndLeft) {
-  char *payload = static_cast<char *>(heap.take(40));
+  char *payload = static_cast<char *>(heap.allocate(40));
   const void *head = heap.buckets[6];
-  EXPECT_EQ(printedto(1, [&] { heap.give(payload + 4); }), "BRRRRRfree ");
+  EXPECT_EQ(printedto(1, [&] { heap.freepayload(payload + 4); }), "BRRRRRfree ");
   EXPECT_EQ(heap.buckets[6], head);
   bool moves;
   EXPECT_EQ(printedto(1, [&] { EXPECT_FALSE(Heap::resizes(payload + 4, 50, moves)); }), "BRRRRRrealloc ");
 }
 
 TEST_F(HeapTest, AHeaderThatWasWrittenOverIsSaidByRealloc) {
-  char *payload = static_cast<char *>(heap.take(40));
+  char *payload = static_cast<char *>(heap.allocate(40));
   bool moves;
   for (const char k : {0, 1, 2}) {
     payload[-8] = k;
     EXPECT_EQ(printedto(1, [&] { EXPECT_FALSE(Heap::resizes(payload, 50, moves)); }), "\nRealloc: SERIOUS ERROR!");
   }
   const void *head = heap.buckets[6];
-  heap.give(payload);  // into no list
+  heap.freepayload(payload);  // into no list
   EXPECT_EQ(heap.buckets[6], head);
 }
 
@@ -236,7 +236,7 @@ bool moves(void *payload, std::size_t size) {
 TEST_F(HeapTest, GrowthStaysInTheBlockWhileItFits) {
   for (unsigned k = 4; k <= 26; ++k) {
     const std::size_t payload = (std::size_t{1} << k) - 8;
-    void *block = heap.take(payload);
+    void *block = heap.allocate(payload);
     EXPECT_FALSE(moves(block, payload)) << k;
     EXPECT_TRUE(moves(block, payload + 1)) << k;
     EXPECT_TRUE(moves(block, payload + 8)) << k;
@@ -244,11 +244,11 @@ TEST_F(HeapTest, GrowthStaysInTheBlockWhileItFits) {
 }
 
 TEST_F(HeapTest, ShrinkingToleratesTheLessTheLargerTheBlock) {
-  for (unsigned k = 4; k <= 12; ++k) EXPECT_FALSE(moves(heap.take((std::size_t{1} << k) - 8), 0)) << k;
+  for (unsigned k = 4; k <= 12; ++k) EXPECT_FALSE(moves(heap.allocate((std::size_t{1} << k) - 8), 0)) << k;
   for (unsigned k = 13; k <= 27; ++k) {
     const std::size_t block = std::size_t{1} << k;
     const std::size_t threshold = block / (k <= 15 ? 32 : k <= 18 ? 16 : k <= 21 ? 8 : k <= 24 ? 4 : 2);
-    void *payload = heap.take(block - 8);
+    void *payload = heap.allocate(block - 8);
     EXPECT_TRUE(moves(payload, threshold)) << k;
     EXPECT_FALSE(moves(payload, threshold + 1)) << k;
     EXPECT_TRUE(moves(payload, 0)) << k;
@@ -258,20 +258,20 @@ TEST_F(HeapTest, ShrinkingToleratesTheLessTheLargerTheBlock) {
 TEST_F(HeapTest, AlignedPayloads) {
   for (std::size_t alignment = 8; alignment <= 65536; alignment *= 2)
     for (const std::size_t size : {0, 1, 100, 5000}) {
-      auto *payload = static_cast<char *>(heap.takealigned(alignment, size));
+      auto *payload = static_cast<char *>(heap.allocatealigned(alignment, size));
       ASSERT_EQ(number(payload) % alignment, 0u);
       ASSERT_GE(Heap::capacity(payload), size);
       std::memset(payload, 0xEE, Heap::capacity(payload));
       EXPECT_TRUE(moves(payload, Heap::capacity(payload) + 1));
-      heap.give(payload);
+      heap.freepayload(payload);
     }
-  void *inside = heap.takealigned(64, 100);  // 100 and 64 bytes: a block of 256
-  heap.give(inside);
-  char *whole = static_cast<char *>(heap.take(200));
+  void *inside = heap.allocatealigned(64, 100);  // 100 and 64 bytes: a block of 256
+  heap.freepayload(inside);
+  char *whole = static_cast<char *>(heap.allocate(200));
   EXPECT_LE(whole, inside);
   EXPECT_GT(whole + 256, inside);
-  EXPECT_EQ(heap.takealigned(64, SIZE_MAX - 64), nullptr);
-  EXPECT_EQ(heap.takealigned(std::size_t{1} << 63, 1), nullptr);
+  EXPECT_EQ(heap.allocatealigned(64, SIZE_MAX - 64), nullptr);
+  EXPECT_EQ(heap.allocatealigned(std::size_t{1} << 63, 1), nullptr);
 }
 
 // Whatever is done in whatever order, no block overlaps another, and none loses what was written to it.
@@ -291,7 +291,8 @@ TEST_F(HeapTest, RandomUseKeepsBlocksApart) {
     if (taken.size() < 50 || (taken.size() < 400 && random() % 2 == 0)) {
       const std::size_t size = random() % (std::size_t{1} << (random() % 16));
       const auto alignment = std::size_t{1} << (random() % 10);
-      char *payload = static_cast<char *>(random() % 8 == 0 ? heap.takealigned(alignment, size) : heap.take(size));
+      char *payload =
+          static_cast<char *>(random() % 8 == 0 ? heap.allocatealigned(alignment, size) : heap.allocate(size));
       ASSERT_NE(payload, nullptr);
       const auto fill = static_cast<unsigned char>(random());
       std::memset(payload, fill, size);
@@ -302,7 +303,7 @@ TEST_F(HeapTest, RandomUseKeepsBlocksApart) {
       auto victim = taken.lower_bound(room + random() % moved);
       if (victim == taken.end()) victim = taken.begin();
       ASSERT_TRUE(check(victim->first, victim->second));
-      heap.give(victim->first);
+      heap.freepayload(victim->first);
       taken.erase(victim);
     }
   }
@@ -467,7 +468,7 @@ TEST(Malloc, TheAlignedFamily) {
   EXPECT_EQ(posix_memalign(&c, 24, 10), EINVAL);
   EXPECT_EQ(posix_memalign(&c, 4, 10), EINVAL);
   void *page = valloc(1);
-  EXPECT_EQ(number(page) % PAGE, 0u);
+  EXPECT_EQ(number(page) % PAGE_BYTES, 0u);
   void *grown = std::realloc(page, 100000);
   ASSERT_NE(grown, nullptr);
   std::free(grown);

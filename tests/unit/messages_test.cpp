@@ -17,7 +17,7 @@ using namespace morvik;
 namespace {
 
 const std::vector<std::uint32_t> ROWS = {
-#define MESSAGE(number, text) number,
+#define MESSAGE(number, name, text) number,
 #include "tables/messages.def"
 #undef MESSAGE
 };
@@ -36,8 +36,8 @@ TEST(Messages, RowsStandInOrderWith999Last) {
   for (std::size_t i = 1; i + 1 < ROWS.size(); ++i) EXPECT_LT(ROWS[i - 1], ROWS[i]);
 }
 
-// FNV-1a over "number text\n" for all rows by number, worked out outside this programme from the written description of
-// the messages: no byte of any text may change.
+// FNV-1a over "number text\n" for all rows by number, worked out outside this programme: no byte of any text may
+// change.
 TEST(Messages, NoTextChanges) {
   const std::set<std::uint32_t> numbers(ROWS.begin(), ROWS.end());
   std::string all;

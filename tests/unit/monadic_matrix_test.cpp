@@ -125,9 +125,9 @@ void expectresult(const Point &p, const Point &operand, char letter, bool shared
   ASSERT_EQ(p.rank, operand.rank);
   ASSERT_EQ(p.elements, operand.elements);
   EXPECT_EQ(p.shape_pointer, operand.shape_pointer);
-  if (p.rank > 0) EXPECT_EQ(refr(p.shape_pointer), shared ? 2 : 1);
+  if (p.rank > 0) EXPECT_EQ(referencecount(p.shape_pointer), shared ? 2 : 1);
   EXPECT_EQ(p.depth, operand.depth);
-  EXPECT_EQ(p.type & ~ISPROBABLE, (operand.type & RANKBITS) | kindbit(tagof(letter)));
+  EXPECT_EQ(p.type & ~ISPROBABLE, (operand.type & RANK_BITS) | kindbit(tagof(letter)));
   for (std::uint32_t i = 0; i < p.elements; ++i) {
     EXPECT_EQ(p.data_pointer[i].tag, tagof(letter));
     if (letter == 't') {
@@ -284,7 +284,7 @@ TEST_F(MonadicMatrix, SharedOctonions) {
   ASSERT_EQ(monadics::attempt(monadics::member("NEGATIVE"), p, bank), 0);
   EXPECT_EQ(mine.octonion->part[0], 1);
   EXPECT_EQ(p.data_pointer[0].octonion->part[1], -2);
-  EXPECT_EQ(refr(mine.octonion), 1);
+  EXPECT_EQ(referencecount(mine.octonion), 1);
   release(mine.octonion);
   drop(p);
 }

@@ -46,7 +46,7 @@ double unitofplace(double x) {
 }
 
 // How far two complex numbers are apart, over the modulus of the second.
-double apart(double re, double im, const ComplexCase &c) {
+double mixednumbers(double re, double im, const ComplexCase &c) {
   return std::hypot(re / 2 - c.valuere / 2, im / 2 - c.valueim / 2) / std::hypot(c.valuere / 2, c.valueim / 2);
 }
 
@@ -64,7 +64,7 @@ TEST_F(MonadicReference, ComplexNumbers) {
   for (const ComplexCase &c : COMPLEXES) {
     Point p = result(c.name, scalar(complex(c.re, c.im)));
     const Complex &z = p.data_pointer->complex;
-    EXPECT_LE(apart(z.re, z.im, c), RELATIVE) << c.name << ' ' << c.re << ' ' << c.im;
+    EXPECT_LE(mixednumbers(z.re, z.im, c), RELATIVE) << c.name << ' ' << c.re << ' ' << c.im;
     drop(p);
   }
 }
@@ -76,18 +76,18 @@ TEST_F(MonadicReference, HigherNumbers) {
     const double v = c.im;
     Point p = result(c.name, scalar(quaternions(c.re, 0, 0, v)));
     Quaternion q = quaternion(*p.data_pointer);
-    EXPECT_LE(apart(q.part[0], q.part[3], c), RELATIVE) << c.name << ' ' << c.re << ' ' << c.im;
+    EXPECT_LE(mixednumbers(q.part[0], q.part[3], c), RELATIVE) << c.name << ' ' << c.re << ' ' << c.im;
     EXPECT_EQ(q.part[1], 0);
     EXPECT_EQ(q.part[2], 0);
     drop(p);
     p = result(c.name, scalar(octonion({c.re, 0, 0, 0, 0, 0, v, 0})));
-    EXPECT_LE(apart(p.data_pointer->octonion->part[0], p.data_pointer->octonion->part[6], c), RELATIVE);
+    EXPECT_LE(mixednumbers(p.data_pointer->octonion->part[0], p.data_pointer->octonion->part[6], c), RELATIVE);
     drop(p);
     if (std::fabs(v) > 100) continue;  // thirds of it are not exact, which a sine would magnify
     p = result(c.name, scalar(quaternions(c.re, 2 * v / 3, -v / 3, 2 * v / 3)));
     q = quaternion(*p.data_pointer);
     const double along = q.part[1] / 3 * 2 - q.part[2] / 3 + q.part[3] / 3 * 2;
-    EXPECT_LE(apart(q.part[0], along, c), RELATIVE) << c.name << ' ' << c.re << ' ' << c.im;
+    EXPECT_LE(mixednumbers(q.part[0], along, c), RELATIVE) << c.name << ' ' << c.re << ' ' << c.im;
     EXPECT_LE(std::fabs(q.part[1] / 2 + q.part[2]), RELATIVE * std::hypot(c.valuere / 2, c.valueim / 2));
     drop(p);
   }

@@ -104,7 +104,7 @@ TEST_F(MonadicSlices, AgreeWithThePlainFunction) {
         Element *to = fresh ? newelements(p.elements) : p.data_pointer;
         work(m, p, to, fresh, monadics::SEED);
         for (const std::int32_t failure : failures) EXPECT_EQ(failure, 0);
-        EXPECT_EQ(flags(), kinds & (KINDBITS | STRUCTURED | COMPLEXED | ISPROBABLE));
+        EXPECT_EQ(flags(), kinds & (KIND_BITS | STRUCTURED | COMPLEXED | ISPROBABLE));
         Point made = p;
         made.data_pointer = to;
         made.type = ISVECTOR | flags();

@@ -54,7 +54,7 @@ using Multiply = Lifetimes;
 
 // ---- Tables.
 
-// Row times column, typed from the printed table and from nothing else.
+// Row times column: the whole multiplication table of the units, independent of the one in products.h.
 constexpr const char *TABLE[8][8] = {
     {"+e0", "+e1", "+e2", "+e3", "+e4", "+e5", "+e6", "+e7"}, {"+e1", "-e0", "+e3", "-e2", "+e5", "-e4", "-e7", "+e6"},
     {"+e2", "-e3", "-e0", "+e1", "+e6", "+e7", "-e4", "-e5"}, {"+e3", "+e2", "-e1", "-e0", "+e7", "-e6", "+e5", "-e4"},

@@ -158,7 +158,7 @@ inline Point variable(const char *name, std::uint16_t scope, std::uint32_t type 
   return symbol(ranks::VARIABLE, type, name, scope);
 }
 inline Point local(std::int32_t rank, std::int64_t position) {
-  Point p = symbol(rank, ISLOCAL | (rank == ranks::LOCALADDRESS ? ISADDRESS : ISVARIABLE), nullptr);
+  Point p = symbol(rank, ISLOCAL | (rank == ranks::LOCAL_ADDRESS ? ISADDRESS : ISVARIABLE), nullptr);
   p.elements = 1;
   p.data_pointer = newelements(1);
   *p.data_pointer = whole(position);

@@ -82,7 +82,7 @@ class Pool : public failures::Quiet {
     to_coprocessors.count = result.elements;
     to_coprocessors.result = result.data_pointer;
     ASSERT_TRUE(postcoprocessors());
-    defer(operand);
+    deferoperands(operand);
   }
   void open(std::uint32_t times) {
     for (std::uint32_t i = 0; i < times; ++i) sem_post(&gate);
@@ -139,15 +139,15 @@ TEST_F(Pool, TheMainThreadGoesOnWhileSlicesAreInFlight) {
     Point small = ones(3, i), copy = small;
     referencepoint(&copy);
     dereferencepoint(&copy);
-    EXPECT_EQ(refr(small.data_pointer), 1);
+    EXPECT_EQ(referencecount(small.data_pointer), 1);
     dereferencepoint(&small);
   }
-  EXPECT_EQ(unfinished, slots + 1);
+  EXPECT_EQ(resultinflight, slots + 1);
   EXPECT_EQ(from_coprocessor[1].done, 0);
   EXPECT_EQ(from_coprocessor[2].done, 0);
   open(2);
   wait_for_coprocessors(top, 1);
-  EXPECT_EQ(unfinished, nullptr);
+  EXPECT_EQ(resultinflight, nullptr);
   EXPECT_EQ(from_coprocessor[1].done, 1);
   dereferencepoint(slots + 1);
   end();
@@ -201,7 +201,7 @@ TEST_F(Pool, TheRightOperandStandsAgainWhereItsSlotIsFree) {
     to_coprocessors.first = result.data_pointer;
     to_coprocessors.count = 5;
     ASSERT_TRUE(postcoprocessors());
-    defer(left, right);
+    deferoperands(left, right);
     if (grown) *++top = ones(1, 7);
     EXPECT_EQ(reported(top), "jumps\n17");
     EXPECT_EQ(top, slots + 2);
@@ -229,7 +229,7 @@ TEST_F(Pool, TheInstructionOutlivesItsProgramme) {
     to_coprocessors.count = 9;
     to_coprocessors.result = slots[1].data_pointer;
     ASSERT_TRUE(postcoprocessors());
-    defer(ones(9, -5));
+    deferoperands(ones(9, -5));
     dereferencepoint(&point);
     Point **const at = &top;
     const std::string err =
@@ -331,12 +331,12 @@ TEST_F(Pool, ARequestOfAnySlotIsServedAtTheJoinWhichReturnsAtOnce) {
     wait_for_coprocessors(top, 1);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "REQ");
     EXPECT_EQ(served, 1);
-    EXPECT_EQ(unfinished, slots + 1) << "the work goes on";
+    EXPECT_EQ(resultinflight, slots + 1) << "the work goes on";
     EXPECT_EQ(from_coprocessor[asker].done, 0);
     // What it asked for is there: it is woken to go on, and is done.
     postslot(asker);
     wait_for_coprocessors(top, 1);
-    EXPECT_EQ(unfinished, nullptr);
+    EXPECT_EQ(resultinflight, nullptr);
     EXPECT_EQ(seen[asker], 2u);
     EXPECT_EQ(slots[1].type, ISVECTOR | HASINTEGER | HASREAL | COMPLEXED) << "what the others found is not lost";
     dereferencepoint(slots + 1);

@@ -36,7 +36,7 @@ class Programmes : public testing::Test {
     EXPECT_EQ(liveblocks(), blocks);
     EXPECT_EQ(custody, nullptr);
     stepping = 0;
-    A_Problem = 0;
+    pendingproblem = 0;
   }
 
   // Runs one text. The 0 that is echoed in the end goes again, as an echo may change what it shows.
@@ -242,14 +242,14 @@ TEST_F(Programmes, UnusableSymbolsWaitForThePool) {
       programme[2] = {};
       programme[2].rank = rank;
       programme[2].type = ISVECTOR;
-      A_Problem = discarding ? 1 : 0;
+      pendingproblem = discarding ? 1 : 0;
       testing::internal::CaptureStdout();
       testing::internal::CaptureStderr();
       Point *const floor = &stack[0][1];
       sp = machine(programme, variables[0], floor, floor, sp, &memory[0], 0, 0);
       const std::string errors = testing::internal::GetCapturedStderr();
       testing::internal::GetCapturedStdout();
-      EXPECT_EQ(unfinished, nullptr);
+      EXPECT_EQ(resultinflight, nullptr);
       EXPECT_EQ(errors.substr(0, 5), "\n36 -");
       cleanup(programme);
       while (height() > 0) dereferencepoint(sp--);

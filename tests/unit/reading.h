@@ -69,7 +69,7 @@ inline testing::AssertionResult same(const Element &a, const Element &b, double 
   return testing::AssertionSuccess();
 }
 
-inline constexpr std::uint32_t COMPARED = KINDBITS | COMPLEXED | STRUCTURED | RANKBITS;
+inline constexpr std::uint32_t COMPARED = KIND_BITS | COMPLEXED | STRUCTURED | RANK_BITS;
 
 // The depth that a literal inside another gets counts the deepest place of both; only the outermost is as it was.
 inline testing::AssertionResult same(const Point &a, const Point &b, double tolerance) {

@@ -62,7 +62,7 @@ int withoutstorage(Prepare prepare, Work work, Check check) {
     failallocation(-1);
     testing::internal::GetCapturedStderr();
     check(failed);
-    A_Problem = 0;
+    pendingproblem = 0;
     if (!failed || testing::Test::HasFatalFailure()) return granted;
   }
   ADD_FAILURE() << "it never had enough";

@@ -37,7 +37,7 @@ class Reduce : public Lifetimes {
     drop(stack[1]);
     drop(context[CT_SLOT]);
     Lifetimes::TearDown();
-    stepping = A_Problem = 0;
+    stepping = pendingproblem = 0;
   }
   void letgo() {
     drop(stack[1]);
@@ -245,7 +245,7 @@ TEST_F(Reduce, WhatDoesNotFold) {
   expect(991, instructions::ADD, vector({whole(1), real(2), enclosed(numbers({1}))}));
   expect(994, instructions::ADD, vector({whole(1), real(2), record(tags::FILLER, 0)}));
   expect(994, instructions::ADD, function({numbers({1})}, 1, 0, "f"));
-  expect(145, instructions::ADD, local(ranks::LOCALADDRESS, 1));
+  expect(145, instructions::ADD, local(ranks::LOCAL_ADDRESS, 1));
   expect(0, instructions::ADD, symbol(ranks::ADDRESS, ISADDRESS, "x"));
 }
 

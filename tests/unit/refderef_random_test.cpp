@@ -87,11 +87,11 @@ class RandomLifetimes : public Lifetimes, public testing::WithParamInterface<uns
       case 5:
         if (p.rank >= 0) {
           makeprivate(held[at]);
-          ASSERT_TRUE(!held[at].data_pointer || refr(held[at].data_pointer) == 1);
+          ASSERT_TRUE(!held[at].data_pointer || referencecount(held[at].data_pointer) == 1);
         }
         break;
       case 6:  // cut off all but the first
-        if (isvector(p) && refr(p.data_pointer) == 1) {
+        if (isvector(p) && referencecount(p.data_pointer) == 1) {
           if (mayown(p)) dereferencedataelems(p.data_pointer + 1, p.elements - 1);
           held[at].data_pointer = Reallocate(p.data_pointer, 1);
           held[at].elements = 1;
@@ -100,7 +100,8 @@ class RandomLifetimes : public Lifetimes, public testing::WithParamInterface<uns
         }
         break;
       default:
-        if (isfunction(p) && refr(p.programme) > 1) {  // a body that others hold too is copied before it changes
+        if (isfunction(p) &&
+            referencecount(p.programme) > 1) {  // a body that others hold too is copied before it changes
           Point own = p;
           own.programme = copyfun(&p);
           release(p.programme);

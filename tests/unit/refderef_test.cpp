@@ -35,12 +35,12 @@ TEST_F(Lifetimes, NullDoesNothing) {
 TEST_F(Lifetimes, APlainSpaceIsTwoBlocks) {
   Point &p = hold(vector({whole(1), real(2)}));
   Point &q = holdcopy(p);
-  EXPECT_EQ(refr(p.data_pointer), 2);
-  EXPECT_EQ(refr(p.shape_pointer), 2);
+  EXPECT_EQ(referencecount(p.data_pointer), 2);
+  EXPECT_EQ(referencecount(p.shape_pointer), 2);
   dereferencepoint(&q);
   EXPECT_EQ(q.data_pointer, nullptr);
   EXPECT_EQ(q.shape_pointer, nullptr);
-  EXPECT_EQ(refr(p.data_pointer), 1);
+  EXPECT_EQ(referencecount(p.data_pointer), 1);
   expectexact();
 }
 
@@ -52,9 +52,9 @@ TEST_F(Lifetimes, AnEmptyVectorIsItsShape) {
   EXPECT_EQ(p.rank, 1);
   EXPECT_EQ(p.elements, 0u);
   EXPECT_EQ(p.shape_pointer->integer, 0);
-  EXPECT_EQ(refr(p.data_pointer), -777);
+  EXPECT_EQ(referencecount(p.data_pointer), -777);
   referencepoint(&p);
-  EXPECT_EQ(refr(p.shape_pointer), 2);
+  EXPECT_EQ(referencecount(p.shape_pointer), 2);
   Point other = p;
   dereferencepoint(&other);
   dereferencepoint(&p);
@@ -88,7 +88,7 @@ TEST_F(Lifetimes, APermanentBlockSurvives) {
     dereferencepoint(&copy);
     referencepoint(&p);
   }
-  EXPECT_EQ(refr(p.data_pointer), -1);
+  EXPECT_EQ(referencecount(p.data_pointer), -1);
   EXPECT_EQ(p.data_pointer->integer, 7);
   *refer(p.data_pointer) = 1;
   dereferencepoint(&p);
@@ -100,15 +100,15 @@ TEST_F(Lifetimes, OnlyTheTopIsRaised) {
   holdcopy(p);
   holdcopy(p);
   expectexact();
-  EXPECT_EQ(refr(p.data_pointer), 3);
-  EXPECT_EQ(refr(p.shape_pointer), 3);
-  EXPECT_EQ(refr(p.data_pointer[0].subarray), 1);
-  EXPECT_EQ(refr(inner), 1);
-  EXPECT_EQ(refr(inner[0].octonion), 1);
-  EXPECT_EQ(refr(p.data_pointer[2].octonion), 1);
+  EXPECT_EQ(referencecount(p.data_pointer), 3);
+  EXPECT_EQ(referencecount(p.shape_pointer), 3);
+  EXPECT_EQ(referencecount(p.data_pointer[0].subarray), 1);
+  EXPECT_EQ(referencecount(inner), 1);
+  EXPECT_EQ(referencecount(inner[0].octonion), 1);
+  EXPECT_EQ(referencecount(p.data_pointer[2].octonion), 1);
   dereferencepoint(&held[1]);
   dereferencepoint(&held[2]);
-  EXPECT_EQ(refr(p.data_pointer), 1);
+  EXPECT_EQ(referencecount(p.data_pointer), 1);
   expectexact();
 }
 
@@ -116,9 +116,9 @@ TEST_F(Lifetimes, OnlyTheTopIsRaised) {
 TEST_F(Lifetimes, AMemberOutlivesWhatEnclosedIt) {
   Point outer = nested();
   Point &member = holdcopy(*outer.data_pointer[0].subarray);
-  EXPECT_EQ(refr(member.data_pointer), 2);
+  EXPECT_EQ(referencecount(member.data_pointer), 2);
   dereferencepoint(&outer);
-  EXPECT_EQ(refr(member.data_pointer), 1);
+  EXPECT_EQ(referencecount(member.data_pointer), 1);
   EXPECT_EQ(member.data_pointer[1].integer, 3);
   expectexact();
 }
@@ -137,9 +137,9 @@ TEST_F(Lifetimes, TheNameOfAScalarIsItsRecords) {
   Point &p = hold(scalar(named(real(3.14), "#CT")));
   const char *name = p.data_pointer->name;
   Point &q = holdcopy(p);
-  EXPECT_EQ(refr(name), 1);
+  EXPECT_EQ(referencecount(name), 1);
   dereferencepoint(&q);
-  EXPECT_EQ(refr(name), 1);
+  EXPECT_EQ(referencecount(name), 1);
   expectexact();
 }
 
@@ -199,8 +199,8 @@ TEST_F(Lifetimes, RecordsOfEveryTag) {
                         std::bit_cast<Element>(address),
                         std::bit_cast<Element>(variable("y", 0)),
                         std::bit_cast<Element>(symbol(ranks::LABEL, ISADDRESS, "%l")),
-                        std::bit_cast<Element>(local(ranks::LOCALVARIABLE, 0)),
-                        std::bit_cast<Element>(local(ranks::LOCALADDRESS, 1))};
+                        std::bit_cast<Element>(local(ranks::LOCAL_VARIABLE, 0)),
+                        std::bit_cast<Element>(local(ranks::LOCAL_ADDRESS, 1))};
   Point p = vector(all);
   p.type |= STRUCTURED;
   hold(p);
@@ -214,9 +214,9 @@ TEST_F(Lifetimes, RecordsOfEveryTag) {
 TEST_F(Lifetimes, ArraysOfRecords) {
   Point p = nested();
   referencedataelems(p.data_pointer, p.elements);
-  EXPECT_EQ(refr(p.data_pointer), 1);
-  EXPECT_EQ(refr(p.data_pointer[0].subarray), 2);
-  EXPECT_EQ(refr(p.data_pointer[0].subarray->data_pointer[0].octonion), 1);
+  EXPECT_EQ(referencecount(p.data_pointer), 1);
+  EXPECT_EQ(referencecount(p.data_pointer[0].subarray), 2);
+  EXPECT_EQ(referencecount(p.data_pointer[0].subarray->data_pointer[0].octonion), 1);
   dereferencedataelems(p.data_pointer, p.elements);
   hold(p);
   expectexact();
@@ -334,8 +334,8 @@ TEST_F(Lifetimes, ANameHoldsItsBinding) {
   p.target = bound;
   hold(p);
   holdcopy(p);
-  EXPECT_EQ(refr(bound), 2);
-  EXPECT_EQ(refr(p.name), 2);
+  EXPECT_EQ(referencecount(bound), 2);
+  EXPECT_EQ(referencecount(p.name), 2);
   expectexact();
 }
 
@@ -363,7 +363,7 @@ TEST_F(Lifetimes, TheAddressOfALocalOwnsNothing) {
   Point collected = vector({std::bit_cast<Element>(p)});
   collected.type = ISVECTOR | 1;
   holdcopy(hold(collected));
-  EXPECT_EQ(refr(slot.data_pointer), 1);
+  EXPECT_EQ(referencecount(slot.data_pointer), 1);
   hold(slot);
   expectexact();
 }
@@ -373,7 +373,7 @@ TEST_F(Lifetimes, TheLinkIsCountedWithOrWithoutData) {
   p.link = newblock(sizeof(Context));
   hold(p);
   holdcopy(p);
-  EXPECT_EQ(refr(p.link), 2);
+  EXPECT_EQ(referencecount(p.link), 2);
   expectexact();
   Point &q = held[1];
   dereferencepoint(&q);
@@ -387,22 +387,22 @@ TEST_F(Lifetimes, AFunctionRaisesItsProgrammeAlone) {
   Point &f = hold(function({scalar(octonion({1, 2})), nested(), function({vector({whole(1)})}, 1)}, 2));
   const Point *body = f.programme + 1;
   holdcopy(f);
-  EXPECT_EQ(refr(f.programme), 2);
-  EXPECT_EQ(refr(body[0].data_pointer), 1);
+  EXPECT_EQ(referencecount(f.programme), 2);
+  EXPECT_EQ(referencecount(body[0].data_pointer), 1);
   expectexact();
   dereferencepoint(&held[1]);
-  EXPECT_EQ(refr(f.programme), 1);
+  EXPECT_EQ(referencecount(f.programme), 1);
   expectexact();
   referencefun(&f);
-  EXPECT_EQ(refr(f.programme), 2);
+  EXPECT_EQ(referencecount(f.programme), 2);
   Point g = f;
   dereferencefun(&g);
   EXPECT_EQ(g.programme, nullptr);
-  EXPECT_EQ(refr(f.programme), 1);
+  EXPECT_EQ(referencecount(f.programme), 1);
   Point pushed = body[1];  // a literal that runs goes on living after its function
   referencepoint(&pushed);
   dereferencepoint(&f);
-  EXPECT_EQ(refr(pushed.data_pointer), 1);
+  EXPECT_EQ(referencecount(pushed.data_pointer), 1);
   hold(pushed);
   expectexact();
 }
@@ -413,8 +413,8 @@ TEST_F(Lifetimes, AFunctionInASpace) {
   p.type |= HASFUNCTION;
   hold(p);
   holdcopy(p);
-  EXPECT_EQ(refr(p.data_pointer), 2);
-  EXPECT_EQ(refr(f.programme), 1);
+  EXPECT_EQ(referencecount(p.data_pointer), 2);
+  EXPECT_EQ(referencecount(f.programme), 1);
   expectexact();
 }
 
@@ -450,7 +450,7 @@ TEST_F(Lifetimes, LocalNamesGoWithTheLastBody) {
   Context *chain = makemeaning(table);
   Point &functionend = f.programme[f.elements - 1];
   ASSERT_EQ(functionend.instruction, instructions::FUNCTIONEND);
-  hanglocalnames(functionend, chain);
+  attachlocalnames(functionend, chain);
   *smallhashtab(table, stringdup("x"))->meaning = nested();
   release(table);
   *refer(chain) = 1;
@@ -477,12 +477,12 @@ TEST_F(Lifetimes, CleanupEndsWhereItBegins) {
 TEST_F(Lifetimes, CopiedElements) {
   Point p = nested();
   Element *copy = copyelements(p.data_pointer, p.elements);
-  EXPECT_EQ(refr(copy), 1);
+  EXPECT_EQ(referencecount(copy), 1);
   EXPECT_NE(copy[2].octonion, p.data_pointer[2].octonion);
   EXPECT_EQ(copy[2].octonion->part[0], 4);
-  EXPECT_EQ(refr(copy[2].octonion), 1);
+  EXPECT_EQ(referencecount(copy[2].octonion), 1);
   EXPECT_EQ(copy[0].subarray, p.data_pointer[0].subarray);
-  EXPECT_EQ(refr(copy[0].subarray), 2);
+  EXPECT_EQ(referencecount(copy[0].subarray), 2);
   Point q = p;
   q.data_pointer = copy;
   reference(q.shape_pointer);
@@ -513,10 +513,10 @@ TEST_F(Lifetimes, MakePrivate) {
   Point &q = holdcopy(p);
   makeprivate(q);
   EXPECT_NE(q.data_pointer, block);
-  EXPECT_EQ(refr(q.data_pointer), 1);
-  EXPECT_EQ(refr(p.data_pointer), 1);
-  EXPECT_EQ(refr(q.data_pointer[2].octonion), 1);
-  EXPECT_EQ(refr(q.data_pointer[1].subarray), 2);
+  EXPECT_EQ(referencecount(q.data_pointer), 1);
+  EXPECT_EQ(referencecount(p.data_pointer), 1);
+  EXPECT_EQ(referencecount(q.data_pointer[2].octonion), 1);
+  EXPECT_EQ(referencecount(q.data_pointer[1].subarray), 2);
   EXPECT_EQ(q.shape_pointer, p.shape_pointer);
   expectexact();
   Point &none = hold(empty());
@@ -562,7 +562,7 @@ TEST_F(Lifetimes, ACopyThatFailsLeavesEverythingWhole) {
   reference(made.name);
   hold(made);
   expectexact();
-  A_Problem = 0;
+  pendingproblem = 0;
   stepping = 0;
 }
 #endif

@@ -70,7 +70,7 @@ TEST_F(Remember, ListsGoByTheSigilOfEntry) {
     makeempty(list);
     list_symbols(&list, table, '_');
     EXPECT_EQ(list.elements, 0u);
-    EXPECT_EQ(list.type, EMPTYVECTOR);
+    EXPECT_EQ(list.type, EMPTY_VECTOR);
     set(table, "one", 1, '_');
     set(table, "_plain", 2);
     set(table, "fun", 3, '.');
@@ -133,7 +133,7 @@ TEST_F(Remember, RememberWritesTheWrittenName) {
     Context *chain = makemeaning(table);
     set(table, name.first, 7, name.second);
     EXPECT_EQ(remembered(chain), text);
-    EXPECT_EQ(PrintOut, 0);
+    EXPECT_EQ(printing, 0);
     release(chain);
     releasetable(table);
   }

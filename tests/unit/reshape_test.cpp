@@ -130,7 +130,7 @@ TEST_F(Reshape, TheShapeIsMoved) {
   Point literal = extents({5});
   holdcopy(literal);
   EXPECT_EQ(reshaped(numbers(1), literal).shape_pointer, literal.data_pointer);
-  EXPECT_EQ(refr(literal.data_pointer), 2);
+  EXPECT_EQ(referencecount(literal.data_pointer), 2);
   expectexact();
 }
 
@@ -193,7 +193,7 @@ TEST_F(Reshape, AnEmptyShapeKeepsTheData) {
       if (shared) holdcopy(data);
       const Element *block = data.data_pointer;
       Point &p = reshaped(data, shared ? empty() : scalarshape());
-      EXPECT_EQ(refr(p.data_pointer), 1);
+      EXPECT_EQ(referencecount(p.data_pointer), 1);
       EXPECT_EQ(p.data_pointer == block, !shared);
       EXPECT_NE(p.type & INOUT, 0u);
       p.type &= ~INOUT;
@@ -343,11 +343,11 @@ TEST_F(Reshape, ANamedScalar) {
     referencepoint(&copy);
     const Point &p = reshaped(copy, extents({count}));
     for (int i = 0; i < count; ++i) EXPECT_EQ(p.data_pointer[i].name, elementname("#IO"));
-    EXPECT_EQ(refr(io.data_pointer->name), 1);
+    EXPECT_EQ(referencecount(io.data_pointer->name), 1);
     Point shape = io;
     referencepoint(&shape);
     EXPECT_EQ(reshaped(numbers(2), shape).shape_pointer->name, nullptr);
-    EXPECT_EQ(refr(io.data_pointer->name), 1);
+    EXPECT_EQ(referencecount(io.data_pointer->name), 1);
     expectexact();
   }
 }
@@ -461,7 +461,7 @@ TEST_F(Reshape, Interrupted) {
       EXPECT_EQ(s->data_pointer->real, 300000);
       expectexact();
     }
-  A_Problem = 0;
+  pendingproblem = 0;
 }
 
 #ifdef MORVIK_CHECKING

@@ -25,7 +25,7 @@ testing::AssertionResult samepoint(const Point &a, const Point &b) {
   if (isfunction(a)) return samefunction(a, b);
   if (a.depth != b.depth || a.modifier != b.modifier || a.elements != b.elements) return differ("fields");
   if ((a.block == nullptr) != (b.block == nullptr)) return differ("bindings");
-  if (a.rank <= ranks::LOCALADDRESS && a.data_pointer->integer != b.data_pointer->integer) return differ("positions");
+  if (a.rank <= ranks::LOCAL_ADDRESS && a.data_pointer->integer != b.data_pointer->integer) return differ("positions");
   return testing::AssertionSuccess();
 }
 
@@ -65,7 +65,7 @@ TEST(RoundTripFunctions, EveryKeyword) {
   for (const Keyword &row : Keywords)
     for (const char *spelling : row.spellings) {
       if (row.kind == KeywordKind::BREAK) continue;  // drops the line that it stands in
-      const std::string more = row.kind == KeywordKind::MASKFORM ? " MASK" : "";
+      const std::string more = row.kind == KeywordKind::MASK_FORM ? " MASK" : "";
       expectreadsback(reader, std::string(": 1 + ") + spelling + more + " (3 4) ;");
       ++words;
     }

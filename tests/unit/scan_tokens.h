@@ -45,43 +45,43 @@ struct Road {
     if (address) condition = Condition::INITIAL;
     switch (token.rule) {
       case Rule::KEYWORD:
-        condition = Keywords[token.row].kind == KeywordKind::MASKFORM ? Condition::MASKED : Condition::INITIAL;
+        condition = Keywords[token.row].kind == KeywordKind::MASK_FORM ? Condition::MASKED : Condition::INITIAL;
         break;
       case Rule::ADDRESS:
         condition = Condition::ADDRESSED;
         break;
-      case Rule::NAMESTART:
+      case Rule::NAME_START:
         condition = address ? Condition::ADDRESSNAME : Condition::NAME;
         break;
-      case Rule::OPENCOMMENT:
+      case Rule::OPEN_COMMENT:
         condition = Condition::COMMENT;
         break;
-      case Rule::OPENSTRING:
+      case Rule::OPEN_STRING:
         condition = Condition::QUOTED;
         break;
-      case Rule::OPENVECTOR:
-      case Rule::OPENSTRUCTURE:
+      case Rule::OPEN_VECTOR:
+      case Rule::OPEN_STRUCTURE:
         ++level;
         condition = Condition::VECTOR;
         break;
-      case Rule::CLOSEVECTOR:
-      case Rule::CLOSESTRUCTURE:
-      case Rule::CLOSETONOOP:
+      case Rule::CLOSE_VECTOR:
+      case Rule::CLOSE_STRUCTURE:
+      case Rule::CLOSE_TO_NOOP:
         outofvector();
         break;
-      case Rule::CLOSETOSHAPE:
+      case Rule::CLOSE_TO_SHAPE:
         outofvector();
         toshape();
         break;
-      case Rule::CLOSESTRING:
-      case Rule::CLOSESHAPE:
+      case Rule::CLOSE_STRING:
+      case Rule::CLOSE_SHAPE:
         outofstring();
         break;
-      case Rule::STRINGTOSHAPE:
+      case Rule::STRING_TO_SHAPE:
         toshape();
         break;
-      case Rule::NAMEEND:
-      case Rule::CLOSECOMMENT:
+      case Rule::NAME_END:
+      case Rule::CLOSE_COMMENT:
       case Rule::UNMASKED:
         condition = Condition::INITIAL;
         break;
@@ -111,7 +111,7 @@ inline Scanned scanall(Condition condition) {
   testing::internal::CaptureStdout();
   for (;;) {
     const Token token = scan(road.condition);
-    if (token.rule == Rule::ENDOFINPUT) break;
+    if (token.rule == Rule::END_OF_INPUT) break;
     const std::string text(token.text, token.length);
     EXPECT_EQ(token.text[token.length], 0);
     EXPECT_EQ(text.find('\0'), std::string::npos);

@@ -45,9 +45,9 @@ class Oracle {
  public:
   Oracle() {
     const std::string count = "[-\xAF]?[0-9]+", white = "[ \t\n\r]*", narrow = "[ \n]*";
-    words(Rule::OPENFUNCTION, 0, false, {":"});
-    words(Rule::OPENFUNCTION, 0, true, {"NEADIC", "FUNCTION", "NILADIC", "MONADIC", "DYADIC", "TRIADIC"});
-    pattern(Rule::OPENFUNCTION, true,
+    words(Rule::OPEN_FUNCTION, 0, false, {":"});
+    words(Rule::OPEN_FUNCTION, 0, true, {"NEADIC", "FUNCTION", "NILADIC", "MONADIC", "DYADIC", "TRIADIC"});
+    pattern(Rule::OPEN_FUNCTION, true,
             "ARGS" + white + count + white + "FUNCTION|VARS" + white + count + white +
                 "(NEADIC|NILADIC|MONADIC|DYADIC|TRIADIC)|ARGS" + narrow + count + narrow + "VARS" + narrow + count +
                 " *FUNCTION|VARS" + narrow + count + narrow + "ARGS" + narrow + count + " *FUNCTION");
@@ -55,31 +55,31 @@ class Oracle {
     for (std::size_t row = 0; row < Keywords.size(); ++row)
       words(Rule::KEYWORD, row, Keywords[row].bounded,
             {Keywords[row].spellings.begin(), Keywords[row].spellings.end()});
-    words(Rule::ENDOFTEXT, 0, false, {".", ".\n", "END\n"});
-    words(Rule::ENDOFTEXT, 0, true, {"END"});
-    words(Rule::CLOSEFUNCTION, 0, false, {";"});
-    words(Rule::CLOSEFUNCTION, 0, true, {"FUNCTIONEND"});
-    words(Rule::OPENCOMMENT, 0, false, {"\"", "\xBC"});
+    words(Rule::END_OF_TEXT, 0, false, {".", ".\n", "END\n"});
+    words(Rule::END_OF_TEXT, 0, true, {"END"});
+    words(Rule::CLOSE_FUNCTION, 0, false, {";"});
+    words(Rule::CLOSE_FUNCTION, 0, true, {"FUNCTIONEND"});
+    words(Rule::OPEN_COMMENT, 0, false, {"\"", "\xBC"});
     for (std::size_t row = 0; row < Constants.size(); ++row)
       for (const std::string spelling : Constants[row].spellings) {
         words(Rule::CONSTANT, row, true, {spelling});
         if (Constants[row].issigned) words(Rule::CONSTANT, row, true, {"-" + spelling});
       }
     numbers();
-    words(Rule::OPENSTRING, 0, false, {"'"});
-    words(Rule::OPENVECTOR, 0, false, {"("});
-    words(Rule::OPENSTRUCTURE, 0, false, {"`("});
+    words(Rule::OPEN_STRING, 0, false, {"'"});
+    words(Rule::OPEN_VECTOR, 0, false, {"("});
+    words(Rule::OPEN_STRUCTURE, 0, false, {"`("});
     words(Rule::ADDRESS, 0, false, {"@"});
-    pattern(Rule::SIGILNAME, false, "[_$.][A-Za-z_][0-9A-Za-z_]*");
-    pattern(Rule::BRACKETNAME, false, "[_$.]?\x02");
+    pattern(Rule::SIGIL_NAME, false, "[_$.][A-Za-z_][0-9A-Za-z_]*");
+    pattern(Rule::BRACKET_NAME, false, "[_$.]?\x02");
     pattern(Rule::LABEL, false, "%[A-Za-z_][0-9A-Za-z_]*");
     pattern(Rule::LOCAL, false, "&" + count);
-    words(Rule::LINEFEED, 0, false, {"\n"});
+    words(Rule::LINE_FEED, 0, false, {"\n"});
   }
 
   // The token at the beginning of a text that begins with no white space but a line feed.
   Found find(const char *text) const {
-    Found best = {Rule::NAMESTART, 0, 1};
+    Found best = {Rule::NAME_START, 0, 1};
     std::size_t longest = 0;
     for (const Step &step : steps) {
       const std::size_t length = step.pattern ? step.pattern->length(text)
@@ -120,8 +120,8 @@ class Oracle {
     const auto part = [&c](const char *letter) { return "(" + (letter + c) + ")"; };
     const auto maybe = [&part](const char *letter) { return part(letter) + "?"; };
     const std::string cartesian = "#?r?" + c, polar = "d?r?" + c;
-    pattern(Rule::BINARYNUMBER, false, "0#[01|]+");
-    pattern(Rule::BINARYCHARACTER, false, "`0#[01|]+`");
+    pattern(Rule::BINARY_NUMBER, false, "0#[01|]+");
+    pattern(Rule::BINARY_CHARACTER, false, "`0#[01|]+`");
     pattern(Rule::INTEGER, false, "[-\xAF]?[0-9]+([Ee]\\+?[0-9]+)?");
     pattern(Rule::REAL, false, c);
     pattern(Rule::COMPLEX, false, cartesian + part("i"));
@@ -130,10 +130,10 @@ class Oracle {
     pattern(Rule::OCTONION, false,
             cartesian + ijk + "(" + part("l") + maybe("m") + maybe("n") + maybe("o") + "|" + part("m") + maybe("n") +
                 maybe("o") + "|" + part("n") + maybe("o") + "|" + part("o") + ")");
-    pattern(Rule::POLARCOMPLEX, false, polar + part("p"));
-    pattern(Rule::POLARQUATERNION, false, polar + maybe("p") + "(" + part("q") + maybe("r") + "|" + part("r") + ")");
+    pattern(Rule::POLAR_COMPLEX, false, polar + part("p"));
+    pattern(Rule::POLAR_QUATERNION, false, polar + maybe("p") + "(" + part("q") + maybe("r") + "|" + part("r") + ")");
     const std::string pqr = maybe("p") + maybe("q") + maybe("r");
-    pattern(Rule::POLAROCTONION, false,
+    pattern(Rule::POLAR_OCTONION, false,
             polar + pqr + "(" + part("s") + maybe("t") + maybe("u") + maybe("v") + "|" + part("t") + maybe("u") +
                 maybe("v") + "|" + part("u") + maybe("v") + "|" + part("v") + ")");
   }
@@ -154,7 +154,7 @@ void expectequal(const Oracle &oracle, const std::string &text) {
   scandone();
   const std::size_t skipped = text.find_first_not_of("\t\r ");
   if (skipped == std::string::npos) {
-    EXPECT_EQ(token.rule, Rule::ENDOFINPUT) << text;
+    EXPECT_EQ(token.rule, Rule::END_OF_INPUT) << text;
     return;
   }
   const Found expected = oracle.find(text.c_str() + skipped);

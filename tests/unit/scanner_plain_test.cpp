@@ -48,7 +48,7 @@ Members membersof(bool shortway) {
     EXPECT_EQ(token.text[token.length], 0);
     members.numbers.push_back(
         {std::string(token.text, token.length), token.rule, isnumber ? *token.decimal : Decimal{}});
-    if (token.rule == Rule::ENDOFINPUT) break;
+    if (token.rule == Rule::END_OF_INPUT) break;
   }
   scandone();
   members.echo = testing::internal::GetCapturedStdout();
@@ -130,7 +130,7 @@ TEST(ScannerPlain, ANulEndsTheInput) {
   EXPECT_FALSE(scanplain(token)) << "nor when asked again";
   EXPECT_STREQ(scan(Condition::VECTOR).text, "23");
   EXPECT_FALSE(scanplain(token));
-  EXPECT_EQ(scan(Condition::VECTOR).rule, Rule::ENDOFINPUT);
+  EXPECT_EQ(scan(Condition::VECTOR).rule, Rule::END_OF_INPUT);
   scandone();
   EXPECT_EQ(std::getc(stream), '4');
   std::fclose(stream);

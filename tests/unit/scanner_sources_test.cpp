@@ -59,7 +59,7 @@ Tokens onetext(std::FILE *stream) {
     const Token token = scan(road.condition);
     tokens.push_back(rulename(token.rule) + (" " + std::string(token.text, token.length)));
     road.follow(token);
-    if (token.rule == Rule::ENDOFTEXT || token.rule == Rule::ENDOFINPUT) break;
+    if (token.rule == Rule::END_OF_TEXT || token.rule == Rule::END_OF_INPUT) break;
   }
   scandone();
   return tokens;
@@ -98,10 +98,10 @@ TEST(ScannerSources, EachTokenComesAsSoonAsItIsComplete) {
     const char *written;
     Rule rule;
     const char *text;
-  } steps[] = {{"12 ", Rule::INTEGER, "12"},   {"+", Rule::KEYWORD, "+"},      {";", Rule::CLOSEFUNCTION, ";"},
-               {"SIN(", Rule::KEYWORD, "SIN"}, {"", Rule::OPENVECTOR, "("},    {"'", Rule::OPENSTRING, "'"},
-               {"@", Rule::ADDRESS, "@"},      {"\n", Rule::LINEFEED, "\n"},   {"\"", Rule::OPENCOMMENT, "\""},
-               {"::", Rule::BUILTIN, "::"},    {".\n", Rule::ENDOFTEXT, ".\n"}};
+  } steps[] = {{"12 ", Rule::INTEGER, "12"},   {"+", Rule::KEYWORD, "+"},        {";", Rule::CLOSE_FUNCTION, ";"},
+               {"SIN(", Rule::KEYWORD, "SIN"}, {"", Rule::OPEN_VECTOR, "("},     {"'", Rule::OPEN_STRING, "'"},
+               {"@", Rule::ADDRESS, "@"},      {"\n", Rule::LINE_FEED, "\n"},    {"\"", Rule::OPEN_COMMENT, "\""},
+               {"::", Rule::BUILTIN, "::"},    {".\n", Rule::END_OF_TEXT, ".\n"}};
   for (const auto &step : steps) {
     pipe.write(step.written);
     const Token token = scan(Condition::INITIAL);
@@ -139,7 +139,7 @@ TEST(ScannerSources, AStringIsLeftWhereItWasReadTo) {
   scan(Condition::INITIAL);
   EXPECT_STREQ(scanposition(), " .2 . x ");
   scan(Condition::INITIAL);
-  EXPECT_EQ(scan(Condition::INITIAL).rule, Rule::ENDOFTEXT);
+  EXPECT_EQ(scan(Condition::INITIAL).rule, Rule::END_OF_TEXT);
   EXPECT_STREQ(scanposition(), " x ");
   scandone();
   EXPECT_STREQ(scanposition(), " x ") << "after the end as well";
@@ -161,8 +161,8 @@ TEST(ScannerSources, InputAndUnput) {
   EXPECT_EQ(input(), EOF);
   EXPECT_EQ(input(), EOF);
   yyunput(';');
-  EXPECT_EQ(scan(Condition::INITIAL).rule, Rule::CLOSEFUNCTION) << "given back after the end";
-  EXPECT_EQ(scan(Condition::INITIAL).rule, Rule::ENDOFINPUT);
+  EXPECT_EQ(scan(Condition::INITIAL).rule, Rule::CLOSE_FUNCTION) << "given back after the end";
+  EXPECT_EQ(scan(Condition::INITIAL).rule, Rule::END_OF_INPUT);
   scandone();
 }
 
@@ -188,8 +188,8 @@ TEST(ScannerSources, ManyBytesGivenBack) {
   ASSERT_EQ(token.rule, Rule::INTEGER);
   ASSERT_EQ(token.length, count);
   for (std::size_t i = 0; i < count; ++i) ASSERT_EQ(token.text[i], static_cast<char>('0' + (i + 1) % 10)) << i;
-  EXPECT_EQ(scan(Condition::INITIAL).rule, Rule::OPENVECTOR);
-  EXPECT_EQ(scan(Condition::INITIAL).rule, Rule::ENDOFINPUT);
+  EXPECT_EQ(scan(Condition::INITIAL).rule, Rule::OPEN_VECTOR);
+  EXPECT_EQ(scan(Condition::INITIAL).rule, Rule::END_OF_INPUT);
   scandone();
 }
 
@@ -226,7 +226,7 @@ TEST(ScannerSources, ALongTokenLeavesNoBlock) {
     scanfrom(nullptr, text.c_str());
     EXPECT_EQ(scan(Condition::INITIAL).length, digits.size());
     EXPECT_EQ(liveblocks(), blocks + one);
-    EXPECT_EQ(scan(Condition::INITIAL).rule, *last == '.' ? Rule::ENDOFTEXT : Rule::ENDOFINPUT);
+    EXPECT_EQ(scan(Condition::INITIAL).rule, *last == '.' ? Rule::END_OF_TEXT : Rule::END_OF_INPUT);
     EXPECT_EQ(liveblocks(), blocks);
     scandone();
     scanfrom(nullptr, text.c_str());

@@ -208,7 +208,7 @@ TEST(Scanner, Sigils) {
 TEST(Scanner, ABracketedNameIsReadByTheAction) {
   scanfrom(nullptr, "_\2a b\3 7");
   const Token token = scan(Condition::INITIAL);
-  EXPECT_EQ(token.rule, Rule::BRACKETNAME);
+  EXPECT_EQ(token.rule, Rule::BRACKET_NAME);
   std::string name;
   for (int byte; (byte = input()) != 3;) name += static_cast<char>(byte);
   EXPECT_EQ(name, "a b");
@@ -337,9 +337,9 @@ TEST(Scanner, EveryConditionEndsWithTheInput) {
     EXPECT_EQ(tokensof("", static_cast<Condition>(condition)), Tokens{});
     scanfrom(nullptr, "");
     for (int again = 0; again < 3; ++again)
-      EXPECT_EQ(scan(static_cast<Condition>(condition)).rule, Rule::ENDOFINPUT) << "and stays at its end";
+      EXPECT_EQ(scan(static_cast<Condition>(condition)).rule, Rule::END_OF_INPUT) << "and stays at its end";
     scandone();
-    EXPECT_EQ(scan(static_cast<Condition>(condition)).rule, Rule::ENDOFINPUT) << "nothing is read any more";
+    EXPECT_EQ(scan(static_cast<Condition>(condition)).rule, Rule::END_OF_INPUT) << "nothing is read any more";
   }
 }
 
@@ -357,7 +357,7 @@ TEST(Scanner, LongRunsComeInPieces) {
   for (const Condition condition : {Condition::NAME, Condition::ADDRESSNAME, Condition::QUOTED, Condition::COMMENT}) {
     std::string whole;
     scanfrom(nullptr, run.c_str());
-    for (Token token; (token = scan(condition)).rule != Rule::ENDOFINPUT;) {
+    for (Token token; (token = scan(condition)).rule != Rule::END_OF_INPUT;) {
       EXPECT_LE(token.length, window::LONGEST_RUN);
       whole.append(token.text, token.length);
     }

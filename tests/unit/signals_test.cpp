@@ -48,7 +48,7 @@ TEST_F(Signals, AnInterruptIsOnlyNotedUntilASafePoint) {
   EXPECT_EQ(value, -1002);
   EXPECT_EQ(p.out, "work\n** User interrupt. **\n");
   EXPECT_EQ(p.err, "");
-  EXPECT_EQ(A_Problem, 1);
+  EXPECT_EQ(pendingproblem, 1);
   EXPECT_EQ(interrupted, 0);
 }
 
@@ -57,7 +57,7 @@ TEST_F(Signals, AnInterruptOfAPrintBeginsOnANewLine) {
   const Printed p = printed([&] {
     value = landingof([] {
       runningsignals();
-      PrintOut = 1;
+      printing = 1;
       raise(SIGQUIT);
       safepoint();
     });
@@ -65,7 +65,7 @@ TEST_F(Signals, AnInterruptOfAPrintBeginsOnANewLine) {
   readingsignals();
   EXPECT_EQ(value, -1003);
   EXPECT_EQ(p.out, "\n\n** User interrupt. **\n");
-  EXPECT_EQ(PrintOut, 1) << "the landing goes by it";
+  EXPECT_EQ(printing, 1) << "the landing goes by it";
 }
 
 TEST_F(Signals, SignalNumbersReportAndJumpAtOnce) {
@@ -73,14 +73,14 @@ TEST_F(Signals, SignalNumbersReportAndJumpAtOnce) {
   Printed p = printed([&] { value = landingof([] { exception(-1002, nullptr, nullptr); }); });
   EXPECT_EQ(value, -1002);
   EXPECT_EQ(p.out, "\n** User interrupt. **\n");
-  EXPECT_EQ(A_Problem, 1);
-  A_Problem = 0;
+  EXPECT_EQ(pendingproblem, 1);
+  pendingproblem = 0;
   const Ended e = child([] {
     std::printf("%d", landingof([] { exception(-1008, nullptr, nullptr); }));
     std::printf(" %d", landingof([] { exception(-1012, nullptr, nullptr); }));
     std::printf(" %d", landingof([] { exception(-1011, nullptr, nullptr); }));
     std::printf(" %d", landingof([] { exception(-1007, nullptr, nullptr); }));
-    std::printf(" %d %d", violations, A_Problem);
+    std::printf(" %d %d", violations, pendingproblem);
   });
   EXPECT_EQ(e.out, "-1008 -1012 -1011 -1007 2 0");
   EXPECT_EQ(e.err,

@@ -81,7 +81,7 @@ TEST_F(StructureCases, Interrupted) {
         expectexact();
         letgo();
       }
-  A_Problem = 0;
+  pendingproblem = 0;
 }
 
 TEST_F(StructureCases, InterruptedJoining) {
@@ -109,7 +109,7 @@ TEST_F(StructureCases, InterruptedJoining) {
         expectexact();
         letgo();
       }
-  A_Problem = 0;
+  pendingproblem = 0;
 }
 
 // Copies are made one by one, and the last one before a break counts like the others.
@@ -129,7 +129,7 @@ TEST_F(StructureCases, InterruptedAtAnyMomentOfAReshape) {
     letgo();
   }
   EXPECT_GT(broken, 0);
-  A_Problem = 0;
+  pendingproblem = 0;
 }
 
 #ifdef MORVIK_CHECKING

@@ -35,7 +35,7 @@ TEST_F(StructureCases, WhatCannotBeTurnedStays) {
 TEST_F(StructureCases, AddressesAreNotRead) {
   Point bound{};
   makeinteger(bound, 5);
-  for (const std::int32_t rank : {ranks::ADDRESS, ranks::LOCALADDRESS}) {
+  for (const std::int32_t rank : {ranks::ADDRESS, ranks::LOCAL_ADDRESS}) {
     Point address{};
     address.rank = rank;
     address.type = ISADDRESS;
@@ -94,7 +94,7 @@ TEST_F(StructureCases, NothingCatenated) {
   EXPECT_EQ(joined(catenate, empty(), scalar(whole(1))).rank, 0);
   EXPECT_EQ(joined(catenate, function({}, 1), empty()).rank, ranks::FUNCTION);
   EXPECT_EQ(joined(catenate, empty(), function({}, 1)).rank, ranks::FUNCTION);
-  expectempty(joined(catenate, array({}, {3, 0}), empty()), 1, EMPTYVECTOR);
+  expectempty(joined(catenate, array({}, {3, 0}), empty()), 1, EMPTY_VECTOR);
   expectexact();
 }
 
@@ -145,13 +145,13 @@ TEST_F(StructureCases, AMaskOfOneElementKeepsAllOrNothing) {
     const Point data = numbers({1, 2, 3, 4}, {2, 2});
     EXPECT_EQ(textof(joined(run, scalar(whole(2)), data)), textof(data));
     for (const std::int64_t no : {std::int64_t{0}, std::int64_t{-1}}) {
-      expectempty(joined(run, scalar(whole(no)), numbers({1, 2, 3, 4}, {2, 2})), 1, EMPTYVECTOR);
-      expectempty(joined(run, numbers({no}), scalar(whole(4))), 1, EMPTYVECTOR);
-      expectempty(joined(run, numbers({no}, {1, 1}), function({}, 1)), 1, EMPTYVECTOR);
+      expectempty(joined(run, scalar(whole(no)), numbers({1, 2, 3, 4}, {2, 2})), 1, EMPTY_VECTOR);
+      expectempty(joined(run, numbers({no}), scalar(whole(4))), 1, EMPTY_VECTOR);
+      expectempty(joined(run, numbers({no}, {1, 1}), function({}, 1)), 1, EMPTY_VECTOR);
     }
     EXPECT_EQ(joined(run, numbers({1}), scalar(whole(4))).rank, 0);
     EXPECT_EQ(joined(run, numbers({1}), function({}, 1)).rank, ranks::FUNCTION);
-    expectempty(joined(run, scalar(whole(1)), empty()), 1, EMPTYVECTOR);
+    expectempty(joined(run, scalar(whole(1)), empty()), 1, EMPTY_VECTOR);
   }
   expectexact();
 }
@@ -201,7 +201,7 @@ TEST_F(StructureCases, TheTwoAxes) {
   EXPECT_EQ(shapeof(s), (Extents{2, 0}));
   const Point &t = joined(compress, numbers({0, 1}), vector({character('a'), whole(1)}));
   EXPECT_EQ(t.type, ISVECTOR | ISONEELEMENT | HASINTEGER);
-  expectempty(joined(compress, numbers({0, 0}), text("ab")), 1, EMPTYVECTOR);
+  expectempty(joined(compress, numbers({0, 0}), text("ab")), 1, EMPTY_VECTOR);
   expectexact();
 }
 
@@ -234,7 +234,7 @@ TEST_F(StructureCases, ReplicateByNothing) {
                                   },
                                   +[] { return scalar(octonion({1})); }, +[] { return function({}, 1); }}) {
       EXPECT_EQ(replicated(count(), data()), 0);
-      expectempty(held.back(), 1, EMPTYVECTOR);
+      expectempty(held.back(), 1, EMPTY_VECTOR);
       expectexact();
     }
 }
@@ -247,7 +247,7 @@ TEST_F(StructureCases, WhatIsNoCount) {
   }
   expectexact();
   const auto reported = [&](int number, const Point &count, const Point &data) {
-    EXPECT_EQ(replicated(count, data), REPORTED);
+    EXPECT_EQ(replicated(count, data), ALREADY_REPORTED);
     EXPECT_EQ(said.find("\n" + std::to_string(number) + " - "), 0u) << said;
     EXPECT_NE(said.find("REPLICATE"), std::string::npos);
     EXPECT_EQ(textsof(held.back()), textsof(data));
@@ -271,7 +271,7 @@ TEST_F(StructureCases, EnlistGathersTheLeaves) {
   EXPECT_EQ(p.depth, 1);
   const Point &one = made(enlist, vector({enclosed(vector({enclosed(numbers({7}))}))}));
   EXPECT_EQ(one.type, ISVECTOR | ISONEELEMENT | HASINTEGER);
-  expectempty(made(enlist, vector({enclosed(empty()), enclosed(vector({enclosed(empty())}))})), 1, EMPTYVECTOR);
+  expectempty(made(enlist, vector({enclosed(empty()), enclosed(vector({enclosed(empty())}))})), 1, EMPTY_VECTOR);
   const Point &q =
       made(enlist, vector({enclosed(function({numbers({1})}, 1, 0, "f")), enclosed(scalar(octonion({1})))}));
   EXPECT_EQ(textsof(q).front(), "-5:f");

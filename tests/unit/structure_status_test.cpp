@@ -144,7 +144,7 @@ class Reserved : public testing::Test {
     closebanks();
     EXPECT_EQ(liveblocks(), blocks);
     stepping = 0;
-    A_Problem = 0;
+    pendingproblem = 0;
   }
 
   static std::string values() {
@@ -263,7 +263,7 @@ TEST_F(Reserved, EachSpellingAnswersAsPromised) {
   Names spelled;
   for (const Keyword &row : Keywords) {
     const std::string name = nameof(row.instruction);
-    if (!isreserved(name) || row.kind == KeywordKind::MASKFORM) continue;
+    if (!isreserved(name) || row.kind == KeywordKind::MASK_FORM) continue;
     for (const std::string spelling : row.spellings) {
       spelled.insert(name);
       push();

@@ -68,7 +68,7 @@ TEST_F(StructureCases, AScalarsNameGoesWithItIntoAVector) {
   Point &p = hold(data);
   ravel(p);
   EXPECT_STREQ(p.data_pointer->name, "n");
-  EXPECT_LT(refr(p.data_pointer->name), 0);
+  EXPECT_LT(referencecount(p.data_pointer->name), 0);
   expectexact();
   const Point &q = joined(catenate, scalar(named(whole(1), "n")), scalar(named(real(2), "m")));
   EXPECT_STREQ(q.data_pointer[1].name, "m");
@@ -98,7 +98,7 @@ TEST_F(StructureCases, ShapeHandsTheExtentsOver) {
 
 TEST_F(StructureCases, AScalarHasNoExtents) {
   for (const Point &data : {scalar(whole(5)), scalar(octonion({5})), function({numbers({1})}, 1), variable("x", 0),
-                            operation(instructions::MARK, "MARK"), local(ranks::LOCALADDRESS, 3)}) {
+                            operation(instructions::MARK, "MARK"), local(ranks::LOCAL_ADDRESS, 3)}) {
     Point &p = hold(data);
     extents(p);
     expectempty(p, 1, ISEMPTY);
@@ -225,7 +225,7 @@ TEST_F(StructureCases, FirstOfAVectorIsAScalar) {
   EXPECT_EQ(enclosing.depth, 2);
   EXPECT_EQ(shapeof(enclosing), Extents{1});
   EXPECT_EQ(made(first, scalar(whole(3))).type, ISSCALAR | HASINTEGER);
-  expectempty(made(first, empty()), 1, EMPTYVECTOR);
+  expectempty(made(first, empty()), 1, EMPTY_VECTOR);
   EXPECT_EQ(made(first, function({}, 1)).rank, ranks::FUNCTION);
   expectexact();
 }
@@ -242,7 +242,7 @@ TEST_F(StructureCases, FirstElement) {
   EXPECT_EQ(q.type, ISVECTOR | ISONEELEMENT | HASOCTONION);
   EXPECT_EQ(textof(made(firstelement, array({enclosed(text("ab")), whole(1)}, {1, 2}))), textof(hold(text("ab"))));
   EXPECT_EQ(made(firstelement, scalar(whole(3))).rank, 0);
-  expectempty(made(firstelement, empty()), 1, EMPTYVECTOR);
+  expectempty(made(firstelement, empty()), 1, EMPTY_VECTOR);
   expectexact();
 }
 

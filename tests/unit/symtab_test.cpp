@@ -60,8 +60,8 @@ TEST_F(Symtab, KindsAndSizes) {
   Entry *small = makesmallhashtab();
   EXPECT_EQ(large->kind, 0);
   EXPECT_EQ(small->kind, 4);
-  EXPECT_EQ(refr(large), 1);
-  EXPECT_EQ(refr(small), 1);
+  EXPECT_EQ(referencecount(large), 1);
+  EXPECT_EQ(referencecount(small), 1);
   EXPECT_EQ(sizeof(Entry), 32u);
   EXPECT_EQ(LARGE_BUCKETS * sizeof(Entry), 2097152u);
   EXPECT_EQ(SMALL_BUCKETS * sizeof(Entry), 8192u);
@@ -92,8 +92,8 @@ TEST_F(Symtab, ANewNameHasNoValue) {
   const Entry *entry = hashtab(table, stringdup("new"), '_');
   EXPECT_STREQ(entry->name, "new");
   EXPECT_EQ(entry->sigil, '_');
-  EXPECT_EQ(refr(entry->name), 1);
-  EXPECT_EQ(refr(entry->meaning), 1);
+  EXPECT_EQ(referencecount(entry->name), 1);
+  EXPECT_EQ(referencecount(entry->meaning), 1);
   EXPECT_EQ(entry->meaning->rank, ranks::ADDRESS);
   EXPECT_EQ(entry->meaning->type, 0u);
   EXPECT_EQ(entry->meaning->name, nullptr);
@@ -107,7 +107,7 @@ TEST_F(Symtab, AFoundNameDropsTheOneHandedOver) {
     char *again = stringdup("n");
     reference(again);
     EXPECT_EQ(entername(table, again, '_'), entry);
-    EXPECT_EQ(refr(again), 1);
+    EXPECT_EQ(referencecount(again), 1);
     EXPECT_EQ(entry->sigil, '.') << "the first one stays";
     EXPECT_EQ(find(table, "n"), entry);
     EXPECT_EQ(find(table, "m"), nullptr);
@@ -157,7 +157,7 @@ TEST_F(Symtab, ABoundPointKeepsAForgottenMeaning) {
   Point *bound = find(table, "x")->meaning;
   reference(bound);
   forgethash(find(table, "x"));
-  EXPECT_EQ(refr(bound), 1);
+  EXPECT_EQ(referencecount(bound), 1);
   EXPECT_EQ(bound->type, 0u);
   EXPECT_EQ(bound->data_pointer, nullptr);
   set(table, "x", 6);
@@ -166,7 +166,7 @@ TEST_F(Symtab, ABoundPointKeepsAForgottenMeaning) {
   reference(bound);
   hashwipe(table);
   EXPECT_EQ(bound->type, 0u);
-  EXPECT_EQ(refr(bound), 1);
+  EXPECT_EQ(referencecount(bound), 1);
   release(bound);
   releasetable(table);
 }

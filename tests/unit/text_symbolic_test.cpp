@@ -1,4 +1,4 @@
-// The printer on symbolic Points and functions, its doors, and Points by their fields.
+// The printer on symbolic Points and functions, what others call of it, and Points by their fields.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -74,10 +74,10 @@ TEST(TextSymbolic, NamesThatOnlyBracketsHold) {
 TEST(TextSymbolic, LabelsAndLocals) {
   EXPECT_EQ(source(symbol(ranks::LABEL, 4, "%here")), "\n @%here");
   EXPECT_EQ(display(symbol(ranks::LABEL, 4, "%here")), " . LABEL:\t\t%here");
-  EXPECT_EQ(source(local(ranks::LOCALVARIABLE, 0)), " &1");
-  EXPECT_EQ(display(local(ranks::LOCALVARIABLE, 1)), " . STACK VARIABLE:\t&2");
-  EXPECT_EQ(source(local(ranks::LOCALADDRESS, 2)), " @&3");
-  EXPECT_EQ(display(local(ranks::LOCALADDRESS, 2)), " . STACK ADDRESS:\t&3");
+  EXPECT_EQ(source(local(ranks::LOCAL_VARIABLE, 0)), " &1");
+  EXPECT_EQ(display(local(ranks::LOCAL_VARIABLE, 1)), " . STACK VARIABLE:\t&2");
+  EXPECT_EQ(source(local(ranks::LOCAL_ADDRESS, 2)), " @&3");
+  EXPECT_EQ(display(local(ranks::LOCAL_ADDRESS, 2)), " . STACK ADDRESS:\t&3");
 }
 
 TEST(TextSymbolic, APlaceOnTheStackHasNoText) {
@@ -228,14 +228,14 @@ TEST(TextFunctions, ATextThatEndedTheFunctionDoesNotEndTheNext) {
   EXPECT_EQ(source(p), "\n : 1 ;\n");
 }
 
-// ---- The doors.
+// ---- What others call of the printer.
 
 TEST(TextDoors, PrefixAndPrintOut) {
   Point p = scalar(whole(3));
   EXPECT_EQ(written([&](std::FILE *stream) { disass(stream, "\n\n", &p, 0, 0); }), "\n\n 3");
-  PrintOut = 1;
+  printing = 1;
   EXPECT_EQ(written([&](std::FILE *stream) { dump(stream, "title\n", &p); }), "title\n 3");
-  EXPECT_EQ(PrintOut, 0);
+  EXPECT_EQ(printing, 0);
   drop(p);
 }
 
@@ -266,12 +266,12 @@ TEST(TextDoors, AnInterruptCutsALongPrintShort) {
   EXPECT_NE(failures::landingof([&] { dump(stream, "", &p); }), 0);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n\n** User interrupt. **\n");
   std::fclose(stream);
-  PrintOut = A_Problem = 0;
+  printing = pendingproblem = 0;
   interrupted = 0;
   // What was printed up to the safe point has left the buffer, all of it.
   EXPECT_LT(noting.bytes.size(), full.size());
   EXPECT_EQ(noting.bytes, full.substr(0, noting.bytes.size()));
-  EXPECT_EQ((full.size() / 2 + noting.bytes.size() / 2) % printer::POLL_ELEMENTS, 0u);
+  EXPECT_EQ((full.size() / 2 + noting.bytes.size() / 2) % SLOW_POLL_INTERVAL, 0u);
   EXPECT_EQ(print(p, false), full);  // and nothing is left of it
   drop(p);
 }
@@ -284,14 +284,14 @@ std::string output(Body body) {
 }
 
 TEST(TextFlags, NamesInBitOrderAndOperatorLast) {
-  EXPECT_EQ(output([] { type(0); }), " END");
-  EXPECT_EQ(output([] { type(ISSCALAR | HASINTEGER); }), " HASINTEGER ISSCALAR");
+  EXPECT_EQ(output([] { writeflags(0); }), " END");
+  EXPECT_EQ(output([] { writeflags(ISSCALAR | HASINTEGER); }), " HASINTEGER ISSCALAR");
   EXPECT_EQ(output([] { detail_type("flags:", ISVARIABLE | ISOPERATOR); }), " flags: ISVARIABLE ISOPERATOR");
-  EXPECT_EQ(output([] { type(ISOPERATOR | CONDITIONAL | YES | GLOBALCHANGE); }),
+  EXPECT_EQ(output([] { writeflags(ISOPERATOR | CONDITIONAL | YES | GLOBALCHANGE); }),
             " CONDITIONAL YES GLOBALCHANGE ISOPERATOR");
-  EXPECT_EQ(output([] { type(CONDITIONAL | GLOBAL); }), " CONDITIONAL NO GLOBAL");
-  EXPECT_EQ(output([] { type(0x0C000000); }), "");
-  EXPECT_EQ(output([] { type(~0u); }),
+  EXPECT_EQ(output([] { writeflags(CONDITIONAL | GLOBAL); }), " CONDITIONAL NO GLOBAL");
+  EXPECT_EQ(output([] { writeflags(0x0C000000); }), "");
+  EXPECT_EQ(output([] { writeflags(~0u); }),
             " ISVARIABLE ISLOCAL ISADDRESS ISFUNCTION INOUT COMPLEXED STRUCTURED HASASCII HASUNICODE HASINTEGER "
             "HASREAL HASCOMPLEX HASQUATERNION HASOCTONION HASFUNCTION ISSCALAR ISONEELEMENT ISVECTOR ISARRAY "
             "ISSTRUCTURE ISEMPTY HASFILE ISPROBABLE SAMERANK LEFTSCALAR CONDITIONAL YES GLOBAL GLOBALCHANGE "
@@ -300,7 +300,7 @@ TEST(TextFlags, NamesInBitOrderAndOperatorLast) {
 
 TEST(TextFlags, PointsWhole) {
   const auto whole_ = [](Point p) {
-    const std::string text = output([&] { at(&p); });
+    const std::string text = output([&] { writefields(&p); });
     drop(p);
     return text;
   };
@@ -328,7 +328,8 @@ TEST(TextTimes, MinutesSecondsAndFractions) {
 
 TEST(TextInstructions, Lengths) {
   initinstrlens();
-  for (int i = 0; i < 269; ++i) EXPECT_EQ(Instructionlengths[i], std::strlen(Instructions[i]) + 1) << i;
+  for (int i = 0; i < instructions::NAMELESS; ++i)
+    EXPECT_EQ(Instructionlengths[i], std::strlen(Instructions[i]) + 1) << i;
 }
 
 }  // namespace

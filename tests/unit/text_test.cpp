@@ -258,9 +258,9 @@ TEST(TextSpaces, ScalarStructures) {
 }
 
 TEST(TextSpaces, EmptySpaces) {
-  PrintOut = 1;
+  printing = 1;
   EXPECT_EQ(source(empty()), " #NIL");
-  EXPECT_EQ(PrintOut, 0);
+  EXPECT_EQ(printing, 0);
   EXPECT_EQ(display(empty()), " .");
   Point shapeofscalar = empty();
   shapeofscalar.type = ISEMPTY;
@@ -400,7 +400,7 @@ TEST(TextRetagging, AWordWithoutKindsGainsNone) {
   Point p = vector({real(4), enclosed(numbers({1, 2}))});
   p.type = ISVECTOR | 2;  // as COLLECT leaves it: who releases it must walk the records
   print(p, true);
-  EXPECT_EQ(p.type & ELEMENTBITS, 0u);
+  EXPECT_EQ(p.type & ELEMENT_BITS, 0u);
   drop(p);
 }
 

@@ -59,13 +59,13 @@ class Timed : public testing::Test {
     std::memset(InstructionTiming, 0, sizeof InstructionTiming);
     closebanks();
     EXPECT_EQ(liveblocks(), blocks);
-    A_Problem = stepping = Trace = Step = 0;
+    pendingproblem = stepping = Trace = Step = 0;
   }
 
   static void switchoff() {
     timing = performance = processor_performance = flops = just_summary = terse_ops = opstime = 0;
     MHz = 0;
-    verbs = ran = prevtime = duration = 0;
+    verbs = totaltime = prevtime = duration = 0;
   }
 
   // Runs a text. Returns what standard output shows of it.
@@ -235,7 +235,7 @@ TEST_F(Timed, AClockSetBackChargesNothing) {
     EXPECT_EQ(row.time, 0);
     EXPECT_EQ(row.squares, 0);
   }
-  EXPECT_EQ(ran, 0);
+  EXPECT_EQ(totaltime, 0);
   EXPECT_EQ(InstructionTiming[instructions::ADD].operations, 2);
 }
 
@@ -502,7 +502,7 @@ TEST_F(Timed, EachProcessor) {
   cpus = 3;
   filltable();
   flops = 1;
-  ran = 2;
+  totaltime = 2;
   const std::string all = report();
   flops = 0;
   const std::string noflops = report();

@@ -100,4 +100,4 @@ def messages():
 
 def operands():
     """How many operands each argument class asks for."""
-    return {columns[0]: int(columns[2]) for _, columns in rows("classes.def", "ARGUMENTCLASS")}
+    return {columns[1]: int(columns[3]) for _, columns in rows("classes.def", "ARGUMENT_CLASS")}
