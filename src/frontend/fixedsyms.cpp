@@ -18,14 +18,6 @@ constexpr std::int64_t PINNED_COUNT = -999999999;
 constexpr std::int64_t PINNED_COUNT = 999999999;
 #endif
 
-// A counted string that is permanent and needs no storage.
-struct FixedName {
-  std::int64_t count;
-  std::int64_t unused;
-  char text[8];
-};
-static_assert(offsetof(FixedName, text) == BLOCK_PREFIX);
-
 struct FixedSymbol {
   FixedName name;
   bool tolerance;

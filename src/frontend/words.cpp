@@ -2,7 +2,6 @@
 #include "frontend/words.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstring>
 
 #include "failure/exception.h"
@@ -18,17 +17,12 @@ namespace morvik {
 
 namespace {
 
-// The names of what ends the process: permanent blocks that stand ready, so that it can end where there is no storage.
-struct Ready {
-  std::int64_t count, unused;
-  char text[16];
-};
-static_assert(offsetof(Ready, text) == BLOCK_PREFIX);
-Ready endings[] = {{-1, 0, ""}, {-1, 0, "OFF"}, {-1, 0, "QUIT"}, {-1, 0, "ENDPROCESS"}};
+// The names of what ends the process, so that it can end where there is no storage.
+FixedName endings[] = {{-1, 0, ""}, {-1, 0, "OFF"}, {-1, 0, "QUIT"}, {-1, 0, "ENDPROCESS"}};
 
 char *nameof(const char *text, std::uint16_t instruction) {
   if (instruction == instructions::ENDPROCESS)
-    for (Ready &ending : endings)
+    for (FixedName &ending : endings)
       if (std::strcmp(ending.text, text) == 0) return ending.text;
   return stringdup(text);
 }

@@ -5,9 +5,18 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "spaces/blocks.h"
 #include "spaces/point.h"
 
 namespace morvik {
+
+// A name that needs no storage of the heap: a permanent counted string.
+struct FixedName {
+  std::int64_t count;  // -1
+  std::int64_t unused;
+  char text[16];
+};
+static_assert(offsetof(FixedName, text) == BLOCK_PREFIX);
 
 // A bucket head or one link of a bucket. Every bucket ends in an empty entry.
 struct Entry {
