@@ -2,6 +2,7 @@
 // of the operands.
 #include <gtest/gtest.h>
 #include <semaphore.h>
+#include <unistd.h>
 
 #include <string>
 #include <utility>
@@ -239,6 +240,53 @@ TEST_F(Pool, TheInstructionOutlivesItsProgramme) {
     end();
     EXPECT_EQ(liveblocks(), before);
   }
+}
+
+// ---- Slices that go on until they are stopped, or for a while.
+
+void linger(const Point &instruction, std::uint32_t index, std::uint64_t *) noexcept {
+  constexpr int LOOKS = 3000;
+  if (instruction.instruction == instructions::RANDOMISE) return;
+  for (int i = 0; i < LOOKS && !isstopped(); ++i) usleep(1000);
+  from_coprocessor[index].failure = isstopped() ? INTERRUPTED : 0;
+}
+
+Point *atwork;
+void joinwork() {
+  settle(atwork);
+}
+
+// On the main thread's way to the join, at the join, and on the way of another failure, which is the first one's place.
+TEST_F(Pool, AnInterruptStopsTheSlices) {
+  for (void (*body)() : {+[] { takeinterrupt(); }, +[] { settle(atwork); }, +[] { exceptionjump(23); }}) {
+    begin(3, linger);
+    post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
+    atwork = top;
+    interrupted = SIGINT;
+    const failures::Printed printed = failures::printed([body] { failures::landingof(body, nullptr, joinwork); });
+    EXPECT_EQ(printed.out, "\n** User interrupt. **\n");
+    EXPECT_EQ(printed.err, "");
+    EXPECT_EQ(interrupted, 0);
+    EXPECT_EQ(unfinished, nullptr);
+    EXPECT_EQ(slots[1].data_pointer[0].integer, -5) << "the operand stands again";
+    dereferencepoint(slots + 1);
+    end();
+    EXPECT_EQ(liveblocks(), before);
+  }
+}
+
+// The main thread's own slice failed: nobody waits for the end of the others.
+TEST_F(Pool, RecalledSlicesStop) {
+  begin(3, linger);
+  post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
+  recallslices();
+  EXPECT_EQ(from_coprocessor[1].failure, INTERRUPTED);
+  EXPECT_EQ(from_coprocessor[2].failure, INTERRUPTED);
+  dereferencepoint(&from_coprocessor[0].deferred);
+  from_coprocessor[0].deferred = {};
+  dereferencepoint(slots + 1);
+  end();
+  EXPECT_EQ(liveblocks(), before);
 }
 
 // ---- Draws: where one slice fails, none has drawn.
