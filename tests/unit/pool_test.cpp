@@ -253,12 +253,12 @@ void linger(const Point &instruction, std::uint32_t index, std::uint64_t *) noex
 
 Point *atwork;
 void joinwork() {
-  settle(atwork);
+  joinpool(atwork);
 }
 
 // On the main thread's way to the join, at the join, and on the way of another failure, which is the first one's place.
 TEST_F(Pool, AnInterruptStopsTheSlices) {
-  for (void (*body)() : {+[] { takeinterrupt(); }, +[] { settle(atwork); }, +[] { exceptionjump(23); }}) {
+  for (void (*body)() : {+[] { takeinterrupt(); }, +[] { joinpool(atwork); }, +[] { exceptionjump(23); }}) {
     begin(3, linger);
     post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
     atwork = top;
@@ -267,7 +267,7 @@ TEST_F(Pool, AnInterruptStopsTheSlices) {
     EXPECT_EQ(printed.out, "\n** User interrupt. **\n");
     EXPECT_EQ(printed.err, "");
     EXPECT_EQ(interrupted, 0);
-    EXPECT_EQ(unfinished, nullptr);
+    EXPECT_EQ(resultinflight, nullptr);
     EXPECT_EQ(slots[1].data_pointer[0].integer, -5) << "the operand stands again";
     dereferencepoint(slots + 1);
     end();
