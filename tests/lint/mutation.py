@@ -3,6 +3,7 @@
 on where it was stopped?"""
 import io
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -135,6 +136,17 @@ class Trials(unittest.TestCase):
         again, none = self.run_all("--sample", "100")
         self.assertEqual((again, none), (whole, 0))
         self.assertEqual((self.root / "src" / "toy.cpp").read_text(), TOY)
+
+
+class Equivalents(unittest.TestCase):
+    def test_each_stands_for_a_line(self):
+        root = pathlib.Path(__file__).resolve().parents[2]
+        for row in (root / "tests" / "mutation" / "equivalent.txt").read_text().splitlines():
+            if row.startswith("#") or not row.strip():
+                continue
+            path, pattern = row.split(" :: ")[:2]
+            lines = (root / path).read_text().splitlines()
+            self.assertTrue(any(re.search(pattern, line) for line in lines), row)
 
 
 if __name__ == "__main__":
