@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Names whatever of the tables no test touches.
 
-- A spelling of keywords.def or constants.def must stand in a transcript, an example or a session on a page.
+- A spelling of keywords.def or constants.def must stand in a transcript, a one-line test, an example or a session on a page.
 - An instruction must be run there by one of its spellings; the folder frontend does not count, which compiles more than it
   runs. What has no spelling of its own is given by its number or name in a unit test.
 - A message that is raised must be shown there, or looked for by its number in a unit test.
@@ -19,11 +19,21 @@ COMMENT = re.compile(rb'["\xBC][^"\xBC]*["\xBC]')
 SESSION = re.compile(r"^```morvik[^\n]*\n(.*?)^```", re.M | re.S)
 # The word that closes a function is none of the keywords.
 CLOSING = {"FUNCTIONEND": [b";"]}
+ARROW = " → ".encode()
 FIRSTCERTAIN = 100  # a smaller number in a unit test may mean anything
 
 
 def pages():
     return [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
+
+
+def onelines():
+    """The texts of the one-line tests, with their answers."""
+    for path in sorted(TESTS.glob("lines/*.lines")):
+        for line in path.read_bytes().splitlines():
+            text, arrow, answer = line.rpartition(ARROW)
+            if arrow and not line.startswith(b"# "):
+                yield text, answer.decode()
 
 
 def programmes(frontend):
@@ -32,6 +42,7 @@ def programmes(frontend):
              if path.suffix == ".morvik" and (frontend or path.parent.name != "frontend")]
     found += [path for path in sorted(TESTS.glob("transcripts/*/*.files/**/*")) if path.is_file()]
     texts = [COMMENT.sub(b" ", path.read_bytes()) for path in found]
+    texts += [COMMENT.sub(b" ", text) for text, _ in onelines()]
     for page in pages():
         texts += [session.encode("latin-1", "replace") for session in SESSION.findall(page.read_text())]
     return b"\n".join(texts)
@@ -77,10 +88,11 @@ def untouchedinstructions():
 
 
 def untouchedmessages():
-    texts, units = shown(), unittests()
+    texts, units, answers = shown(), unittests(), "\n".join(answer for _, answer in onelines())
     for number, text in tables.messages():
         inunits = number >= FIRSTCERTAIN and re.search(r"\b%s\b" % number, units)
-        if text.split("\n")[0] not in texts and not inunits:
+        inlines = re.search(r"!%d\b" % number, answers)
+        if text.split("\n")[0] not in texts and not inunits and not inlines:
             yield "message %s" % number
 
 
