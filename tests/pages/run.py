@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the sessions that the pages show, at a pseudo-terminal, and compares them as they stand on the page.
+"""Runs the sessions that the pages show, at a pseudo-terminal, and compares them as they are on the page.
 
     run.py BINARY PAGE.md...
 

@@ -31,7 +31,7 @@ class Faults(unittest.TestCase):
         done = run(text, "-q", "-c3")
         self.assertEqual(done.stderr.count("17 - dyadic function arguments are not conformable."), 1)
         self.assertEqual(done.stdout.count("Exception processing:..."), 1)
-        # The right operand's slot was taken: it is gone, and the left one stands again.
+        # The right operand's slot was taken: it is gone, and the left one is back.
         self.assertIn(" ( 1 2 3 4 5 6 7 ( 1 2 3 ) )\n 10\n 20\n", done.stdout)
 
     def test_both_operands_stand_again_where_nothing_took_their_place(self):

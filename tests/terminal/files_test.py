@@ -316,7 +316,7 @@ class Workspaces(Folder):
         ]
         if depth > 4 or chooser.random() < 0.6:
             return chooser.choice(kinds)()
-        # A member must not be read as the end of what stands before it.
+        # A member must not be read as the end of what is before it.
         members = [self.value(chooser, depth + 1) for _ in range(chooser.randrange(2, 7))]
         return "( %s )" % " ".join(members)
 
@@ -348,7 +348,7 @@ class Workspaces(Folder):
         self.assertEqual(first.count("\x03 SET\n"), 401)
 
     def test_functions_that_fill_the_room_of_a_text(self):
-        """A text has room for so many references to names and so many Points: a workspace is cut where they end."""
+        """A text holds so many references to names and so many Points: a workspace is cut where they end."""
         text = "".join(": _a _b $c @d DISCARD ; @f%d SET%s" % (n, "\n.\n" if n % 100 == 99 else "\n") for n in range(500))
         text += ".\n" + "".join(": %d ; OPERATOR @g%d SET%s" % (n, n, "\n.\n" if n % 100 == 99 else "\n")
                                 for n in range(600))

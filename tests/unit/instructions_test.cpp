@@ -55,7 +55,7 @@ class Numbers : public Compiled {
   void SetUp() override {
     Compiled::SetUp();
     for (int i = 1; i <= 3; ++i) makeinteger(stack[i], 10 * i);
-    stacktop = &stack[ROOM - 1];
+    stacktop = &stack[SLOTS - 1];
     filled = 3;
   }
   void TearDown() override {
@@ -101,8 +101,8 @@ class Numbers : public Compiled {
     return "\n" + std::string(errors(static_cast<std::uint32_t>(number))) + "\n\nInstruction:\n";
   }
 
-  static constexpr int ROOM = 16;
-  Point stack[ROOM] = {};
+  static constexpr int SLOTS = 16;
+  Point stack[SLOTS] = {};
   int filled = 0;
 };
 

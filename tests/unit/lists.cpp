@@ -30,7 +30,7 @@ void writelist(const std::string &name, const Lines &lines) {
   for (const std::string &line : lines) file << line << '\n';
 }
 
-// The lines that stand in one list and not in the other, each behind a sign.
+// The lines that are in one list and not in the other, each behind a sign.
 std::string alonein(Lines lines, Lines others, const char *sign) {
   std::sort(lines.begin(), lines.end());
   std::sort(others.begin(), others.end());

@@ -185,7 +185,7 @@ TEST_F(Pool, AFailedSliceIsReportedOnceAndTheOperandStandsAgain) {
   EXPECT_EQ(liveblocks(), before);
 }
 
-// A dyadic instruction over its left operand, with what came to stand on the stack since.
+// A dyadic instruction over its left operand, with what came on the stack since.
 TEST_F(Pool, TheRightOperandStandsAgainWhereItsSlotIsFree) {
   for (const bool grown : {false, true}) {
     begin(2);
@@ -268,7 +268,7 @@ TEST_F(Pool, AnInterruptStopsTheSlices) {
     EXPECT_EQ(printed.err, "");
     EXPECT_EQ(interrupted, 0);
     EXPECT_EQ(resultinflight, nullptr);
-    EXPECT_EQ(slots[1].data_pointer[0].integer, -5) << "the operand stands again";
+    EXPECT_EQ(slots[1].data_pointer[0].integer, -5) << "the operand is back";
     dereferencepoint(slots + 1);
     end();
     EXPECT_EQ(liveblocks(), before);

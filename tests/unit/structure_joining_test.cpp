@@ -73,7 +73,7 @@ TEST_F(StructureCases, TransposeOfUpToEightAxes) {
   expectexact();
 }
 
-// A block that nobody else sees is turned where it stands.
+// A block that nobody else sees is turned where it is.
 TEST_F(StructureCases, TurnedInPlace) {
   for (int (*const run)(Point &) : {reverse, mirror}) {
     Point data = vector({octonion({1}), enclosed(text("ab")), whole(3)});

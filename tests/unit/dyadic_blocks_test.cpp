@@ -12,7 +12,7 @@ struct Blocks {
   const Element *left, *right, *result;
 };
 
-class Homes : public Dyadics {
+class ResultBlock : public Dyadics {
  protected:
   Blocks blocks(const Point &left, bool leftshared, const Point &right, bool rightshared) {
     Stack stack;
@@ -36,7 +36,7 @@ class Homes : public Dyadics {
   }
 };
 
-TEST_F(Homes, TwoArraysTakeTheLeftBlockThenTheRightOne) {
+TEST_F(ResultBlock, TwoArraysTakeTheLeftBlockThenTheRightOne) {
   const auto vector = [] { return points::numbers({1, 2, 3}); };
   Blocks b = blocks(vector(), false, vector(), false);
   EXPECT_EQ(b.result, b.left);
@@ -47,7 +47,7 @@ TEST_F(Homes, TwoArraysTakeTheLeftBlockThenTheRightOne) {
   EXPECT_NE(b.result, b.right);
 }
 
-TEST_F(Homes, OneArrayTakesItsOwnBlockAlone) {
+TEST_F(ResultBlock, OneArrayTakesItsOwnBlockAlone) {
   const auto vector = [] { return points::numbers({1, 2, 3}); };
   const auto scalar = [] { return points::scalar(points::whole(1)); };
   for (const bool shared : {false, true}) {
@@ -61,7 +61,7 @@ TEST_F(Homes, OneArrayTakesItsOwnBlockAlone) {
   }
 }
 
-TEST_F(Homes, TheSameBlockTwiceServesIfNobodyElseHoldsIt) {
+TEST_F(ResultBlock, TheSameBlockTwiceServesIfNobodyElseHoldsIt) {
   for (const bool array : {true, false}) {
     const Point value = array ? points::numbers({1, 2, 3}) : points::scalar(points::whole(4));
     Stack stack;
@@ -89,7 +89,7 @@ TEST_F(Homes, TheSameBlockTwiceServesIfNobodyElseHoldsIt) {
   clear(stack);
 }
 
-TEST_F(Homes, TheSameOctonionsTwice) {
+TEST_F(ResultBlock, TheSameOctonionsTwice) {
   Stack stack;
   const Point value = operand(OCTONION, {3});
   const model::Space was = model::of(value);
@@ -102,7 +102,7 @@ TEST_F(Homes, TheSameOctonionsTwice) {
   clear(stack);
 }
 
-TEST_F(Homes, OctonionsAreReusedOneByOne) {
+TEST_F(ResultBlock, OctonionsAreReusedOneByOne) {
   Stack stack;
   const Point left = operand(OCTONION, {3});
   const Octonion *first = left.data_pointer[0].octonion, *second = left.data_pointer[1].octonion;
@@ -123,7 +123,7 @@ TEST_F(Homes, OctonionsAreReusedOneByOne) {
   clear(stack);
 }
 
-TEST_F(Homes, NestedCallsNeverOverwrite) {
+TEST_F(ResultBlock, NestedCallsNeverOverwrite) {
   Stack stack;
   const Point left = points::numbers({1, 2, 3}), right = points::numbers({1, 2, 3});
   stack.push(left);
@@ -148,7 +148,7 @@ TEST_F(Homes, NestedCallsNeverOverwrite) {
   }
 }
 
-TEST_F(Homes, PermanentBlocksStay) {
+TEST_F(ResultBlock, PermanentBlocksStay) {
   Stack stack;
   const Point constant = points::scalar(points::whole(5));
   *refer(constant.data_pointer) = -1;
