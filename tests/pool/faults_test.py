@@ -131,6 +131,26 @@ class SettingUp(unittest.TestCase):
             done = run("2 SERIAL . 70 .. DUP * 1 - SUM .\n", "-q", "-c%d" % slots)
             self.assertEqual(lines(done.stdout)[-1], " %d" % (sum(i * i for i in range(1, 71)) - 70), slots)
 
+    def test_the_main_thread_takes_all_signals(self):
+        if SANITIZED:
+            self.skipTest("the sanitizer has threads of its own")
+        catchable = sum(1 << number - 1 for number in range(1, 32) if number not in (signal.SIGKILL, signal.SIGSTOP))
+        process = subprocess.Popen([BINARY, "-q", "-c3"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        try:
+            process.stdin.write("1 .\n")
+            process.stdin.flush()
+            process.stdout.readline()
+            blocked = {}
+            for task in os.listdir("/proc/%d/task" % process.pid):
+                with open("/proc/%d/task/%s/status" % (process.pid, task), encoding="ascii") as status:
+                    masks = [line.split()[1] for line in status if line.startswith("SigBlk:")]
+                blocked[int(task)] = int(masks[0], 16) & catchable
+            self.assertEqual(blocked.pop(process.pid), 0)
+            self.assertGreaterEqual(len(blocked), 3)
+            self.assertEqual(set(blocked.values()), {catchable})
+        finally:
+            process.communicate()
+
     def test_threads_per_processor(self):
         self.assertIn("Processors: 4, Threads: 9", run("", "-c4", "-th2").stdout)
 

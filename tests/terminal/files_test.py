@@ -226,6 +226,15 @@ class Unkind(Folder):
         self.assertIn(" 8997\n", out)
         self.assertTrue(out.endswith("\n\n0123456789\n"), out[-100:])
 
+    def test_a_jump_closes_what_is_read(self):
+        self.give("jumping", "1 'a' + .\n")
+        self.give("sound", "5 .\n")
+        text = "".join("CLEAR 'jumping' %s .\n" % word for _ in range(100) for word in ("READ", "LOAD"))
+        out, err = self.run_text(text + "CLEAR 'sound' READ .\n", limits=[(resource.RLIMIT_NOFILE, 32)])
+        self.assertEqual(err.count("17 - "), 200)
+        self.assertNotIn("710 - ", err)
+        self.assertTrue(out.endswith("\n\n 5"), out[-100:])
+
     def test_a_file_that_is_too_large(self):
         with open(self.folder / "sparse", "wb") as file:
             file.truncate(1 << 40)
