@@ -34,7 +34,7 @@ class Faults(unittest.TestCase):
         # The right operand's slot was taken: it is gone, and the left one is back.
         self.assertIn(" ( 1 2 3 4 5 6 7 ( 1 2 3 ) )\n 10\n 20\n", done.stdout)
 
-    def test_both_operands_stand_again_where_nothing_took_their_place(self):
+    def test_both_operands_are_back_where_nothing_took_their_place(self):
         text = "4 SERIAL . (1 2 3 4 5 6 7 (1 2 3)) (1 2 3 4 5 6 7 (1 2)) + .\n'' DUMPSTACK .\n"
         self.assertEqual(lines(run(text, "-q", "-c3").stdout), lines(run(text, "-q").stdout))
 

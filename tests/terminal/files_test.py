@@ -356,7 +356,7 @@ class Workspaces(Folder):
         first = self.rounds(text)
         self.assertEqual(first.count("\x03 SET\n"), 401)
 
-    def test_functions_that_fill_the_room_of_a_text(self):
+    def test_functions_that_fill_a_text(self):
         """A text holds so many references to names and so many Points: a workspace is cut where they end."""
         text = "".join(": _a _b $c @d DISCARD ; @f%d SET%s" % (n, "\n.\n" if n % 100 == 99 else "\n") for n in range(500))
         text += ".\n" + "".join(": %d ; OPERATOR @g%d SET%s" % (n, n, "\n.\n" if n % 100 == 99 else "\n")

@@ -80,7 +80,7 @@ TEST(Keywords, TheFreeOnesAreComplete) {
   EXPECT_EQ(tokensof("+x"), (Tokens{"KEYWORD +", "NAMESTART x"}));
 }
 
-TEST(Keywords, NoSpellingStandsTwice) {
+TEST(Keywords, NoSpellingIsThereTwice) {
   std::map<std::string, std::size_t> rows;
   for (std::size_t row = 0; row < Keywords.size(); ++row)
     for (const char *spelling : Keywords[row].spellings)

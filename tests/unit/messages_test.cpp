@@ -30,7 +30,7 @@ bool isrow(std::uint32_t number) {
   return false;
 }
 
-TEST(Messages, RowsStandInOrderWith999Last) {
+TEST(Messages, RowsAreInOrderWith999Last) {
   EXPECT_EQ(ROWS.back(), 999u);
   for (std::size_t i = 1; i + 1 < ROWS.size(); ++i) EXPECT_LT(ROWS[i - 1], ROWS[i]);
 }

@@ -171,7 +171,7 @@ TEST_F(Pool, TheJoinPutsTogetherWhatTheSlicesFound) {
   EXPECT_EQ(liveblocks(), before);
 }
 
-TEST_F(Pool, AFailedSliceIsReportedOnceAndTheOperandStandsAgain) {
+TEST_F(Pool, AFailedSliceIsReportedOnceAndTheOperandIsBack) {
   begin(4);
   failing[2] = NOTCONFORMABLE;
   failing[3] = 162;
@@ -186,7 +186,7 @@ TEST_F(Pool, AFailedSliceIsReportedOnceAndTheOperandStandsAgain) {
 }
 
 // A dyadic instruction over its left operand, with what came on the stack since.
-TEST_F(Pool, TheRightOperandStandsAgainWhereItsSlotIsFree) {
+TEST_F(Pool, TheRightOperandIsBackWhereItsSlotIsFree) {
   for (const bool grown : {false, true}) {
     begin(2);
     failing[1] = NOTCONFORMABLE;

@@ -122,7 +122,7 @@ TEST_F(StructureCases, AnAtomIsOneMember) {
   expectexact();
 }
 
-TEST_F(StructureCases, SymbolicPointsStandWholeInTheirRecords) {
+TEST_F(StructureCases, SymbolicPointsAreWholeInTheirRecords) {
   for (const bool left : {false, true})
     for (const bool shared : {false, true}) {
       Point f = function({numbers({1})}, 1, 0, "f"), data = vector({octonion({1}), whole(2)});
