@@ -66,7 +66,7 @@ def perform(terminal, prompt, lines):
     """Types what a block types. Returns what the terminal shows from the block's first prompt on, and the last one."""
     shown = ""
     for text in typed(lines):
-        terminal.type("\n".join(text) + "\n")
+        terminal.type(("\n".join(text) + "\n").encode().decode("latin-1"))  # the page is UTF-8
         answer = terminal.answer()
         start = LASTPROMPT.search(answer).start()
         shown += prompt + answer[:start]
