@@ -234,7 +234,9 @@ TEST_F(Reserved, TheOthersWork) {
     EXPECT_EQ(said, "") << nameof(number);
     clear();
   }
-  for (const std::uint16_t number : {0, 261, 262, 263, 264, 265, 266, 267, 268, 269}) {
+  std::vector<std::uint16_t> reserved = {instructions::NIHIL};
+  for (std::uint16_t number = instructions::BASIC; number < instructions::COUNT; ++number) reserved.push_back(number);
+  for (const std::uint16_t number : reserved) {
     push();
     EXPECT_TRUE(says(perform(number), 993)) << number;
     clear();
