@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The page of words is the one that the tables make, and no word stands under a count of operands that is not its own."""
+"""The page of words is the one that the tables make, and no word is listed under a count of operands that is not its own."""
 import pathlib
 import subprocess
 import sys
