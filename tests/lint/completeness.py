@@ -89,11 +89,11 @@ def untouchedinstructions():
 
 def untouchedmessages():
     texts, units, answers = shown(), unittests(), "\n".join(answer for _, answer in onelines())
-    for number, text in tables.messages():
-        inunits = number >= FIRSTCERTAIN and re.search(r"\b%s\b" % number, units)
-        inlines = re.search(r"!%d\b" % number, answers)
-        if text.split("\n")[0] not in texts and not inunits and not inlines:
-            yield "message %s" % number
+    for row in tables.messages():
+        inunits = row.number >= FIRSTCERTAIN and re.search(r"\b%s\b" % row.number, units)
+        inlines = re.search(r"!%d\b" % row.number, answers)
+        if row.text.split("\n")[0] not in texts and not inunits and not inlines:
+            yield "message %s" % row.number
 
 
 def main():

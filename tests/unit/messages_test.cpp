@@ -17,7 +17,7 @@ using namespace morvik;
 namespace {
 
 const std::vector<std::uint32_t> ROWS = {
-#define MESSAGE(number, name, text) number,
+#define MESSAGE(number, ...) number,
 #include "tables/messages.def"
 #undef MESSAGE
 };
