@@ -21,8 +21,10 @@ FAULTS = (b"UNKNOWN SIGNAL", b"Floating point exception", b"Counted block", b"ru
           b"BRRRRR", b"Realloc: SERIOUS", b"error in QUATERNION", b"lexnum", b"recount", b"live blocks")
 # Where a call calls itself without end, the process stack ends. That is described, once, twice, and for good.
 STACK_ENDS = b"\nSEGMENTATION VIOLATION\n"
+NO_STORAGE = b"27 - out of main storage."
 STOPPED = b"--- PROCESSING STOPPED ---"
 SANITIZER_STACK = b"AddressSanitizer: stack-overflow"
+NESTED = b"AddressSanitizer: nested bug"
 CALLS = re.compile(rb"#\d+ 0x\w+ in morvik::(?:\(anonymous namespace\)::)?(?:machine|runinner|level)\b")
 # A sum of what does not fit together gives it, as described.
 IMPOSSIBLE = re.compile(rb"991 - [^\n]*\n\nInstruction:\n \. (?!OPERATOR:\t\t(?:\+|ADD|SUM|[^\n]*(?:REDUCE|/|\xab)))[^\n]*")
@@ -35,6 +37,7 @@ TALKATIVE = 2 << 20  # bytes said, after which an interrupt is sent
 SANITIZER_OPTIONS = ("exitcode=98:allocator_may_return_null=1:max_allocation_size_mb=256:soft_rss_limit_mb=3000:"
                      "quarantine_size_mb=64:detect_stack_use_after_return=0")
 PATIENCE = 1.5  # seconds of the processor without a word said, before an interrupt is sent
+BUSY = 6.0      # seconds of the processor, whatever is said
 RESTING = 4.0   # seconds in all without a word
 BETWEEN = 0.25  # between interrupts after that
 LONGEST = 240.0  # seconds for a run, in all
@@ -48,20 +51,20 @@ class Run(NamedTuple):
     hung: bool
 
 
-def sanitizerlimits():
-    for which, size in ((resource.RLIMIT_STACK, STACK_BYTES), (resource.RLIMIT_FSIZE, FILE_BYTES), (resource.RLIMIT_CORE, 0)):
-        resource.setrlimit(which, (size, size))
-
-
-def limits():
-    """What a sanitizer maps for itself would count as data."""
-    sanitizerlimits()
-    resource.setrlimit(resource.RLIMIT_DATA, (DATA_BYTES, DATA_BYTES))
-
-
 @functools.lru_cache(None)
-def issanitized(binary):
-    return b"__sanitizer_" in pathlib.Path(binary).read_bytes()
+def storagelimit(binary):
+    """What bounds the storage of a binary. What a sanitizer maps for itself would count, and it has a bound of its own; the
+    checking build recounts only where no limit may keep it from ending the count."""
+    code = pathlib.Path(binary).read_bytes()
+    if b"__asan_" in code or b"__tsan_" in code:
+        return []
+    return [(resource.RLIMIT_AS, 6 * DATA_BYTES)] if b"MORVIK_FAIL_ALLOCATION" in code else [(resource.RLIMIT_DATA, DATA_BYTES)]
+
+
+def lower(binary):
+    for which, size in [(resource.RLIMIT_STACK, STACK_BYTES), (resource.RLIMIT_FSIZE, FILE_BYTES), (resource.RLIMIT_CORE, 0),
+                        *storagelimit(binary)]:
+        resource.setrlimit(which, (size, size))
 
 
 def variables(home):
@@ -80,7 +83,7 @@ def processorseconds(pid):
 
 def watch(process, said, patience, longest):
     """Waits for the end. Where nothing is said for long, interrupts. Returns how many were sent, and whether all was in vain."""
-    sent, size, heard, spent, since, began = 0, -1, 0, 0.0, time.monotonic(), time.monotonic()
+    sent, size, heard, spent, busy, since, began = 0, -1, 0, 0.0, 0.0, time.monotonic(), time.monotonic()
     pause = 0.005
     while True:
         try:
@@ -95,15 +98,22 @@ def watch(process, said, patience, longest):
             process.kill()
             process.wait()
             return sent, True
-        if (processorseconds(process.pid) - spent > patience or now - since > RESTING or size - heard > TALKATIVE
+        worked = processorseconds(process.pid)
+        if (worked - spent > patience or worked - busy > BUSY or now - since > RESTING or size - heard > TALKATIVE
                 or now - began > longest / 2) and process.poll() is None:
             process.send_signal(signal.SIGINT)
-            sent, heard = sent + 1, size
+            sent, heard, busy = sent + 1, size, worked
             time.sleep(BETWEEN)
 
 
 def perform(binary, text, options=(), patience=PATIENCE, longest=LONGEST):
-    """A run of the text in a folder of its own, a few levels down in what is removed afterwards."""
+    """A run of the text; once more where the sanitizer fell over its own report, as it may at the end of the process stack."""
+    run = performonce(binary, text, options, patience, longest)
+    return performonce(binary, text, options, patience, longest) if NESTED in run.errors else run
+
+
+def performonce(binary, text, options, patience, longest):
+    """A run in a folder of its own, a few levels down in what is removed afterwards."""
     with tempfile.TemporaryDirectory(prefix="morvik-") as scratch:
         place = pathlib.Path(scratch) / "outer" / "middle" / "inner"
         (place / "d").mkdir(parents=True)
@@ -112,9 +122,9 @@ def perform(binary, text, options=(), patience=PATIENCE, longest=LONGEST):
         with tempfile.TemporaryFile() as given, tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
             given.write(text)
             given.seek(0)
-            lower = sanitizerlimits if issanitized(binary) else limits
+            storagelimit(binary)
             with subprocess.Popen([binary, "-q", *options], stdin=given, stdout=out, stderr=errors, cwd=place,
-                                  env=variables(scratch), preexec_fn=lower) as process:
+                                  env=variables(scratch), preexec_fn=lambda: lower(binary)) as process:
                 interrupted, hung = watch(process, (out.fileno(), errors.fileno()), patience, longest)
             streams = []
             for stream in (out, errors):
@@ -151,18 +161,23 @@ def fault(run):
     return ""
 
 
+def iscomparable(run):
+    """Not where it was interrupted, nor where storage ended, which the threads' own stacks bring nearer."""
+    return not run.interrupted and STACK_ENDS not in run.errors and NO_STORAGE not in run.errors
+
+
 def compared(binary, text, poolings):
     """Where a run with each of these options differs from one without, or its own fault."""
     serial = perform(binary, text)
     wrong = fault(serial)
-    if wrong or serial.interrupted or calledforever(serial) or STACK_ENDS in serial.errors:
+    if wrong or not iscomparable(serial):
         return wrong
     for pooling in poolings:
         shared = perform(binary, text, (pooling,))
         wrong = fault(shared)
         if wrong:
             return pooling + " " + wrong
-        if shared.interrupted or STACK_ENDS in shared.errors:
+        if not iscomparable(shared):
             continue
         for name, one, other in (("output", serial.out, shared.out), ("messages", serial.errors, shared.errors)):
             if CLOSING.sub(b"", one) != CLOSING.sub(b"", other):
