@@ -106,19 +106,22 @@ def watch(process, said, patience, longest):
             time.sleep(BETWEEN)
 
 
-def perform(binary, text, options=(), patience=PATIENCE, longest=LONGEST):
+def perform(binary, text, options=(), patience=PATIENCE, longest=LONGEST, files=None):
     """A run of the text; once more where the sanitizer fell over its own report, as it may at the end of the process stack."""
-    run = performonce(binary, text, options, patience, longest)
-    return performonce(binary, text, options, patience, longest) if NESTED in run.errors else run
+    given = (binary, text, options, patience, longest, files or {})
+    run = performonce(*given)
+    return performonce(*given) if NESTED in run.errors else run
 
 
-def performonce(binary, text, options, patience, longest):
+def performonce(binary, text, options, patience, longest, files):
     """A run in a folder of its own, a few levels down in what is removed afterwards."""
     with tempfile.TemporaryDirectory(prefix="morvik-") as scratch:
         place = pathlib.Path(scratch) / "outer" / "middle" / "inner"
         (place / "d").mkdir(parents=True)
         (place / "f1").write_bytes(b"1 2 3 .\n")
         (place / "f2").write_bytes(b": 1 + ; @a SET (1 2 (3 'x')) @b SET 'ab' .\n")
+        for name, content in files.items():
+            (place / name).write_bytes(content)
         with tempfile.TemporaryFile() as given, tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
             given.write(text)
             given.seek(0)

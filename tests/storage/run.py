@@ -15,6 +15,7 @@ import re
 import subprocess
 import sys
 import tempfile
+import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "fuzz"))
 import programmes  # noqa: E402
@@ -53,7 +54,11 @@ def walk(binary, text, most=MOST, options=()):
         return ["undisturbed: " + faultof(undisturbed[0], undisturbed[2], undisturbed[3])], 0
     faults, reported, calm = [], 0, 0
     for failing in range(most):
-        result = perform(binary, text, failing, options)
+        try:
+            result = perform(binary, text, failing, options)
+        except subprocess.TimeoutExpired:
+            faults.append("allocation %d: did not end" % failing)
+            continue
         calm = calm + 1 if result == undisturbed else 0
         if calm == CALM:
             return (faults or (["no failure was ever reported"] if reported == 0 else [])), failing + 1 - CALM
@@ -89,16 +94,23 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--random", type=int, default=0)
     parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--seconds", type=float, default=0, help="for the random ones")
     parser.add_argument("binary")
     parser.add_argument("programmes", nargs="*", type=pathlib.Path)
     given = parser.parse_args()
     binary = os.path.abspath(given.binary)
-    failed = 0
+    failed = walks = 0
     for path in given.programmes:
         failed += show(path.name, *walk(binary, path.read_bytes()))
+    ends = time.monotonic() + (given.seconds or 1e9)
     for _, (number, text) in zip(range(given.random), randomtexts(binary, given.seed)):
+        if time.monotonic() > ends:
+            break
         failed += show("session %d" % number, *walk(binary, text, MOST_RANDOM))
+        walks += 1
         failed += show("session %d, -c2" % number, *walk(binary, text, MOST_RANDOM, ("-c2",)))
+    if given.random:
+        print("%d random programmes with the pool and without, %d failed" % (walks, failed))
     return 1 if failed or not (given.programmes or given.random) else 0
 
 
