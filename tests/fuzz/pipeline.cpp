@@ -1,6 +1,6 @@
-// The fuzzing harness: any bytes as the text of a session, over the whole pipeline from the scanner to the echo, with a pool
-// of threads. The first byte holds the options of the run. Whatever the input says, nothing may crash, hang, leak or report.
-// Every input begins with a fresh machine.
+// The fuzzing harness: any bytes as the text of a session, over the whole pipeline from the scanner to the echo, with a
+// pool of threads. The first byte holds the options of the run. Whatever the input says, nothing may crash, hang, leak
+// or report. Every input begins with a fresh machine.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
