@@ -1,0 +1,237 @@
+"""Where the tokens of a text end, as the interpreter's own scanner sees it.
+
+A text is a str whose characters below 256 are bytes. What people typed goes through `signs.onecharacter` first, which
+keeps places: a sign becomes the character of its byte, and any other character above 127 one that no rule knows.
+"""
+import re
+from typing import List, NamedTuple
+
+from . import vocabulary
+
+BOUNDARY = r"(?![0-9A-Za-z_])"
+SPACE = " \t\r\n"
+MINUS = "[-\xaf]"
+DIGITS = "[0-9]+"
+PART = (r"(?:%s?(?:%s(?:\.%s)?|\.%s)(?:[Ee][-+\xaf]?%s)?|%s?(?:Infinity|Inf|inf)|NaN|nan)"
+        % (MINUS, DIGITS, DIGITS, DIGITS, DIGITS, MINUS))
+NUMBER = (r"`?0#[01|]+`?|(?:#r?|d?r?|r)?%s(?:[i-o]%s)+|(?:#r?|d?r?|r)?%s(?:[p-v]%s)+|%s"
+          % (PART, PART, PART, PART, PART))
+COUNT = MINUS + "?" + DIGITS
+
+
+def alternatives(spellings):
+    return "(?:%s)" % "|".join(re.escape(word) for word in sorted(spellings, key=len, reverse=True))
+
+
+# Kind, rule, and whether a boundary byte must follow, in the order of the scanner's rules. Of the longest matches, the
+# boundary counting, the first one is taken.
+OPENERS = ("FUNCTION", "NEADIC", "NILADIC", "MONADIC", "DYADIC", "TRIADIC")
+CONSTANTS = [word for spellings, _ in vocabulary.CONSTANTS for word in spellings]
+RULES = [(kind, re.compile(rule + (BOUNDARY if bounded else "")), bounded) for kind, rule, bounded in [
+    ("open", ":", False),
+    ("open", r"(?:(?:ARGS|VARS)\s*%s\s*){0,2}%s" % (COUNT, alternatives(OPENERS)), True),
+    ("builtin", "::", False),
+    ("word", alternatives(word for word, bounded in vocabulary.KEYWORDS if not bounded), False),
+    ("word", alternatives(word for word, bounded in vocabulary.KEYWORDS if bounded), True),
+    ("end", r"\.", False),
+    ("end", "END", True),
+    ("close", ";", False),
+    ("close", "FUNCTIONEND", True),
+    ("comment", '["\xbc]', False),
+    ("constant", MINUS + "?" + alternatives(CONSTANTS), True),
+    ("number", NUMBER, False),
+    ("string", "'", False),
+    ("vector", r"`?\(", False),
+    ("name", "@?[_$.]?\x02", False),
+    ("address", r"@[_$.%][A-Za-z_][0-9A-Za-z_]*|@&" + COUNT, False),
+    ("address", r"@[^ \t\r\n][^ \t\r\n.;]*|@", False),
+    ("name", r"[_$.%][A-Za-z_][0-9A-Za-z_]*|&" + COUNT, False),
+    ("space", "[%s]+" % SPACE, False),
+]]
+# The bytes that a rule may begin with go through the rules; all others begin a plain name.
+NAME = re.compile(r"[^ \t\r\n][^ \t\r\n!.;]*")
+SKIPPED = re.compile("[^'\"\xbc(\x02 \t\r\n]*")
+VECTORMEMBER = re.compile(r"[%s]+|%s|%s|." % (SPACE, alternatives(CONSTANTS) + BOUNDARY, NUMBER), re.S)
+STRING = re.compile(r"(?:[^']|'')*")
+
+
+class Token(NamedTuple):
+    kind: str
+    start: int
+    end: int
+
+
+class Opened(NamedTuple):
+    """What a text leaves open: string, comment, vector, shape, name or function, and where it began."""
+    what: str
+    start: int
+
+
+def longest(text, place):
+    """The kind and the end of the token that begins here, in the condition in which texts begin."""
+    kind, end, best = "name", None, 0
+    for candidate, rule, bounded in RULES:
+        match = rule.match(text, place)
+        if match and match.end() - place + bounded > best:
+            kind, end, best = candidate, match.end(), match.end() - place + bounded
+    return kind, NAME.match(text, place).end() if end is None else end
+
+
+class Scan:
+    """All tokens of a text, what it leaves open, and where its last whole text ends."""
+
+    def __init__(self, text, start=0):
+        self.text = text
+        self.tokens: List[Token] = []
+        self.opened: List[Opened] = []
+        self.wholeend = start  # behind the last end of a text
+        place = start
+        while place < len(text):
+            place = self.step(place)
+
+    def add(self, kind, start, end):
+        self.tokens.append(Token(kind, start, end))
+        return end
+
+    def step(self, place):
+        kind, end = longest(self.text, place)
+        if kind == "comment":
+            return self.enclosed("comment", place, re.compile('["\xbc]'), end)
+        if kind == "string":
+            return self.string(place)
+        if kind == "vector":
+            return self.vector(place, end)
+        if self.text[end - 1] == "\x02" and kind == "name":
+            return self.enclosed("name", place, re.compile("\x03"), end)
+        if kind == "open":
+            self.opened.append(Opened("function", place))
+        elif kind == "close" and self.opened:
+            self.opened.pop()
+        elif kind == "end":
+            self.opened.clear()
+            self.wholeend = end
+        return self.add(kind, place, end)
+
+    def enclosed(self, kind, start, closing, place):
+        match = closing.search(self.text, place)
+        if not match:
+            self.opened.append(Opened(kind, start))
+        return self.add(kind, start, match.end() if match else len(self.text))
+
+    def string(self, start):
+        """A string, and the shape behind it."""
+        end = STRING.match(self.text, start + 1).end()
+        if end == len(self.text):
+            self.opened.append(Opened("string", start))
+            return self.add("string", start, end)
+        return self.shape(self.add("string", start, end + 1))
+
+    def shape(self, place):
+        if self.text[place:place + 1] != "[":
+            return place
+        return self.enclosed("shape", place, re.compile("]"), place)
+
+    def vector(self, place, end):
+        depth = []
+        while True:
+            if self.text[place:end].endswith("("):
+                depth.append(Opened("vector", place))
+                self.add("vector", place, end)
+            elif self.text[place:end] == ")":
+                depth.pop()
+                end = self.shape(self.add("vector", place, end))
+                if not depth:
+                    return end
+            place = end
+            if place >= len(self.text):
+                break
+            if self.text[place] == "'":
+                end = self.string(place)
+                if end >= len(self.text):
+                    break
+                continue
+            match = VECTORMEMBER.match(self.text, place)
+            end = match.end()
+            part = match.group()
+            if part[0] in SPACE:
+                self.add("space", place, end)
+            elif part not in "()":
+                known = part[0] in "0123456789-\xaf.#FTINind`r" and (len(part) > 1 or part in "0123456789FT")
+                self.add("number" if known else "stray", place, end)
+        at = next((i for i, opened in enumerate(self.opened) if depth and opened.start > depth[0].start), len(self.opened))
+        self.opened[at:at] = depth
+        return len(self.text)
+
+    def iswhole(self):
+        """Does nothing but blanks and comments follow the last end of a text?"""
+        rest = [token for token in self.tokens if token.start >= self.wholeend]
+        return self.wholeend > 0 and not self.opened and all(token.kind in ("space", "comment") for token in rest)
+
+
+class Context:
+    """Is the next byte of a text inside a string, a comment or a bracketed name? Told byte by byte."""
+
+    PLAIN, STRING, COMMENT, BRACKET, VECTOR, SHAPE = "plain", "string", "comment", "bracket", "vector", "shape"
+
+    def __init__(self):
+        self.mode = self.PLAIN
+        self.word = ""  # since the last blank
+        self.depth = 0
+        self.closed = False  # did a literal end with the byte before?
+
+    def outside(self):
+        return self.mode in (self.PLAIN, self.VECTOR, self.SHAPE)
+
+    def feed(self, byte):
+        closed, self.closed = self.closed, False
+        if closed and byte == "[":
+            self.mode = self.SHAPE
+        else:
+            getattr(self, self.mode)(byte)
+
+    def leave(self):
+        self.mode = self.VECTOR if self.depth else self.PLAIN
+        self.word = ""
+
+    def plain(self, byte):
+        if byte in SPACE:
+            self.word = ""
+        elif byte in "'\"\xbc(\x02" and not self.inname(byte):
+            self.mode = {"'": self.STRING, "(": self.VECTOR, "\x02": self.BRACKET}.get(byte, self.COMMENT)
+            self.depth = int(byte == "(")
+        else:
+            self.word += byte
+
+    def inname(self, byte):
+        """Is this byte a part of the name, or of the word, that stands before it?"""
+        place, text = 0, self.word + byte
+        while place < len(self.word):
+            place = longest(text, place)[1]
+        return place > len(self.word)
+
+    def string(self, byte):
+        if byte == "'":
+            self.leave()
+            self.closed = True
+
+    def comment(self, byte):
+        if byte in '"\xbc':
+            self.leave()
+
+    def bracket(self, byte):
+        if byte == "\x03":
+            self.leave()
+
+    def vector(self, byte):
+        if byte == "'":
+            self.mode = self.STRING
+        elif byte == "(":
+            self.depth += 1
+        elif byte == ")":
+            self.depth -= 1
+            self.closed = True
+            self.leave()
+
+    def shape(self, byte):
+        if byte == "]":
+            self.leave()
