@@ -50,8 +50,9 @@ RULES = [(kind, re.compile(rule + (BOUNDARY if bounded else "")), bounded) for k
 ]]
 # The bytes that a rule may begin with go through the rules; all others begin a plain name.
 NAME = re.compile(r"[^ \t\r\n][^ \t\r\n!.;]*")
-SKIPPED = re.compile("[^'\"\xbc(\x02 \t\r\n]*")
 VECTORMEMBER = re.compile(r"[%s]+|%s|%s|." % (SPACE, alternatives(CONSTANTS) + BOUNDARY, NUMBER), re.S)
+# Numbers in a row, as one token: a literal may hold a million.
+PLAINRUN = re.compile(r"(?:[-\xaf]?[0-9]+(?:\.[0-9]+)?[%s]+)+" % SPACE)
 STRING = re.compile(r"(?:[^']|'')*")
 
 
@@ -149,6 +150,10 @@ class Scan:
                 end = self.string(place)
                 if end >= len(self.text):
                     break
+                continue
+            run = PLAINRUN.match(self.text, place)
+            if run:
+                end = self.add("number", place, run.end())
                 continue
             match = VECTORMEMBER.match(self.text, place)
             end = match.end()
