@@ -23,7 +23,6 @@ from .scanner import Scan
 from .signs import BYTES, CLOSE, EXACT, OPEN, onecharacter
 
 MARKS = {"string": "'", "comment": '"', "vector": "(", "shape": "[", "function": ":", "name": "\x02"}
-CLOSERS = {"string": "'", "comment": '"', "vector": ")", "shape": "]", "function": ";", "name": "\x03"}
 HUGE = 2000  # characters of a paste that is shown as a note in its place
 OURS = Style.from_dict({"bottom-toolbar": "noreverse #808080", "matching": "reverse", "continuation": "#808080",
                         "prompt": "bold", "depth": "#5faf87"})
@@ -136,6 +135,8 @@ class Editor:
 
     # ---- Texts.
 
+    scanned = staticmethod(scanned)
+
     def text(self, depth):
         """One or more whole texts; "" where the person dropped one, None where the session ends."""
         self.pastes.clear()
@@ -187,11 +188,6 @@ class Editor:
         opened = scanned(self.expanded(text)).opened if len(text) < completing.LONGEST else []
         marks = " ".join(MARKS[part.what] for part in opened[-3:])
         return [("class:continuation", (marks + "... ").rjust(width)[-width:])]
-
-    @staticmethod
-    def closing(text):
-        """What ends everything that a text leaves open."""
-        return "".join(CLOSERS[part.what] for part in reversed(scanned(text).opened))
 
     # ---- The toolbar.
 

@@ -120,6 +120,7 @@ class Prompt:
 
     def noteinterrupt(self):
         self.interrupted = time.monotonic()
+        self.brokenoff = True
 
     def tick(self):
         """The terminal sends an interrupt to the interpreter itself. It ignores one that comes while it still reads."""
@@ -160,21 +161,27 @@ class Prompt:
     # ---- Texts.
 
     def run(self, text):
-        """One or more texts, as they were typed."""
-        data = signs.tobytes(text) + b"\n"
+        """One or more texts, as they were typed, one after another: so the end of each is known."""
         self.screen.begin()
         self.listed = None
         self.names.update(self.editor.namesin(text))
-        self.log.add(data)
-        return self.serve(self.converse(data), text)
+        self.brokenoff = False
+        for start, end in self.editor.scanned(text).texts():
+            data = signs.tobytes(text[start:end]) + b"\n"
+            self.log.add(data)
+            wanted = self.serve(self.converse(data), text[start:end])
+            if wanted.state == engine.ENDED or self.brokenoff:
+                break
+            self.screen.resume()
+        self.screen.finish()
+        if wanted.state == engine.AT_PROMPT and self.screen.elapsed() > LONG + self.waited:
+            self.screen.note("%.2f s" % (self.screen.elapsed() - self.waited))
+        return wanted
 
     def serve(self, wanted, sofar):
         """Lets a person answer whatever the running text asks, up to the next prompt or the end."""
         while wanted.state not in (engine.AT_PROMPT, engine.ENDED):
             wanted, sofar = self.serveonce(wanted, sofar)
-        self.screen.finish()
-        if wanted.state == engine.AT_PROMPT and self.screen.elapsed() > LONG + self.waited:
-            self.screen.note("%.2f s" % (self.screen.elapsed() - self.waited))
         return wanted
 
     def serveonce(self, wanted, sofar):
@@ -183,7 +190,8 @@ class Prompt:
         answer = self.editor.answer(wanted, question, sofar)
         self.waited += time.monotonic() - since
         if answer is None:
-            closing = self.editor.closing(sofar) if wanted.state != engine.ASKS_LINE else ""
+            self.brokenoff = True
+            closing = self.editor.scanned(sofar).closing() if wanted.state != engine.ASKS_LINE else ""
             self.log.add(b'" interrupted "\n')
             with Quiet(self.noteinterrupt):
                 return self.process.leave(wanted, closing.encode(), self.screen.write), ""

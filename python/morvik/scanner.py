@@ -42,7 +42,7 @@ RULES = [(kind, re.compile(rule + (BOUNDARY if bounded else "")), bounded) for k
     ("number", NUMBER, False),
     ("string", "'", False),
     ("vector", r"`?\(", False),
-    ("name", "@?[_$.]?\x02", False),
+    ("bracket", "@?[_$.]?\x02", False),
     ("address", r"@[_$.%][A-Za-z_][0-9A-Za-z_]*|@&" + COUNT, False),
     ("address", r"@[^ \t\r\n][^ \t\r\n.;]*|@", False),
     ("name", r"[_$.%][A-Za-z_][0-9A-Za-z_]*|&" + COUNT, False),
@@ -54,6 +54,9 @@ VECTORMEMBER = re.compile(r"[%s]+|%s|%s|." % (SPACE, alternatives(CONSTANTS) + B
 # Numbers in a row, as one token: a literal may hold a million.
 PLAINRUN = re.compile(r"(?:[-\xaf]?[0-9]+(?:\.[0-9]+)?[%s]+)+" % SPACE)
 STRING = re.compile(r"(?:[^']|'')*")
+
+
+CLOSERS = {"string": "'", "comment": '"', "vector": ")", "shape": "]", "function": ";", "name": "\x03"}
 
 
 class Token(NamedTuple):
@@ -79,14 +82,14 @@ def longest(text, place):
 
 
 class Scan:
-    """All tokens of a text, what it leaves open, and where its last whole text ends."""
+    """All tokens of a text, what it leaves open, and where its whole texts end."""
 
-    def __init__(self, text, start=0):
+    def __init__(self, text):
         self.text = text
         self.tokens: List[Token] = []
         self.opened: List[Opened] = []
-        self.wholeend = start  # behind the last end of a text
-        place = start
+        self.ends: List[int] = []  # behind the end of each whole text
+        place = 0
         while place < len(text):
             place = self.step(place)
 
@@ -102,7 +105,7 @@ class Scan:
             return self.string(place)
         if kind == "vector":
             return self.vector(place, end)
-        if self.text[end - 1] == "\x02" and kind == "name":
+        if kind == "bracket":
             return self.enclosed("name", place, re.compile("\x03"), end)
         if kind == "open":
             self.opened.append(Opened("function", place))
@@ -110,7 +113,7 @@ class Scan:
             self.opened.pop()
         elif kind == "end":
             self.opened.clear()
-            self.wholeend = end
+            self.ends.append(end)
         return self.add(kind, place, end)
 
     def enclosed(self, kind, start, closing, place):
@@ -140,6 +143,7 @@ class Scan:
                 self.add("vector", place, end)
             elif self.text[place:end] == ")":
                 depth.pop()
+                end += self.text[end:end + 1] == "`"
                 end = self.shape(self.add("vector", place, end))
                 if not depth:
                     return end
@@ -167,10 +171,26 @@ class Scan:
         self.opened[at:at] = depth
         return len(self.text)
 
+    def rest(self):
+        """The tokens behind the last whole text, but for blanks and comments."""
+        end = self.ends[-1] if self.ends else 0
+        return [token for token in self.tokens if token.start >= end and token.kind not in ("space", "comment")]
+
     def iswhole(self):
         """Does nothing but blanks and comments follow the last end of a text?"""
-        rest = [token for token in self.tokens if token.start >= self.wholeend]
-        return self.wholeend > 0 and not self.opened and all(token.kind in ("space", "comment") for token in rest)
+        return bool(self.ends) and not self.opened and not self.rest()
+
+    def closing(self):
+        """What ends everything that is open."""
+        return "".join(CLOSERS[part.what] for part in reversed(self.opened))
+
+    def texts(self):
+        """Each text by itself, (from, to); the last one with what follows it, if that is no text."""
+        if not self.ends:
+            return [(0, len(self.text))]
+        starts = [0, *self.ends]
+        ends = [*self.ends[:-1], len(self.text)] if self.iswhole() else [*self.ends, len(self.text)]
+        return list(zip(starts, ends))
 
 
 class Context:
@@ -182,15 +202,17 @@ class Context:
         self.mode = self.PLAIN
         self.word = ""  # since the last blank
         self.depth = 0
-        self.closed = False  # did a literal end with the byte before?
+        self.closed = ""  # the byte before, where a literal ended with it
 
     def outside(self):
         return self.mode in (self.PLAIN, self.VECTOR, self.SHAPE)
 
     def feed(self, byte):
-        closed, self.closed = self.closed, False
+        closed, self.closed = self.closed, ""
         if closed and byte == "[":
             self.mode = self.SHAPE
+        elif closed == ")" and byte == "`":
+            pass
         else:
             getattr(self, self.mode)(byte)
 
@@ -217,7 +239,7 @@ class Context:
     def string(self, byte):
         if byte == "'":
             self.leave()
-            self.closed = True
+            self.closed = byte
 
     def comment(self, byte):
         if byte in '"\xbc':
@@ -234,7 +256,7 @@ class Context:
             self.depth += 1
         elif byte == ")":
             self.depth -= 1
-            self.closed = True
+            self.closed = byte
             self.leave()
 
     def shape(self, byte):

@@ -35,8 +35,10 @@ class Screen:
         self.spinning = False
 
     def resume(self):
-        """After an answer to a running programme."""
-        self.line, self.kept, self.atstart = "", bytearray(), True
+        """After an answer to a running programme, and between two texts."""
+        if self.line:
+            self.put("\n")
+        self.atstart = True
 
     # ---- Output.
 
@@ -112,6 +114,7 @@ class Screen:
         self.stream.write(("\x1b[A" if ended else "") + "\r\x1b[K")
         self.stream.flush()
         self.line = ""
+        self.atstart = True
         return asked
 
     # ---- The spinner stands behind what was printed, and goes before more is.
