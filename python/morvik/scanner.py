@@ -16,6 +16,7 @@ PART = (r"(?:%s?(?:%s(?:\.%s)?|\.%s)(?:[Ee][-+\xaf]?%s)?|%s?(?:Infinity|Inf|inf)
         % (MINUS, DIGITS, DIGITS, DIGITS, DIGITS, MINUS))
 NUMBER = (r"`?0#[01|]+`?|(?:#r?|d?r?|r)?%s(?:[i-o]%s)+|(?:#r?|d?r?|r)?%s(?:[p-v]%s)+|%s"
           % (PART, PART, PART, PART, PART))
+AT = "@[%s]*" % SPACE  # blanks behind it are passed over
 COUNT = MINUS + "?" + DIGITS
 
 
@@ -42,9 +43,9 @@ RULES = [(kind, re.compile(rule + (BOUNDARY if bounded else "")), bounded) for k
     ("number", NUMBER, False),
     ("string", "'", False),
     ("vector", r"`?\(", False),
-    ("bracket", "@?[_$.]?\x02", False),
-    ("address", r"@[_$.%][A-Za-z_][0-9A-Za-z_]*|@&" + COUNT, False),
-    ("address", r"@[^ \t\r\n][^ \t\r\n.;]*|@", False),
+    ("bracket", "(?:@[%s]*)?[_$.]?\x02" % SPACE, False),
+    ("address", AT + r"(?:[_$.%][A-Za-z_][0-9A-Za-z_]*|&" + COUNT + ")", False),
+    ("address", AT + r"(?![_$.]?\x02|[_$.%][A-Za-z_]|&" + COUNT + r")[^ \t\r\n][^ \t\r\n.;]*|" + AT, False),
     ("name", r"[_$.%][A-Za-z_][0-9A-Za-z_]*|&" + COUNT, False),
     ("space", "[%s]+" % SPACE, False),
 ]]
@@ -222,19 +223,20 @@ class Context:
 
     def plain(self, byte):
         if byte in SPACE:
-            self.word = ""
+            self.word = "@" if self.word[-1:] == "@" and not self.inname(byte, "@") else ""
         elif byte in "'\"\xbc(\x02" and not self.inname(byte):
             self.mode = {"'": self.STRING, "(": self.VECTOR, "\x02": self.BRACKET}.get(byte, self.COMMENT)
             self.depth = int(byte == "(")
         else:
             self.word += byte
 
-    def inname(self, byte):
-        """Is this byte a part of the name, or of the word, that stands before it?"""
-        place, text = 0, self.word + byte
+    def inname(self, byte, but=""):
+        """Is this byte a part of the name, or of the word, that stands before it, and not of the token `but`?"""
+        place, text, kind, start = 0, self.word + byte, "", 0
         while place < len(self.word):
-            place = longest(text, place)[1]
-        return place > len(self.word)
+            start = place
+            kind, place = longest(text, place)
+        return place >= len(self.word) + (not but) and kind != "bracket" and self.word[start:] != (but or None)
 
     def string(self, byte):
         if byte == "'":

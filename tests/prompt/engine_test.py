@@ -144,7 +144,7 @@ class Wholeness(Conversation):
     """What the prompt takes for a whole text is one for the interpreter."""
 
     PIECES = ["1", " ", " ", "\n", "'", "''", '"', "(", ")", "[", "]", "[2]", ".", " .", ". ", ";", ":", "::", " @x ", "x", "a'b", "_y",
-              "2.5", "3.", "#PI", "T", "+", "DUP", "END", " END ", "FUNCTIONEND ", "\x02", "\x03", "%l", "&1", "`(", ")`", "0#1", "-",
+              "2.5", "3.", "#PI", "T", "+", "DUP", "END", " END ", "FUNCTIONEND ", "\x02", "\x03", "@\x02", "$\x02", "@", "%l", "&1", "`(", ")`", "0#1", "-",
               "×", "é", "v", "..", ".]", "[.", ",[]", "MARK "]
 
     def test_random_texts(self):
@@ -161,7 +161,7 @@ class Wholeness(Conversation):
             if wanted.state == UNFINISHED:
                 wanted = self.process.leave(wanted, scan.closing().encode("latin-1"))
                 self.assertEqual(wanted.state, AT_PROMPT, repr(text))
-            self.assertEqual(self.process.converse(b" CLEAR .\n").state, AT_PROMPT, repr(text))
+            self.assertEqual(self.process.converse(b" CLEAR WIPE .\n").state, AT_PROMPT, repr(text))
         self.assertGreater(whole, 100)
 
 

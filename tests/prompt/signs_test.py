@@ -9,7 +9,7 @@ import unittest
 
 from package import ROOT
 
-from morvik import signs, vocabulary
+from morvik import scanner, signs, vocabulary
 
 # What opens, closes or looks like what opens and closes, and what both sides could take for something else.
 PIECES = ["'", '"', "(", ")", "[", "]", " ", "\n", "ADD", "SIN", "x", "12", "@", "_", ".", ";", "!", "$", "\x02", "\x03", "\0",
@@ -52,6 +52,21 @@ class ThereAndBack(unittest.TestCase):
     def test_all_sources_of_the_project(self):
         for path in [*ROOT.glob("examples/*.morvik"), *ROOT.glob("tests/transcripts/*/*.morvik")]:
             self.check_identity(path.read_bytes())
+
+
+class Contexts(unittest.TestCase):
+    """Byte by byte, strings and comments are where the scan of the whole has them."""
+
+    def test_pieces_at_random(self):
+        draw = random.Random(21)
+        for _ in range(3000):
+            text = b"".join(draw.choices(BYTES, k=draw.randrange(1, 10))).decode("latin-1")
+            context = scanner.Context()
+            for byte in text:
+                context.feed(byte)
+            opened = scanner.Scan(text).opened
+            inside = bool(opened) and opened[-1].what in ("string", "comment", "name")
+            self.assertEqual(context.outside(), not inside, repr(text))
 
 
 class ToBytes(unittest.TestCase):
