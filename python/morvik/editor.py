@@ -5,6 +5,7 @@ import os
 from prompt_toolkit import PromptSession
 from prompt_toolkit.application import get_app, run_in_terminal
 from prompt_toolkit.auto_suggest import AutoSuggestFromHistory
+from prompt_toolkit.completion import CompleteEvent, get_common_complete_suffix
 from prompt_toolkit.enums import EditingMode
 from prompt_toolkit.filters import Condition, has_completions, is_searching
 from prompt_toolkit.formatted_text import FormattedText
@@ -112,11 +113,12 @@ class Editor:
         self.pastes = {}
         colourless = plain or bool(os.environ.get("NO_COLOR"))
         lexer = PygmentsLexer(colours.MorvikLexer)
+        self.completer = completing.MorvikCompleter(prompt.knownnames, self.options.signs)
         common = {
             "editing_mode": EditingMode.VI if self.options.editing == "vi" else EditingMode.EMACS,
             "lexer": DynamicLexer(lambda: SimpleLexer() if self.islong() else lexer),
             "style": merge_styles([style_from_pygments_cls(colours.MorvikStyle), OURS]),
-            "completer": completing.MorvikCompleter(prompt.knownnames, self.options.signs),
+            "completer": self.completer,
             "complete_in_thread": False,
             "color_depth": ColorDepth.DEPTH_1_BIT if colourless else None,
             "input_processors": [MatchingPairs()],
@@ -231,7 +233,7 @@ class Editor:
                 buffer.delete_before_cursor(sign[0])
                 buffer.insert_text(sign[1])
             else:
-                buffer.start_completion(insert_common_part=True)
+                self.complete(buffer)
 
         @keys.add("c-c")
         def _(event):
@@ -266,6 +268,18 @@ class Editor:
             self.options.dot = not self.options.dot
 
         return keys
+
+    def complete(self, buffer):
+        """Puts in what all completions have in common; where that is nothing new, shows them."""
+        document = buffer.document
+        found = list(self.completer.get_completions(document, CompleteEvent(completion_requested=True)))
+        common = get_common_complete_suffix(document, found)
+        if len(found) == 1:
+            buffer.apply_completion(found[0])
+        elif common:
+            buffer.insert_text(common)
+        elif found:
+            buffer.start_completion(select_first=False)
 
     def noted(self, data):
         """A huge paste stands in the text as a note, and is put in its place when the text is sent."""

@@ -92,7 +92,7 @@ class Person:
     def say(self, text, depth=r"\d+"):
         """Types a text and Enter, and waits for the prompt after the answer. Returns what is on the screen."""
         self.type("\x0c")  # an empty screen
-        self.until(r"\AMorvik \[\d+\]>")
+        self.until(r"\AMorvik \[\d+\]>$")
         self.type(text + "\r")
         self.until(r"^Morvik \[\d+\]> \S")
         return self.untilprompt(depth)
