@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Writes docs/words.md and python/morvik/vocabulary.py: every word of the language, from the tables that the scanner and
-the machine are made from."""
+"""Writes docs/words.md, python/morvik/vocabulary.py and editors/vscode/words.json: every word of the language, from the
+tables that the scanner and the machine are made from."""
+import json
 import pprint
 import struct
 import sys
@@ -149,7 +150,19 @@ def vocabulary():
             + "".join("\n# %s\n%s = %s\n" % (what, name, pprint.pformat(rows, width=120)) for name, what, rows in tops))
 
 
-TARGETS = {"docs/words.md": page, "python/morvik/vocabulary.py": vocabulary}
+def meanings():
+    """What an editor shows beside words: spellings with signs, effect and meaning."""
+    listed = [(word.spellings, word.effect, word.meaning) for word in words()]
+    listed += [([spelling.split()[0] for spelling in spellings], "", meaning) for spellings, meaning in STRUCTURE]
+    listed += [(row.spellings, "", value(row)) for row in tables.constants()]
+    rows = [{"spellings": [signed(spelling) for spelling in spellings], "effect": effect, "meaning": meaning}
+            for spellings, effect, meaning in listed]
+    return '{"signs": %s,\n"words": [\n%s\n]}\n' % (
+        json.dumps({chr(byte): row.sign for byte, row in GLYPHS.items()}, ensure_ascii=False),
+        ",\n".join(json.dumps(row, ensure_ascii=False) for row in rows))
+
+
+TARGETS = {"docs/words.md": page, "python/morvik/vocabulary.py": vocabulary, "editors/vscode/words.json": meanings}
 
 
 if __name__ == "__main__":
