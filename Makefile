@@ -4,7 +4,8 @@
 #   make prompt   builds and starts the prompt with history, completion and help (ARGS="--vi -- -c4" passes options on)
 #   make test     every test; test-debug, test-asan, test-tsan, test-checking: the same in those builds
 #                 (TESTS="REGEX" chooses by name)
-#   make bless    rewrites expectations of transcripts (NAMES="folder folder/name.morvik" chooses); read the difference
+#   make bless    rewrites expectations of transcripts (NAMES="folder folder/name.morvik" chooses); bless-lists: the lists
+#                 that unit tests compare with; read the difference
 #   make lint     format, clang-tidy and the lints
 #   make format   formats
 #   make fuzz     fuzzes for SECONDS, and proves that a planted bug is found
@@ -23,7 +24,7 @@ JOBS ?= $(shell nproc)
 export JOBS
 
 .DEFAULT_GOAL := build
-.PHONY: build run prompt test bless lint format fuzz bench mutate clean
+.PHONY: build run prompt test bless bless-lists lint format fuzz bench mutate clean
 
 build:
 	@tools/need build
@@ -54,6 +55,11 @@ bless:
 	@tools/need build test
 	@tools/build release morvik
 	@python3 -B tests/transcripts/run.py --bless build/morvik $(NAMES)
+
+bless-lists:
+	@tools/need build test
+	@tools/build release unit_tests
+	@build/tests/unit_tests --update --gtest_brief=1
 
 lint:
 	@tools/need build test lint

@@ -14,6 +14,7 @@ TRIES = 12
 LEFT_OUT = re.compile(r"READ|WRITE|APPEND|OPEN|CLOSE|SAVE|LOAD|DUMP|REMEMBER|SEEK|REWIND|DATA|INPUT|QUOTE|QUAD|EDIT|WAIT|SLEEP"
                       r"|TRACE|STEP|RUN|BREAK|OFF|QUIT|ENDPROCESS|WIPE|CONTEXT|DICTIONARY|SED|STREAM|GOTO|JUMP|CALL$|YIELD"
                       r"|RETURN|POSITION")
+MESSAGE = re.compile(r"^\d+ - |^-- ", re.M)
 CLOSING = re.compile(rb"\n--- Spent: .*\s*\Z")
 
 
@@ -28,16 +29,22 @@ def texts(word):
     return [" ".join([*operands, spelling, "."]) for operands in itertools.islice(every, TRIES)]
 
 
-def session(binary, word):
-    """The text and its answer, or nothing where none of the operands fits."""
-    for text in texts(word):
-        with tempfile.TemporaryDirectory(prefix="morvik-") as folder:
-            try:
-                run = subprocess.run([binary, "-q"], input=text.encode() + b"\n", capture_output=True, cwd=folder,
-                                     timeout=SECONDS, check=False)
-            except (OSError, subprocess.TimeoutExpired):
-                return None
-        if run.returncode == 0 and not run.stderr and b"-- " not in CLOSING.sub(b"", run.stdout):
-            said = CLOSING.sub(b"", run.stdout).decode("utf-8", "replace")
-            return "Morvik [0]> %s\n%s" % (text, said.strip("\n"))
+def run(binary, text):
+    """(what is printed, was there no message) for a text in an interpreter of its own, or nothing where it does not end."""
+    with tempfile.TemporaryDirectory(prefix="morvik-") as folder:
+        try:
+            done = subprocess.run([binary, "-q"], input=text.encode("latin-1") + b"\n", stdout=subprocess.PIPE,
+                                  stderr=subprocess.STDOUT, cwd=folder, timeout=SECONDS, check=False)
+        except (OSError, subprocess.TimeoutExpired):
+            return None
+    said = CLOSING.sub(b"", done.stdout).decode("utf-8", "replace")
+    return said.strip("\n"), done.returncode == 0 and not MESSAGE.search(said)
+
+
+def session(binary, what):
+    """A text and its answer: the text given, or one for a Word; nothing where none of the operands fits."""
+    for text in [what] if isinstance(what, str) else texts(what):
+        found = run(binary, text)
+        if found and (found[1] or isinstance(what, str)):
+            return "Morvik [0]> %s\n%s" % (text, found[0])
     return None

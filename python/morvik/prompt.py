@@ -153,10 +153,10 @@ class Prompt:
             self.listed = self.peeker.names() if self.wanted.state == engine.AT_PROMPT else []
         return self.names.union(self.listed)
 
-    def example(self, word):
-        """A small session with a word, run in an interpreter of its own."""
+    def example(self, what):
+        """A small session with a word, or with a text, run in an interpreter of its own."""
         from . import examples  # pylint: disable=import-outside-toplevel
-        return examples.session(self.command[0], word)
+        return examples.session(self.command[0], what)
 
     # ---- Texts.
 

@@ -5,11 +5,6 @@ import textwrap
 
 from . import signs, vocabulary
 
-try:
-    from . import advice
-except ImportError:
-    advice = None
-
 
 class Word:
     def __init__(self, spellings, needs, effect, meaning):
@@ -41,8 +36,7 @@ MEANINGS = {}
 for _word in WORDS:
     for _spelling in _word.signed():
         MEANINGS.setdefault(_spelling, []).append(_word)
-MESSAGES = dict(vocabulary.MESSAGES)
-MESSAGELINES = {text for _, text in vocabulary.MESSAGES}
+MESSAGES = {number: rest for number, *rest in vocabulary.MESSAGES}
 
 FINDING = """\
 ?WORD   what a word means, takes and leaves      ?SIN
@@ -60,7 +54,8 @@ F4      keys of Emacs or of Vi                     F5         a full stop at the
 
 
 def answer(question, example=None):
-    """The help that a line beginning with a question mark asks for. `example` runs a text and returns what it prints."""
+    """The help that a line beginning with a question mark asks for. `example` runs a text, or one made for a word, and
+    returns the session."""
     question = question.strip()[1:]
     if not question:
         return FINDING
@@ -69,7 +64,7 @@ def answer(question, example=None):
     if question == "signs":
         return "\n".join("%s  %02X  %-18s %s" % (sign, byte, typed, twin) for byte, sign, typed, twin in vocabulary.GLYPHS)
     if question.isdigit():
-        return message(int(question))
+        return message(int(question), example)
     found = MEANINGS.get(question) or MEANINGS.get(question.upper()) or MEANINGS.get(signs.TYPED.get(question, ""))
     return "\n\n".join(map(lambda word: page(word, example), found)) if found else search(question)
 
@@ -83,15 +78,18 @@ def page(word, example):
     return "\n".join(lines + (["", textwrap.indent(session, "  ")] if session else []))
 
 
-def message(number):
+def message(number, example=None):
     if number not in MESSAGES:
         return "There is no message %d." % number
-    lines = [MESSAGES[number]]
-    if advice and number in advice.ADVICE:
-        cause, cure = advice.ADVICE[number]
-        lines += textwrap.wrap("Why: " + cause, 76, initial_indent="  ", subsequent_indent="       ")
-        lines += textwrap.wrap("What helps: " + cure, 76, initial_indent="  ", subsequent_indent="       ")
-    return "\n".join(lines)
+    text, when, left, cure, shown = MESSAGES[number]
+    lines = [text, *told("When:  ", when), *told("Left:  ", left), *told("Helps: ", cure)]
+    session = example(shown + " .") if example and shown else None
+    return "\n".join(lines + (["", textwrap.indent(session, "  ")] if session else []))
+
+
+def told(title, text):
+    """A column of the table, as lines."""
+    return textwrap.wrap(text.replace("`", ""), 84, initial_indent="  " + title, subsequent_indent=" " * (2 + len(title)))
 
 
 def search(text):

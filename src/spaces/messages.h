@@ -5,7 +5,7 @@
 #include <cstdint>
 
 namespace morvik::messages {
-#define MESSAGE(number, name, text) inline constexpr std::int32_t name = number;
+#define MESSAGE(number, name, ...) inline constexpr std::int32_t name = number;
 #include "tables/messages.def"
 #undef MESSAGE
 }  // namespace morvik::messages

@@ -187,7 +187,7 @@ def work(queue, suite, texts, equivalents, skip):
 
 
 def prepare(root, folders, names, kind):
-    """A suite for each folder, with the tree in it as it stands. The first one runs it without a change, and the others
+    """A suite for each folder, with a copy of the tree in it. The first one runs it without a change, and the others
     go by its times. Ends the process where something fails without a change."""
     suites, fingerprint = [], fingerprintof(root, {name for name in names if not name.startswith("tests/mutation/")})
     for folder in folders:

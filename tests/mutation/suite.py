@@ -82,6 +82,10 @@ class Suite:
         return self.test("transcripts", (*PYTHON, self.tests / "transcripts" / "run.py", "--first", "--timeout", "150",
                                          self.binary, *folders, self.workshop.tree / "examples"))
 
+    def lines(self):
+        return self.test("lines", (*PYTHON, self.tests / "lines" / "run.py", "--timeout", "150", self.binary,
+                                   *sorted((self.tests / "lines").glob("*.lines"))))
+
     def rest(self):
         """What needs a terminal, the pool, the clock."""
         for folder in ("terminal", "pool"):
@@ -101,9 +105,9 @@ class Suite:
         tests are compiled anew."""
         near, others = self.unitsteps(path)
         if path.suffix == ".cpp":
-            order = [self.make("morvik", "unit_tests"), *near, self.transcripts(path), *others]
+            order = [self.make("morvik", "unit_tests"), *near, self.lines(), self.transcripts(path), *others]
         else:
-            order = [self.make("morvik"), self.transcripts(path), self.make("unit_tests"), *near, *others]
+            order = [self.make("morvik"), self.lines(), self.transcripts(path), self.make("unit_tests"), *near, *others]
         return [*order, *self.rest(), *(self.lints() if path.suffix == ".def" else [])]
 
     def perform(self, steps):
@@ -125,7 +129,7 @@ class Suite:
         report = self.workshop.folder / "units.json"
         everycase = self.cases((self.tests / "unit").glob("*_test.cpp"))
         units = self.units("unit", everycase, "--gtest_output=json:%s" % report)
-        seconds, complaint = self.perform([*units, self.transcripts(None), *self.rest(), *self.lints()])
+        seconds, complaint = self.perform([*units, self.lines(), self.transcripts(None), *self.rest(), *self.lints()])
         if not complaint:
             self.learn({**seconds, **secondsofcases(report, seconds["unit"])})
         return complaint

@@ -112,8 +112,15 @@ class Help(unittest.TestCase):
             self.assertIn(signed, words.answer("?" + signed).split())
 
     def test_every_message_is_told(self):
-        for number, text in vocabulary.MESSAGES:
-            self.assertTrue(words.answer("?%d" % number).startswith(text))
+        for number, text, when, _, cure, _ in vocabulary.MESSAGES:
+            said = words.answer("?%d" % number)
+            self.assertTrue(said.startswith(text))
+            for part in (when, cure):
+                self.assertIn(" ".join(part.replace("`", "").split()), " ".join(said.split()))
+
+    def test_a_message_is_shown_by_a_session(self):
+        said = words.answer("?17", lambda text: examples.session(BINARY, text))
+        self.assertRegex(said, r"(?s)\n\n  Morvik \[0\]> .* \.\n.*17 - dyadic function arguments")
 
     def test_searching(self):
         self.assertIn("ASIN", words.answer("?inverse of the sine".replace(" ", " ")))

@@ -23,7 +23,7 @@ def run(text, prepare=None, **streams):
 
 class BadInput(unittest.TestCase):
     def check(self, text, out=None, err=b"", prepare=None):
-        """Runs a text and one more after it; `out` stands ahead of what that one shows, where it is given."""
+        """Runs a text and one more after it; `out` is ahead of what that one shows, where it is given."""
         ended = run(text + b"\n" + AFTER, prepare)
         self.assertEqual(ended.stderr, err, text[:80])
         self.assertIn(CLOSED, ended.stdout, text[:80])
@@ -77,7 +77,7 @@ class BadInput(unittest.TestCase):
         said = b"No more active memory available\n\n27 - out of main storage.\n"
         self.check(numbers, None, said, limit)
         self.check(b"'" + b"x" * 4 * MEBIBYTE + b"' .", None, said, limit)
-        # What had been built is given back: there is room again.
+        # What had been built is given back: there is memory again.
         self.check(numbers + b" (" + b"1 " * 100000 + b") SHAPE .", None, said, limit)
 
     @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")

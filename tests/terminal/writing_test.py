@@ -61,7 +61,7 @@ class Writing(Folder):
             self.assertEqual(reports(err), [number], word)
         self.assertFalse(glob.glob("/dev/.morvik-*"))
 
-    def test_an_editor_without_room(self):
+    def test_an_editor_on_a_full_disk(self):
         """A draft that is cut is not edited."""
         out, err = self.run_text("5000 .. EDIT 'not run' .\nSHAPE .\n", limits=[(resource.RLIMIT_FSIZE, 4096)],
                                  **{"$EDITOR": "touch edited; true"})

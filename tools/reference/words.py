@@ -145,7 +145,8 @@ def vocabulary():
             ("WORDS", "spellings of one thing, operands, stack effect, meaning", listed),
             ("STRUCTURE", "spellings, meaning", structure),
             ("CONSTANTS", "spellings, value", constants),
-            ("MESSAGES", "number, text", tables.messages())]
+            ("MESSAGES", "number, text, when it comes, what is left, what helps, a text that shows it",
+             [(row.number, row.text, row.when, row.left, row.cure, row.session) for row in tables.messages()])]
     return ('"""The words of the language. Made by tools/reference/words.py; not to be edited."""\n'
             + "".join("\n# %s\n%s = %s\n" % (what, name, pprint.pformat(rows, width=120)) for name, what, rows in tops))
 
