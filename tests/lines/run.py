@@ -62,7 +62,7 @@ def read(path):
 
 
 def answer(output):
-    """What a text printed, as it stands behind the arrow: messages as !N, line feeds as \\n, no frame around it."""
+    """What a text printed, as the answer behind the arrow: messages as !N, line feeds as \\n, no frame around it."""
     text = MESSAGE.sub("\0\\1 ", output.replace(NOTICE, "")).strip("\n").removeprefix(" ")
     text = re.sub(r"(\0\d+) -?\Z", r"\1", text)
     return "\\n".join(map(expectation.encodeline, text.split("\n"))).replace("\\0", "!")
