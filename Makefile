@@ -1,6 +1,7 @@
 # The targets. CMake does the work; every target first installs what it lacks, where it may.
 #
 #   make run      builds and starts the prompt, or runs what is piped in (ARGS="-q" passes options on)
+#   make prompt   builds and starts the prompt with history, completion and help (ARGS="--vi -- -c4" passes options on)
 #   make test     every test; test-debug, test-asan, test-tsan, test-checking: the same in those builds
 #                 (TESTS="REGEX" chooses by name)
 #   make bless    rewrites expectations of transcripts (NAMES="folder folder/name.morvik" chooses); bless-lists: the lists
@@ -8,6 +9,7 @@
 #   make lint     format, clang-tidy and the lints
 #   make format   formats
 #   make fuzz     fuzzes for SECONDS, and proves that a planted bug is found
+#   make campaign runs all that looks for faults at random, for SECONDS in all, from SEED on
 #   make bench    measures
 #   make mutate   plants SAMPLE changes in the sources, drawn by SEED, and names those that no test finds (MUTATE="--again
 #                 --report --only src/files" passes options on)
@@ -23,7 +25,7 @@ JOBS ?= $(shell nproc)
 export JOBS
 
 .DEFAULT_GOAL := build
-.PHONY: build run test bless bless-lists lint format fuzz bench mutate clean
+.PHONY: build run prompt test bless bless-lists lint format fuzz campaign bench mutate clean
 
 build:
 	@tools/need build
@@ -34,6 +36,11 @@ run:
 	@tools/need build
 	@if [ -t 0 ]; then tools/build release morvik; else tools/build -q release morvik; fi
 	@exec build/morvik $(ARGS)
+
+prompt:
+	@tools/need build prompt
+	@tools/build -q release morvik
+	@exec tools/python prompt_toolkit pygments -- python/morvik-prompt --interpreter build/morvik $(ARGS)
 
 test:
 	@tools/need build test
@@ -67,6 +74,13 @@ format:
 fuzz:
 	@tools/need build fuzz
 	@tests/fuzz/run $(SECONDS)
+
+campaign: SECONDS = 3600
+campaign:
+	@tools/need build test fuzz
+	@for preset in release asan checking tsan; do tools/build $$preset morvik || exit 1; done
+	@tools/build fuzz
+	@python3 -B tests/campaign/run.py --seconds $(SECONDS) --seed $(SEED) --jobs $(JOBS)
 
 bench:
 	@tools/need build bench

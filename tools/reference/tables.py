@@ -45,6 +45,13 @@ class Constant(NamedTuple):
     spellings: List[bytes]
 
 
+class Glyph(NamedTuple):
+    byte: int
+    sign: str
+    typed: str
+    twin: bytes  # empty: the byte means nothing alone
+
+
 class Message(NamedTuple):
     number: int
     name: str
@@ -101,6 +108,13 @@ def keywords():
 def constants():
     return [Constant(*columns[:4], [text(spelling) for spelling in columns[4:]])
             for _, columns in rows("constants.def", "CONSTANT")]
+
+
+def glyphs():
+    """The signs of the private bytes, in the order of the bytes."""
+    path, = ROOT.glob("src/*/glyphs.def")
+    found = re.findall(r'^GLYPH\(0x(\w+), "(.)", ("[^"]*"), ("(?:[^"\\]|\\.)*")\)$', path.read_text(encoding="utf-8"), re.M)
+    return [Glyph(int(byte, 16), sign, text(typed).decode(), text(twin)) for byte, sign, typed, twin in found]
 
 
 def messages():
