@@ -112,7 +112,7 @@ class Engine:
             stack = int(call[-2], 16)
             ignored = int(re.search(rb"SigIgn:\s*(\w+)", self.about("status")).group(1), 16)
             return Observed(stack, bool(ignored & INTERRUPT))
-        except PermissionError:
+        except (PermissionError, FileNotFoundError):
             return self.guess()
         except (OSError, ValueError, AttributeError):
             return None

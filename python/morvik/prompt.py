@@ -1,5 +1,6 @@
 """The prompt: reads texts with everything that eases typing, and has the interpreter behind pipes run them."""
 import argparse
+import contextlib
 import os
 import pathlib
 import shutil
@@ -59,27 +60,37 @@ class Log:
             self.file.flush()
 
 
-class Quiet:
-    """The terminal while a programme runs: nothing is echoed, no line is cut, and keys still interrupt."""
+class Keys:
+    """The terminal between two line edits: nothing is echoed, no line is cut, and keys send no signals but wait for the
+    next edit. While a programme runs they do (`running`), to the interpreter itself, and to us through `interrupt`."""
 
     def __init__(self, interrupt):
         self.interrupt = interrupt
         self.descriptor = sys.stdin.fileno()
+        self.before = termios.tcgetattr(self.descriptor)
+
+    def change(self, signals):
+        modes = termios.tcgetattr(self.descriptor)
+        modes[3] &= ~(termios.ECHO | termios.ICANON | termios.ISIG)
+        modes[3] |= termios.ISIG if signals else 0
+        termios.tcsetattr(self.descriptor, termios.TCSADRAIN, modes)
 
     def __enter__(self):
-        self.modes = termios.tcgetattr(self.descriptor)
-        modes = termios.tcgetattr(self.descriptor)
-        modes[3] &= ~(termios.ECHO | termios.ICANON)
-        modes[3] |= termios.ISIG
-        termios.tcsetattr(self.descriptor, termios.TCSADRAIN, modes)
-        self.handler = signal.signal(signal.SIGINT, lambda *_: self.interrupt())
-        self.quithandler = signal.signal(signal.SIGQUIT, lambda *_: self.interrupt())
+        self.change(False)
         return self
 
     def __exit__(self, *_):
-        signal.signal(signal.SIGINT, self.handler)
-        signal.signal(signal.SIGQUIT, self.quithandler)
-        termios.tcsetattr(self.descriptor, termios.TCSADRAIN, self.modes)
+        termios.tcsetattr(self.descriptor, termios.TCSADRAIN, self.before)
+
+    @contextlib.contextmanager
+    def running(self):
+        for number in (signal.SIGINT, signal.SIGQUIT):
+            signal.signal(number, lambda *_: self.interrupt())
+        self.change(True)
+        try:
+            yield
+        finally:
+            self.change(False)
 
 
 def environment():
@@ -98,6 +109,7 @@ class Prompt:
         self.screen = Screen(large=options.large, limit=options.limit, plain=plain)
         self.process = engine.Engine(command, environment())
         self.process.start()
+        self.keys = Keys(self.noteinterrupt)
         # What is typed is a matter of milliseconds to import, and the process starts meanwhile.
         from . import editor, peek  # pylint: disable=import-outside-toplevel
         self.peeker = peek.Peeker(self.process)
@@ -115,7 +127,7 @@ class Prompt:
 
     def converse(self, data):
         self.interrupted = 0
-        with Quiet(self.noteinterrupt):
+        with self.keys.running():
             return self.process.converse(data, self.screen.write, self.tick)
 
     def noteinterrupt(self):
@@ -185,21 +197,27 @@ class Prompt:
         return wanted
 
     def serveonce(self, wanted, sofar):
-        question = self.screen.question()
-        since = time.monotonic()
-        answer = self.editor.answer(wanted, question, sofar)
-        self.waited += time.monotonic() - since
+        # An interrupt that came when the process had just begun to read a text, which ignores it, counts as one here.
+        answer = None if self.interrupted else self.ask(wanted, sofar)
         if answer is None:
             self.brokenoff = True
             closing = self.editor.scanned(sofar).closing() if wanted.state != engine.ASKS_LINE else ""
             self.log.add(b'" interrupted "\n')
-            with Quiet(self.noteinterrupt):
+            self.interrupted = 0
+            with self.keys.running():
                 return self.process.leave(wanted, closing.encode(), self.screen.write), ""
         data = (answer.encode("utf-8", "surrogateescape") if wanted.state == engine.ASKS_LINE else signs.tobytes(answer))
         self.log.add(data + b"\n")
         self.screen.resume()
         open_ = sofar + "\n" + answer if wanted.state == engine.UNFINISHED else answer
         return self.converse(data + b"\n"), open_
+
+    def ask(self, wanted, sofar):
+        question = self.screen.question()
+        since = time.monotonic()
+        answer = self.editor.answer(wanted, question, sofar)
+        self.waited += time.monotonic() - since
+        return answer
 
     def session(self):
         self.waited = 0.0
@@ -257,4 +275,6 @@ def main(arguments=None):
     # Measuring runs would count what is asked between texts.
     if any(option.startswith(("-i", "-t", "-p")) for option in given.passed):
         options.toolbar = False
-    return Prompt(command, options).session()
+    prompt = Prompt(command, options)
+    with prompt.keys:
+        return prompt.session()
