@@ -9,6 +9,7 @@
 #   make lint     format, clang-tidy and the lints
 #   make format   formats
 #   make fuzz     fuzzes for SECONDS, and proves that a planted bug is found
+#   make campaign runs all that looks for faults at random, for SECONDS in all, from SEED on
 #   make bench    measures
 #   make mutate   plants SAMPLE changes in the sources, drawn by SEED, and names those that no test finds (MUTATE="--again
 #                 --report --only src/files" passes options on)
@@ -24,7 +25,7 @@ JOBS ?= $(shell nproc)
 export JOBS
 
 .DEFAULT_GOAL := build
-.PHONY: build run prompt test bless bless-lists lint format fuzz bench mutate clean
+.PHONY: build run prompt test bless bless-lists lint format fuzz campaign bench mutate clean
 
 build:
 	@tools/need build
@@ -73,6 +74,13 @@ format:
 fuzz:
 	@tools/need build fuzz
 	@tests/fuzz/run $(SECONDS)
+
+campaign: SECONDS = 3600
+campaign:
+	@tools/need build test fuzz
+	@for preset in release asan checking tsan; do tools/build $$preset morvik || exit 1; done
+	@tools/build fuzz
+	@python3 -B tests/campaign/run.py --seconds $(SECONDS) --seed $(SEED) --jobs $(JOBS)
 
 bench:
 	@tools/need build bench

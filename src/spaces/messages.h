@@ -1,5 +1,5 @@
 // The numbers of the messages by name, made from tables/messages.def. A message number is the one result by which
-// functions tell what failed, so that they are plain integers; 0, which is the greeting, there stands for no failure.
+// functions tell what failed, so that they are plain integers; 0, which is the greeting, there means no failure.
 #pragma once
 
 #include <cstdint>

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -90,8 +91,18 @@ bool timeisup() {
 // The host. These take the place of the library's in this binary.
 extern "C" {
 
-int system(const char *) {
-  return 0;
+// The engine's own merge runs itself this way.
+int system(const char *command) {
+  if (fuzzing) return 0;
+  const pid_t shell = fork();
+  if (shell == 0) {
+    execl("/bin/sh", "sh", "-c", command, nullptr);
+    _exit(127);
+  }
+  int status = -1;
+  while (shell > 0 && waitpid(shell, &status, 0) < 0 && errno == EINTR) {
+  }
+  return status;
 }
 
 int nanosleep(const timespec *asked, timespec *left) {

@@ -1,11 +1,12 @@
-// The fuzzing harness: any bytes as the text of a session, over the whole pipeline from the scanner to the echo.
-// Whatever they say, nothing may crash, hang, leak or report. Every input begins with a fresh machine.
+// The fuzzing harness: any bytes as the text of a session, over the whole pipeline from the scanner to the echo, with a
+// pool of threads. The first byte holds the options of the run. Whatever the input says, nothing may crash, hang, leak
+// or report. Every input begins with a fresh machine.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
-#include "coprocessor/coprocessor.h"
+#include "coprocessor/threads.h"
 #include "driver/options.h"
 #include "driver/prompt.h"
 #include "driver/system.h"
@@ -13,6 +14,8 @@
 #include "failure/jump.h"
 #include "harmless.h"
 #include "machine/inspect.h"
+#include "machine/slicing.h"
+#include "machine/timing.h"
 #include "spaces/blocks.h"
 #include "spaces/work.h"
 #include "text/text.h"
@@ -22,6 +25,19 @@ using namespace morvik;
 namespace {
 
 constexpr std::size_t LONGEST = 4096;
+constexpr std::uint32_t SLOTS = 3;
+constexpr std::int64_t USUAL_GATE = 3003;
+
+// The bits of the first byte.
+enum Options : std::uint8_t { SHARING = 1, TIMING = 2, REPORTING = 4, TRACING = 8, KNOWN = 15 };
+
+void setoptions(std::uint8_t options) {
+  processors = cpus;
+  MIN_PARALLEL = options & SHARING ? SLOTS : USUAL_GATE;
+  opstime = flops = options & TIMING ? 1 : 0;
+  timing = performance = options & REPORTING ? 1 : 0;
+  Trace = options & TRACING ? 1 : 0;
+}
 
 void freshmachine() {
   endprocess = 0;
@@ -29,8 +45,7 @@ void freshmachine() {
   violations = 0;
   printing = 0;
   stepping = 0;
-  Trace = Step = 0;
-  MIN_PARALLEL = 1001;
+  Step = 0;
   openbanks();
 }
 
@@ -72,15 +87,18 @@ int LLVMFuzzerInitialize(int *, char ***) {
   quiet = 1;
   harmless();
   initinstrlens();
+  processors = SLOTS;
+  startcoprocessors(workslice);
   if (!std::freopen("/dev/null", "r", stdin)) std::abort();
   return 0;
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-  if (size == 0 || size > LONGEST) return 0;
+  if (size < 2 || size > LONGEST) return 0;
   beginharmless();
   freshmachine();
-  session(data, size);
+  setoptions(data[0] & KNOWN);
+  session(data + 1, size - 1);
   closebanks();
   endharmless();
   if (liveblocks() != 0) blocksareleft();

@@ -6,17 +6,21 @@
 A session is a fenced block whose info line is `morvik`, with the options of the run if it has any; `morvik more` goes on
 with the session before it on the page. What follows `Morvik [n]> ` is typed, and so are the lines after it until one ends
 with `.` or `END`; what follows `Inspect [n]: ` is typed too. The rest is expected. Blank lines at the end of a block, and
-blanks at the end of a line, count for nothing. Where the run has options, measured figures stand for any others.
+blanks at the end of a line, count for nothing. Where the run has options, measured figures stand for any others. The option
+`lib=NAME` reads lib/NAME.morvik before the session begins, and is none of the run.
 --update writes what the sessions show into the pages; it is to be read, and derived, before it is committed.
 """
 import difflib
 import pathlib
 import re
+import shutil
 import sys
 
 sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "terminal"))
 from terminal import Silence, Terminal  # noqa: E402
 
+LIBRARY = "lib="
+LIBRARIES = pathlib.Path(__file__).resolve().parents[2] / "lib"
 FENCE = re.compile(r"^```(\S*) *(.*)$")
 PROMPT = re.compile(r"^(?:Morvik \[\d+\]>|Inspect \[\d+\]:) ?")
 LASTPROMPT = re.compile(r"(?:Morvik \[\d+\]> |Inspect \[\d+\]: |)$")
@@ -66,7 +70,7 @@ def perform(terminal, prompt, lines):
     """Types what a block types. Returns what the terminal shows from the block's first prompt on, and the last one."""
     shown = ""
     for text in typed(lines):
-        terminal.type("\n".join(text) + "\n")
+        terminal.type(("\n".join(text) + "\n").encode().decode("latin-1"))  # the page is UTF-8
         answer = terminal.answer()
         start = LASTPROMPT.search(answer).start()
         shown += prompt + answer[:start]
@@ -82,11 +86,22 @@ def compared(text, measured):
     return "\n".join(map(str.rstrip, text.split("\n"))).rstrip("\n")
 
 
+def loadlibraries(terminal, names):
+    """Reads libraries in, up to the prompt that follows."""
+    prompt = terminal.untilprompt()
+    for name in names:
+        shutil.copy(LIBRARIES / (name + ".morvik"), terminal.scratch.name)
+        prompt = terminal.say("'%s.morvik' READ ." % name)
+    return prompt
+
+
 def checksession(binary, page, options, blocks, changed):
     """Complaints about a session. `changed` takes, by the number of its first line, what a block should have shown."""
     complaints = []
+    libraries = [word.removeprefix(LIBRARY) for word in options if word.startswith(LIBRARY)]
+    options = [word for word in options if not word.startswith(LIBRARY)]
     with Terminal(binary, *options) as terminal:
-        prompt = terminal.untilprompt()
+        prompt = loadlibraries(terminal, libraries)
         prompt = prompt[prompt.rindex("Morvik [") :]
         for number, lines in blocks:
             if not typed(lines):

@@ -18,6 +18,7 @@ import tempfile
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools" / "reference"))
 import tables  # noqa: E402
+from operands import OPERANDS  # noqa: E402
 
 CLOSING = re.compile(rb"--- Spent: \d\d:\d\d:\d\d\.\d{6} ---\n\n$")
 FAULTS = (b"SEGMENTATION VIOLATION", b"SERIOUS INTERNAL ERROR", b"UNKNOWN SIGNAL", b"Floating point exception",
@@ -28,16 +29,6 @@ SAMPLED = 12  # pairs for each word
 SPOKEN = 3    # texts to blame that are shown for each word
 SECONDS = 120
 
-OPERANDS = [
-    "7", "-3", "1.5", "NaN", "1i2", "1j2", "1l2", "'a'", "#PI", "T",
-    "#IO", "#CT", "'f1' 0 OPEN", "MARK", "MARK @m SET m", ": 1 ;", "MONADIC DUP ;", "VARS 1 MONADIC ;", "@a", "@#IO",
-    "VARS 1 NILADIC @&1 ; !", ": %here @%here ; !",
-    "(1 2 3)", "(5)", "'ab'", "'f1'", "#NIL", "(())", "(1 ())", "(1 #PI)", "(1l2 3)", "(1 2.5 'c')", "(1 2 3 4)[2 2]",
-    "((1 2) 3)", "((1 2) (3 (4 'x')))", "(1 2) ENCLOSE", "(1 2) ATOM", "#IO ATOM", ": 1 ; ATOM", "MARK ENCLOSE",
-    "[. 1 2.5 1i1 1j1 .]", "[. 1 2.5 1i1 1j1 1l1 'a' (1 2) .]", "[. 'ab' 1 .]", "[. : a ; '' .]", "[. #IO (()) @a .]",
-    "[. 'f1' 0 OPEN 1 .]", "[. 'f1' 0 OPEN 1 .] (1 2 3 4)[2 2] ,",
-    "(4294967296 2)", "(65536 65536)", "#NIL (0 4000000000) RESHAPE", "9223372036854775807",
-]
 # What is waited for, or read from the input that follows, or ends the run: each text has a process of its own.
 ALONE = {"STEP", "RUN", "BREAK", "ENDPROCESS", "INPUT", "QUOTEDIN", "EDIT"}
 AFTER = b"7 .\n'quoted'\n"

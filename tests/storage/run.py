@@ -1,31 +1,41 @@
 #!/usr/bin/env python3
-"""Lets each allocation of a programme fail in turn, in the checking build:  run.py BINARY PROGRAMME...
+"""Lets each allocation of a programme fail in turn, in the checking build:  run.py [--random N] BINARY PROGRAMME...
 
 Whatever the failure hits, the process ends in order: with status 0 and its closing line, or with status 1 and message 27
 where it hits the start. A block that is left over (status 99), a fault or an abort is an error. The walk ends where the
 programme has no allocation left to fail, so that it runs as it does undisturbed.
+
+With --random so many programmes are written anew, of words of every kind, for a run with the pool and one without. Of these
+the first allocations alone fail in turn. What does not run alike twice, or not to its end, is passed over.
 """
+import argparse
 import os
 import pathlib
 import re
 import subprocess
 import sys
 import tempfile
+import time
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "fuzz"))
+import programmes  # noqa: E402
 
 MESSAGE = b"27 - out of main storage."
 CLOSING = re.compile(rb"--- Spent: \d\d:\d\d:\d\d\.\d{6} ---\n\n$")
 MOST = 20000
+MOST_RANDOM = 250
+PASSED_OVER = 1  # seconds that a random programme may take at most
 CALM = 5  # undisturbed runs in a row that end a walk: one failure may go unnoticed
 SPOKEN = 10
 
 
-def perform(binary, text, failing):
+def perform(binary, text, failing, options=(), patience=60):
     with tempfile.TemporaryDirectory(prefix="morvik-") as scratch:
-        variables = {"PATH": os.environ["PATH"], "HOME": scratch}
+        variables = {"PATH": os.environ["PATH"], "HOME": scratch, "$EDITOR": "true"}
         if failing is not None:
             variables["MORVIK_FAIL_ALLOCATION"] = str(failing)
-        run = subprocess.run([binary, "-q"], input=text, capture_output=True, cwd=scratch, env=variables, timeout=60,
-                             check=False)
+        run = subprocess.run([binary, "-q", *options], input=text, capture_output=True, cwd=scratch, env=variables,
+                             timeout=patience, check=False)
     return run.returncode, CLOSING.sub(b"", run.stdout), bool(CLOSING.search(run.stdout)), run.stderr
 
 
@@ -37,15 +47,18 @@ def faultof(status, closed, errors):
     return "status %d%s: %s" % (status, "" if closed else ", no closing line", errors[-300:].decode("latin-1"))
 
 
-def walk(binary, programme):
+def walk(binary, text, most=MOST, options=()):
     """Returns the faults met, and how many allocations failed."""
-    text = programme.read_bytes()
-    undisturbed = perform(binary, text, None)
+    undisturbed = perform(binary, text, None, options)
     if undisturbed[0] != 0 or not undisturbed[2]:
         return ["undisturbed: " + faultof(undisturbed[0], undisturbed[2], undisturbed[3])], 0
     faults, reported, calm = [], 0, 0
-    for failing in range(MOST):
-        result = perform(binary, text, failing)
+    for failing in range(most):
+        try:
+            result = perform(binary, text, failing, options)
+        except subprocess.TimeoutExpired:
+            faults.append("allocation %d: did not end" % failing)
+            continue
         calm = calm + 1 if result == undisturbed else 0
         if calm == CALM:
             return (faults or (["no failure was ever reported"] if reported == 0 else [])), failing + 1 - CALM
@@ -53,19 +66,52 @@ def walk(binary, programme):
         fault = faultof(result[0], result[2], result[3])
         if fault:
             faults.append("allocation %d: %s" % (failing, fault))
-    return faults + ["never ran undisturbed"], MOST
+    return faults + (["never ran undisturbed"] if most == MOST else []), most
+
+
+def randomtexts(binary, seed):
+    """Texts that run alike twice, with the number of the session, without end."""
+    number = seed * 1000000
+    while True:
+        number += 1
+        text = programmes.written(programmes.session(number, 4))
+        try:
+            runs = [perform(binary, text, None, patience=PASSED_OVER) for _ in range(2)]
+        except subprocess.TimeoutExpired:
+            continue
+        if runs[0] == runs[1] and runs[0][2] and MESSAGE not in runs[0][3]:
+            yield number, text
+
+
+def show(name, faults, count):
+    print("%s: %d allocations failed in turn, %d faults" % (name, count, len(faults)), flush=True)
+    for fault in faults[:SPOKEN]:
+        print("    " + " ".join(fault.split()))
+    return bool(faults)
 
 
 def main():
-    binary = os.path.abspath(sys.argv[1])
-    failed = 0
-    for programme in map(pathlib.Path, sys.argv[2:]):
-        faults, count = walk(binary, programme)
-        failed += bool(faults)
-        print("%s: %d allocations failed in turn, %d faults" % (programme.name, count, len(faults)))
-        for fault in faults[:SPOKEN]:
-            print("    " + " ".join(fault.split()))
-    return 1 if failed or len(sys.argv) < 3 else 0
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--random", type=int, default=0)
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--seconds", type=float, default=0, help="for the random ones")
+    parser.add_argument("binary")
+    parser.add_argument("programmes", nargs="*", type=pathlib.Path)
+    given = parser.parse_args()
+    binary = os.path.abspath(given.binary)
+    failed = walks = 0
+    for path in given.programmes:
+        failed += show(path.name, *walk(binary, path.read_bytes()))
+    ends = time.monotonic() + (given.seconds or 1e9)
+    for _, (number, text) in zip(range(given.random), randomtexts(binary, given.seed)):
+        if time.monotonic() > ends:
+            break
+        failed += show("session %d" % number, *walk(binary, text, MOST_RANDOM))
+        walks += 1
+        failed += show("session %d, -c2" % number, *walk(binary, text, MOST_RANDOM, ("-c2",)))
+    if given.random:
+        print("%d random programmes with the pool and without, %d failed" % (walks, failed))
+    return 1 if failed or not (given.programmes or given.random) else 0
 
 
 if __name__ == "__main__":

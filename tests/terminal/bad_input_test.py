@@ -99,6 +99,15 @@ class BadInput(unittest.TestCase):
             self.assertIn(CLOSED, ended.stdout)
 
     @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")
+    def test_a_failed_allocation_is_forgotten(self):
+        """What failed for want of storage costs the top of that text, and of no later one that fails."""
+        lower = lambda: resource.setrlimit(resource.RLIMIT_DATA, (64 * MEBIBYTE, 64 * MEBIBYTE))
+        ended = run(b"5 10000000 .. .\n1 nosuch .\n2 nosuch .\n'' DUMPSTACK .\n", lower)
+        self.assertEqual([ended.stderr.count(said) for said in (b"\n27 - ", b"\n23 - ", b"Top of stack:")], [1, 2, 0])
+        self.assertEqual(ended.stdout.count(b"Discarding the bad TOS value"), 1)
+        self.assertIn(b"\n 1\n 2\n", ended.stdout)
+
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")
     def test_the_end_needs_no_storage(self):
         """With all of it used up, message 27 comes for each text, and the process ends with its input or where told to."""
         def limit():

@@ -138,7 +138,7 @@ TEST_F(Numbers, TheOthersHaveAHandlerOfTheirOwn) {
 }
 
 TEST_F(Numbers, NumbersWithoutAName) {
-  for (const int number : {269, 270, 300, 32767, 65535}) {
+  for (const int number : {int{instructions::NAMELESS}, int{instructions::COUNT}, 300, 32767, 65535}) {
     EXPECT_EQ(run(number).find(reportof(NOT_IMPLEMENTED)), 0u) << number;
     expectuntouched(std::to_string(number));
   }

@@ -1,0 +1,188 @@
+"""Runs a session of texts and says what is wrong with its end: the oracles of the campaign.
+
+A run must end in order: with status 0 and its closing line, with the status that is described where the process stack ended
+a third time, with no report of a sanitizer, no block left, no fault that the process caught, and no message that names
+the impossible. What does not end by itself must take an interrupt."""
+import functools
+import os
+import pathlib
+import re
+import resource
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+from typing import NamedTuple
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "pairs"))
+CLOSING = re.compile(rb"--- Spent: \d\d:\d\d:\d\d\.\d{6} ---\n\n$")
+FAULTS = (b"UNKNOWN SIGNAL", b"Floating point exception", b"Counted block", b"runtime error", b"A Problem Occured",
+          b"BRRRRR", b"Realloc: SERIOUS", b"error in QUATERNION", b"lexnum", b"recount", b"live blocks")
+# Where a call calls itself without end, the process stack ends. That is described, once, twice, and for good.
+STACK_ENDS = b"\nSEGMENTATION VIOLATION\n"
+NO_STORAGE = b"27 - out of main storage."
+STOPPED = b"--- PROCESSING STOPPED ---"
+SANITIZER_STACK = b"AddressSanitizer: stack-overflow"
+NESTED = b"AddressSanitizer: nested bug"
+CALLS = re.compile(rb"#\d+ 0x\w+ in morvik::(?:\(anonymous namespace\)::)?(?:machine|runinner|level)\b")
+# A sum of what does not fit together gives it, as described.
+IMPOSSIBLE = re.compile(rb"991 - [^\n]*\n\nInstruction:\n \. (?!OPERATOR:\t\t(?:\+|ADD|SUM|[^\n]*(?:REDUCE|/|\xab)))[^\n]*")
+TRACE = re.compile(rb"#\d+ 0x\w+ in (?:morvik::)?([\w:~<>() ]+?)[ (][^\n]*/src/")
+
+STACK_BYTES = 256 << 20
+DATA_BYTES = 1 << 30
+FILE_BYTES = 16 << 20
+TALKATIVE = 2 << 20  # bytes said, after which an interrupt is sent
+SANITIZER_OPTIONS = ("exitcode=98:allocator_may_return_null=1:max_allocation_size_mb=256:soft_rss_limit_mb=3000:"
+                     "quarantine_size_mb=64:detect_stack_use_after_return=0")
+PATIENCE = 1.5  # seconds of the processor without a word said, before an interrupt is sent
+BUSY = 6.0      # seconds of the processor, whatever is said
+RESTING = 4.0   # seconds in all without a word
+BETWEEN = 0.25  # between interrupts after that
+LONGEST = 240.0  # seconds for a run, in all
+
+
+class Run(NamedTuple):
+    status: int
+    out: bytes
+    errors: bytes
+    interrupted: int  # how many interrupts it took to come to the end
+    hung: bool
+
+
+@functools.lru_cache(None)
+def storagelimit(binary):
+    """What bounds the storage of a binary. What a sanitizer maps for itself would count, and it has a bound of its own; the
+    checking build recounts only where no limit may keep it from ending the count."""
+    code = pathlib.Path(binary).read_bytes()
+    if b"__asan_" in code or b"__tsan_" in code:
+        return []
+    return [(resource.RLIMIT_AS, 6 * DATA_BYTES)] if b"MORVIK_FAIL_ALLOCATION" in code else [(resource.RLIMIT_DATA, DATA_BYTES)]
+
+
+def lower(binary):
+    for which, size in [(resource.RLIMIT_STACK, STACK_BYTES), (resource.RLIMIT_FSIZE, FILE_BYTES), (resource.RLIMIT_CORE, 0),
+                        *storagelimit(binary)]:
+        resource.setrlimit(which, (size, size))
+
+
+def variables(home):
+    kept = {name: os.environ[name] for name in ("PATH", "UBSAN_OPTIONS") if name in os.environ}
+    return {**kept, "ASAN_OPTIONS": SANITIZER_OPTIONS, "TSAN_OPTIONS": "exitcode=98", "HOME": home, "LC_ALL": "C",
+            "$EDITOR": "true"}
+
+
+def processorseconds(pid):
+    try:
+        fields = pathlib.Path("/proc/%d/stat" % pid).read_text().rsplit(")", 1)[1].split()
+    except OSError:
+        return 0.0
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+def watch(process, said, patience, longest):
+    """Waits for the end. Where nothing is said for long, interrupts. Returns how many were sent, and whether all was in vain."""
+    sent, size, heard, spent, busy, since, began = 0, -1, 0, 0.0, 0.0, time.monotonic(), time.monotonic()
+    pause = 0.005
+    while True:
+        try:
+            process.wait(timeout=pause)
+            return sent, False
+        except subprocess.TimeoutExpired:
+            pause = min(pause * 1.5, 0.1)
+        now, here = time.monotonic(), sum(os.fstat(stream).st_size for stream in said)
+        if here != size and now - began < longest / 2:
+            size, since, spent = here, now, processorseconds(process.pid)
+        if now - began > longest:
+            process.kill()
+            process.wait()
+            return sent, True
+        worked = processorseconds(process.pid)
+        if (worked - spent > patience or worked - busy > BUSY or now - since > RESTING or size - heard > TALKATIVE
+                or now - began > longest / 2) and process.poll() is None:
+            process.send_signal(signal.SIGINT)
+            sent, heard, busy = sent + 1, size, worked
+            time.sleep(BETWEEN)
+
+
+def perform(binary, text, options=(), patience=PATIENCE, longest=LONGEST, files=None):
+    """A run of the text; once more where the sanitizer fell over its own report, as it may at the end of the process stack."""
+    given = (binary, text, options, patience, longest, files or {})
+    run = performonce(*given)
+    return performonce(*given) if NESTED in run.errors else run
+
+
+def performonce(binary, text, options, patience, longest, files):
+    """A run in a folder of its own, a few levels down in what is removed afterwards."""
+    with tempfile.TemporaryDirectory(prefix="morvik-") as scratch:
+        place = pathlib.Path(scratch) / "outer" / "middle" / "inner"
+        (place / "d").mkdir(parents=True)
+        (place / "f1").write_bytes(b"1 2 3 .\n")
+        (place / "f2").write_bytes(b": 1 + ; @a SET (1 2 (3 'x')) @b SET 'ab' .\n")
+        for name, content in files.items():
+            (place / name).write_bytes(content)
+        with tempfile.TemporaryFile() as given, tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
+            given.write(text)
+            given.seek(0)
+            storagelimit(binary)
+            with subprocess.Popen([binary, "-q", *options], stdin=given, stdout=out, stderr=errors, cwd=place,
+                                  env=variables(scratch), preexec_fn=lambda: lower(binary)) as process:
+                interrupted, hung = watch(process, (out.fileno(), errors.fileno()), patience, longest)
+            streams = []
+            for stream in (out, errors):
+                stream.seek(0)
+                streams.append(stream.read())
+        return Run(process.returncode, *streams, interrupted, hung)
+
+
+def calledforever(run):
+    """Did the process stack end under calls of the language?"""
+    if SANITIZER_STACK in run.errors:
+        return len(CALLS.findall(run.errors)) > 5
+    return STOPPED in run.errors
+
+
+def fault(run):
+    """What is wrong with a run, in a line, or nothing."""
+    if run.hung:
+        return "took no interrupt"
+    if calledforever(run):
+        return ""
+    if run.status != 0:
+        frames = TRACE.findall(run.errors)
+        return "status %d: %s" % (run.status, " < ".join(frame.decode() for frame in frames[:4])
+                                  or run.errors[-160:].decode("latin-1"))
+    if not CLOSING.search(run.out) and len(run.out) < FILE_BYTES:
+        return "no closing line"
+    for said in FAULTS:
+        if said in run.errors or (said.startswith(b"BRRR") and said in run.out):
+            return "said: " + said.decode()
+    impossible = IMPOSSIBLE.search(run.errors)
+    if impossible:
+        return "impossible: " + impossible.group()[-80:].decode("latin-1")
+    return ""
+
+
+def iscomparable(run):
+    """Not where it was interrupted, nor where storage ended, which the threads' own stacks bring nearer."""
+    return not run.interrupted and STACK_ENDS not in run.errors and NO_STORAGE not in run.errors
+
+
+def compared(binary, text, poolings):
+    """Where a run with each of these options differs from one without, or its own fault."""
+    serial = perform(binary, text)
+    wrong = fault(serial)
+    if wrong or not iscomparable(serial):
+        return wrong
+    for pooling in poolings:
+        shared = perform(binary, text, (pooling,))
+        wrong = fault(shared)
+        if wrong:
+            return pooling + " " + wrong
+        if not iscomparable(shared):
+            continue
+        for name, one, other in (("output", serial.out, shared.out), ("messages", serial.errors, shared.errors)):
+            if CLOSING.sub(b"", one) != CLOSING.sub(b"", other):
+                return "%s differs in %s" % (pooling, name)
+    return ""
