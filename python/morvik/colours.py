@@ -36,10 +36,6 @@ class MorvikStyle(Style):
               Error: "underline #d75f5f"}
 
 
-OPENING = {"(": ")", "`(": ")"}
-PAIRS = [("[.", (".]",))]
-
-
 def pairs(text):
     """Where what is opened is closed: {start of one: start of the other} and the lengths of both."""
     known, open_, found = onecharacter(text), [], {}

@@ -24,6 +24,7 @@ from .scanner import Scan
 from .signs import BYTES, CLOSE, EXACT, OPEN, onecharacter
 
 MARKS = {"string": "'", "comment": '"', "vector": "(", "shape": "[", "function": ":", "name": "\x02"}
+LONGEST_KEPT = 100000  # characters of a text that the file of history takes
 HUGE = 2000  # characters of a paste that is shown as a note in its place
 OURS = Style.from_dict({"bottom-toolbar": "noreverse #808080", "matching": "reverse", "continuation": "#808080",
                         "prompt": "bold", "depth": "#5faf87"})
@@ -33,7 +34,7 @@ class LimitedHistory(FileHistory):
     """Very long texts are remembered while the prompt runs, and not in the file."""
 
     def store_string(self, string):
-        if len(string) <= 100000:
+        if len(string) <= LONGEST_KEPT:
             try:
                 super().store_string(string)
             except OSError:

@@ -16,8 +16,6 @@ HERE = pathlib.Path(__file__).resolve().parent
 # Where the interpreter is: installed beside the prompt, built in the source tree, or on the path.
 PLACES = [HERE.parents[1] / "build" / "morvik", HERE.parents[2] / "bin" / "morvik"]
 LONG = 1.0  # seconds after which the time of a text is told
-LONGEST_HISTORY = 100000  # characters of a text that is kept in history
-EXAMPLE_SECONDS = 2
 
 
 def interpreter(named):

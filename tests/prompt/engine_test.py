@@ -1,6 +1,5 @@
 #!/usr/bin/env python3
 """The interpreter behind pipes: every state is told exactly, whatever a programme prints."""
-import os
 import random
 import signal
 import threading

@@ -123,7 +123,7 @@ class Help(unittest.TestCase):
         self.assertRegex(said, r"(?s)\n\n  Morvik \[0\]> .* \.\n.*17 - dyadic function arguments")
 
     def test_searching(self):
-        self.assertIn("ASIN", words.answer("?inverse of the sine".replace(" ", " ")))
+        self.assertIn("ASIN", words.answer("?inverse of the sine"))
         self.assertIn("Is it", words.answer("?INTERVALL"))
 
     def test_examples_run_without_a_fault(self):

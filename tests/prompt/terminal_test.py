@@ -2,7 +2,6 @@
 """The prompt at a real terminal: what a person types, and what stands on the screen."""
 import os
 import pathlib
-import re
 import subprocess
 import tempfile
 import time
