@@ -230,6 +230,10 @@ void deferinterrupts() {
   takeinterrupt();
 }
 
+bool isinterruptdeferred() {
+  return deferred != 0;
+}
+
 void admitinterrupts() {
   deferring = 0;
   if (deferred == 0) return;

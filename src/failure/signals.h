@@ -33,6 +33,8 @@ void runningsignals();
 // Takes one that was noted before.
 void deferinterrupts();
 void admitinterrupts();
+// Does one wait until the text is compiled? Then the text is not needed any more.
+bool isinterruptdeferred();
 // What the handlers do with a signal that nobody sent: an interrupt is noted, a fault is raised at once.
 void signalexception(int signal);
 // What a signal does, at once: the report and the jump.

@@ -238,6 +238,7 @@ std::int64_t compile() {
   Compiler &c = compiler;
   for (;;) {
     const Condition was = c.condition;
+    giveupforinterrupt();
     const Token token = scan(was);
     if (token.rule != Rule::LINE_FEED) c.begun = true;
     c.condition = conditionafter(token);
@@ -279,7 +280,7 @@ bool endstext(const Token &token) {
 void droptext() {
   Compiler &c = compiler;
   if (c.bracketed) dropname();
-  for (;;) {
+  while (!isinterruptdeferred()) {
     const Token token = scan(c.condition);
     c.condition = conditionafter(token);
     if (endstext(token)) return;

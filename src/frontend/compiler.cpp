@@ -6,6 +6,8 @@
 #include <cstring>
 
 #include "failure/exception.h"
+#include "failure/jump.h"
+#include "failure/signals.h"
 #include "frontend/contexts.h"
 #include "frontend/limits.h"
 #include "spaces/blocks.h"
@@ -93,6 +95,12 @@ void abandontext() {
   Point *const programme = c.frames[0].start;
   while (c.position > programme) dereferencepoint(--c.position);
   *programme = {};
+}
+
+// No message: the interrupt speaks for itself as soon as it is admitted.
+void giveupforinterrupt() {
+  if (isinterruptdeferred()) [[unlikely]]
+    jump(-1);
 }
 
 void collectbytes(const char *bytes, std::size_t length) {

@@ -85,6 +85,9 @@ void closenested();
 void dropopen();
 // The same, and the Programme.
 void abandontext();
+// Leaves the text by the jump where an interrupt waits till it is compiled: what runs is not to go on with it. Between
+// two tokens, and in long rows of them.
+void giveupforinterrupt();
 // Adds bytes to what is being collected. Message 27.
 void collectbytes(const char *bytes, std::size_t length);
 // The zero-terminated text that was collected; good until the next collect.

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "failure/exception.h"
+#include "failure/signals.h"
 #include "frontend/compiler.h"
 #include "frontend/constants.h"
 #include "frontend/limits.h"
@@ -132,7 +133,10 @@ void elementliteral(const Token &token) {
   if (c.literal) {
     addmember(token);
     if (token.rule == Rule::INTEGER || token.rule == Rule::REAL)
-      for (Token next; scanplain(next);) addmember(next);
+      for (Token next; scanplain(next);) {
+        addmember(next);
+        if (c.literal->elements % POLL_INTERVAL == 0) giveupforinterrupt();
+      }
     return;
   }
   if (token.rule == Rule::CONSTANT && Constants[token.row].tag == 0) {

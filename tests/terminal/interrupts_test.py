@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
 """Interrupts in the middle of calls, loops and texts: each is taken, and what was there before is there after it."""
 import os
+import pathlib
 import select
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 import unittest
 
@@ -44,8 +46,8 @@ ENDING = """COUNTSTACK TELL CLEAR 21 twice ! _kept ..] .
 
 
 class Session:
-    def __init__(self):
-        self.process = subprocess.Popen([BINARY, "-q"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+    def __init__(self, folder=None):
+        self.process = subprocess.Popen([BINARY, "-q"], cwd=folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                         stderr=subprocess.PIPE, text=True, bufsize=0)
 
     def say(self, text):
@@ -57,7 +59,7 @@ class Session:
         while not seen.endswith(last):
             if not select.select([output], [], [], PATIENCE)[0]:
                 self.process.kill()
-                raise AssertionError("waited for %r, have %r" % (last, seen))
+                raise AssertionError("waited for %r, have %r" % (last, seen[-1000:]))
             seen += os.read(output, 65536).decode()
 
     def interrupt(self):
@@ -70,6 +72,20 @@ class Session:
 
 
 class Interrupts(unittest.TestCase):
+    def test_a_long_literal_that_is_compiled(self):
+        # Where it is compiled to its end, there is message 151.
+        with tempfile.TemporaryDirectory() as folder:
+            pathlib.Path(folder, "long").write_text("(" + "1 " * 6000000 + ") DISCARD &1 .\n")
+            session = Session(folder)
+            session.say("1 DISCARD 'on' '' WRITE 'long' READ .\n")
+            session.until(" 'on'\n")
+            session.interrupt()
+            session.until(TAKEN)
+            session.say("CLEAR 1 2 + .\nCLEAR '(1 (2 3)) @y SET y' ! .\n")
+            out, err, status = session.end()
+        self.assertRegex(out, r"\n 3\n\n 1 2 3\n\n\n--- Spent")
+        self.assertEqual((err, status), ("", 0))
+
     def test_each(self):
         for title, body in BODIES.items():
             with self.subTest(title):
