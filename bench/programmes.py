@@ -13,6 +13,12 @@ import sys
 RUNS = 7
 NOTHING = ("1", "1 .", "print(1)", "print(1)")
 PROGRAMMES = {
+    "a million sums of two names into a third": (
+        "7",
+        "3 @a SET 4 @b SET 0 @c SET 1000000 : a b + @c SET ; REPEAT c .",
+        "def f():\n  a, b = 3, 4\n  for i in range(1000000): c = a + b\n  return c\nprint(f())",
+        "local a, b, c = 3, 4, 0 for i = 1, 1000000 do c = a + b end print(c)",
+    ),
     "a million additions in a loop": (
         "500000500000",
         "0 1000000 DYADIC + ; LOOP .",

@@ -12,7 +12,9 @@
 #include "arithmetic/pairs.h"
 #include "arithmetic/scalars.h"
 #include "failure/signals.h"
+#include "spaces/loose.h"
 #include "spaces/messages.h"
+#include "spaces/sysvars.h"
 
 namespace morvik {
 
@@ -112,12 +114,50 @@ inline bool workscalars(Point **stack, const Point *context) {
   return false;
 }
 
+// ---- The same for two loose scalars, which the quick loop holds.
+
+template <class Core, std::int32_t L, std::int32_t R>
+inline std::uint64_t workloosepair(Point &left, const Element &a, const Element &b, const Tally &tally) {
+  std::uint64_t done = 0;
+  if constexpr (Supported<Core, Kind<L>, Kind<R>> && !Checked<Core, Kind<L>, Kind<R>>) {
+    Core core = startcore<Core>(tally);
+    applydyadic(core, valueof<L>(a), valueof<R>(b), [&]<class Value>(const Value &value) {
+      if constexpr (std::same_as<Value, double> || std::same_as<Value, Integer> || std::same_as<Value, Truth> ||
+                    std::same_as<Value, WholeOrReal>) {
+        Element made;
+        const std::uint32_t kind = writeresult<L, R>(made, 0, 0, value, true);
+        putloose(left, LOOSE | ISSCALAR | kind, made.form, static_cast<std::uint64_t>(made.integer));
+        done = 1 + core.flops + fixedflopsof<Core, Kind<L>, Kind<R>>();
+      }
+    });
+  }
+  return done;
+}
+
+template <class Core>
+inline std::uint64_t workloose(Point &left, std::uint32_t righttype, std::int64_t right) {
+  Tally tally;
+  if constexpr (requires(Core core) { core.tolerance; }) tally.tolerance = tolerancein(quads);
+  Element a, b;
+  a.integer = looseinteger(left);
+  b.integer = right;
+  if (left.type == LOOSE_INTEGER) {
+    if (righttype == LOOSE_INTEGER) return workloosepair<Core, tags::INTEGER, tags::INTEGER>(left, a, b, tally);
+    return workloosepair<Core, tags::INTEGER, tags::REAL>(left, a, b, tally);
+  }
+  if (righttype == LOOSE_INTEGER) return workloosepair<Core, tags::REAL, tags::INTEGER>(left, a, b, tally);
+  return workloosepair<Core, tags::REAL, tags::REAL>(left, a, b, tally);
+}
+
 #define DYADIC_SCALAR(name, Core)                                                           \
   extern const Dyadic name##cores;                                                          \
   constinit const Dyadic name##cores = dyadic<Core>();                                      \
   void name(Point **stack, const Point *instruction, Point *context, char nested) {         \
     if (nested == 0 && workscalars<Core>(stack, context)) return;                           \
     dyadicframe(name##cores, stack, instruction, context, nested != 0);                     \
+  }                                                                                         \
+  std::uint64_t loose_##name(Point &left, std::uint32_t righttype, std::int64_t right) {    \
+    return workloose<Core>(left, righttype, right);                                         \
   }                                                                                         \
   std::int32_t vec_##name(Point **, const Point *, Point *, std::uint32_t index) noexcept { \
     return dyadicslice(name##cores, index);                                                 \

@@ -22,6 +22,7 @@
 #include "arithmetic/frame.h"
 #include "arithmetic/pairwalk.h"
 #include "arithmetic/scalars.h"
+#include "spaces/loose.h"
 #include "spaces/messages.h"
 #include "spaces/sysvars.h"
 
@@ -335,6 +336,40 @@ inline bool workscalar(Point *point, const Point *context, std::uint64_t *state)
   return false;
 }
 
+// ---- The same for a loose scalar, which the quick loop holds.
+
+template <class Core, std::int32_t tag>
+inline std::uint64_t workloosescalar(Point &point, const Element &e, const Tally &tally) {
+  std::uint64_t done = 0;
+  if constexpr (Accepts<Core, Kind<tag>>) {
+    if constexpr (ValueChecked<Core, Kind<tag>>)
+      if (checkvalue<Core, tag>(e) != 0) return 0;
+    Core core = startmonadic<Core>(tally);
+    const std::uint64_t head = headingof(e);
+    applymonadic(core, valueof<tag>(e), Heading{head}, [&](const auto &value) {
+      if constexpr (requires { core.failure; })
+        if (core.failure != 0) return;
+      Element made;
+      const std::uint32_t kind = writemonadic<tag>(made, head, valueof<tag>(e), value, true, nullptr);
+      if ((kind != HASINTEGER && kind != HASREAL) || made.attributes != 0) return;
+      putloose(point, LOOSE | ISSCALAR | kind, made.form, static_cast<std::uint64_t>(made.integer));
+      done = 1 + core.flops;
+    });
+  }
+  return done;
+}
+
+template <class Core>
+inline std::uint64_t workloose(Point &point) {
+  Tally tally;
+  if constexpr (requires(Core core) { core.tolerance; }) tally.tolerance = quads ? tolerance(quads) : 0;
+  if constexpr (requires(Core core) { core.origin; }) tally.origin = quads ? indexorigin(quads) : 1;
+  Element e;
+  setrecord(e, point);
+  if (e.tag == tags::INTEGER) return workloosescalar<Core, tags::INTEGER>(point, e, tally);
+  return workloosescalar<Core, tags::REAL>(point, e, tally);
+}
+
 #define MONADIC_TABLE(name, Core)     \
   extern const Monadic name##monadic; \
   constinit const Monadic name##monadic = monadic<Core>();
@@ -344,6 +379,9 @@ inline bool workscalar(Point *point, const Point *context, std::uint64_t *state)
   void name(Point *point, const Point *instruction, Point *context, char nested) {         \
     if (nested == 0 && workscalar<Core>(point, context, nullptr)) return;                  \
     monadicframe(name##monadic, point, instruction, context, nested != 0, nullptr);        \
+  }                                                                                        \
+  std::uint64_t loose_##name(Point &point) {                                               \
+    return workloose<Core>(point);                                                         \
   }                                                                                        \
   std::int32_t vec_##name(Point *, const Point *, Point *, std::uint32_t index) noexcept { \
     return monadicslice(name##monadic, index, nullptr);                                    \

@@ -23,15 +23,23 @@ using MonadicSlice = std::int32_t(Point *, const Point *, Point *, std::uint32_t
 using DrawingSlice = std::int32_t(Point *, const Point *, Point *, std::uint32_t, std::uint64_t *) noexcept;
 using DyadicSlice = std::int32_t(Point **, const Point *, Point *, std::uint32_t) noexcept;
 
+// The twin loose_f of those that draw nothing works loose scalars (spaces/loose.h), the result in the place of the
+// first; of the second it gets the type and the value. It returns 1 and its flops; 0 where f itself is to look closer,
+// with everything as it was.
+using LooseMonadic = std::uint64_t(Point &);
+using LooseDyadic = std::uint64_t(Point &, std::uint32_t, std::int64_t);
+
 #define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) handler
-#define MONADIC(f)   \
-  MonadicFunction f; \
+#define MONADIC(f)        \
+  MonadicFunction f;      \
+  LooseMonadic loose_##f; \
   MonadicSlice vec_##f;
 #define DRAWING(f)   \
   DrawingFunction f; \
   DrawingSlice vec_##f;
-#define DYADIC(f)   \
-  DyadicFunction f; \
+#define DYADIC(f)        \
+  DyadicFunction f;      \
+  LooseDyadic loose_##f; \
   DyadicSlice vec_##f;
 #include "tables/instructions.def"
 

@@ -13,6 +13,7 @@
 #include "machine/texts.h"
 #include "spaces/copies.h"
 #include "spaces/instructions.h"
+#include "spaces/loose.h"
 #include "spaces/messages.h"
 #include "spaces/symbols.h"
 #include "spaces/work.h"
@@ -57,7 +58,9 @@ Level innerlevel(Level &outer, const Point &function, Point *frame, Point *floor
   return makeinner(outer, function.programme + 1, function.programme, frame, floor);
 }
 
-void callheld(Level &level, const Point &function) {
+namespace {
+
+void runframed(Level &level, const Point &function) {
   Point *frame = level.frame, *floor = level.floor;
   if (function.arguments >= 0) {
     frame = function.locals > 0 ? makelocals(level, function.arguments, function.locals)
@@ -65,7 +68,36 @@ void callheld(Level &level, const Point &function) {
     floor = frame + function.locals;
   }
   Level inner = innerlevel(level, function, frame, floor);
-  runinner(inner);
+  runinnerloose(inner, nullptr);
+}
+
+void giveup(Point *programme) {
+  Point function{};
+  function.programme = programme;
+  dereferencefun(&function);
+}
+void releasebody(Custody &c) {
+  giveup(static_cast<Point *>(c.held));
+}
+
+}  // namespace
+
+void callheld(Level &level, const Point &function) {
+  runframed(level, function);
+  makewhole(level.sp);
+}
+
+void callkept(Level &level, const Point &function) {
+  Point *const programme = function.programme;
+  reference(programme);
+  Custody kept;
+  takecustody(kept, releasebody, programme);
+  runframed(level, function);
+  endcustody(kept);
+  if (referencecount(programme) > 1) [[likely]]
+    release(programme);
+  else
+    giveup(programme);
 }
 
 namespace {

@@ -9,6 +9,8 @@ namespace morvik {
 Next call(Level &level);
 // The same with a function that the caller holds: its arguments are on top, and there is room for its locals.
 void callheld(Level &level, const Point &function);
+// The same, held by the call itself for as long as the body runs. May leave loose values.
+void callkept(Level &level, const Point &function);
 // Runs what is on top as EXECUTE does: a FUNCTION, or the text of a character space. 995 for anything else.
 Next executetop(Level &level);
 

@@ -57,10 +57,16 @@ Next monadiceach(Level &level) {
   Gathering g;
   begingathering(level, g, 2);
   Level inner = gatheringlevel(level, g);
-  for (std::uint32_t i = 0; i < g.data.elements; ++i) {
-    pushelement(level, g, g.data.data_pointer[i]);
-    callforelement(inner, g);
+  Rounds rounds{0, g.data.elements, g.base + 1, nullptr, false};
+  rounds.elements = g.data.data_pointer;
+  rounds.flags = g.data.type & PURITY_BITS;
+  rounds.results = g.result.data_pointer;
+  rounds.made = &g.result.elements;
+  while (rounds.index < rounds.count) {
+    pushelement(level, g, rounds.elements[rounds.index++]);
+    callforelement(inner, g, g.function.locals == 0 ? &rounds : nullptr);
   }
+  g.kinds |= rounds.kinds;
   endgathering(level, g, KEPT_FLAGS);
   return Next::FETCH;
 }

@@ -9,6 +9,7 @@
 #include "machine/calls.h"
 #include "machine/machine.h"
 #include "spaces/copies.h"
+#include "spaces/loose.h"
 #include "spaces/making.h"
 #include "spaces/messages.h"
 #include "spaces/work.h"
@@ -110,11 +111,12 @@ Level gatheringlevel(Level &level, const Gathering &g) {
   return innerlevel(level, g.function, frame, frame + g.function.locals);
 }
 
-void callforelement(Level &inner, Gathering &g) {
+void callforelement(Level &inner, Gathering &g, Rounds *rounds) {
   Level &level = *inner.caller;
   if (level.sp + g.function.locals > stacktop) failgathering(level, messages::STACK_FULL);
   if (g.function.locals > 0) makelocals(level, 1, g.function.locals);
-  runinner(inner);
+  runinnerloose(inner, rounds);
+  makewhole(level.sp);
   joinpool(level.sp);
   // A function that leaves nothing leaves the empty vector; one that leaves more, the topmost.
   if (level.sp <= g.base) {

@@ -5,6 +5,7 @@
 
 #include "failure/custody.h"
 #include "machine/level.h"
+#include "machine/quick.h"
 
 namespace morvik {
 
@@ -31,8 +32,8 @@ inline Element *takerecord(Gathering &g) {
 // The level in which the function runs for each element.
 Level gatheringlevel(Level &level, const Gathering &g);
 // Calls the function on the space on top, and makes its topmost value the next element of the result. Messages 806, 27;
-// 994 for an OPERATOR Point, the operands left whole.
-void callforelement(Level &inner, Gathering &g);
+// 994 for an OPERATOR Point, the operands left whole. With `rounds`, elements that follow may be done on the way.
+void callforelement(Level &inner, Gathering &g, Rounds *rounds = nullptr);
 // Puts the result in the place of the operands, in the shape of the data; its kinds go into the flags that are kept.
 void endgathering(Level &level, Gathering &g, std::uint32_t kept);
 // Drops the operands, after a failure that was found between two calls.

@@ -9,6 +9,7 @@
 #include "machine/level.h"
 #include "machine/timing.h"
 #include "spaces/counters.h"
+#include "spaces/loose.h"
 #include "spaces/making.h"
 #include "spaces/symbols.h"
 #include "spaces/work.h"
@@ -93,6 +94,7 @@ Next endlevel(Level &level) {
     const std::ptrdiff_t results = level.sp - level.floor + 1;
     std::memmove(level.frame, level.floor, static_cast<std::size_t>(results) * sizeof(Point));
     level.sp = level.frame + results - 1;
+    if (lowestloose != NONE_LOOSE) noteloose(level.frame);
   }
   return reachend(level);
 }

@@ -6,7 +6,9 @@
 #include "machine/leave.h"
 #include "machine/level.h"
 #include "machine/machine.h"
+#include "machine/quick.h"
 #include "spaces/instructions.h"
+#include "spaces/loose.h"
 #include "spaces/messages.h"
 #include "spaces/work.h"
 
@@ -42,36 +44,43 @@ void pushindex(Level &level, Loop &loop, std::int64_t index) {
   pushcopy(level, point);
 }
 
-// One round of a function that takes the index. Returns the message that ends the loop, 0 for none.
-int runround(Level &inner, Loop &loop, std::int64_t index) {
+// The present round of a function that takes the index, and those after it that need no look at what it left. Returns
+// the message that ends the loop, 0 for none.
+int runround(Level &inner, Loop &loop, Rounds &rounds) {
   Level &level = *inner.caller;
-  const int arguments = loop.function.arguments;
-  if (!hasvalues(level, arguments - 1)) return messages::TOO_FEW_ARGUMENTS;
-  if (arguments > 0) {
+  if (level.sp < rounds.least) return messages::TOO_FEW_ARGUMENTS;
+  if (rounds.indexed) {
     if (stackfull(level)) return messages::STACK_FULL;
-    pushindex(level, loop, index);
+    pushindex(level, loop, rounds.index);
   }
-  runinner(inner);
-  const Point *expected = inner.floor + (arguments > 0 ? arguments - 2 : -1);
-  if (level.sp == expected) return 0;
+  runinnerloose(inner, &rounds);
+  if (level.sp == rounds.expected) return 0;
   joinpool(level.sp);
-  while (level.sp > expected) droptop(level);
+  while (level.sp > rounds.expected) droptop(level);
   return messages::LOOP_LEAVES_WRONG;
 }
 
 int runrounds(Level &level, Loop &loop, std::int64_t count, bool indexed) {
   if (count > 0 && loop.function.locals > 0) return messages::LOOP_LOCALS;
   if (count > 0 && loop.function.arguments < 0 && indexed) return messages::LOOP_NEADIC;
-  const int below = std::max(loop.function.arguments - 1, 0);  // the arguments but for the index
+  const int arguments = loop.function.arguments, below = std::max(arguments - 1, 0);  // without the index
   Point *const floor = indexed ? level.sp - below + 1 : level.floor;
   Level inner = innerlevel(level, loop.function, indexed ? floor : level.frame, floor);
-  for (std::int64_t i = 1; i <= count; ++i) {
-    if (!indexed)
-      runinner(inner);
-    else if (const int failure = runround(inner, loop, i); failure != 0)
-      return failure;
+  Rounds rounds{0, count, nullptr, nullptr, false};
+  if (indexed) {
+    rounds.expected = floor + (arguments > 0 ? arguments - 2 : -1);
+    rounds.least = level.floor + (arguments - 2);
+    rounds.indexed = arguments > 0;
   }
-  return 0;
+  int failure = 0;
+  while (++rounds.index <= count && failure == 0) {
+    if (indexed)
+      failure = runround(inner, loop, rounds);
+    else
+      runinnerloose(inner, &rounds);
+  }
+  makewhole(level.sp);
+  return failure;
 }
 
 }  // namespace

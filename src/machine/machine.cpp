@@ -9,6 +9,8 @@
 //  reaches into the stack (joinpool). Nothing is in flight when a message is reported, when a jump leaves, when a
 //     landing is armed, and when a run of level 0 ends.
 //  6. An interrupt is taken between Points, never inside one, unless its handler offers a safe point of its own.
+//  7. No value is loose here. The quick loop (quick.cpp), which runs bodies that run often, makes all whole before it
+//     leaves anything to this one.
 #include "machine/machine.h"
 
 #include <algorithm>
@@ -24,8 +26,10 @@
 #include "machine/leave.h"
 #include "machine/level.h"
 #include "machine/naming.h"
+#include "machine/quick.h"
 #include "machine/timing.h"
 #include "spaces/counters.h"
+#include "spaces/loose.h"
 #include "spaces/messages.h"
 #include "spaces/symbols.h"
 #include "spaces/work.h"
@@ -183,6 +187,7 @@ void droplevels() {
 // Where the jump ends.
 void landjump(Level &level) {
   running = &level;
+  level.sp = keepwhole(level.sp);
   if (endprocess || printing) {
     printing = 0;
     popcontexts(level);
@@ -239,16 +244,31 @@ void runstamped(Level &level) {
 
 }  // namespace
 
+Next runpoint(Level &level) {
+  return execute<Hook::OFF>(level);
+}
+void runpoints(Level &level) {
+  runloop<Hook::OFF>(level);
+}
+
 void runinner(Level &inner) {
+  runinnerloose(inner, nullptr);
+  makewhole(inner.caller->sp);
+}
+
+void runinnerloose(Level &inner, Rounds *rounds) {
   Level &outer = *inner.caller;
   // The outer level's own record of the chain keeps what is pushed until it is popped, so that a jump pops it too.
-  if (inner.names) outer.meaning = pushtable(outer.meaning, inner.names);
+  if (inner.names) {
+    outer.meaning = pushtable(outer.meaning, inner.names);
+    rounds = nullptr;
+  }
   beginlevel(inner, outer.meaning, outer.sp);
   running = &inner;
   if (opstime)
     runstamped(inner);
   else
-    runloop<Hook::OFF>(inner);
+    runbody(inner, decoded(inner, rounds != nullptr), rounds);
   running = &outer;
   outer.sp = inner.sp;
   if (inner.names) outer.meaning = popsymtabs(outer.meaning);

@@ -127,6 +127,7 @@ void Recount::hold(const Point &point) {
 
 void Recount::walkprogramme(const Point *header) {
   hold(header->link);
+  if (header->block != header) hold(header->block);
   const Point *p = header + 1;
   for (; !isend(*p); ++p) hold(*p);
   hold(p->name);

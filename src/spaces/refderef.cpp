@@ -179,6 +179,7 @@ void freeprogramme(Point *header) {
   release(p->name);
   release(p->link);
   release(header->link);
+  if (header->block != header) release(header->block);
   freeblock(header);
 }
 

@@ -19,7 +19,7 @@
 // - Names of elements (attributes::NAMED) are permanent, made by elementname, so that records can be copied freely. The
 //   counted name of a scalar is tolerated: its record owns it.
 // - A Programme block owns the Points in it; FUNCTION Points raise the block alone. Its header owns nothing but its
-//   link, the END its name and link.
+//   link, and what its data word points to where that is not the header itself; the END its name and link.
 // - A symbolic Point owns its name, its link and its data block. The target of an ADDRESS with ISLOCAL is a slot of the
 //   stack and not counted.
 #pragma once

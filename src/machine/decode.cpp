@@ -1,0 +1,188 @@
+// Decoding. Nothing is copied that may change while the body lives: an operation refers to its Point, and reads there
+// what a name is bound to.
+#include "machine/decode.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "spaces/instructions.h"
+#include "spaces/loose.h"
+
+namespace morvik {
+
+namespace {
+
+struct Scalar {
+  LooseMonadic *monadic;
+  LooseDyadic *dyadic;
+};
+// By instruction number.
+#define MONADIC(f) loose_##f, nullptr
+#define DYADIC(f) nullptr, loose_##f
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) {handler},
+constexpr Scalar Scalars[instructions::COUNT] = {
+#include "tables/instructions.def"
+};
+
+bool isinstruction(const Point &p, std::uint16_t number) {
+  return isoperator(p) && p.instruction == number;
+}
+bool isdecided(const Point &p) {
+  return isinstruction(p, instructions::IF_YES) || isinstruction(p, instructions::IF_NO);
+}
+bool isconditional(const Point &p) {
+  return (p.type & CONDITIONAL) != 0;
+}
+const Scalar *scalarof(const Point &p) {
+  if (!isoperator(p) || p.instruction >= instructions::COUNT) return nullptr;
+  const Scalar &s = Scalars[p.instruction];
+  return s.monadic || s.dyadic ? &s : nullptr;
+}
+
+// A body while it is decoded. The END stands behind its last Point.
+struct Body {
+  Point *start;
+  Op *ops;
+  std::ptrdiff_t end;
+};
+
+Quick quickof(const Point &p) {
+  switch (p.instruction) {
+    case instructions::RETURN:
+    case instructions::FUNCTIONEND:
+      return Quick::LEAVE;
+    case instructions::DUPLICATE:
+      return Quick::DUPLICATE;
+    case instructions::DISCARD:
+      return Quick::DISCARD;
+    case instructions::SWAP:
+      return Quick::SWAP;
+    case instructions::RIGHT:
+      return Quick::RIGHT;
+    case instructions::CHECK:
+      return Quick::CHECK;
+    case instructions::JUMP:
+      return Quick::JUMP;
+    default:
+      return Quick::SLOW;
+  }
+}
+
+void decodedecided(Op &op, const Point &p) {
+  op.type = p.instruction == instructions::IF_YES ? 1 : 0;
+  if (p.modifier == instructions::RETURN)
+    op.code = Quick::IF_LEAVE;
+  else if (p.modifier != instructions::BARE)
+    op.code = Quick::IF;
+}
+
+void decodeoperator(Op &op, const Point &p) {
+  if (isdecided(p)) return decodedecided(op, p);
+  if (const Scalar *s = scalarof(p)) {
+    op.code = s->monadic ? Quick::MONADIC : Quick::DYADIC;
+    if (s->monadic)
+      op.monadic = s->monadic;
+    else
+      op.dyadic = s->dyadic;
+    return;
+  }
+  op.code = quickof(p);
+}
+
+void decodeliteral(const Body &body, Op &op, const Point &p, const Point &next) {
+  const std::uint32_t type = loosetype(p);
+  if (type == 0) {
+    op.code = Quick::SPACE;
+    return;
+  }
+  op.code = Quick::LITERAL;
+  op.type = type;
+  op.form = p.data_pointer->form;
+  op.value = p.data_pointer->integer;
+  if (const Scalar *s = scalarof(next); s && s->dyadic) {
+    op.code = Quick::LITERAL_DYADIC;
+    op.dyadic = s->dyadic;
+  } else if (isinstruction(next, instructions::JUMP) && type == LOOSE_INTEGER && op.value > 0 &&
+             op.value - 1 <= body.end) {
+    op.target = body.ops + (op.value - 1);
+    op.code = Quick::LITERAL_JUMP;
+  }
+}
+
+void decodename(Op &op, const Point &next) {
+  op.code = Quick::NAME;
+  if (isinstruction(next, instructions::EXECUTE)) op.code = Quick::NAME_CALL;
+  if (const Scalar *s = scalarof(next); s && s->dyadic) {
+    op.code = Quick::NAME_DYADIC;
+    op.dyadic = s->dyadic;
+  }
+}
+
+void decodefunction(Op &op, const Point &p, const Point &next) {
+  if ((p.type & ISOPERATOR) != 0) return;
+  op.code = Quick::SPACE;
+  if (isinstruction(next, instructions::EXECUTE)) op.code = Quick::CALL;
+  if (isdecided(next) && next.modifier == instructions::BARE) {
+    op.code = Quick::CALL_IF;
+    op.type = next.instruction == instructions::IF_YES ? 1 : 0;
+  }
+}
+
+void decodepoint(const Body &body, std::ptrdiff_t i) {
+  Op &op = body.ops[i];
+  Point &p = body.start[i];
+  op = {};
+  op.point = &p;
+  if (i == body.end) {
+    op.code = Quick::END;
+    return;
+  }
+  const Point &next = body.start[i + 1];
+  if (isoperator(p)) return decodeoperator(op, p);
+  if (isfunction(p)) return decodefunction(op, p, next);
+  if (isconditional(p)) {
+    op.code = Quick::IF_VALUE;
+    op.type = (p.type & YES) != 0 ? 1 : 0;
+    return;
+  }
+  if (isspace(p)) return decodeliteral(body, op, p, next);
+  if (p.rank == ranks::VARIABLE) return decodename(op, next);
+  if (p.rank == ranks::ADDRESS && isinstruction(next, instructions::SET)) op.code = Quick::STORE;
+}
+
+Op *decodebody(Point *start) {
+  std::ptrdiff_t end = 0;
+  while (!isend(start[end])) ++end;
+  auto *ops = static_cast<Op *>(tryblock((static_cast<std::size_t>(end) + 1) * sizeof(Op)));
+  if (!ops) return nullptr;
+  const Body body{start, ops, end};
+  for (std::ptrdiff_t i = 0; i <= end; ++i) decodepoint(body, i);
+  return ops;
+}
+
+#ifdef MORVIK_NO_QUICK_LOOP
+constexpr bool switchedoff = true;
+#else
+bool isswitchedoff() {
+  const char *const set = std::getenv("MORVIK_QUICK");
+  return set && std::strcmp(set, "off") == 0;
+}
+const bool switchedoff = isswitchedoff();
+#endif
+
+}  // namespace
+
+// The data word of a header, which nobody else needs, tells how far it came: the header itself stands for a body that
+// never ran, null for one that ran once.
+const Op *decode(const Activation &level, bool often) {
+  Point *const header = level.header;
+  if (!header || switchedoff) return nullptr;
+  if (header->block && !often) {
+    header->block = nullptr;
+    return nullptr;
+  }
+  if (Op *ops = decodebody(level.start)) header->block = ops;
+  return header->block == header ? nullptr : static_cast<const Op *>(header->block);
+}
+
+}  // namespace morvik

@@ -1,0 +1,31 @@
+// The quick loop: runs decoded bodies, with plain numbers loose on the stack.
+#pragma once
+
+#include <cstdint>
+
+#include "machine/decode.h"
+#include "machine/level.h"
+
+namespace morvik {
+
+// The rounds of a LOOP or a REPEAT that the quick loop does without beginning a level anew for each.
+struct Rounds {
+  std::int64_t index;  // of the present round; where the loop ends, of the last one that ran
+  std::int64_t count;
+  const Point *expected;  // where the top must be after each round; null: anywhere
+  const Point *least;     // where it must be before the index is pushed
+  bool indexed;           // is the index pushed before each round?
+  // Of EACH: what the function is given, its flags, where the results go, how many there are, and their kinds. Null: of
+  // a loop.
+  const Element *elements = nullptr;
+  std::uint32_t flags = 0;
+  Element *results = nullptr;
+  std::uint32_t *made = nullptr;
+  std::uint32_t kinds = 0;
+};
+
+// Runs a level that was made ready, to its end: by the quick loop as far as that goes, and by the loop of the machine
+// from there on. What it leaves on the stack may be loose. `rounds` null: one round.
+void runbody(Level &level, const Op *ops, Rounds *rounds);
+
+}  // namespace morvik

@@ -1,0 +1,123 @@
+// Quick operations that move values: literals, names, and what shuffles the stack.
+#pragma once
+
+#include <utility>
+
+#include "machine/quickstate.h"
+#include "spaces/symbols.h"
+
+namespace morvik {
+
+[[gnu::always_inline]] inline void pushloose(Quickly &q, std::uint32_t type, std::uint16_t form, std::int64_t value) {
+  putloose(*++q.sp, type, form, static_cast<std::uint64_t>(value));
+  noteloose(q.sp);
+}
+
+// A name as it is bound, where nothing has to be looked up again; null otherwise.
+inline Point *boundpoint(const Level &level, const Point &name) {
+  if (name.modifier == instructions::SGIG) return name.target;
+  return name.context && sametable(name.context, level.meaning) ? name.target : nullptr;
+}
+// What a name stands for so; null for a name without a value too.
+inline const Point *boundvalue(const Level &level, const Point &name) {
+  const Point *const value = boundpoint(level, name);
+  return value && !isend(*value) ? value : nullptr;
+}
+
+[[gnu::always_inline]] inline Then quick_LITERAL(Quickly &q) {
+  if (isfull(q)) [[unlikely]]
+    return Then::SLOW;
+  pushloose(q, q.op->type, q.op->form, q.op->value);
+  return step(q, 1);
+}
+
+[[gnu::always_inline]] inline Then quick_SPACE(Quickly &q) {
+  if (isfull(q)) [[unlikely]]
+    return Then::SLOW;
+  referencepoint(q.op->point);
+  *++q.sp = *q.op->point;
+  return step(q, 1);
+}
+
+[[gnu::always_inline]] inline Then quick_NAME(Quickly &q) {
+  const Point *const value = boundvalue(q.level, *q.op->point);
+  if (!value || isfull(q)) [[unlikely]]
+    return Then::SLOW;
+  if (const std::uint32_t type = loosetype(*value); type != 0) [[likely]] {
+    pushloose(q, type, value->data_pointer->form, value->data_pointer->integer);
+    return step(q, 1);
+  }
+  if (!isspace(*value)) return Then::SLOW;
+  referencepoint(value);
+  *++q.sp = *value;
+  return step(q, 1);
+}
+
+// The old value goes last, as its release may wipe the very name.
+[[gnu::noinline]] inline void replacevalue(Level &level, Point &bound) {
+  Point value = *level.sp;
+  if (isloose(value)) giverecord(value, newelements(1));
+  --level.sp;
+  Point old = bound;
+  bound = value;
+  dereferencepoint(&old);
+}
+
+[[gnu::always_inline]] inline Then quick_STORE(Quickly &q) {
+  Point *const bound = boundpoint(q.level, *q.op->point);
+  if (!bound || isend(*bound) || !holds(q, 1) || isfull(q)) [[unlikely]]
+    return Then::SLOW;
+  const Point &value = *q.sp;
+  if (isloose(value) && loosetype(*bound) != 0 && referencecount(bound->data_pointer) == 1) [[likely]] {
+    setrecord(*bound->data_pointer, value);
+    bound->type = value.type & ~LOOSE;
+    --q.sp;
+    return step(q, 2);
+  }
+  if (!isspace(value)) return Then::SLOW;
+  settle(q);
+  replacevalue(q.level, *bound);
+  q.sp = q.level.sp;
+  return step(q, 2);
+}
+
+[[gnu::always_inline]] inline Then quick_DUPLICATE(Quickly &q) {
+  if (!holds(q, 1) || isfull(q) || !isspace(*q.sp)) [[unlikely]]
+    return Then::SLOW;
+  Point *const top = q.sp++;
+  if (isloose(*top)) [[likely]] {
+    copylooseslot(*q.sp, *top);
+    return step(q, 1);
+  }
+  referencepoint(top);
+  *q.sp = *top;
+  return step(q, 1);
+}
+
+[[gnu::always_inline]] inline Then quick_DISCARD(Quickly &q) {
+  if (!holds(q, 1)) return step(q, 1);
+  if (isloose(*q.sp)) [[likely]] {
+    --q.sp;
+    return step(q, 1);
+  }
+  q.level.sp = q.sp - 1;
+  dereferencepoint(q.sp--);
+  return step(q, 1);
+}
+
+[[gnu::always_inline]] inline Then quick_SWAP(Quickly &q) {
+  if (!holds(q, 2)) return step(q, 1);
+  std::swap(q.sp[0], q.sp[-1]);
+  if (isloose(q.sp[-1])) noteloose(q.sp - 1);
+  return step(q, 1);
+}
+
+[[gnu::always_inline]] inline Then quick_RIGHT(Quickly &q) {
+  if (!holds(q, 2)) return step(q, 1);
+  if (!isloose(q.sp[-1])) return Then::SLOW;
+  q.sp[-1] = q.sp[0];
+  --q.sp;
+  return step(q, 1);
+}
+
+}  // namespace morvik

@@ -1,0 +1,216 @@
+#!/usr/bin/env python3
+"""The quick loop does what the loop of the machine does: random programmes with it and without it, whose output, messages
+and counts of Points and operations must be the same to the byte.
+
+By hand, for as long as one likes: MORVIK_PROGRAMMES=1000000 MORVIK_SEED=7 differential_test.py BINARY
+"""
+import difflib
+import os
+import random
+import re
+import resource
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+
+BINARY = os.path.abspath(sys.argv.pop(1))
+SANITIZED = os.environ.get("MORVIK_SANITIZED") == "1"
+PROGRAMMES = int(os.environ.get("MORVIK_PROGRAMMES", 600 if SANITIZED else 10000))
+SEED = int(os.environ.get("MORVIK_SEED", 1))
+IN_A_SESSION = 40  # programmes that one process runs one after the other
+CPU_SECONDS = 20 if SANITIZED else 5  # a session that takes more, as a jump leads back now and then, tells nothing
+
+NAMES = ["a", "b", "c", "$d", "_e"]
+FUNCTIONS = ["f", "g", "h"]  # each calls those that stand behind it
+LITERALS = ["0", "1", "2", "-3", "7", "0.5", "2.5", "-0.25", "1E300", "9223372036854775807", "4611686018427387904", "T",
+            "F", "'x'", "'text'", "(1 2 3)", "(1.5 2 -7)", "(4 5.5)", "2i3", "1i2j3k4", "#NIL", "(1 (2 3))", "0#101",
+            "3p0", "#PI", "(7)", "Inf", "1l2", "(0)[3 2]"]
+NUMBERS = ["0", "1", "2", "3", "-1", "5", "10", "1.5", "0.25", "-2.5", "T", "F", "100000000000"]
+DYADIC = ["+", "-", "*", "/", "<", "<=", "=", ">=", ">", "MIN", "MAX", "RESIDUE", "AND", "OR", "NAND", "IDENTICAL", "**",
+          "BINOMIAL", "LOGARITHM", "STRONGAND", "NOTEQUIVALENT"]
+MONADIC = ["NEGATIVE", "MAGNITUDE", "SIGNUM", "FLOOR", "CEILING", "NOT", "RECIPROCAL", "BOOLEAN", "ISBOOLEAN", "BINARY",
+           "POLAR", "FACTORIAL", "PITIMES", "CONJUGATE", "EXPONENTIAL", "TRUNCATE", "NUMBER", "DEG"]
+STACK = ["DUP", "DUP", "DUP", "DISCARD", "SWAP", "SWAP", "RIGHT", "COUNTSTACK", "MARK", "COLLECT", "CLEAR", "COUNTTOMARK",
+         "CLEARTOMARK"]
+SPACES = ["SHAPE", "RANK", "RAVEL", ",", "FIRST", "REST", "REVERSE", "ENCLOSE", "DISCLOSE", "DEPTH", "MATCH", "+ //",
+          "INTERVAL"]
+
+
+class Writer:
+    """One programme. `points` counts what a body holds at most, so that jumps go forward."""
+
+    def __init__(self, r):
+        self.r = r
+
+    def number(self):
+        return self.r.choice(NUMBERS)
+
+    def condition(self):
+        r = self.r
+        return r.choice(["%s %s CHECK" % (self.number(), r.choice(["<", ">", "="])), "CHECK", "DUP CHECK",
+                         "DUP %s < CHECK" % self.number(), "T CHECK", "F CHECK"])
+
+    def decided(self, depth, functions):
+        r = self.r
+        then = r.choice(["?Y", "?N"])
+        return r.choice([
+            "RETURN " + then, "DISCARD " + then, "DUP " + then, self.number() + " " + then, "a " + then,
+            "0 JUMP " + then if r.random() < 0.3 else "SWAP " + then, "+ " + then,
+            "%s %s" % (self.function(depth, functions), then) if depth > 0 else "NEGATIVE " + then,
+            "PRINT " + then,
+        ])
+
+    def function(self, depth, functions, kinds=(":", "NILADIC", "MONADIC", "DYADIC", "VARS 1 MONADIC")):
+        return "%s %s ;" % (self.r.choice(kinds), self.body(depth - 1, functions))
+
+    def loop(self, depth, functions):
+        r = self.r
+        count = r.choice([0, 1, 2, 3, 5, 17])
+        kind = r.randrange(6)
+        if kind == 0:
+            return "%d %s REPEAT" % (count, self.function(depth, functions, (":",)))
+        if kind == 1:
+            return "%s %d DYADIC %s ; LOOP" % (self.number(), count, self.r.choice(["+", "*", "DISCARD 1 +", "- a +",
+                                                                                    self.body(depth - 1, functions)]))
+        if kind == 2:
+            return "%d MONADIC %s ; LOOP" % (count, r.choice(["@a SET", "a + @a SET", "DISCARD", "@b ASSIGN DISCARD",
+                                                              self.body(depth - 1, functions)]))
+        if kind == 3:
+            return "%d NILADIC %s ; LOOP" % (count, r.choice(["a b + @c SET", "a 1 + @a SET", self.body(depth - 1, functions)]))
+        if kind == 4:
+            return "%d DYADIC %s ; LOOP" % (count, self.body(depth - 1, functions))
+        return "%s %s EACH" % (r.choice(["(1 2 3 4)", "(1.5 2 3)", "a", "5 INTERVAL", "'abc'", "(1 (2 3) 4)", "(1 2i3 4)", "7"]),
+                               self.function(depth, functions, ("MONADIC", "MONADIC", "VARS 1 MONADIC")))
+
+    def step(self, depth, functions, place, height):
+        """Some Points, how many there are at most in the body itself, and how much higher the stack is then, about. What
+        would fail for want of operands is rare, so that a programme gets far."""
+        r = self.r
+        x = r.random()
+        name = r.choice(NAMES)
+        need = 2 if 0.44 <= x < 0.62 else 1 if 0.34 <= x < 0.44 or 0.62 <= x < 0.86 else 0
+        if height < need and r.random() < 0.97:
+            x = r.random() * 0.34
+        if x < 0.22:
+            return (self.number() if r.random() < 0.85 else r.choice(LITERALS)), 1, 1
+        if x < 0.34:
+            return name, 1, 1
+        if x < 0.44:
+            word = r.choice(["SET", "SET", "SET", "SET", "ASSIGN", "GET", "FORGET" if r.random() < 0.1 else "SET"])
+            return "@%s %s" % (name, word), 2, {"SET": -1, "GET": 1}.get(word, 0)
+        if x < 0.62:
+            return r.choice(DYADIC), 1, -1
+        if x < 0.68:
+            return r.choice(MONADIC), 1, 0
+        if x < 0.77:
+            word = r.choice(STACK)
+            return word, 1, {"DUP": 1, "DISCARD": -1, "RIGHT": -1, "SWAP": 0, "CLEAR": -height, "COLLECT": 1 - height}.get(word, 1)
+        if x < 0.79:
+            return r.choice(SPACES), 3, 0
+        if x < 0.86:
+            return self.condition() + " " + self.decided(depth, functions), 7, -1
+        if x < 0.88:
+            return "%d JUMP" % r.choice([0, place + r.randint(3, 6)]), 2, 0
+        if x < 0.93 and depth > 0:
+            return self.loop(depth, functions), 5, 0
+        if x < 0.96 and functions:
+            return r.choice(functions) + r.choice([" !", " !", " !", " DIP", " RESULT", "", " ! a +"]), 4, 0
+        if x < 0.98 and depth > 0:
+            return self.function(depth, functions) + r.choice([" !", " !", "", " DIP"]), 2, 0
+        return r.choice(["'1 a +' !", "PRINT", "'b' GET", "SMALL CONTEXT", "PREVIOUS CONTEXT", "1 2 IF",
+                         "WIPE" if r.random() < 0.1 else "NOOP", "OPERATOR", "0.5 CHECK 1 ?Y", "TIME DISCARD",
+                         "1 'x' +", "NIHIL"]), 5, 0
+
+    def body(self, depth, functions, height=1, place=0):
+        text = []
+        for _ in range(self.r.choice([1, 2, 3, 4, 6, 9, 14])):
+            some, points, higher = self.step(depth, functions, place, height)
+            text.append(some)
+            place += points
+            height = max(height + higher, 0)
+        return " ".join(text)
+
+    def programme(self):
+        r = self.r
+        text = []
+        for i, name in enumerate(FUNCTIONS):
+            if r.random() < 0.5:
+                text.append("%s @%s SET" % (self.function(2, FUNCTIONS[i + 1:]), name))
+        for name in NAMES[:3]:
+            if r.random() < 0.4:
+                text.append("%s @%s SET" % (r.choice(LITERALS + NUMBERS * 3), name))
+        text.append(self.body(3, FUNCTIONS, place=1000))  # jumps there end the text
+        text.append(self.loop(3, FUNCTIONS))
+        return " ".join(text) + " .\n"
+
+
+def session(seed):
+    r = random.Random(seed)
+    lines = ["1 SEED : 0 ; DUP @f SET DUP @g SET @h SET 1 @a SET 2 @b SET 3 @c SET 4 @$d SET 5 @_e SET .\n"]
+    for _ in range(IN_A_SESSION):
+        lines.append(Writer(r).programme())
+        # Depth of the stack, all values, and what the names hold.
+        lines.append("COUNTSTACK . DISCARD . " + r.choice(["", "", "CLEAR . "]) + "a . CLEAR b . CLEAR c . CLEAR .\n")
+    return "".join(lines)
+
+
+VARYING = re.compile(rb"--- Spent: [0-9:.]+ ---|-->\tPerformance:[^\n]*\n[^\n]*|0x[0-9a-f]{6,}")
+
+
+def limitprocessor():
+    resource.setrlimit(resource.RLIMIT_CPU, (CPU_SECONDS, CPU_SECONDS))
+
+
+def run(text, quick):
+    environment = dict(os.environ)
+    environment.pop("MORVIK_QUICK", None)
+    if not quick:
+        environment["MORVIK_QUICK"] = "off"
+    with tempfile.TemporaryDirectory() as folder:
+        done = subprocess.run([BINARY, "-q", "-p"], input=text.encode("latin-1"), capture_output=True, timeout=300,
+                              check=False, cwd=folder, env=environment, preexec_fn=limitprocessor)
+    return done.returncode, VARYING.sub(b"", done.stdout), VARYING.sub(b"", done.stderr)
+
+
+ENDLESS = (-signal.SIGXCPU, -signal.SIGKILL)
+
+
+class Differential(unittest.TestCase):
+    maxDiff = None
+
+    def agree(self, text, seed):
+        """What both of them give; None where one ran too long."""
+        without = run(text, False)
+        withit = run(text, True) if without[0] not in ENDLESS else without
+        if without[0] in ENDLESS or withit[0] in ENDLESS:
+            return None
+        if without == withit:
+            return without
+        for one, other in zip(without, withit):
+            if one == other:
+                continue
+            if isinstance(one, int):
+                self.fail("seed %s: status %d and %d" % (seed, one, other))
+            lines = [part.decode("latin-1").splitlines() for part in (one, other)]
+            self.fail("seed %s, without and with the quick loop:\n" % seed +
+                      "\n".join(list(difflib.unified_diff(*lines, lineterm="", n=6))[:60]))
+
+    def test_random_programmes(self):
+        sessions, endless = max(PROGRAMMES // IN_A_SESSION, 1), 0
+        for i in range(sessions):
+            seed = SEED * 1000003 + i
+            with self.subTest(seed=seed):
+                endless += self.agree(session(seed), seed) is None
+        self.assertLessEqual(endless, 1 + sessions // 20)
+
+    def test_the_test_sees_a_difference(self):
+        """The counts of -p are in what is compared."""
+        status, out, _ = self.agree("0 10 DYADIC + ; LOOP .\n", "none")
+        self.assertEqual(status, 0)
+        self.assertIn(b"Executed 24 operators, 10 operations.", out)
+
+
+if __name__ == "__main__":
+    unittest.main()
