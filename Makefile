@@ -1,7 +1,7 @@
 # The targets. CMake does the work; every target first installs what it lacks, where it may.
 #
 #   make run      builds and starts the prompt, or runs what is piped in (ARGS="-q" passes options on)
-#   make test     every test; test-debug, test-loop, test-asan, test-tsan, test-checking: the same in those builds
+#   make test     every test; test-debug, test-asan, test-tsan, test-checking: the same in those builds
 #                 (TESTS="REGEX" chooses by name)
 #   make bless    rewrites expectations of transcripts (NAMES="folder folder/name.morvik" chooses); bless-lists: the lists
 #                 that unit tests compare with; read the difference
