@@ -12,6 +12,7 @@
 #include "machine/leave.h"
 #include "spaces/instructions.h"
 #include "spaces/messages.h"
+#include "spaces/streams.h"
 
 namespace morvik {
 
@@ -80,7 +81,7 @@ void runeditor(const char *name) {
   if (editor) setenv(SHELL_VARIABLE, editor, 1);
   char command[sizeof WITH_EDITOR + sizeof TEMPLATE];
   std::snprintf(command, sizeof command, editor ? WITH_EDITOR : WITH_VI, name);
-  std::fflush(stdout);
+  std::fflush(outputstream);
   const int status = std::system(command);
   static_cast<void>(status);
 }

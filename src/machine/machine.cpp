@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <csetjmp>
 
+#include "failure/hearing.h"
 #include "failure/jump.h"
 #include "failure/signals.h"
 #include "frontend/contexts.h"
@@ -27,6 +28,7 @@
 #include "machine/timing.h"
 #include "spaces/counters.h"
 #include "spaces/messages.h"
+#include "spaces/streams.h"
 #include "spaces/symbols.h"
 #include "spaces/work.h"
 
@@ -101,7 +103,7 @@ Next pushaddress(Level &level, Point &name) {
 
 Next failsymbol(Level &level, const char *text) {
   joinahead();
-  std::fputs(text, stderr);
+  complain(text);
   return levelreturn(level);
 }
 
@@ -188,7 +190,7 @@ void landjump(Level &level) {
     popcontexts(level);
     return;
   }
-  std::fputs("\nException processing:...", stdout);
+  if (conversing) std::fputs("\nException processing:...", outputstream);
   levelreturn(level);
 }
 
