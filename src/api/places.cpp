@@ -12,6 +12,8 @@
 
 namespace morvik {
 
+void (*heartokentoo)(const Token &token, Condition was, Place place);
+
 namespace {
 
 // The Points of a body, in their order, and the bytes that they were read from.
@@ -66,6 +68,7 @@ void noteopen(Condition was) {
 
 void heartoken(const Token &token, Condition was) {
   tokenoffset = offsetnow() - token.length;
+  if (heartokentoo) heartokentoo(token, was, {textsource, tokenoffset});
   if (was == Condition::INITIAL || was == Condition::MASKED) pointoffset = tokenoffset;
   if (token.rule == Rule::OPEN_STRING) quoteoffset = tokenoffset;
   if (token.rule == Rule::OPEN_FUNCTION) functions.append({textsource, tokenoffset});
@@ -160,22 +163,18 @@ std::uint64_t originof(const Level &level) {
   return level.header ? level.header->origin : 0;
 }
 
-Place placeof(const Level &level) {
-  for (const Level *l = &level; l; l = l->caller) {
-    if (const Body *body = bodyof(originof(*l))) {
-      const auto at = static_cast<std::size_t>(l->current - l->start);
-      return {body->source, body->offsets[std::min(at, body->points - 1)]};
-    }
-    if (l->caller || l->header) continue;
-    const auto at = static_cast<std::size_t>(l->current - l->start);
-    return at < offsets.count ? Place{textsource, offsets[at]} : Place{};
-  }
-  return {};
+Place placein(std::uint64_t origin, std::size_t point) {
+  if (origin == 0) return point < offsets.count ? Place{textsource, offsets[point]} : Place{};
+  const Body *body = bodyof(origin);
+  return body && body->points > 0 ? Place{body->source, body->offsets[std::min(point, body->points - 1)]} : Place{};
 }
 
-Place placeofbody(std::uint64_t origin) {
-  const Body *body = bodyof(origin);
-  return body && body->points > 0 ? Place{body->source, body->offsets[0]} : Place{};
+Place placeof(const Level &level) {
+  for (const Level *l = &level; l; l = l->caller) {
+    if (originof(*l) == 0 && (l->caller || l->header)) continue;
+    return placein(originof(*l), static_cast<std::size_t>(l->current - l->start));
+  }
+  return {};
 }
 
 std::size_t placedbodies() {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frontend/tokens.h"
 #include "machine/level.h"
 
 namespace morvik {
@@ -45,13 +46,16 @@ Opening opening(std::size_t number);
 // Is a text of a source being compiled? The place of the token at work.
 bool iscompiling();
 Place placeoftoken();
+// Who else is told of what is compiled, ahead of the notes. Null for nobody.
+extern void (*heartokentoo)(const Token &token, Condition was, Place place);
+
+// Of a Point by its number, in the body of this origin or, with 0, in the text that was compiled last.
+Place placein(std::uint64_t origin, std::size_t point);
 // Of the Point at work in a level. What a level runs that was compiled elsewhere (a text of EXECUTE) has the place of
 // its caller.
 Place placeof(const Level &level);
 // Which body a level runs; 0 for a text and for what was compiled elsewhere.
 std::uint64_t originof(const Level &level);
-// Where that body begins.
-Place placeofbody(std::uint64_t origin);
 
 // How many bodies have places: as long as it stays, nothing of a source is asked for after its texts have run.
 std::size_t placedbodies();

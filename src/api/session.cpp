@@ -98,6 +98,10 @@ void runcompiled() {
   verbs += operators;
 }
 
+const Point *compiled() {
+  return programme;
+}
+
 void dropcompiled() {
   cleanup(programme);
 }

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "spaces/point.h"
+
 namespace morvik {
 
 // Calls the work with its argument under a landing of its own. Did it return? Where a failure jumped out of it, that
@@ -25,6 +27,8 @@ void openpool();
 std::int64_t compilenext(std::FILE *stream, const char **string);
 // Runs what was compiled on bank 0 and gives it back; the stack and the names stay for the next text.
 void runcompiled();
+// Its first Point, until then.
+const Point *compiled();
 // Gives it back without a run.
 void dropcompiled();
 

@@ -90,6 +90,7 @@ void runeditor(const char *name) {
 
 Next doedit(Level &level) {
   if (!hasvalues(level, 1)) return fail(level, messages::TOO_FEW_ARGUMENTS);
+  if (areconfined()) return fail(level, messages::DIRECTORY_REFUSED);  // an editor opens what it likes
   const bool plain = level.instruction->modifier == instructions::TEXTREAD;
   Draft draft;
   if (!begindraft(draft)) return fail(level, messages::CANNOT_WRITE);

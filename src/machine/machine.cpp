@@ -162,7 +162,10 @@ void runloop(Level &level) {
   while (!isend(*level.current)) {
     safepoint();
     if (stepping && iswatched(level)) watch(level);
-    if (hook == Hook::ON) flopos = 0;
+    if (hook == Hook::ON) {
+      flopos = 0;
+      if (followrun) followrun(level, false);
+    }
     operators += 1;
     const Next next = execute<hook>(level);
     if (next == Next::FETCH) [[likely]]
@@ -230,6 +233,7 @@ void runtimed(Level &level) {
 
 // What the run of a level takes is not charged to the instruction of the outer one.
 void runstamped(Level &level) {
+  if (followrun) followrun(level, true);
   const double entered = tval = clocktime();
   level.stamped = !(stepping && iswatched(level));
   runloop<Hook::ON>(level);

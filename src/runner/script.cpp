@@ -17,7 +17,9 @@
 #include "failure/signals.h"
 #include "files/files.h"
 #include "machine/leave.h"
+#include "runner/checker.h"
 #include "runner/libraries.h"
+#include "runner/profile.h"
 #include "runner/scriptfile.h"
 #include "runner/telling.h"
 #include "spaces/blocks.h"
@@ -55,6 +57,7 @@ void raisestack() {
 bool goeson;  // after a message
 
 bool isover() {
+  pauseprofile();
   return isinterruptheard() || (isfailed() && !goeson) || std::ferror(stdout);
 }
 
@@ -100,8 +103,19 @@ void bindarguments(void *argument) {
 
 void runall(const Choices &choices) {
   if (!completes(bindarguments, const_cast<Choices *>(&choices))) return;
+  if (choices.profile != Profile::NONE) beginprofile();
   for (Source &source : sources)
     if (!runtexts(source, isover)) tellopenings();
+  endprofile(choices.profile, sources.last().name);
+}
+
+void checkall() {
+  begincheck();
+  for (Source &source : sources) {
+    checktexts(source, &source != &sources.last());
+    tellopenings();
+  }
+  endcheck();
 }
 
 // Was all of the output written?
@@ -142,12 +156,16 @@ int runscript(const Choices &choices) {
   if (!openall(choices)) return STATUS_UNUSABLE;
   raisestack();
   goeson = choices.keepgoing;
-  begintelling(goeson);
+  begintelling(goeson || choices.check);
   echoing = choices.echo;
   constraindirectories = !choices.unconstrained;
+  if (choices.confined && !confinefiles()) {
+    refusefile(".", std::strerror(errno));
+    return STATUS_UNUSABLE;
+  }
   if (!startsession(choices.processors + 1)) return STATUS_UNUSABLE;
   runningsignals();
-  runall(choices);
+  choices.check ? checkall() : runall(choices);
   return closeall();
 }
 

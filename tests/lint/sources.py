@@ -20,7 +20,7 @@ COMMENT = re.compile(r"//.*")
 LONGEST_FILE = 700
 NAMESPACE = "namespace morvik"
 # What has its name from outside: the start of the process, and the heap under the names that the process knows.
-GLOBAL = {"driver/main.cpp", "runner/morvikrun.cpp"}
+GLOBAL = {"driver/main.cpp", "runner/morvikrun.cpp", "runner/morvikcheck.cpp", "api/morvik.h"}
 # The landings of a jump, and the jump.
 COUNTED = {r"\bsetjmp\s*\(": 3, r"\blongjmp\s*\(": 1}
 BANNED = {
@@ -52,7 +52,7 @@ def faults():
         name = path.relative_to(ROOT)
         text = read(path)
         code = COMMENT.sub("", text)
-        if not text.startswith("//"):
+        if not text.startswith(("//", "/*")):
             yield "%s: does not open with what it is for" % name
         if text.count("\n") > LONGEST_FILE and path.suffix != ".def":
             yield "%s: more than %d lines" % (name, LONGEST_FILE)

@@ -265,6 +265,69 @@ class Surroundings(Scripts):
                 self.assertTrue(errors.startswith(b"s.morvik:1: interrupted\n"), errors)
 
 
+class Files(Scripts):
+    REFUSED = r"^s\.morvik:1: 720 - the access to files in this directory is not allowed\. \(%s\)\n"
+
+    def refuses(self, name, text, *options):
+        status, output, errors = self.script(text, options=options)
+        self.assertEqual((status, output), (1, ""), name)
+        self.assertRegex(errors, self.REFUSED % re.escape(name))
+
+    def test_unconstrained_files_may_be_anywhere(self):
+        self.refuses("/dev/null", "'/dev/null' TEXTREAD SHAPE PRINT .")
+        self.passes("'/dev/null' TEXTREAD SHAPE PRINT .", " 0\n\n", options=["-u"])
+
+    def test_confined_files_stay_wherever_links_lead(self):
+        other = self.folder / "other"
+        other.mkdir()
+        (other / "f").write_text("out")
+        inside = self.folder / "in"
+        inside.mkdir()
+        (inside / "deep").mkdir()
+        (inside / "f").write_text("in")
+        (inside / "deep" / "up").symlink_to("..")
+        (inside / "away").symlink_to(other)
+        (inside / "link").symlink_to(other / "f")
+        (inside / "nowhere").symlink_to(other / "new")
+        outer, self.folder = self.folder, inside
+        for options in (["--confine"], ["--confine", "-u"]):
+            for name in ("f", "./f", "deep/up/f"):
+                self.passes("'%s' TEXTREAD PRINT ." % name, "in\n\n", options=options)
+            for name in ("away/f", "link", "none/f"):
+                self.refuses(name, "'%s' TEXTREAD PRINT ." % name, *options)
+            for name in ("away/g", "nowhere"):
+                self.refuses(name, "'x1' '%s' TEXTWRITE ." % name, *options)
+            self.passes("'x1' 'deep/new' TEXTWRITE .", "", options=options)
+        self.refuses(str(outer / "other" / "f"), "'%s' TEXTREAD PRINT ." % (outer / "other" / "f"), "--confine", "-u")
+        self.refuses("../other/f", "'../other/f' TEXTREAD PRINT .", "--confine", "-u")
+        self.passes("'%s' TEXTREAD PRINT ." % (inside / "f"), "in\n\n", options=["--confine", "-u"])
+        self.assertFalse((outer / "other" / "g").exists() or (outer / "other" / "new").exists())
+
+    def test_confined_scripts_start_no_editor(self):
+        status, _, errors = self.script("'text' EDIT .", options=["--confine"])
+        self.assertEqual(status, 1)
+        self.assertTrue(errors.startswith("s.morvik:1: 720 - "), errors)
+
+
+class Coprocessors(Scripts):
+    def test_they_change_no_result(self):
+        text = "(1 100000) INTERVAL DUP + + // PRINT .\n: 'a' (1 100000) INTERVAL + ; @f SET f ! ."
+        plain, parallel = self.script(text), self.script(text, options=["--processors", "3"])
+        self.assertEqual(plain, parallel)
+        self.assertEqual((plain[0], plain[1]), (1, " 10000100000\n"))
+
+
+class Help(Scripts):
+    def test_help_and_version(self):
+        status, output, errors = self.run_words("--help")
+        self.assertEqual((status, errors), (0, ""))
+        for option in ("--library", "--keep-going", "--echo", "--check", "--processors", "--unconstrained", "--confine",
+                       "--profile", "--help", "--version", "MORVIK_PATH", "ARGUMENTS", "130"):
+            self.assertIn(option, output)
+        self.assertEqual(self.run_words("--version"), (0, "morvik-run 0.8\n", ""))
+        self.assertEqual(self.run_words("-v"), (0, "morvik-run 0.8\n", ""))
+
+
 class Libraries(Scripts):
     def test_a_library_is_loaded_first_and_once(self):
         self.write("lib/greet.morvik", "'loaded' PRINT : 'hi' ; @greet SET .\n")
