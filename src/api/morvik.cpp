@@ -383,6 +383,8 @@ morvik_status opensession() {
 
 }  // namespace
 
+// What is seen of the library.
+#pragma GCC visibility push(default)
 extern "C" {
 
 const char *morvik_status_text(morvik_status status) {
@@ -605,5 +607,6 @@ morvik_status morvik_get(const char *name) {
 }
 
 }  // extern "C"
+#pragma GCC visibility pop
 
 }  // namespace morvik
