@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <csetjmp>
 
+#include "failure/hearing.h"
 #include "failure/jump.h"
 #include "failure/signals.h"
 #include "frontend/contexts.h"
@@ -27,6 +28,7 @@
 #include "machine/timing.h"
 #include "spaces/counters.h"
 #include "spaces/messages.h"
+#include "spaces/streams.h"
 #include "spaces/symbols.h"
 #include "spaces/work.h"
 
@@ -101,7 +103,7 @@ Next pushaddress(Level &level, Point &name) {
 
 Next failsymbol(Level &level, const char *text) {
   joinahead();
-  std::fputs(text, stderr);
+  complain(text);
   return levelreturn(level);
 }
 
@@ -160,7 +162,10 @@ void runloop(Level &level) {
   while (!isend(*level.current)) {
     safepoint();
     if (stepping && iswatched(level)) watch(level);
-    if (hook == Hook::ON) flopos = 0;
+    if (hook == Hook::ON) {
+      flopos = 0;
+      if (followrun) followrun(level, false);
+    }
     operators += 1;
     const Next next = execute<hook>(level);
     if (next == Next::FETCH) [[likely]]
@@ -188,7 +193,7 @@ void landjump(Level &level) {
     popcontexts(level);
     return;
   }
-  std::fputs("\nException processing:...", stdout);
+  if (conversing) std::fputs("\nException processing:...", outputstream);
   levelreturn(level);
 }
 
@@ -228,6 +233,7 @@ void runtimed(Level &level) {
 
 // What the run of a level takes is not charged to the instruction of the outer one.
 void runstamped(Level &level) {
+  if (followrun) followrun(level, true);
   const double entered = tval = clocktime();
   level.stamped = !(stepping && iswatched(level));
   runloop<Hook::ON>(level);
