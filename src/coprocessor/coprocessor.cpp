@@ -11,6 +11,7 @@
 #include "spaces/convert.h"
 #include "spaces/counters.h"
 #include "spaces/refderef.h"
+#include "spaces/streams.h"
 #include "spaces/sysvars.h"
 #include "spaces/work.h"
 
@@ -60,7 +61,7 @@ SliceFindings collectreplies(std::uint32_t slots) {
     InstructionTiming[posted.instruction].operations += reply.operations;
     InstructionTiming[posted.instruction].flops += reply.flops;
   }
-  if (found.any) std::fflush(stdout);
+  if (found.any) std::fflush(outputstream);
   return found;
 }
 
@@ -84,7 +85,7 @@ bool serverequest() {
   for (std::uint32_t i = processors - 1; i > 0; --i) {
     Reply &reply = from_coprocessor[i];
     if (!reply.request) continue;
-    std::fputs("REQ", stdout);
+    std::fputs("REQ", outputstream);
     reply.request = reply.done = 0;
     reply.request_function(&reply.operand, reply.instruction, reply.context);
     return true;

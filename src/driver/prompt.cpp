@@ -5,23 +5,16 @@
 
 #include <cerrno>
 
+#include "api/banks.h"
+#include "api/session.h"
 #include "driver/options.h"
-#include "driver/system.h"
 #include "failure/jump.h"
 #include "failure/signals.h"
 #include "frontend/assembly.h"
-#include "frontend/limits.h"
-#include "machine/level.h"
-#include "machine/machine.h"
-#include "machine/timing.h"
-#include "spaces/counters.h"
-#include "spaces/refderef.h"
 
 namespace morvik {
 
 namespace {
-
-Point programme[PROGRAMME_POINTS];
 
 void prompt() {
   if (quiet) return;
@@ -61,17 +54,10 @@ bool isinputgone(std::int64_t points) {
 
 void onetext(std::FILE *stream) {
   readingsignals();
-  const std::int64_t points = fill(programme, variables[0], sp, stream, nullptr, SKIPPED);
+  const std::int64_t points = compilenext(stream, nullptr);
   runningsignals();
   const bool last = isinputgone(points);
-  operations = 0;
-  operators = 0;
-  stacktop = stacktops[0];
-  Point *const floor = &stack[0][1];
-  sp = machine(programme, variables[0], floor, floor, sp, &memory[0], 0, 0);
-  cleanup(programme);
-  std::fflush(stdout);
-  verbs += operators;
+  runcompiled();
   // No failure of the run may keep the loop from its end.
   if (last) endprocess = 1;
 }

@@ -7,11 +7,13 @@
 #include <cstdio>
 #include <cstring>
 
+#include "failure/hearing.h"
 #include "failure/jump.h"
 #include "failure/messagetext.h"
 #include "failure/signals.h"
 #include "spaces/blocks.h"
 #include "spaces/messages.h"
+#include "spaces/streams.h"
 
 namespace morvik {
 
@@ -22,20 +24,20 @@ namespace {
 // Printing may retag what it prints; the Point at work keeps its fields.
 void dumpcopy(const char *title, const Point *point) {
   Point copy = *point;
-  dumppoint(stderr, title, &copy);
+  dumppoint(errorstream, title, &copy);
 }
 
 void report(std::int32_t number, Point **stackpointer, const Point *instruction) {
   stepping = 1;
-  std::fflush(stdout);
-  std::fprintf(stderr, "\n%s\n", errors(static_cast<std::uint32_t>(number)));
-  if (number == messages::OUT_OF_STORAGE) {
-    pendingproblem = 1;
-    return;
-  }
+  const char *const text = errors(static_cast<std::uint32_t>(number));
+  std::fflush(outputstream);
+  if (number == messages::OUT_OF_STORAGE) pendingproblem = 1;
+  if (hearreport) return hearreport({number, text, instruction, stackpointer ? *stackpointer : nullptr});
+  std::fprintf(errorstream, "\n%s\n", text);
+  if (number == messages::OUT_OF_STORAGE) return;
   if (instruction) dumpcopy("\nInstruction:\n", instruction);
   if (stackpointer && pendingproblem != 0) dumpcopy("Top of stack:\n", *stackpointer);
-  std::fflush(stderr);
+  std::fflush(errorstream);
 }
 
 }  // namespace
@@ -48,8 +50,8 @@ void exception(std::int32_t number, Point **stackpointer, const Point *instructi
     jump(-1);
   }
   if (number > 0) return report(number, stackpointer, instruction);
-  std::fflush(stdout);
-  std::fprintf(stderr, "\n%s", errors(static_cast<std::uint32_t>(-number)));
+  std::fflush(outputstream);
+  std::fprintf(errorstream, "\n%s", errors(static_cast<std::uint32_t>(-number)));
 }
 
 void exceptionjump(std::int32_t number, Point **stackpointer, const Point *instruction) {

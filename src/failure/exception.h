@@ -12,7 +12,7 @@ namespace morvik {
 // hook; without it nothing is written.
 extern void (*dumppoint)(std::FILE *stream, const char *title, Point *point);
 
-// Reports a message on standard error, with the dump of the instruction for a positive number other than 27.
+// Reports a message on the error stream, with the dump of the instruction for a positive number other than 27.
 // `stackpointer` is the address of the caller's stack top, or null; `instruction` the Point at work, or null.
 // Returns, but for messages::GOODBYE and for signals, which jump.
 void exception(std::int32_t number, Point **stackpointer, const Point *instruction);

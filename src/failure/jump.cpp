@@ -10,6 +10,7 @@
 #include "failure/custody.h"
 #include "spaces/blocks.h"
 #include "spaces/refderef.h"
+#include "spaces/streams.h"
 
 namespace morvik {
 
@@ -82,7 +83,7 @@ void endatonce(int status) {
   static bool ending;  // the flush itself may be what fails
   if (!ending) {
     ending = true;
-    std::fflush(stdout);
+    std::fflush(outputstream);
   }
   _exit(status);
 }

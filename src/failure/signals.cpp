@@ -10,14 +10,17 @@
 #include <cstdio>
 #include <cstring>
 
+#include "failure/hearing.h"
 #include "failure/jump.h"
 #include "spaces/blocks.h"
 #include "spaces/memory.h"
 #include "spaces/refderef.h"
+#include "spaces/streams.h"
 
 namespace morvik {
 
 volatile std::sig_atomic_t interrupted;
+bool foreignsignals;
 
 namespace {
 
@@ -77,20 +80,22 @@ bool isinterrupt(int signal) {
 void note(int signal) {
   volatile std::sig_atomic_t &place = deferring ? deferred : interrupted;
   if (place == 0 || isinterrupt(place)) place = signal;
-  if (!deferring) startbeat();
+  if (!deferring && !foreignsignals) startbeat();
 }
 
 // What is noted meanwhile keeps its timer.
 void forget() {
   interrupted = 0;
+  if (foreignsignals) return;
   setbeat(0);
   if (interrupted != 0) startbeat();
 }
 
 [[noreturn]] void jumpoutofrun(int signal) {
-  if (printing) std::fputc('\n', stdout);
-  std::fputs("\n** User interrupt. **\n", stdout);
-  std::fflush(stdout);
+  if (printing) std::fputc('\n', outputstream);
+  if (conversing) std::fputs("\n** User interrupt. **\n", outputstream);
+  std::fflush(outputstream);
+  if (hearreport) hearreport({SIGNAL_NUMBERS - signal, "interrupted", nullptr, nullptr});
   pendingproblem = 1;
   jump(SIGNAL_NUMBERS - signal);
 }
@@ -129,6 +134,7 @@ void unlockifmine(pthread_mutex_t &mutex) {
       writefaulttext("\nUNKNOWN SIGNAL CAUGHT\n");
       break;
   }
+  if (hearreport) hearreport({SIGNAL_NUMBERS - signal, "stopped by a fault", nullptr, nullptr});
   jump(SIGNAL_NUMBERS - signal);
 }
 
@@ -144,6 +150,12 @@ void handlesignal(int signal, siginfo_t *info, void *) {
 // A write to a closed pipe, or past the limit of a file, fails like any other. A handler, since what is set to be
 // ignored stays so in an editor that EDIT starts.
 void ignoresignal(int) {}
+
+// Where nobody talks with the system, what is typed is for the programme alone, and there is no prompt to come back to.
+[[noreturn]] void endinterrupted(int signal) {
+  constexpr int SIGNALLED = 128;  // the status that shells give for a signal
+  _exit(SIGNALLED + signal);
+}
 
 void sethandler(int signal, void (*handler)(int), int flags) {
   struct sigaction action {};
@@ -196,6 +208,7 @@ void takeinterrupt() {
 
 void initsignals() {
   releasestops = isinterrupted;
+  if (foreignsignals) return;
   sethandler(SIGPIPE, ignoresignal, SA_RESTART);
   sethandler(SIGXFSZ, ignoresignal, SA_RESTART);
   if (!FAULTS_ARE_OURS) return;
@@ -207,15 +220,26 @@ void initsignals() {
   mapstackguard();
 }
 
-void readingsignals() {
-  sethandler(SIGINT, SIG_IGN, 0);
-  sethandler(SIGQUIT, SIG_IGN, 0);
-  if (FAULTS_ARE_OURS) sethandler(SIGBUS, SIG_DFL, 0);
+void noteinterrupt() {
+  note(SIGINT);
+}
+
+void dropinterrupt() {
   if (isinterrupt(interrupted)) forget();
+}
+
+void readingsignals() {
+  if (foreignsignals) return;
+  void (*const meanwhile)(int) = conversing ? SIG_IGN : endinterrupted;
+  sethandler(SIGINT, meanwhile, 0);
+  sethandler(SIGQUIT, meanwhile, 0);
+  if (FAULTS_ARE_OURS) sethandler(SIGBUS, SIG_DFL, 0);
+  dropinterrupt();
 }
 
 // No restart: a sleep or a read that an interrupt breaks comes back to a safe point.
 void runningsignals() {
+  if (foreignsignals) return;
   handlenoting(SIGINT, 0);
   handlenoting(SIGQUIT, 0);
   if (FAULTS_ARE_OURS) setfaulthandler(SIGBUS);

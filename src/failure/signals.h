@@ -21,11 +21,19 @@ inline void safepoint() {
     takeinterrupt();
 }
 
+// The signals of the process are its owner's: no handler is set here, and what interrupts is noted by noteinterrupt
+// alone, which any thread and any handler may call. Set before anything else here is called, or never.
+extern bool foreignsignals;
+void noteinterrupt();
+// Drops an interrupt that was noted and not taken.
+void dropinterrupt();
+
 // Once at start, on the main thread: the alternate stack, the faults' handlers, the end of the process stack where no
 // limit sets one, SIGPIPE ignored.
 void initsignals();
-// While a text is read: interrupt and quit are ignored, one that was noted and not taken is dropped, and SIGBUS has its
-// default action. A Programme that reads calls safepoint() first.
+// While a text is read: interrupt and quit are ignored, or end the process where nobody talks with the system; one that
+// was noted and not taken is dropped, and SIGBUS has its default action. A Programme that reads calls safepoint()
+// first.
 void readingsignals();
 // While a Programme runs: interrupt, quit, bus and floating point signals are handled.
 void runningsignals();

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 
 #include "failure/custody.h"
@@ -71,8 +73,42 @@ char *filename(const Point &name) {
   return bytes;
 }
 
+namespace {
+
+char confinement[PATH_MAX];  // an absolute path without links; empty: files are not confined
+
+// Does the path, without links and climbing, lead into the folder? A file that is to be made lies where its folder
+// does; a link that leads nowhere would make one there.
+bool staysinside(const char *name) {
+  char real[PATH_MAX];
+  if (!realpath(name, real)) {
+    struct stat status;
+    const char *slash = std::strrchr(name, '/');
+    const std::size_t length = slash ? static_cast<std::size_t>(slash - name) + 1 : 0;
+    if (lstat(name, &status) == 0 || length >= sizeof real) return false;
+    char folder[PATH_MAX] = ".";
+    if (length > 0) {
+      std::memcpy(folder, name, length);
+      folder[length] = 0;
+    }
+    if (!realpath(folder, real)) return false;
+  }
+  const std::size_t length = std::strlen(confinement);
+  const bool root = length == 1;
+  return std::strncmp(real, confinement, length) == 0 && (root || real[length] == '/' || real[length] == 0);
+}
+
+}  // namespace
+
+bool confinefiles() {
+  return realpath(".", confinement) != nullptr;
+}
+bool areconfined() {
+  return confinement[0] != 0;
+}
+
 bool isrefused(const char *name) {
-  return constraindirectories != 0 && !checkpath(name);
+  return (constraindirectories != 0 && !checkpath(name)) || (areconfined() && !staysinside(name));
 }
 
 std::FILE *openstream(const char *name, const char *mode) {
@@ -156,7 +192,7 @@ void makefile(Point &file, std::FILE *stream, char *name, const Point &descripto
 
 bool reopenfile(Element &file) {
   closehandle(file);
-  std::FILE *stream = openstream(file.name, UPDATE);
+  std::FILE *stream = areconfined() && !staysinside(file.name) ? nullptr : openstream(file.name, UPDATE);
   sethandlestream(file, stream);
   return stream != nullptr;
 }

@@ -21,7 +21,11 @@ int namefault(const Point &name, int data, int structure);
 // The bytes of a space that has no such fault, as a counted string, owned by the caller; a NUL ends the name.
 // Message 27.
 char *filename(const Point &name);
-// Is a name refused by the constraint, as it is now?
+// From now on files are only opened in the present folder and below it, wherever links and `..` lead. Could that folder
+// be found? What changes the folders while a file is opened is not seen.
+bool confinefiles();
+bool areconfined();
+// Is a name refused by the constraint or the confinement, as they are now?
 bool isrefused(const char *name);
 
 // Opens a host file; a child process does not inherit it. Null where it can't be opened; a directory never can.

@@ -179,7 +179,7 @@ void literalaction(const Token &token) {
 }
 
 // The action of a token that was read in the condition `was`. Does it end the text?
-bool runaction(const Token &token, Condition was) {
+[[gnu::always_inline]] inline bool runaction(const Token &token, Condition was) {
   Compiler &c = compiler;
   switch (token.rule) {
     case Rule::END_OF_INPUT:
@@ -233,7 +233,9 @@ bool runaction(const Token &token, Condition was) {
   }
 }
 
-// Returns the number of Points, END included.
+// The loop exists twice, so that a listener who is not there costs nothing. Returns the number of Points, END included.
+enum class Heard { NO, YES };
+template <Heard heard>
 std::int64_t compile() {
   Compiler &c = compiler;
   for (;;) {
@@ -241,6 +243,7 @@ std::int64_t compile() {
     giveupforinterrupt();
     const Token token = scan(was);
     if (token.rule != Rule::LINE_FEED) c.begun = true;
+    if (heard == Heard::YES) listener->heartoken(token, was);
     c.condition = conditionafter(token);
     if (runaction(token, was)) return c.position - c.frames[0].start + 1;
   }
@@ -332,7 +335,7 @@ std::int64_t fill(Point *programme, Context *chain, Point *stackposition, std::F
   armlanding(outer, abandontext);
   if (setjmp(error_jump) == 0) {
     safepoint();
-    points = compile();
+    points = listener ? compile<Heard::YES>() : compile<Heard::NO>();
   } else {
     recoverinput();
   }

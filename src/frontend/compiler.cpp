@@ -17,6 +17,7 @@
 namespace morvik {
 
 Compiler compiler;
+const Listener *listener;
 
 namespace {
 
@@ -63,11 +64,22 @@ void dropfunction() {
 
 }  // namespace
 
+namespace {
+
+// What seldom has to follow.
+[[gnu::noinline]] void endemit() {
+  if (listener) listener->hearpoint();
+  if (compiler.position == compiler.roomend) growbody();
+}
+
+}  // namespace
+
 void emit() {
   Compiler &c = compiler;
   *c.position++ = c.pending;
   c.pending = {};
-  if (c.position == c.roomend) growbody();
+  if (c.position == c.roomend || listener) [[unlikely]]
+    endemit();
 }
 
 Point *lastpoint() {

@@ -66,6 +66,14 @@ struct Compiler {
 };
 extern Compiler compiler;
 
+// Who is told of what is compiled; null, as at the start, for nobody. What is told may not jump.
+struct Listener {
+  void (*heartoken)(const Token &token, Condition was);  // before its action
+  void (*hearpoint)();                                   // the one before the position is whole
+  void (*hearbody)(Point &header);                       // of a function that is whole: takes an origin
+};
+extern const Listener *listener;
+
 // Moves the pending Point to the position. Messages 27, 807.
 void emit();
 // Begins a pending Point; the one before was moved away.

@@ -2,8 +2,10 @@
 // is the Point of quads that the scalar instructions are given, so that a new value is in force at once.
 #include "frontend/fixedsyms.h"
 
+#include "failure/hearing.h"
 #include "frontend/buckets.h"
 #include "spaces/refderef.h"
+#include "spaces/streams.h"
 #include "spaces/symbols.h"
 
 namespace morvik {
@@ -39,11 +41,10 @@ bool isnumeric(const Element *value) {
 // Kept: the tolerance is looked at when its name is looked up, not when it is set.
 void checktolerance(Point &value) {
   if (!isnumeric(value.data_pointer)) {
-    std::fflush(stdout);
-    std::fputs(
+    std::fflush(outputstream);
+    complain(
         "WARNING/ERROR: The #CT value is not numerically specified, unspecified results can be expected from verbs "
-        "depending on the Comparison Tolerance",
-        stderr);
+        "depending on the Comparison Tolerance");
   } else if (value.data_pointer->tag == tags::INTEGER && !isscalarlike(value)) {
     value.type |= COMPLEXED;
   }

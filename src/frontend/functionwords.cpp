@@ -6,12 +6,14 @@
 #include <cstring>
 
 #include "failure/exception.h"
+#include "failure/hearing.h"
 #include "frontend/compiler.h"
 #include "frontend/contexts.h"
 #include "frontend/limits.h"
 #include "frontend/literals.h"
 #include "spaces/blocks.h"
 #include "spaces/messages.h"
+#include "spaces/streams.h"
 
 namespace morvik {
 
@@ -61,7 +63,7 @@ Signature signature(const char *text) {
   if (endswith(text, "MONADIC")) return {1, locals};
   if (endswith(text, "DYADIC")) return {2, locals};
   if (endswith(text, "TRIADIC")) return {3, locals};
-  if (vars) std::fputs("Warning, a NEADIC can not have local VARS!", stderr);
+  if (vars) complain("Warning, a NEADIC can not have local VARS!");
   return {NO_FRAME, 0};
 }
 
@@ -80,6 +82,7 @@ void sealfunction() {
   function.elements = static_cast<std::uint32_t>(points + 1);
   block->type = function.type;
   block->elements = static_cast<std::uint32_t>(points);
+  if (listener) listener->hearbody(*block);
 }
 
 }  // namespace
@@ -96,6 +99,7 @@ void openfunction(char *text) {
   auto *block = static_cast<Point *>(newblock((FIRST_BODY + 1) * sizeof(Point)));
   function.programme = block;
   *block = function;
+  block->origin = 0;
   *c.position = function;
   c.pending = {};
   c.frames[c.nextframe++] = {c.position, c.roomend, c.openlocals, c.chain, block + 1};
@@ -120,7 +124,7 @@ void endfunction() {
 void closefunction(const char *text) {
   Compiler &c = compiler;
   if (c.nextframe == 1) {
-    std::fputs("[Trelk] error: No FUNCTION pending!\n", stderr);
+    complain("[Trelk] error: No FUNCTION pending!\n");
     return;
   }
   Point &end = newpending(ranks::OPERATOR, ISOPERATOR);
@@ -134,9 +138,9 @@ void closefunction(const char *text) {
 void endtext(const char *text) {
   Compiler &c = compiler;
   if (c.nextframe > 1) {
-    std::fflush(stdout);
-    std::fputs("\nFUNCTION definition pending, the FUNCTION is forcibly finished.\n", stderr);
-    std::fflush(stderr);
+    std::fflush(outputstream);
+    complain("\nFUNCTION definition pending, the FUNCTION is forcibly finished.\n");
+    std::fflush(errorstream);
     const std::size_t length = std::strcspn(text, "\n");
     char name[sizeof "END"] = ".";
     if (length > 0 && length < sizeof name) std::memcpy(name, text, length);

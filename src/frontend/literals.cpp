@@ -12,6 +12,7 @@
 #include <numbers>
 
 #include "failure/exception.h"
+#include "failure/hearing.h"
 #include "frontend/compiler.h"
 #include "frontend/constants.h"
 #include "frontend/tokens.h"
@@ -22,6 +23,7 @@
 #include "spaces/making.h"
 #include "spaces/messages.h"
 #include "spaces/parts.h"
+#include "spaces/streams.h"
 
 namespace morvik {
 
@@ -121,10 +123,12 @@ static_assert(tagofrule(Rule::OCTONION, Rule::COMPLEX) == tags::OCTONION &&
 bool isquaternion(const LiteralParts &parts, const char *text) {
   constexpr unsigned I = 1U << 1, J = 1U << 2, K = 1U << 3;
   if ((parts.found & (J | K)) != 0) return true;
-  std::fprintf(
-      stderr,
+  char complaint[2 * TOKEN_BYTES];
+  std::snprintf(
+      complaint, sizeof complaint,
       (parts.found & I) == 0 ? "[Trelk] error in QUATERNION text: [%s]\n" : "[lexnum] error in QUATERNION: [%s]\n",
       text);
+  complain(complaint);
   return false;
 }
 
@@ -210,7 +214,7 @@ Element readbinary(const char *token, std::size_t length, bool member) {
     element.integer = static_cast<std::int64_t>(bits);
   }
   if (count > NUMBER_BITS) warn(messages::LONG_BINARY, element);
-  if (member) std::printf("%d\n", static_cast<int>(written));
+  if (member) std::fprintf(outputstream, "%d\n", static_cast<int>(written));
   return element;
 }
 

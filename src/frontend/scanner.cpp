@@ -7,6 +7,7 @@
 #include "frontend/vocabulary.h"
 #include "frontend/window.h"
 #include "spaces/characters.h"
+#include "spaces/streams.h"
 
 namespace morvik {
 
@@ -56,7 +57,7 @@ Token endofinput() {
 
 // The default rule.
 void echo() {
-  putchar_unlocked(peekbyte(0));
+  putc_unlocked(peekbyte(0), outputstream);
   dropbyte();
 }
 

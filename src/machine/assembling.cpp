@@ -77,6 +77,7 @@ void sealbody(Body &body, Point &function) {
   function.elements = static_cast<std::uint32_t>(body.points + 1);
   function.programme = body.block;
   *body.block = function;
+  body.block->origin = 0;
   body.block->elements = static_cast<std::uint32_t>(body.points);
 }
 

@@ -15,6 +15,7 @@
 #include "spaces/instructions.h"
 #include "spaces/loose.h"
 #include "spaces/messages.h"
+#include "spaces/processstack.h"
 #include "spaces/symbols.h"
 #include "spaces/work.h"
 
@@ -30,8 +31,18 @@ constexpr std::size_t WORKING_ROOM = std::size_t{256} * 1024;
   room[0] = 0;
 }
 
+}  // namespace
+
+void (*makeroom)() = touchstack;
+
+void askforroom() {
+  if (stackends()) outofstorage();
+}
+
+namespace {
+
 inline Level makeinner(Level &outer, Point *start, Point *header, Point *frame, Point *floor) {
-  touchstack();
+  makeroom();
   const bool ownsframe = frame != outer.frame || floor != outer.floor;
   Entry *const names = header ? localnames(header[header->elements]) : nullptr;
   return Level({&outer, start, header, names, frame, floor, outer.memory, outer.level + 1, outer.slot, ownsframe});

@@ -14,6 +14,11 @@ void callkept(Level &level, const Point &function);
 // Runs what is on top as EXECUTE does: a FUNCTION, or the text of a character space. 995 for anything else.
 Next executetop(Level &level);
 
+// Called before a level begins: sees to it that the process stack has room for its work. At the start it touches that
+// stack, so that its end is met as a fault; askforroom reports message 27 and jumps.
+extern void (*makeroom)();
+void askforroom();
+
 // Moves the arguments on top up and makes fresh locals below them. Returns the first local.
 Point *makelocals(Level &level, int arguments, int locals);
 // A level inside `outer` for a Programme, or for the body of a function that the caller holds. It may run many times.

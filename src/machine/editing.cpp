@@ -12,6 +12,7 @@
 #include "machine/leave.h"
 #include "spaces/instructions.h"
 #include "spaces/messages.h"
+#include "spaces/streams.h"
 
 namespace morvik {
 
@@ -80,7 +81,7 @@ void runeditor(const char *name) {
   if (editor) setenv(SHELL_VARIABLE, editor, 1);
   char command[sizeof WITH_EDITOR + sizeof TEMPLATE];
   std::snprintf(command, sizeof command, editor ? WITH_EDITOR : WITH_VI, name);
-  std::fflush(stdout);
+  std::fflush(outputstream);
   const int status = std::system(command);
   static_cast<void>(status);
 }
@@ -89,6 +90,7 @@ void runeditor(const char *name) {
 
 Next doedit(Level &level) {
   if (!hasvalues(level, 1)) return fail(level, messages::TOO_FEW_ARGUMENTS);
+  if (areconfined()) return fail(level, messages::DIRECTORY_REFUSED);  // an editor opens what it likes
   const bool plain = level.instruction->modifier == instructions::TEXTREAD;
   Draft draft;
   if (!begindraft(draft)) return fail(level, messages::CANNOT_WRITE);

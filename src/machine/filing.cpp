@@ -17,6 +17,7 @@
 #include "spaces/counters.h"
 #include "spaces/instructions.h"
 #include "spaces/messages.h"
+#include "spaces/streams.h"
 #include "spaces/work.h"
 #include "text/text.h"
 
@@ -196,7 +197,7 @@ Next dosave(Level &level) {
 Next dodumpstack(Level &level) {
   if (!namesfile(level, DUMPING)) return Next::LEAVE;
   if (isempty(*level.sp)) {
-    dumpstack(stdout, level.floor, level.sp);
+    dumpstack(outputstream, level.floor, level.sp);
     return Next::FETCH;
   }
   Replacement file;
@@ -217,9 +218,9 @@ Next dowrite(Level &level) {
   if (!namesfile(level, WRITING)) return Next::LEAVE;
   if (isempty(*level.sp)) {
     droptop(level);
-    writecounted(stdout, level.sp, Form::SOURCE);
-    std::fputc('\n', stdout);
-    std::fflush(stdout);
+    writecounted(outputstream, level.sp, Form::SOURCE);
+    std::fputc('\n', outputstream);
+    std::fflush(outputstream);
     return Next::FETCH;
   }
   Replacement file;

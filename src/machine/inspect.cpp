@@ -8,6 +8,7 @@
 #include "machine/machine.h"
 #include "machine/texts.h"
 #include "spaces/instructions.h"
+#include "spaces/streams.h"
 #include "spaces/work.h"
 #include "text/text.h"
 
@@ -24,10 +25,10 @@ long height(const Level &level) {
 }
 
 void traceline(const Level &level) {
-  std::printf("\nTrace (%2d:%3ld)", level.level, static_cast<long>(level.current - level.start) + 1);
-  if (!level.step) std::printf(" [%2ld]", height(level));
+  std::fprintf(outputstream, "\nTrace (%2d:%3ld)", level.level, static_cast<long>(level.current - level.start) + 1);
+  if (!level.step) std::fprintf(outputstream, " [%2ld]", height(level));
   Point copy = *level.current;
-  disass(stdout, "", &copy, 0, 0);
+  disass(outputstream, "", &copy, 0, 0);
 }
 
 // Takes the ENDPROCESS Point away that a line feed leaves at the end of a line. Was it all of the line? That of the end
@@ -50,9 +51,9 @@ void runline(Level &level, Text &line) {
 
 // One line at the prompt. Does the inspection go on with the next line?
 bool inspectline(Level &level, Text &line) {
-  std::printf("\nInspect [%ld]: ", height(level) + 1);
-  std::fflush(stdout);
-  const std::int64_t points = compiletext(level, line, stdin, nullptr, ENDS_STEP);
+  std::fprintf(outputstream, "\nInspect [%ld]: ", height(level) + 1);
+  std::fflush(outputstream);
+  const std::int64_t points = compiletext(level, line, inputstream, nullptr, ENDS_STEP);
   const bool nothing = droplineend(line, points);
   if (!stepping || points == 0 || nothing) {
     cleanup(line.programme);

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "failure/exception.h"
+#include "failure/hearing.h"
 #include "failure/jump.h"
 #include "frontend/contexts.h"
 #include "machine/level.h"
@@ -11,11 +12,14 @@
 #include "spaces/counters.h"
 #include "spaces/loose.h"
 #include "spaces/making.h"
+#include "spaces/streams.h"
 #include "spaces/symbols.h"
 #include "spaces/work.h"
 #include "text/text.h"
 
 namespace morvik {
+
+char echoing = 1;
 
 Next fail(Level &level, int number) {
   exception(number, &level.sp, level.instruction);
@@ -29,7 +33,7 @@ Next levelreturn(Level &level) {
     return Next::LEAVE;
   }
   if (endprocess || level.level != 0 || pendingproblem != 1 || !hasvalues(level, 1)) return Next::LEAVE;
-  std::fputs("\n-- - Discarding the bad TOS value...\n", stdout);
+  if (conversing) std::fputs("\n-- - Discarding the bad TOS value...\n", outputstream);
   const std::uint32_t kept = level.sp->type & HASASCII;
   pendingproblem = 0;
   droptop(level);
@@ -56,15 +60,15 @@ namespace {
 
 void reportrun() {
   if (timing || performance || processor_performance) duration = clocktime() - prevtime;
-  if (performance || processor_performance) std::fputc('\n', stdout);
+  if (performance || processor_performance) std::fputc('\n', outputstream);
   if (performance && operators > 0)
-    std::printf(
-        "\n-->\tExecuted %.0lf operators, %.0lf operations.\n-->\tPerformance:\t%.2lf Morvik operators/sec,\n"
-        "\t\t\t%.2lf scalar operations/sec.\n",
-        operators, operations, persecond(operators, duration), persecond(operations, duration));
+    std::fprintf(outputstream,
+                 "\n-->\tExecuted %.0lf operators, %.0lf operations.\n-->\tPerformance:\t%.2lf Morvik operators/sec,\n"
+                 "\t\t\t%.2lf scalar operations/sec.\n",
+                 operators, operations, persecond(operators, duration), persecond(operations, duration));
   if (processor_performance)
-    std::printf("\n-->\tProcessor performance: %lg Morvik operations per Mhz\n",
-                persecond(operators + operations, duration) / static_cast<double>(MHz));
+    std::fprintf(outputstream, "\n-->\tProcessor performance: %lg Morvik operations per Mhz\n",
+                 persecond(operators + operations, duration) / static_cast<double>(MHz));
   if (timing) writetime(duration);
 }
 
@@ -72,10 +76,11 @@ void reportrun() {
 [[gnu::noinline]] void endofrun(Level &level) {
   joinpool(level.sp);
   reportrun();
+  if (!echoing) return;
   if (hasvalues(level, 1))
-    dump(stdout, "\n\n", level.sp);
+    dump(outputstream, "\n\n", level.sp);
   else
-    std::fputs("\n-", stdout);
+    std::fputs("\n-", outputstream);
 }
 
 }  // namespace

@@ -6,6 +6,9 @@
 
 namespace morvik {
 
+// Is the top shown after each text?
+extern char echoing;
+
 // Reports a message about the present instruction and leaves the level.
 [[gnu::cold]] Next fail(Level &level, int number);
 // Leaves the level as a failure does that was reported already.

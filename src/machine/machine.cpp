@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <csetjmp>
 
+#include "failure/hearing.h"
 #include "failure/jump.h"
 #include "failure/signals.h"
 #include "frontend/contexts.h"
@@ -31,6 +32,7 @@
 #include "spaces/counters.h"
 #include "spaces/loose.h"
 #include "spaces/messages.h"
+#include "spaces/streams.h"
 #include "spaces/symbols.h"
 #include "spaces/work.h"
 
@@ -105,7 +107,7 @@ Next pushaddress(Level &level, Point &name) {
 
 Next failsymbol(Level &level, const char *text) {
   joinahead();
-  std::fputs(text, stderr);
+  complain(text);
   return levelreturn(level);
 }
 
@@ -164,7 +166,10 @@ void runloop(Level &level) {
   while (!isend(*level.current)) {
     safepoint();
     if (stepping && iswatched(level)) watch(level);
-    if (hook == Hook::ON) flopos = 0;
+    if (hook == Hook::ON) {
+      flopos = 0;
+      if (followrun) followrun(level, false);
+    }
     operators += 1;
     const Next next = execute<hook>(level);
     if (next == Next::FETCH) [[likely]]
@@ -193,7 +198,7 @@ void landjump(Level &level) {
     popcontexts(level);
     return;
   }
-  std::fputs("\nException processing:...", stdout);
+  if (conversing) std::fputs("\nException processing:...", outputstream);
   levelreturn(level);
 }
 
@@ -233,6 +238,7 @@ void runtimed(Level &level) {
 
 // What the run of a level takes is not charged to the instruction of the outer one.
 void runstamped(Level &level) {
+  if (followrun) followrun(level, true);
   const double entered = tval = clocktime();
   level.stamped = !(stepping && iswatched(level));
   runloop<Hook::ON>(level);

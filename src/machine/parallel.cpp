@@ -2,9 +2,11 @@
 #include <algorithm>
 
 #include "failure/exception.h"
+#include "failure/hearing.h"
 #include "machine/leave.h"
 #include "machine/level.h"
 #include "spaces/messages.h"
+#include "spaces/streams.h"
 #include "spaces/work.h"
 
 namespace morvik {
@@ -23,7 +25,9 @@ Next doparallel(Level &level) {
   if (!wanted) return fail(level, messages::PARALLEL_ARGUMENT);
   std::int64_t slots = std::max<std::int64_t>(wanted->integer, 1);
   if (slots > cpus) {
-    std::fprintf(stderr, "WARNING: 204 - requested more than started processors (%ld):", static_cast<long>(cpus));
+    if (!hearreport)
+      std::fprintf(errorstream,
+                   "WARNING: 204 - requested more than started processors (%ld):", static_cast<long>(cpus));
     exception(messages::PARALLEL_CAPPED, &level.sp, level.instruction);
     slots = cpus;
   }

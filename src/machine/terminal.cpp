@@ -15,6 +15,7 @@
 #include "spaces/instructions.h"
 #include "spaces/making.h"
 #include "spaces/messages.h"
+#include "spaces/streams.h"
 #include "spaces/work.h"
 #include "text/text.h"
 
@@ -34,9 +35,9 @@ constexpr std::size_t LINE_BYTES = 4096;            // bytes between two safe po
 int readbyte() {
   for (;;) {
     errno = 0;
-    const int byte = std::getc(stdin);
-    if (byte != EOF || std::feof(stdin) || errno != EINTR) return byte;
-    std::clearerr(stdin);
+    const int byte = std::getc(inputstream);
+    if (byte != EOF || std::feof(inputstream) || errno != EINTR) return byte;
+    std::clearerr(inputstream);
     safepoint();
   }
 }
@@ -97,20 +98,20 @@ bool istime(const Point &value) {
 // The modifier says whether a line feed follows; an empty value is no more than that.
 void writevalueontop(Level &level) {
   const bool line = level.instruction->modifier == instructions::PRINT;
-  if (!isempty(*level.sp) || !line) dump(stdout, "", level.sp);
-  if (line) std::fputc('\n', stdout);
+  if (!isempty(*level.sp) || !line) dump(outputstream, "", level.sp);
+  if (line) std::fputc('\n', outputstream);
 }
 
 }  // namespace
 
 Next doinput(Level &level) {
   if (stackfull(level)) return fail(level, messages::STACK_FULL);
-  std::fflush(stdout);
+  std::fflush(outputstream);
   safepoint();
   Point *const base = level.sp;
   Text text;
   opentext(text);
-  compiletext(level, text, stdin, nullptr, ENDS_TEXT);
+  compiletext(level, text, inputstream, nullptr, ENDS_TEXT);
   runtext(level, text, base + 1, base + 1);
   closetext(text);
   const std::ptrdiff_t results = level.sp - base;
@@ -130,7 +131,7 @@ Next doinput(Level &level) {
 
 Next doquotedin(Level &level) {
   if (stackfull(level)) return fail(level, messages::STACK_FULL);
-  std::fflush(stdout);
+  std::fflush(outputstream);
   pushowned(level, readline());
   return Next::FETCH;
 }
@@ -159,16 +160,16 @@ Next dosleep(Level &level) {
   if (!istime(*level.sp)) return Next::FETCH;
   const std::int64_t nanoseconds = sleeptime(level.sp->data_pointer[0]);
   if (nanoseconds < 0) return fail(level, messages::NEGATIVE_SLEEP);
-  std::fflush(stdout);
+  std::fflush(outputstream);
   sleepfor(nanoseconds);
   droptop(level);
   return Next::FETCH;
 }
 
 Next dowait(Level &) {
-  std::fflush(stdout);
-  std::fputs("\nWaiting... press ENTER to continue: ", stderr);
-  std::fflush(stderr);
+  std::fflush(outputstream);
+  std::fputs("\nWaiting... press ENTER to continue: ", errorstream);
+  std::fflush(errorstream);
   readbyte();
   return Next::FETCH;
 }

@@ -9,6 +9,7 @@
 #include "frontend/limits.h"
 #include "machine/calls.h"
 #include "machine/machine.h"
+#include "spaces/streams.h"
 
 namespace morvik {
 
@@ -28,7 +29,7 @@ void closetext(Text &text) {
 
 std::int64_t compiletext(Level &level, Text &text, std::FILE *stream, const char **string, int flag) {
   // What a person types while asked for it is not meant for what runs; a text in storage takes no time to read.
-  const bool typed = stream == stdin;
+  const bool typed = stream == inputstream;
   typed ? readingsignals() : deferinterrupts();
   const std::int64_t points = fill(text.programme, level.meaning, level.sp, stream, string, flag);
   typed ? runningsignals() : admitinterrupts();

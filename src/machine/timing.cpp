@@ -45,6 +45,7 @@ bool isleaving(std::uint16_t number) {
 }  // namespace
 
 double (*clocktime)() = timeofday;
+void (*followrun)(const Level &level, bool begins);
 
 double persecond(double count, double seconds) {
   if (count == 0) return 0;

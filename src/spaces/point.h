@@ -115,6 +115,7 @@ struct Point {
   union {
     Element *shape_pointer;  // space of rank 1 or more: one integer Element an axis, the fastest axis first
     char *name;              // symbolic Point: zero-terminated
+    std::uint64_t origin;    // header of a body: which one it is to who heard of it when it was compiled; 0 for nobody
   };
   union {
     std::int16_t depth;         // space: how deeply it nests

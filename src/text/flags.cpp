@@ -5,6 +5,7 @@
 
 #include "spaces/blocks.h"
 #include "spaces/point.h"
+#include "spaces/streams.h"
 
 namespace morvik {
 
@@ -22,24 +23,24 @@ constexpr Flag Flags[] = {
 };
 
 void writeshape(const Point &space) {
-  std::fputs(" shape: [ ", stdout);
+  std::fputs(" shape: [ ", outputstream);
   for (std::int32_t axis = 0; axis < space.rank && space.shape_pointer; ++axis)
-    std::printf("%ld ", static_cast<long>(space.shape_pointer[axis].integer));
-  std::fputs("]", stdout);
+    std::fprintf(outputstream, "%ld ", static_cast<long>(space.shape_pointer[axis].integer));
+  std::fputs("]", outputstream);
 }
 
 }  // namespace
 
 void detail_type(const char *prefix, std::uint32_t word) {
-  if (*prefix) std::printf(" %s", prefix);
-  if (word == 0) std::fputs(" END", stdout);
+  if (*prefix) std::fprintf(outputstream, " %s", prefix);
+  if (word == 0) std::fputs(" END", outputstream);
   for (const Flag &flag : Flags) {
     if ((word & flag.bit) == 0 || flag.bit == ISOPERATOR) continue;
     if (flag.bit == YES && (word & CONDITIONAL) != 0) continue;
-    std::fputs(flag.name, stdout);
-    if (flag.bit == CONDITIONAL) std::fputs((word & YES) != 0 ? " YES" : " NO", stdout);
+    std::fputs(flag.name, outputstream);
+    if (flag.bit == CONDITIONAL) std::fputs((word & YES) != 0 ? " YES" : " NO", outputstream);
   }
-  if ((word & ISOPERATOR) != 0) std::fputs(" ISOPERATOR", stdout);
+  if ((word & ISOPERATOR) != 0) std::fputs(" ISOPERATOR", outputstream);
 }
 
 void writeflags(std::uint32_t word) {
@@ -50,24 +51,24 @@ void writefields(const Point *point) {
   constexpr int FIRST_RANK = -ranks::END;
   detail_type("", point->type);
   if (point->rank > ranks::VECTOR || point->rank < ranks::END)
-    std::printf(" rank %d", point->rank);
+    std::fprintf(outputstream, " rank %d", point->rank);
   else
-    std::printf(" %s", Ranks[point->rank + FIRST_RANK]);
+    std::fprintf(outputstream, " %s", Ranks[point->rank + FIRST_RANK]);
   if (isfunction(*point))
-    std::printf(" arguments %d, locals %d,", point->arguments, point->locals);
+    std::fprintf(outputstream, " arguments %d, locals %d,", point->arguments, point->locals);
   else
-    std::printf(" depth %d,", point->depth);
-  std::printf(" elements %u ", point->elements);
+    std::fprintf(outputstream, " depth %d,", point->depth);
+  std::fprintf(outputstream, " elements %u ", point->elements);
   const bool named = !isspace(*point);
   if (named)
-    std::printf("%s", (point->type & NAME_BEARING) != 0 && point->name ? point->name : "");
+    std::fprintf(outputstream, "%s", (point->type & NAME_BEARING) != 0 && point->name ? point->name : "");
   else
     writeshape(*point);
   // The data of an address into the stack is no block.
   const bool onstack = point->rank == ranks::ADDRESS && (point->type & ISLOCAL) != 0;
-  std::printf(" refr(data_pointer) %ld, refr(shape_pointer) %ld\n",
-              static_cast<long>(referencecount(onstack ? nullptr : point->block)),
-              static_cast<long>(referencecount(point->shape_pointer)));
+  std::fprintf(outputstream, " refr(data_pointer) %ld, refr(shape_pointer) %ld\n",
+               static_cast<long>(referencecount(onstack ? nullptr : point->block)),
+               static_cast<long>(referencecount(point->shape_pointer)));
 }
 
 }  // namespace morvik

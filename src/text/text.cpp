@@ -8,6 +8,7 @@
 #include "failure/exception.h"
 #include "failure/jump.h"
 #include "spaces/instructions.h"
+#include "spaces/streams.h"
 #include "text/pointtext.h"
 #include "text/printer.h"
 
@@ -49,8 +50,8 @@ void writetime(double seconds) {
   constexpr double LONGEST = 9e18;
   const double given = std::isnan(seconds) ? 0 : seconds * static_cast<double>(MICROSECONDS);
   const long total = std::lround(std::clamp(given, 0.0, LONGEST)), whole = total / MICROSECONDS;
-  std::printf("\tät = %.2ld.%.2ld %.3ldmS %.3lduS\n", whole / MINUTE, whole % MINUTE, total / MILLI % MILLI,
-              total % MILLI);
+  std::fprintf(outputstream, "\tät = %.2ld.%.2ld %.3ldmS %.3lduS\n", whole / MINUTE, whole % MINUTE,
+               total / MILLI % MILLI, total % MILLI);
 }
 
 namespace {

@@ -10,7 +10,7 @@ MAP = ROOT / "docs" / "architecture.md"
 # From the ground up: a module includes its own headers and those of lower layers. Modules of one layer do not include each
 # other. What must call upward goes through a hook, a variable of the lower module that the upper one sets.
 LAYERS = [["tables"], ["spaces"], ["failure"], ["text"], ["arithmetic", "frontend", "coprocessor"], ["operators"],
-          ["files"], ["machine"], ["driver", "runner", "api"]]
+          ["files"], ["machine"], ["api"], ["driver", "runner"]]
 HEIGHT = {module: height for height, layer in enumerate(LAYERS) for module in layer}
 # The one recursion: the machine calls handlers, and some of them run the machine.
 RECURSIVE = "machine"
@@ -20,9 +20,9 @@ COMMENT = re.compile(r"//.*")
 LONGEST_FILE = 700
 NAMESPACE = "namespace morvik"
 # What has its name from outside: the start of the process, and the heap under the names that the process knows.
-GLOBAL = {"driver/main.cpp"}
+GLOBAL = {"driver/main.cpp", "runner/morvikrun.cpp", "runner/morvikcheck.cpp", "api/morvik.h"}
 # The landings of a jump, and the jump.
-COUNTED = {r"\bsetjmp\s*\(": 2, r"\blongjmp\s*\(": 1}
+COUNTED = {r"\bsetjmp\s*\(": 3, r"\blongjmp\s*\(": 1}
 BANNED = {
     r"\b(?:try|catch|throw)\b\s*[({\w]": "exceptions are off",
     r"\bstd::(?:vector|string|map|unordered_map|function|unique_ptr|shared_ptr)\b": "a jump would leak it",
@@ -52,7 +52,7 @@ def faults():
         name = path.relative_to(ROOT)
         text = read(path)
         code = COMMENT.sub("", text)
-        if not text.startswith("//"):
+        if not text.startswith(("//", "/*")):
             yield "%s: does not open with what it is for" % name
         if text.count("\n") > LONGEST_FILE and path.suffix != ".def":
             yield "%s: more than %d lines" % (name, LONGEST_FILE)

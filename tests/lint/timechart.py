@@ -103,6 +103,20 @@ class Timechart(unittest.TestCase):
         rows = self.rows(self.draw(REPORT + REPORT.replace("SLEEP", "EACH")))
         self.assertEqual(rows[0][0][0], "EACH")
 
+    def test_a_profile_of_a_script(self):
+        profile = ("noise\n\nProfile of s.morvik: 8.000 ms, of which 1.000 ms in no function\n\n"
+                   "      own ms   share     total ms       calls  function\n"
+                   "       5.000   62.5%        5.000        2000  inc (s.morvik:1)\n"
+                   "       2.000   25.0%        7.000        1000  (no name) (s.morvik:4)\n\n"
+                   "      own ms   share        runs  line\n       5.000   62.5%        2001  s.morvik:1\n")
+        picture = self.draw(profile)
+        texts = [found.text for found in picture.iter(SVG + "text")]
+        for shown in ("inc", "(no name)", "(no function)", "62.5 %", "5.000 ms", "2000", "own time", "calls", "s.morvik: 8.000 ms"):
+            self.assertIn(shown, texts)
+        self.assertNotIn("s.morvik:1", texts)
+        widths = [row[1] for row in self.rows(picture)]
+        self.assertAlmostEqual(widths[0] / widths[1], 2.5, delta=0.01)
+
     def test_a_file(self):
         with tempfile.TemporaryDirectory() as folder:
             path = pathlib.Path(folder) / "report"

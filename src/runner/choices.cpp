@@ -1,0 +1,132 @@
+// The command line of morvik-run, as getopt_long reads it.
+#include "runner/choices.h"
+
+#include <getopt.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace morvik {
+
+namespace {
+
+constexpr char USAGE[] = "usage: morvik-run [options] FILE [words...]\n";
+
+constexpr char HELP[] =
+    "Runs a programme in a file. FILE may be -, the standard input. The words after it are found as ARGUMENTS.\n"
+    "\n"
+    "  -l, --library NAME     load NAME.morvik first; may stand more than once. It is looked for in the folders that\n"
+    "                         MORVIK_PATH names (with : between them), in ../share/morvik/lib from where morvik-run "
+    "is,\n"
+    "                         and in ../lib, in this order\n"
+    "  -k, --keep-going       run the texts that follow a message too\n"
+    "  -e, --echo             show the top of the stack after each text, as at the prompt\n"
+    "  -c, --check            look for mistakes, and run nothing\n"
+    "  -p, --processors N     use N threads beside the main one\n"
+    "  -u, --unconstrained    allow files in any folder\n"
+    "      --confine          allow files below the present folder only, wherever links lead\n"
+    "      --profile[=folded] tell at the end where the time went, by function and line; folded: as stacks, for flame\n"
+    "                         graphs\n"
+    "  -h, --help             show this\n"
+    "  -v, --version          show the version\n"
+    "\n"
+    "Status: 0; 1 after a message; 2 where the command line or a file is of no use; 130 after an interrupt.\n";
+
+constexpr char VERSION[] = "morvik-run 0.8";
+constexpr std::uint32_t MOST_PROCESSORS = 1 << 16;
+
+enum LongOnly : int { CONFINE = 256, PROFILE };
+
+constexpr option OPTIONS[] = {{"library", required_argument, nullptr, 'l'},
+                              {"keep-going", no_argument, nullptr, 'k'},
+                              {"echo", no_argument, nullptr, 'e'},
+                              {"check", no_argument, nullptr, 'c'},
+                              {"processors", required_argument, nullptr, 'p'},
+                              {"unconstrained", no_argument, nullptr, 'u'},
+                              {"confine", no_argument, nullptr, CONFINE},
+                              {"profile", optional_argument, nullptr, PROFILE},
+                              {"help", no_argument, nullptr, 'h'},
+                              {"version", no_argument, nullptr, 'v'},
+                              {nullptr, 0, nullptr, 0}};
+
+int misused(const char *what, const char *value) {
+  std::fprintf(stderr, "morvik-run: %s: %s\n%s", what, value, USAGE);
+  return STATUS_UNUSABLE;
+}
+
+int readprocessors(Choices &choices, const char *text) {
+  char *end;
+  errno = 0;
+  const unsigned long number = std::strtoul(text, &end, 10);
+  if (*text < '0' || *text > '9' || *end != 0 || errno != 0 || number > MOST_PROCESSORS)
+    return misused("this is no number of processors", text);
+  choices.processors = static_cast<std::uint32_t>(number);
+  return GOES_ON;
+}
+
+int readprofile(Choices &choices, const char *text) {
+  if (!text)
+    choices.profile = Profile::TABLE;
+  else if (std::strcmp(text, "folded") == 0)
+    choices.profile = Profile::FOLDED;
+  else
+    return misused("there is no such profile", text);
+  return GOES_ON;
+}
+
+int takeoption(Choices &choices, int option) {
+  switch (option) {
+    case 'l':
+      choices.libraries.append(optarg);
+      return GOES_ON;
+    case 'k':
+      choices.keepgoing = true;
+      return GOES_ON;
+    case 'e':
+      choices.echo = true;
+      return GOES_ON;
+    case 'c':
+      choices.check = true;
+      return GOES_ON;
+    case 'p':
+      return readprocessors(choices, optarg);
+    case 'u':
+      choices.unconstrained = true;
+      return GOES_ON;
+    case CONFINE:
+      choices.confined = true;
+      return GOES_ON;
+    case PROFILE:
+      return readprofile(choices, optarg);
+    case 'h':
+      std::printf("%s\n%s", USAGE, HELP);
+      return STATUS_DONE;
+    case 'v':
+      std::puts(VERSION);
+      return STATUS_DONE;
+    default:  // getopt_long has said what is wrong
+      std::fputs(USAGE, stderr);
+      return STATUS_UNUSABLE;
+  }
+}
+
+}  // namespace
+
+// The first word that is no option is the file: what follows is the script's, dashes or not.
+int readchoices(Choices &choices, int argc, char **argv) {
+  choices = {};
+  for (int option; (option = getopt_long(argc, argv, "+l:kecp:uhv", OPTIONS, nullptr)) != -1;)
+    if (const int status = takeoption(choices, option); status != GOES_ON) return status;
+  if (optind >= argc) {
+    std::fprintf(stderr, "morvik-run: no file\n%s", USAGE);
+    return STATUS_UNUSABLE;
+  }
+  choices.file = argv[optind];
+  choices.words = argv + optind + 1;
+  choices.wordcount = static_cast<std::size_t>(argc - optind - 1);
+  return GOES_ON;
+}
+
+}  // namespace morvik

@@ -1,0 +1,15 @@
+// Libraries: scripts that are run ahead of a script, for the names that they set.
+#pragma once
+
+#include <cstddef>
+
+#include "api/list.h"
+
+namespace morvik {
+
+// The file of a library: along MORVIK_PATH, then beside the binary where it is installed (../share/morvik/lib), then in
+// the tree that it was built in (../lib). A name is letters, digits, - and _. An empty list where there is none, which
+// was told.
+bool findlibrary(List<char> &path, const char *name);
+
+}  // namespace morvik

@@ -1,0 +1,9 @@
+// morvik-run: runs a programme that stands in a file.
+#include "runner/choices.h"
+#include "runner/script.h"
+
+int main(int argc, char **argv) {
+  morvik::Choices choices;
+  const int status = morvik::readchoices(choices, argc, argv);
+  return status == morvik::GOES_ON ? morvik::runscript(choices) : status;
+}

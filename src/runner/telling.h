@@ -1,0 +1,22 @@
+// Messages of a script: where it happened, the line, and the functions that run.
+#pragma once
+
+#include "api/places.h"
+#include "failure/hearing.h"
+
+namespace morvik {
+
+// Told on standard error from now on: every report, with its place.
+void begintelling(bool keepgoing);
+
+// What came of it so far.
+bool isfailed();          // a message came
+bool isinterruptheard();  // an interrupt
+
+// A name that means the function which a level runs; null where it has none any more.
+const char *functionname(const Level &level);
+
+// Tells of what stands at a place, which counts as a message.
+void tellat(const Place &place, const char *text);
+
+}  // namespace morvik

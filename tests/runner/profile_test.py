@@ -1,0 +1,63 @@
+#!/usr/bin/env python3
+"""morvik-run --profile: what it counts and where it says the time went:  profile_test.py BINARY"""
+import re
+import unittest
+
+from scripts import Scripts
+
+SCRIPT = """: 1 + ; @inc SET
+: inc ! inc ! ; @twice SET .
+0 @n SET .
+2000 : n twice ! @n SET ;
+ REPEAT .
+n PRINT .
+"""
+FUNCTION = re.compile(r"^ +([\d.]+) +([\d.]+)% +([\d.]+) +(\d+)  (.*)$", re.M)
+LINE = re.compile(r"^ +([\d.]+) +([\d.]+)% +(\d+)  (s\.morvik:\d+)$", re.M)
+
+
+class Profile(Scripts):
+    def test_calls_and_lines_are_counted(self):
+        status, output, errors = self.script(SCRIPT, options=["--profile"])
+        self.assertEqual((status, output), (0, " 4000\n"))
+        calls = {name: int(count) for _, _, _, count, name in FUNCTION.findall(errors)}
+        self.assertEqual(calls, {"inc (s.morvik:1)": 4000, "twice (s.morvik:2)": 2000, "(no name) (s.morvik:4)": 2000})
+        runs = {place: int(count) for _, _, count, place in LINE.findall(errors)}
+        self.assertEqual({place: runs[place] for place in ("s.morvik:5", "s.morvik:6")}, {"s.morvik:5": 1, "s.morvik:6": 1})
+        self.assertGreaterEqual(runs["s.morvik:1"], 4000)
+
+    def test_rows_are_sorted_and_times_add_up(self):
+        _, _, errors = self.script(SCRIPT, options=["--profile"])
+        own = [float(row[0]) for row in FUNCTION.findall(errors)]
+        self.assertEqual(own, sorted(own, reverse=True))
+        all_time, outside = map(float, re.search(r"^Profile of s\.morvik: ([\d.]+) ms, of which ([\d.]+) ms in no function$",
+                                                 errors, re.M).groups())
+        self.assertAlmostEqual(sum(own) + outside, all_time, delta=0.01)
+        total = {row[4].split()[0]: float(row[2]) for row in FUNCTION.findall(errors)}
+        mine = {row[4].split()[0]: float(row[0]) for row in FUNCTION.findall(errors)}
+        self.assertAlmostEqual(total["twice"], mine["twice"] + mine["inc"], delta=0.01)
+
+    def test_time_goes_to_the_line_that_takes_it(self):
+        _, _, errors = self.script(": 0.2 SLEEP\n 1 ; @slow SET .\nslow ! .\n", options=["--profile"])
+        first = LINE.search(errors)
+        self.assertEqual(first.group(4), "s.morvik:1")
+        self.assertGreater(float(first.group(1)), 190)
+        self.assertIn("slow", FUNCTION.search(errors).group(5))
+
+    def test_a_recursion_is_one_function(self):
+        _, _, errors = self.script(": DUP CHECK : 1 - down ! ; ?Y ; @down SET 50 down ! .", options=["--profile"])
+        rows = [row for row in FUNCTION.findall(errors) if row[4].startswith("down ")]
+        self.assertEqual([int(row[3]) for row in rows], [51] if rows else [])
+
+    def test_folded_stacks(self):
+        _, output, errors = self.script(SCRIPT, options=["--profile=folded"])
+        self.assertEqual(output, " 4000\n")
+        self.assertRegex(errors, r"\A(?:s\.morvik(?:;[^;\n]+)* \d+\n)+\Z")
+        self.assertRegex(errors, r"(?m)^s\.morvik;\(no name\);twice;inc \d+$")
+
+    def test_without_it_nothing_is_written(self):
+        self.assertEqual(self.script(SCRIPT), (0, " 4000\n", ""))
+
+
+if __name__ == "__main__":
+    unittest.main()
