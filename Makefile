@@ -1,9 +1,11 @@
 # The targets. CMake does the work; every target first installs what it lacks, where it may.
 #
 #   make run      builds and starts the prompt, or runs what is piped in (ARGS="-q" passes options on)
+#   make prompt   builds and starts the prompt with history, completion and help (ARGS="--vi -- -c4" passes options on)
 #   make test     every test; test-debug, test-asan, test-tsan, test-checking: the same in those builds
 #                 (TESTS="REGEX" chooses by name)
-#   make bless    rewrites expectations of transcripts (NAMES="folder folder/name.morvik" chooses); read the difference
+#   make bless    rewrites expectations of transcripts (NAMES="folder folder/name.morvik" chooses); bless-lists: the lists
+#                 that unit tests compare with; read the difference
 #   make lint     format, clang-tidy and the lints
 #   make format   formats
 #   make fuzz     fuzzes for SECONDS, and proves that a planted bug is found
@@ -23,7 +25,7 @@ JOBS ?= $(shell nproc)
 export JOBS
 
 .DEFAULT_GOAL := build
-.PHONY: build run test bless lint format fuzz campaign bench mutate clean
+.PHONY: build run prompt test bless bless-lists lint format fuzz campaign bench mutate clean
 
 build:
 	@tools/need build
@@ -34,6 +36,11 @@ run:
 	@tools/need build
 	@if [ -t 0 ]; then tools/build release morvik; else tools/build -q release morvik; fi
 	@exec build/morvik $(ARGS)
+
+prompt:
+	@tools/need build prompt
+	@tools/build -q release morvik
+	@exec tools/python prompt_toolkit pygments -- python/morvik-prompt --interpreter build/morvik $(ARGS)
 
 test:
 	@tools/need build test
@@ -49,6 +56,11 @@ bless:
 	@tools/need build test
 	@tools/build release morvik
 	@python3 -B tests/transcripts/run.py --bless build/morvik $(NAMES)
+
+bless-lists:
+	@tools/need build test
+	@tools/build release unit_tests
+	@build/tests/unit_tests --update --gtest_brief=1
 
 lint:
 	@tools/need build test lint

@@ -348,7 +348,7 @@ ARRAYS(
 Operands chosen(std::size_t count, std::uint64_t seed) {
   return {{space(count, flag, seed), space(count, whole, seed + 1)}, 2, true};
 }
-// As much room as can be needed is taken, and cut in the end.
+// As much memory as can be needed is taken, and cut in the end.
 Element *chosenbyhand(const Operands &o) {
   const std::size_t count = countplaces(o);
   Element *made = newelements(count), *to = made;

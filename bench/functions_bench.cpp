@@ -35,7 +35,7 @@ inline T along(const T &x, F &&f) {
     return alongunit(x, f);
 }
 
-// ---- The circular functions, whose number stands on the right.
+// ---- The circular functions, whose number is on the right.
 
 // One row for a function of all elements: the lone right operand is its number.
 template <class T, int number, class F>

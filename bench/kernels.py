@@ -35,7 +35,7 @@ def named(benchmark):
 
 
 def cell(found, goal):
-    """One ratio as it stands in the table. With an apostrophe it is of fewer elements than the column says."""
+    """One ratio as the table shows it. With an apostrophe it is of fewer elements than the column says."""
     if found is None:
         return "%8s " % ""
     ratio, fewer = found

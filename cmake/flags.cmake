@@ -1,4 +1,4 @@
-# How the code is built, as bundles: for everything, two for what stands in src/, and one for the linking of `morvik`.
+# How the code is built, as bundles: for everything, two for what is in src/, and one for the linking of `morvik`.
 
 # No contraction: a product and a sum round twice on every machine, so that results do not depend on the compiler.
 add_library(morvik_build INTERFACE)

@@ -18,7 +18,8 @@ bool write(const std::string &path, const std::string &text) {
 int main(int argc, char **argv) {
   const std::string folder = argc > 1 ? argv[1] : ".";
   const bool written = write(folder + "/vim/syntax/morvik.vim", grammars::vimsyntax()) &&
-                       write(folder + "/vscode/syntaxes/morvik.tmLanguage.json", grammars::textmate());
+                       write(folder + "/vscode/syntaxes/morvik.tmLanguage.json", grammars::textmate()) &&
+                       write(folder + "/emacs/morvik-grammar.el", grammars::emacs());
   if (!written) std::perror(folder.c_str());
   return written ? 0 : 1;
 }

@@ -1,5 +1,5 @@
 // The editors' grammars, made from the scanner's own vocabulary: a word is coloured exactly where it would be a token.
-// Files are taken to be in the 8-bit set that the editor shows as Latin-1.
+// Files are taken to be in the 8-bit set that the editor shows as Latin-1, or in UTF-8 with signs for private bytes.
 #pragma once
 
 #include <algorithm>
@@ -38,9 +38,27 @@ inline std::vector<Spelling> vocabularywords() {
   return all;
 }
 
+struct Glyph {
+  int byte;
+  const char *sign;
+};
+
+inline constexpr Glyph GLYPHS[] = {
+#define GLYPH(byte, sign, typed, twin) {byte, sign},
+#include "tables/glyphs.def"
+#undef GLYPH
+};
+
+inline const char *signof(int byte) {
+  for (const Glyph &glyph : GLYPHS)
+    if (glyph.byte == byte) return glyph.sign;
+  return "";
+}
+
 // How an editor writes its patterns.
 struct Dialect {
   const char *open, *bar, *close;  // of a group of alternatives
+  const char *word;                // opens the group that is the word itself
   const char *notaword;            // no word byte comes next
   const char *special;             // bytes that a backslash makes plain
   std::string (*high)(int byte);
@@ -66,8 +84,8 @@ inline std::string words(const Dialect &dialect, std::initializer_list<Rule> rul
   bool bounded = false;
   const auto endgroup = [&] {
     if (!group.empty())
-      pattern += (pattern == dialect.open ? "" : dialect.bar) +
-                 (bounded ? dialect.open + group + dialect.close + dialect.notaword : group);
+      pattern += (pattern == dialect.open ? "" : dialect.bar) + std::string(dialect.word) + group + dialect.close +
+                 (bounded ? dialect.notaword : "");
     group.clear();
   };
   for (const Spelling &word : vocabularywords()) {
@@ -86,10 +104,13 @@ inline std::string format(const char *pattern, int byte) {
   return text;
 }
 
+inline const std::string NOTE = signof(0xBC);  // begins and ends a comment
+
 // ---- Vim: of the items that match at one place the last one counts.
 
-inline constexpr Dialect VIM = {
-    "\\V\\%(", "\\|", "\\)", "\\m[0-9A-Za-z_]\\@!\\V", "\\{", [](int byte) { return format("\\%%x%02x", byte); }};
+inline constexpr Dialect VIM = {"\\V\\%(", "\\|", "\\)", "\\V\\%(", "\\m[0-9A-Za-z_]\\@!\\V", "\\{", [](int byte) {
+                                  return format("\\[\\x%02x", byte) + signof(byte) + "]";
+                                }};
 
 inline std::string vimsyntax() {
   const std::string minus = "[-\\xaf]", digits = "[0-9]\\+";
@@ -99,7 +120,7 @@ inline std::string vimsyntax() {
   const std::string count = minus + "\\?" + digits;
   std::string text =
       "\" Morvik. Made by editors/generate from the vocabulary of the scanner; not to be edited.\n"
-      "if exists('b:current_syntax')\n  finish\nendif\nsyntax case match\n";
+      "scriptencoding utf-8\nif exists('b:current_syntax')\n  finish\nendif\nsyntax case match\n";
   const auto match = [&text](const char *group, const std::string &pattern) {
     text += "syntax match " + std::string(group) + " {" + pattern + "{\n";
   };
@@ -118,9 +139,8 @@ inline std::string vimsyntax() {
   match("morvikBracket", "`(\\|)`\\|[()]");
   match("morvikAddress", "@\\%([_$.%][A-Za-z_][0-9A-Za-z_]*\\|&" + count + "\\|[^ \\t\\r][^ \\t\\r.;]*\\)");
   match("morvikVariable", "@\\?[_$.]\\?\\%x02[^\\x03]*\\%x03");
-  text +=
-      "syntax region morvikString start={'{ skip={''{ end={'{\n"
-      "syntax region morvikComment start={[\"\\xbc]{ end={[\"\\xbc]{\n";
+  text += std::string("syntax region morvikString start={'{ skip={''{ end={'{\n") +
+          "syntax region morvikComment start={[\"\\xbc" + NOTE + "]{ end={[\"\\xbc" + NOTE + "]{\n";
   for (const char *link :
        {"Name Identifier", "Keyword Operator", "Structure Statement", "Constant Constant", "Variable Identifier",
         "Number Number", "Bracket Delimiter", "Address Special", "String String", "Comment Comment"})
@@ -130,8 +150,9 @@ inline std::string vimsyntax() {
 
 // ---- TextMate: of the patterns that match at one place the first one counts.
 
-inline constexpr Dialect TEXTMATE = {
-    "(?:", "|", ")", "(?![0-9A-Za-z_])", "\\^$.|?*+()[]{}/", [](int byte) { return format("\\x{%02X}", byte); }};
+inline constexpr Dialect TEXTMATE = {"(?:", "|", ")", "(?:", "(?![0-9A-Za-z_])", "\\^$.|?*+()[]{}/", [](int byte) {
+                                       return format("[\\x{%02X}", byte) + signof(byte) + "]";
+                                     }};
 
 inline std::string textmate() {
   const std::string minus = "[-\\x{AF}]";
@@ -158,7 +179,8 @@ inline std::string textmate() {
   const auto match = [&](const char *scope, const std::string &pattern) {
     add(scope, "\"match\": " + quoted(pattern));
   };
-  add("comment.block", "\"begin\": " + quoted("[\"\\x{BC}]") + ", \"end\": " + quoted("[\"\\x{BC}]"));
+  const std::string delimiter = "[\"\\x{BC}" + NOTE + "]";
+  add("comment.block", "\"begin\": " + quoted(delimiter) + ", \"end\": " + quoted(delimiter));
   add("string.quoted.single", "\"begin\": " + quoted("'") + ", \"end\": " + quoted("'(?!')") +
                                   ", \"patterns\": [{\"name\": \"constant.character.escape.morvik\", \"match\": " +
                                   quoted("''|`0#[01|]+`") + "}]");
@@ -176,6 +198,38 @@ inline std::string textmate() {
   match("punctuation", "`\\(|\\)`|[()]");
   match("variable", "[^ \\t\\r\\n][^ \\t\\r\\n!.;]*");
   return text + "\n  ]\n}\n";
+}
+
+// ---- Emacs: patterns for the matcher of the mode, which looks at one place after another. Group 1 is the word.
+
+inline constexpr Dialect EMACS = {
+    "\\(?:", "\\|", "\\)", "\\(?1:", "\\(?:[^0-9A-Za-z_]\\|\\'\\)", "\\^$.?*+[]", [](int byte) {
+      const std::string letter = {static_cast<char>(0xC0 | byte >> 6), static_cast<char>(0x80 | (byte & 0x3F))};
+      return "[" + letter + (letter == signof(byte) ? "" : signof(byte)) + "]";
+    }};
+
+inline std::string emacs() {
+  std::string text =
+      ";;; morvik-grammar.el --- The words of Morvik  -*- lexical-binding: t; coding: utf-8 -*-\n"
+      ";; Made by editors/generate from the vocabulary of the scanner; not to be edited.\n"
+      ";;; Code:\n\n";
+  const auto constant = [&text](const char *name, const std::string &pattern) {
+    text += "(defconst morvik-" + std::string(name) + "-regexp\n  \"";
+    for (const char byte : pattern) {
+      if (byte == '"' || byte == '\\') text += '\\';
+      text += byte;
+    }
+    text += "\")\n";
+  };
+  constant("keyword", words(EMACS, {Rule::KEYWORD, Rule::BUILTIN}));
+  constant("constant", words(EMACS, {Rule::CONSTANT}));
+  constant("structure", words(EMACS, {Rule::OPEN_FUNCTION, Rule::CLOSE_FUNCTION, Rule::END_OF_TEXT}));
+  text += "\n(defconst morvik-signs\n  '(";
+  for (const Glyph &glyph : GLYPHS)
+    text += (&glyph == GLYPHS ? "(?" : "\n    (?") + std::string(glyph.sign) + " . " + std::to_string(glyph.byte) + ")";
+  return text +
+         ")\n  \"Signs, and the bytes that they stand for.\")\n\n(provide 'morvik-grammar)\n;;; morvik-grammar.el ends "
+         "here\n";
 }
 
 }  // namespace grammars

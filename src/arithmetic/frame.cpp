@@ -31,7 +31,7 @@ constexpr std::int16_t DEEPEST_NESTING = 1000;
 
 // What a failed slice leaves: records that own nothing.
 void fillrest(const Run &run) {
-  for (std::size_t i = run.done; i < run.count; ++i) makefiller(run.result[i]);
+  for (std::size_t i = run.done; i < run.count; ++i) setfiller(run.result[i]);
 }
 
 }  // namespace

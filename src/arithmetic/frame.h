@@ -11,7 +11,7 @@
 
 namespace morvik {
 
-// How many tags may have loops, and so kinds of their own; one more kind stands for all others.
+// How many tags may have loops, and so kinds of their own; one more kind is all others.
 inline constexpr std::size_t LOOP_TAGS = tags::OCTONION - tags::ASCII + 1, KINDS = LOOP_TAGS + 1;
 inline constexpr std::size_t kindof(std::int32_t tag) {
   return std::min<std::uint32_t>(static_cast<std::uint32_t>(tag) - tags::ASCII, LOOP_TAGS);
@@ -58,11 +58,6 @@ void releaseoverwritten(const Run &run, Element &result);
 
 // New records for the result of a run. False where there is no storage.
 bool newrecords(Run &run);
-// What is not made after a failure: a record that owns nothing.
-inline void makefiller(Element &e) {
-  e = {};
-  e.tag = tags::FILLER;
-}
 // Gives back what a run that failed made; nothing where it wrote over an operand.
 void abandonrun(Run &run);
 

@@ -14,9 +14,9 @@ inline constexpr double PRNGS_MODULUS = 2147483647.0;
 // Advances the state and returns it.
 std::int64_t PRNGS(std::uint64_t *state);
 // Seeds the state of a thread. `index` separates the threads' streams; a seed above 0 counts modulo 2147483647, 0
-// stands for 123456789, below 0 for the time in seconds.
+// means 123456789, below 0 for the time in seconds.
 void SEED_PRNGS(std::int32_t index, std::uint64_t *state, std::int64_t seed);
-// Copies the state.
+// Copies a state out, for whoever wants to show a stream of numbers or to take it up again.
 void GetSeed(std::uint64_t *out, const std::uint64_t *state);
 
 // A draw from the unit interval that differs from x.

@@ -5,15 +5,17 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
 #include "spaces/convert.h"
+#include "spaces/parts.h"
 #include "spaces/point.h"
 
 namespace morvik {
 
-// double, Complex, Quaternion and Octonion stand for themselves. These are kinds of their own, so that no core takes
+// double, Complex, Quaternion and Octonion are kinds as they are. These are kinds of their own, so that no core takes
 // one for the other by a silent conversion.
 struct Integer {
   std::int64_t value;
@@ -34,39 +36,17 @@ struct WholeOrReal {
   bool whole;
 };
 
-// The kind of each tag, in the order of the tags.
+// The kinds in the order of their tags, from ASCII to OCTONION.
+using Kinds = std::tuple<Ascii, Unicode, Integer, double, Complex, Quaternion, Octonion>;
 template <std::int32_t tag>
-struct KindOf;
-template <>
-struct KindOf<tags::ASCII> {
-  using Type = Ascii;
-};
-template <>
-struct KindOf<tags::UNICODE> {
-  using Type = Unicode;
-};
-template <>
-struct KindOf<tags::INTEGER> {
-  using Type = Integer;
-};
-template <>
-struct KindOf<tags::REAL> {
-  using Type = double;
-};
-template <>
-struct KindOf<tags::COMPLEX> {
-  using Type = Complex;
-};
-template <>
-struct KindOf<tags::QUATERNION> {
-  using Type = Quaternion;
-};
-template <>
-struct KindOf<tags::OCTONION> {
-  using Type = Octonion;
-};
-template <std::int32_t tag>
-using Kind = typename KindOf<tag>::Type;
+using Kind = std::tuple_element_t<tag - tags::ASCII, Kinds>;
+
+// The tag of a kind; 0 for what only results are.
+template <class T>
+inline constexpr std::int32_t TAG_OF = []<std::size_t... i>(std::index_sequence<i...>) {
+  return ((std::is_same_v<T, std::tuple_element_t<i, Kinds>> ? tags::ASCII + static_cast<std::int32_t>(i) : 0) + ...);
+}
+(std::make_index_sequence<std::tuple_size_v<Kinds>>{});
 
 // The value of a record, whose tag is known. A quaternion stays in the record, where it begins in the word of the name:
 // it is read by part() and pairof() alone.
@@ -81,17 +61,10 @@ inline decltype(auto) valueof(const Element &e) {
   if constexpr (tag == tags::OCTONION) return static_cast<const Octonion &>(*e.octonion);
 }
 
-// How many doubles a number is made of, which is its place in the order of promotion; 0 for what is no number.
+// How many doubles a number is made of, which is its place in the order of promotion; 0 for an integer, and for what is
+// no number.
 template <class T>
-inline constexpr int PARTS = 0;
-template <>
-inline constexpr int PARTS<double> = 1;
-template <>
-inline constexpr int PARTS<Complex> = 2;
-template <>
-inline constexpr int PARTS<Quaternion> = 4;
-template <>
-inline constexpr int PARTS<Octonion> = 8;
+inline constexpr int PARTS = std::is_same_v<T, Integer> ? 0 : partsof(TAG_OF<T>);
 
 template <class T>
 concept Parted = PARTS<T> >
@@ -169,10 +142,9 @@ inline std::uint64_t headingof(const Element &e) {
 inline void setheading(Element &e, std::uint64_t word) {
   std::memcpy(static_cast<void *>(&e), &word, sizeof word);
 }
-// With no name, in one store.
+// With no name.
 inline void setunnamedheading(Element &e, std::uint64_t word) {
-  using Words __attribute__((vector_size(16), aligned(8), may_alias)) = unsigned long long;
-  *reinterpret_cast<Words *>(&e) = Words{word, 0};
+  store16(&e, word, 0);
 }
 
 // What passes from an operand's heading to a result: all but the name and the silence.

@@ -4,17 +4,9 @@
 
 #include "arithmetic/kinds.h"
 #include "arithmetic/loops.h"
+#include "spaces/hypercomplex.h"
 
 namespace morvik {
-
-// What is outside of 0 to 1 is as true as can be, or not at all.
-constexpr double clamped(double x) {
-  if (x > 1) [[unlikely]]
-    return 1;
-  if (x < 0) [[unlikely]]
-    return 0;
-  return x;
-}
 
 // The smaller and the larger of two, clamped: as clamping keeps their order, one of the two is enough. The choice is b
 // where one is NaN; the sum is never the negative zero.
@@ -56,7 +48,7 @@ struct Logic : FlopCounter {
     constexpr bool rows = Hyper<A> && Hyper<B>;
     return rows && PARTS<A> < PARTS<B> ? PARTS<A> : rows ? PARTS<B> : PARTS<Wider<A, B>>;
   }
-  // A real stands against each component; what only the higher of two rows has passes as it is.
+  // A real meets each component; what only the higher of two rows has passes as it is.
   template <Parted A, Parted B>
   Wider<A, B> operator()(const A &a, const B &b) {
     constexpr int common = fixedflops(Formula<A, B>{});

@@ -191,25 +191,11 @@ constexpr std::uint64_t fixedflopsof() {
 
 // The HAS bit that results of a kind have, or nearly all of them.
 template <class T>
-inline constexpr std::uint32_t USUAL_BIT = 0;
-template <>
-inline constexpr std::uint32_t USUAL_BIT<double> = HASREAL;
+inline constexpr std::uint32_t USUAL_BIT = kindbit(TAG_OF<T>);
 template <>
 inline constexpr std::uint32_t USUAL_BIT<WholeOrReal> = HASINTEGER;
 template <>
-inline constexpr std::uint32_t USUAL_BIT<Integer> = HASINTEGER;
-template <>
 inline constexpr std::uint32_t USUAL_BIT<Truth> = HASINTEGER;
-template <>
-inline constexpr std::uint32_t USUAL_BIT<Ascii> = HASASCII;
-template <>
-inline constexpr std::uint32_t USUAL_BIT<Unicode> = HASUNICODE;
-template <>
-inline constexpr std::uint32_t USUAL_BIT<Complex> = HASCOMPLEX;
-template <>
-inline constexpr std::uint32_t USUAL_BIT<Quaternion> = HASQUATERNION;
-template <>
-inline constexpr std::uint32_t USUAL_BIT<Octonion> = HASOCTONION;
 
 // Form and marks of a hypercomplex result: a complex number takes them from the complex operand, the left one of two;
 // so does a higher number where both operands are of its kind. A mixed pair gives the ordinary form.
@@ -281,17 +267,15 @@ template <std::int32_t L, std::int32_t R, class Value>
 inline std::uint32_t writeresult(Element &to, std::uint64_t left, std::uint64_t right, const Value &value, bool fresh,
                                  Octonion *target = nullptr) {
   if constexpr (std::same_as<Value, Octonion>) {
-    return writerecord(to, inherited<tags::OCTONION, L, R>(left, right), value, target, fresh);
+    return writerecord(to, inherited<TAG_OF<Value>, L, R>(left, right), value, target, fresh);
   } else {
     if constexpr (L == tags::OCTONION || R == tags::OCTONION)
       if (!fresh) releaseoctonion(to);
-    if constexpr (std::same_as<Value, Complex>) {
-      return writerecord(to, inherited<tags::COMPLEX, L, R>(left, right), value);
-    } else if constexpr (std::same_as<Value, Quaternion>) {
-      return writerecord(to, inherited<tags::QUATERNION, L, R>(left, right), value);
+    if constexpr (Hyper<Value>) {
+      return writerecord(to, inherited<TAG_OF<Value>, L, R>(left, right), value);
     } else if constexpr (std::same_as<Value, Ascii> || std::same_as<Value, Unicode>) {
       // A character comes from the operand that is one, and looks like it.
-      constexpr std::int32_t tag = std::same_as<Value, Ascii> ? tags::ASCII : tags::UNICODE;
+      constexpr std::int32_t tag = TAG_OF<Value>;
       setunnamedheading(to, (L == tag ? left : right) & INHERITED_BITS);
       to.integer = value.value;
       return kindbit(tag);
@@ -397,25 +381,38 @@ std::size_t pairloop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   return i;
 }
 
-template <class Core, std::int32_t L, std::int32_t R>
-PlaceMask maskedloop(Run &run, PlaceMask places, Tally &tally) {
+// Works some of the first 64 pairs, each of fixedflops: one(core, left, right, result, fresh, kinds) until it says no.
+// Returns those that are left.
+template <class Core, std::uint64_t fixedflops, class One>
+[[gnu::always_inline]] inline PlaceMask workplaces(Run &run, PlaceMask places, Tally &tally, One &&one) {
   Core core = startcore<Core>(tally);
   const std::size_t leftstep = run.leftstep, rightstep = run.rightstep;
   const Element *const left = run.left, *const right = run.right;
   Element *const result = run.result;
   const bool fresh = run.fresh;
   std::uint32_t kinds = 0;
-  std::int32_t failure = 0;
   PlaceMask rest = places;
-  const auto one = [&](std::size_t i) __attribute__((always_inline)) {
-    return workpair<Core, L, R>(core, left[i * leftstep], right[i * rightstep], result[i], fresh, failure,
-                                [&](std::uint32_t kind) { kinds |= kind; });
-  };
-  while (rest != 0 && one(lowestplace(rest))) rest &= rest - 1;
+  for (; rest != 0; rest &= rest - 1) {
+    const std::size_t i = lowestplace(rest);
+    if (!one(core, left[i * leftstep], right[i * rightstep], result[i], fresh, kinds)) break;
+  }
   run.kinds |= kinds;
+  tally.flops +=
+      static_cast<double>(fixedflops == 0 ? core.flops : core.flops + fixedflops * countplaces(places ^ rest));
+  return rest;
+}
+
+template <class Core, std::int32_t L, std::int32_t R>
+PlaceMask maskedloop(Run &run, PlaceMask places, Tally &tally) {
+  std::int32_t failure = 0;
+  const PlaceMask rest = workplaces<Core, fixedflopsof<Core, Kind<L>, Kind<R>>()>(
+      run, places, tally,
+      [&](auto &core, const Element &left, const Element &right, Element &result, bool fresh, std::uint32_t &kinds)
+          __attribute__((always_inline)) {
+            return workpair<Core, L, R>(core, left, right, result, fresh, failure,
+                                        [&](std::uint32_t kind) { kinds |= kind; });
+          });
   tally.failure = failure;
-  constexpr std::uint64_t each = fixedflopsof<Core, Kind<L>, Kind<R>>();
-  tally.flops += static_cast<double>(each == 0 ? core.flops : core.flops + each * countplaces(places ^ rest));
   return rest;
 }
 

@@ -45,19 +45,13 @@ std::size_t mixedloop(Run &run, std::size_t from, std::size_t to, Tally &tally) 
 
 template <class Core>
 PlaceMask maskedmixed(Run &run, PlaceMask places, Tally &tally) {
-  Core core = startcore<Core>(tally);
-  const std::size_t leftstep = run.leftstep, rightstep = run.rightstep;
-  const Element *const left = run.left, *const right = run.right;
-  Element *const result = run.result;
-  const bool fresh = run.fresh;
-  std::uint32_t kinds = 0;
-  for (PlaceMask rest = places; rest != 0; rest &= rest - 1) {
-    const std::size_t i = lowestplace(rest);
-    workmixed(core, left[i * leftstep], right[i * rightstep], result[i], fresh, kinds);
-  }
-  run.kinds |= kinds;
-  tally.flops += static_cast<double>(core.flops + fixedflopsof<Core, double, double>() * countplaces(places));
-  return 0;
+  return workplaces<Core, fixedflopsof<Core, double, double>()>(
+      run, places, tally,
+      [](auto &core, const Element &left, const Element &right, Element &result, bool fresh, std::uint32_t &kinds)
+          __attribute__((always_inline)) {
+            workmixed(core, left, right, result, fresh, kinds);
+            return true;
+          });
 }
 
 }  // namespace morvik

@@ -11,7 +11,7 @@ concept Numeric = Parted<T> || std::is_same_v<T, Integer>;
 template <class T>
 concept Lettered = std::is_same_v<T, Ascii> || std::is_same_v<T, Unicode>;
 
-// An integer as a double, any other number as it stands.
+// An integer as a double, any other number as it is.
 inline double asdouble(Integer x) {
   return static_cast<double>(x.value);
 }
@@ -20,7 +20,7 @@ inline const T &asdouble(const T &x) {
   return x;
 }
 
-// The flops of a modulus, and of the sign beside it; none where a number stands for itself.
+// The flops of a modulus, and of the sign beside it; none where a number is compared as it is.
 template <class T>
 inline constexpr std::uint64_t MODULUS_FLOPS = Hyper<T> ? 2 * PARTS<T> : 0;
 template <class T>
@@ -49,7 +49,7 @@ template <Hyper T>
     return csgnocto(parts);
 }
 
-// The sign times the modulus. A real or an integer stands for itself.
+// The sign times the modulus. A real or an integer is compared as it is.
 inline double signedmagnitude(Integer x) {
   return asdouble(x);
 }

@@ -16,7 +16,7 @@ inline constexpr bool MINUS[8][8] = {
 enum class Right { ITSELF, CONJUGATE };
 
 // Component k of the product of the leading components of a and of b or its conjugate, `lefts` and `rights` of them.
-// The terms stand in the order of the left units, and what is left out is no term at all, not one of 0.
+// The terms are in the order of the left units, and what is left out is no term at all, not one of 0.
 template <int k, int lefts, int rights, Right as, Parted A, Parted B>
 inline double productpart(const A &a, const B &b) {
   constexpr auto isterm = [](int i) { return i < lefts && (i ^ k) < rights; };

@@ -3,12 +3,12 @@
 
 #include "arithmetic/frame.h"
 #include "spaces/messages.h"
+#include "spaces/parts.h"
 
 namespace morvik {
 
 inline std::int32_t nohigher(std::int32_t left, std::int32_t right) {
-  const auto isnumber = [](std::int32_t tag) { return tag >= tags::INTEGER && tag <= tags::OCTONION; };
-  return isnumber(left) && isnumber(right) ? messages::RESTRICTION : messages::INCOMPATIBLE_TYPES;
+  return partsof(left) > 0 && partsof(right) > 0 ? messages::RESTRICTION : messages::INCOMPATIBLE_TYPES;
 }
 
 }  // namespace morvik

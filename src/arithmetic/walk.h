@@ -62,7 +62,7 @@ void workbatch(const Family &family, Run &run, const Batch<Family> &batch, Tally
     family.loops.kernels[family.kindat(run, i)](run, i, i + 1, tally);
   }
   if (run.fresh)
-    for (; left != 0; left &= left - 1) makefiller(run.result[lowestplace(left)]);
+    for (; left != 0; left &= left - 1) setfiller(run.result[lowestplace(left)]);
 }
 
 // Works records as long as they are ready and not all of one kind.

@@ -133,10 +133,8 @@ void makesystemvariable(Point &point, char *name, const Element &value, std::uin
 }
 
 void makesystemvariables(Bank &bank) {
-  Element value{};
-  value.tag = tags::INTEGER;
-  value.form = forms::NUMBER;
-  value.integer = 1;
+  Element value;
+  setinteger(value, 1);
   bank.io = stringdup("#IO");
   makesystemvariable(bank.quads[IO_SLOT], bank.io, value, HASINTEGER);
   value.tag = tags::REAL;

@@ -8,7 +8,7 @@ namespace morvik {
 namespace {
 
 constexpr const char *WITHOUT_A_ROW =
-#define MESSAGE(number, name, text) (number) == messages::GOODBYE ? (text):
+#define MESSAGE(number, name, text, ...) (number) == messages::GOODBYE ? (text):
 #include "tables/messages.def"
 #undef MESSAGE
     nullptr;
@@ -19,8 +19,8 @@ static_assert(WITHOUT_A_ROW, "the text of a number without a row");
 // The texts are part of the programme's image, so that a report of message 27 asks for no storage.
 const char *errors(std::uint32_t number) {
   switch (number) {
-#define MESSAGE(number, name, text) \
-  case number:                      \
+#define MESSAGE(number, name, text, ...) \
+  case number:                           \
     return text;
 #include "tables/messages.def"
 #undef MESSAGE

@@ -80,9 +80,11 @@ void note(int signal) {
   if (!deferring) startbeat();
 }
 
+// What is noted meanwhile keeps its timer.
 void forget() {
   interrupted = 0;
   setbeat(0);
+  if (interrupted != 0) startbeat();
 }
 
 [[noreturn]] void jumpoutofrun(int signal) {

@@ -21,7 +21,7 @@ int namefault(const Point &name, int data, int structure);
 // The bytes of a space that has no such fault, as a counted string, owned by the caller; a NUL ends the name.
 // Message 27.
 char *filename(const Point &name);
-// Is a name refused by the constraint, as it stands now?
+// Is a name refused by the constraint, as it is now?
 bool isrefused(const char *name);
 
 // Opens a host file; a child process does not inherit it. Null where it can't be opened; a directory never can.

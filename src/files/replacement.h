@@ -25,7 +25,7 @@ struct Replacement {
 // one that must not be replaced: where its folder is read-only. Takes an interrupt that comes while the host keeps it
 // waiting, by a jump. False where it can't be written; nothing is left then.
 bool beginreplacement(Replacement &file, char *name);
-// Puts the new file in place of the old one. False where not all could be written; the old one stands then. Takes an
+// Puts the new file in place of the old one. False where not all could be written; the old one stays then. Takes an
 // interrupt that broke a write, by a jump.
 bool endreplacement(Replacement &file);
 

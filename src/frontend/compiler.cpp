@@ -1,4 +1,4 @@
-// Where Points go: the Programme of the caller, whose room is fixed, and the bodies of functions, which grow as they
+// Where Points go: the Programme of the caller, whose size is fixed, and the bodies of functions, which grow as they
 // fill up to the limit.
 #include "frontend/compiler.h"
 
@@ -31,7 +31,7 @@ Point *header() {
   return compiler.frames[compiler.nextframe - 1].start - 1;
 }
 
-// Gives the innermost body twice the room, and tells everyone who points to it.
+// Gives the innermost body twice the capacity, and tells everyone who points to it.
 void growbody() {
   Compiler &c = compiler;
   if (c.nextframe == 1) exceptionjump(messages::PROGRAMME_FULL);

@@ -21,7 +21,7 @@ namespace morvik {
 struct Frame {
   Point *point;          // the FUNCTION Point being opened, in the enclosing block; the outer literal
   Point *roomend;        // that of the enclosing block
-  std::int64_t counted;  // openlocals of the enclosing function; records that the outer literal has room for
+  std::int64_t counted;  // openlocals of the enclosing function; the capacity of the outer literal
   Context *chain;        // at the opening
   Point *start;          // of the body; its header comes before it. Null for a literal
 };
@@ -39,7 +39,7 @@ inline constexpr std::size_t TOKEN_BYTES = 256;
 struct Compiler {
   Condition condition;  // survives from text to text, as does builtinnext
   bool builtinnext;     // set by :: : the next keyword is the instruction, whatever its spelling means
-  Point *position;      // where the next Point goes; there is always room for it
+  Point *position;      // where the next Point goes; there is always storage for it
   Point *roomend;       // the end of the present block
   Context *chain;
   Point *stackposition;
@@ -52,7 +52,7 @@ struct Compiler {
   std::uint32_t depth;           // the deepest in the present one
   Point pending;
   Point *literal;        // the innermost that is open: `pending`, or a counted block; null for none
-  std::size_t room;      // records that it has room for
+  std::size_t room;      // its capacity in records
   Point extents;         // of the shape bracket that is open
   bool misshapen;        // an extent of it was refused
   Collected collecting;  // a name or a comment

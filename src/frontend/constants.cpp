@@ -11,7 +11,7 @@ namespace {
 
 constexpr bool SIGNED = true, UNSIGNED = false;
 
-// A row stands on one line of constants.def, so its line names the array of its spellings.
+// A row is on one line of constants.def, so its line names the array of its spellings.
 #define PASTE(a, b) a##b
 #define SPELLINGS(line) PASTE(spellings, line)
 

@@ -1,7 +1,7 @@
 // The chain of contexts. Who owns what:
 //  - A link that is pushed holds one reference on its table, and the chain holds one on the link. popsymtabs gives both
 //    up. Names bound under a link hold references on the link too, but these keep only the record: a popped link has no
-//    table and no neighbours, and only its serial still tells which table it stood for. So a function that is kept in a
+//    table and no neighbours, and only its serial still tells which table it led to. So a function that is kept in a
 //    table, and whose names were bound there, does not keep the table.
 //  - The permanent records of makemeaning hold nothing: their table belongs to the bank.
 //  - A FUNCTIONEND Point whose function opened a table holds a record of its own, shared with its copies alone, and the

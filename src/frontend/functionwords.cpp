@@ -20,7 +20,7 @@ namespace {
 constexpr std::int64_t MOST_ARGUMENTS = 32767, LEAST_ARGUMENTS = -32768, MOST_LOCALS = 65535;
 constexpr std::int16_t NO_FRAME = -1;
 
-// What a body has room for at first; it doubles as it fills.
+// The first capacity of a body; it doubles as it fills.
 #ifdef MORVIK_CHECKING
 constexpr std::size_t FIRST_BODY = 2;
 #else
@@ -32,7 +32,7 @@ struct Signature {
   std::uint16_t locals;
 };
 
-// Kept: a count is read from the second byte after its keyword on, so that it must stand after one separator.
+// Kept: a count is read from the second byte after its keyword on, so that it must come after one separator.
 std::int64_t countafter(const char *keyword) {
   constexpr std::size_t KEYWORD_BYTES = 4;
   if (std::strlen(keyword) <= KEYWORD_BYTES) return 0;

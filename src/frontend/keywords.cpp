@@ -20,7 +20,7 @@ constexpr Hidden HIDDEN_REAL(double value) {
   return {Hidden::REAL, value};
 }
 
-// A row stands on one line of keywords.def, so its line names the array of its spellings.
+// A row is on one line of keywords.def, so its line names the array of its spellings.
 #define PASTE(a, b) a##b
 #define SPELLINGS(line) PASTE(spellings, line)
 

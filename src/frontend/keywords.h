@@ -19,7 +19,7 @@ struct Keyword {
   bool bounded;  // a boundary byte must follow
   std::uint16_t instruction;
   std::uint16_t modifier;
-  std::uint32_t mark;  // goes to the header of the function that the keyword stands in
+  std::uint32_t mark;  // goes to the header of the function that the keyword is in
   Hidden hidden;
   std::span<const char *const> spellings;
 };

@@ -5,7 +5,7 @@
 
 namespace morvik {
 
-// Points that a caller of fill provides room for.
+// Points that a caller of fill has storage for.
 inline constexpr std::size_t PROGRAMME_POINTS = 1024;
 // Points that a function body may hold.
 inline constexpr std::size_t BODY_POINTS = 40960;

@@ -19,7 +19,9 @@
 #include "spaces/characters.h"
 #include "spaces/convert.h"
 #include "spaces/hypercomplex.h"
+#include "spaces/making.h"
 #include "spaces/messages.h"
+#include "spaces/parts.h"
 
 namespace morvik {
 
@@ -27,8 +29,6 @@ namespace {
 
 constexpr std::size_t NUMBER_BITS = 64, CHARACTER_BITS = 8;
 constexpr std::size_t BINARY_PREFIX = 2;  // 0#
-
-constexpr int MOST_PARTS = 8;
 
 Element makeelement(std::int32_t tag, std::uint16_t form) {
   Element element{};
@@ -60,14 +60,6 @@ double readvalue(const Token &token) {
   const char *after;
   fixsign(token.text, token.length);
   return readdouble(token.text, &after);
-}
-
-// In place, since a copy of a record that was just written in parts misses store forwarding.
-void setinteger(Element &element, std::int64_t value) {
-  element = {};
-  element.tag = tags::INTEGER;
-  element.form = forms::NUMBER;
-  element.integer = value;
 }
 
 void setreal(Element &element, double value) {
@@ -105,7 +97,7 @@ struct LiteralParts {
   unsigned found;  // bit i: part i
 };
 
-LiteralParts readparts(const char *text, const char *letters) {
+LiteralParts parseparts(const char *text, const char *letters) {
   LiteralParts parts = {};
   for (std::size_t i = 0;;) {
     parts.part[i] = readdouble(text, &text);
@@ -117,21 +109,13 @@ LiteralParts readparts(const char *text, const char *letters) {
   }
 }
 
-void setcomplex(Element &element, const double *part) {
-  element.tag = tags::COMPLEX;
-  element.complex = {part[0], part[1]};
+// The kind that a rule is about. `first` is that of the complex numbers; those of the others follow in the order of the
+// tags.
+constexpr std::int32_t tagofrule(Rule rule, Rule first) {
+  return tags::COMPLEX + static_cast<std::int32_t>(rule) - static_cast<std::int32_t>(first);
 }
-
-void setoctonion(Element &element, const double *part) {
-  element.octonion = static_cast<Octonion *>(newblock(sizeof(Octonion)));
-  std::copy(part, part + MOST_PARTS, element.octonion->part);
-  element.tag = tags::OCTONION;
-}
-
-void setquaternionparts(Element &element, const double *part) {
-  element.tag = tags::QUATERNION;
-  setquaternion(element, {{part[0], part[1], part[2], part[3]}});
-}
+static_assert(tagofrule(Rule::OCTONION, Rule::COMPLEX) == tags::OCTONION &&
+              tagofrule(Rule::POLAR_OCTONION, Rule::POLAR_COMPLEX) == tags::OCTONION);
 
 // Only what the buffer cut off can be missing.
 bool isquaternion(const LiteralParts &parts, const char *text) {
@@ -156,19 +140,9 @@ Element readcartesian(Rule rule, char *token, std::size_t length) {
     element.attributes = attributes::PREFIX_R;
     ++text;
   }
-  LiteralParts parts = readparts(text, "ijklmno");
+  LiteralParts parts = parseparts(text, "ijklmno");
   if (rule == Rule::QUATERNION && !isquaternion(parts, text)) parts = {};
-  switch (rule) {
-    case Rule::COMPLEX:
-      setcomplex(element, parts.part);
-      break;
-    case Rule::QUATERNION:
-      setquaternionparts(element, parts.part);
-      break;
-    default:
-      setoctonion(element, parts.part);
-      break;
-  }
+  setnumber(element, tagofrule(rule, Rule::COMPLEX), parts.part);
   return element;
 }
 
@@ -191,24 +165,13 @@ Element readpolar(Rule rule, char *token, std::size_t length) {
     element.attributes |= attributes::PREFIX_R;
     ++text;
   }
-  LiteralParts parts = readparts(text, "pqrstuv");
+  LiteralParts parts = parseparts(text, "pqrstuv");
   // Kept: the prefix is taken for the letter of the last angle of a quaternion that has none.
   if (rule == Rule::POLAR_QUATERNION && prefixed && (parts.found & R_ANGLE) == 0) parts.part[3] = parts.part[0];
   if (degrees) toradians(parts);
-  switch (rule) {
-    case Rule::POLAR_COMPLEX:
-      cartesiancomplex(parts.part, parts.part);
-      setcomplex(element, parts.part);
-      break;
-    case Rule::POLAR_QUATERNION:
-      cartesianquat(parts.part, parts.part);
-      setquaternionparts(element, parts.part);
-      break;
-    default:
-      cartesianocto(parts.part, parts.part);
-      setoctonion(element, parts.part);
-      break;
-  }
+  const std::int32_t tag = tagofrule(rule, Rule::POLAR_COMPLEX);
+  tocartesian(parts.part, partsof(tag));
+  setnumber(element, tag, parts.part);
   return element;
 }
 

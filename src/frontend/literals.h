@@ -15,7 +15,7 @@ void fixsign(char *text, std::size_t length);
 double readdouble(const char *text, const char **after);
 
 // Makes the element of a number (INTEGER to POLAR_OCTONION), of a named constant, or of a byte or number given by its
-// bits (BINARY_NUMBER, BINARY_CHARACTER). `member`: it stands in a vector literal. The block of an octonion belongs to
+// bits (BINARY_NUMBER, BINARY_CHARACTER). `member`: it is in a vector literal. The block of an octonion belongs to
 // the caller. The text may be changed. Messages 27, 809, 810.
 void readelement(const Token &token, bool member, Element &element);
 

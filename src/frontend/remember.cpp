@@ -94,7 +94,7 @@ bool iswritable(const Entry &entry) {
   return hastext(*entry.meaning) && entry.name[0] != 0 && !std::strchr(entry.name, NAME_CLOSES);
 }
 
-// What a definition takes of the room that there is for a text.
+// What a definition takes of what a text may hold.
 struct TextNeeds {
   std::size_t points, references;
 };

@@ -92,7 +92,7 @@ Token maketoken(const MatchedWord &word) {
 }
 
 // ARGS n FUNCTION, VARS m NILADIC and their like, from the first count on: 0, or the length without the boundary byte.
-// Two counts stand among line feeds and blanks only, and before the last word only blanks.
+// Two counts have line feeds and blanks only between them, and before the last word only blanks.
 std::size_t matchcountedfunction() {
   const bool args = peekbyte(0) == 'A';
   if (!matchbytes(0, args ? "ARGS" : "VARS")) return 0;

@@ -108,7 +108,7 @@ constexpr std::uint16_t FORGOTTEN = 1;
 
 // The first name leaves a bucket, or what is left of one from this entry on. A Point that was bound to it keeps the
 // block of the meaning, and finds no value there; nor does anybody put one in, so that no value can keep the block
-// which it stands in alive. The bucket is whole before anything is released, since a release may come back to this
+// which it is in alive. The bucket is whole before anything is released, since a release may come back to this
 // table.
 void removefirst(Entry &entry) {
   char *const name = entry.name;

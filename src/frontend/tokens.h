@@ -66,7 +66,7 @@ enum class Rule : std::uint8_t {
   UNMASKED,         // MASKED: anything but a blank or MASK; the text is empty and the token stays in the input
 };
 
-// The value of a number of one part, as far as it was found on the way: digits times a power of 10.
+// The value of a number of one part, as far as the scanner found it: digits times a power of 10.
 struct Decimal {
   std::uint64_t digits;
   std::int16_t exponent;

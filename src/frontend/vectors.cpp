@@ -39,13 +39,13 @@ constexpr std::size_t FIRST_ROOM = 8;
   room = larger;
 }
 
-// Room for so many records more. The block is cut to size when the literal is closed.
+// Makes the capacity that of so many records more. The block is cut to size when the literal is closed.
 inline void reserverecords(Point &space, std::size_t &room, std::size_t more) {
   const std::size_t needed = space.elements + more;
   if (needed > room) growspace(space, room, needed);
 }
 
-// There is room for it.
+// Within the capacity.
 void putrecord(Point &space, const Element &element) {
   space.type |= kindbit(element.tag);
   space.data_pointer[space.elements++] = element;
@@ -218,10 +218,8 @@ void extent(char *text, std::size_t length) {
     return exception(messages::SHAPE_TOO_BIG, &c.stackposition, nullptr);
   }
   reserverecords(c.extents, c.room, 1);
-  Element record{};
-  record.tag = tags::INTEGER;
-  record.form = forms::NUMBER;
-  record.integer = saturate(value);
+  Element record;
+  setinteger(record, saturate(value));
   putrecord(c.extents, record);
 }
 

@@ -10,7 +10,7 @@
 
 namespace morvik {
 
-// Gives a literal the shape of its bracket, as RESHAPE does, which stands above this layer and sets the hook: 0, or 1
+// Gives a literal the shape of its bracket, as RESHAPE does, which is above this layer and sets the hook: 0, or 1
 // after a report.
 extern int (*reshapeliteral)(Point *data, Point *shape, const Point *instruction);
 

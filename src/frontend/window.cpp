@@ -81,7 +81,7 @@ void growwindow(std::size_t place) {
   movewindow(bytes, capacity, place);
 }
 
-// Room for one byte more behind the pending ones. What is moved is less than what was used since the last time.
+// Makes place for one byte more behind the pending ones. What is moved is less than what was used since the last time.
 void growwindowifneeded() {
   if (windowstate.token >= windowstate.capacity / 2)
     movewindow(windowstate.bytes, windowstate.capacity, 0);
@@ -304,7 +304,7 @@ void yyunput(int byte) {
   if (byte <= 0) return;
   window::restoreheld();
   if (windowstate.token == 0) {
-    // As much room ahead as there are bytes behind, so that giving back many takes time in proportion.
+    // As much free ahead as there are bytes behind, so that giving back many takes time in proportion.
     const std::size_t room = windowstate.capacity - windowstate.filled;
     if (room < windowstate.capacity / 4)
       window::growwindow(windowstate.capacity / 2);

@@ -25,7 +25,7 @@ enum ByteClass : std::uint16_t {
   WHITE = 32,             // these and line feed
   IN_NAME = 64,           // goes on with a plain name
   IN_ADDRESS_NAME = 128,  // the same after @
-  IN_STRING = 256,        // stands for itself in a string wherever it is
+  IN_STRING = 256,        // part of a string wherever it is
   IN_COMMENT = 512,
   DROPPED_IN_NAME = 1024,  // " ( ) |
   BLANK = 2048,            // blank alone
@@ -93,7 +93,7 @@ struct WindowState {
   const char *beginning;  // of the string
   SourceEnd ended;
   bool namenext;  // the last token was a minus that makes a name of what follows
-  bool holding;   // a zero stands at `zero` in place of `held`
+  bool holding;   // `zero` holds a zero in place of `held`
   char held;
   std::size_t zero;
 };
@@ -145,7 +145,8 @@ bool scanplain(Token &token);
 bool scanbegun();
 // The next byte, EOF at the end of input or a NUL.
 int input();
-// Gives a byte back, to be read next; the text of the last token is no longer valid.
+// Gives a byte back, to be read next; the text of the last token is no longer valid. The counterpart of input,
+// for actions that read on by themselves: those that there are look ahead no further than the window gives back.
 void yyunput(int byte);
 
 // Any byte that may follow a keyword: none of NUL, a digit, a letter, `_`; the end of input is none either.

@@ -7,7 +7,7 @@
 
 namespace morvik {
 
-// Does the spelling stand for a variable here?
+// Does the spelling mean a variable here?
 bool hasmeaning(const char *text);
 // Writes the Point of a keyword: a VARIABLE if the text has a meaning (returns 0), else an OPERATOR (returns 1).
 // Messages 27, 807.

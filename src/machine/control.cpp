@@ -11,6 +11,7 @@
 #include "spaces/hypercomplex.h"
 #include "spaces/instructions.h"
 #include "spaces/messages.h"
+#include "spaces/parts.h"
 #include "spaces/work.h"
 
 namespace morvik {
@@ -41,15 +42,9 @@ double truthof(const Element &element) {
     case tags::INTEGER:
       return element.integer > 0 ? 1 : 0;
     case tags::REAL:
-      return element.real > 1 ? 1 : element.real < 0 ? 0 : element.real;
-    case tags::COMPLEX:
-      return 1 - contradict_c(element);
-    case tags::QUATERNION:
-      return 1 - contradict_q(element);
-    case tags::OCTONION:
-      return 1 - contradict_o(element);
+      return clamped(element.real);
     default:
-      return -1;
+      return partsof(element.tag) > 1 ? 1 - contradiction(element) : -1;
   }
 }
 

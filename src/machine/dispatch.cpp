@@ -76,7 +76,7 @@ constexpr std::array<Needs, CLASS_COUNT> ClassNeeds = makeclassneeds();
 
 }  // namespace
 
-const Action Actions[instructions::COUNT] = {
+constinit const Action Actions[instructions::COUNT] = {
 #include "tables/instructions.def"
     {&notimplemented, {}},
 };

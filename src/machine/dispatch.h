@@ -1,4 +1,4 @@
-// From instruction number to handler and class. The handlers themselves stand in the file of their kind.
+// From instruction number to handler and class. The handlers themselves are in the file of their kind.
 #pragma once
 
 #include <cstdint>

@@ -82,12 +82,10 @@ void deal(Element *records, std::int64_t count, std::int64_t n, void *block) {
   for (std::int64_t i = 0; i < count; ++i) {
     const std::int64_t last = n - 1 - i;
     const std::int64_t place = drawbelow(&prngs_seed, last + 1);
-    records[i] = {};
-    records[i].tag = tags::INTEGER;
-    records[i].form = forms::NUMBER;
     const std::int64_t card = pack.card(place);
     pack.putcard(place, pack.card(last));  // the last place is not drawn from again
-    if (__builtin_add_overflow(origin, card, &records[i].integer)) records[i].integer = INT64_MAX;
+    std::int64_t number;
+    setinteger(records[i], __builtin_add_overflow(origin, card, &number) ? INT64_MAX : number);
   }
 }
 

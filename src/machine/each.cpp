@@ -37,8 +37,7 @@ void pushscalar(Level &level, Gathering &g, const Element &element) {
     level.sp = &argument;
     return;
   }
-  *record = {};
-  record->tag = tags::FILLER;
+  setfiller(*record);
   level.sp = &argument;
   copyelement(*record, element);
 }

@@ -9,6 +9,7 @@
 #include "machine/leave.h"
 #include "spaces/copies.h"
 #include "spaces/messages.h"
+#include "spaces/parts.h"
 
 namespace morvik {
 
@@ -76,30 +77,16 @@ Dimension *makedimensions(const Point &data, const Point &weights) {
   return dimensions;
 }
 
-bool arezero(const double *parts, int count) {
-  return std::all_of(parts, parts + count, [](double part) { return part == 0; });
-}
-
 bool iszero(const Element &e) {
-  switch (e.tag) {
-    case tags::INTEGER:
-      return e.integer == 0;
-    case tags::REAL:
-      return e.real == 0;
-    case tags::COMPLEX:
-      return e.complex.re == 0 && e.complex.im == 0;
-    case tags::QUATERNION:
-      return arezero(quaternion(e).part, 4);
-    case tags::OCTONION:
-      return arezero(e.octonion->part, 8);
-    default:
-      return false;
-  }
+  if (realpart(e) != 0) return false;
+  double parts[MOST_PARTS];
+  const int count = readparts(e, parts);
+  return count > 0 && std::all_of(parts, parts + count, [](double part) { return part == 0; });
 }
 
 // The zero of a weight's kind, or of an integer where there is no weight to go by.
 void writezero(const Element *weight, Element &to) {
-  if (weight && weight->tag >= tags::COMPLEX) return copyelement(to, *weight);
+  if (weight && partsof(weight->tag) > 1) return copyelement(to, *weight);
   to = {};
   to.tag = weight ? weight->tag : tags::INTEGER;
   to.form = forms::NUMBER;

@@ -40,19 +40,6 @@ void bindname(Level &level, Point &name, const Entry &entry) {
   name.context = level.meaning;
 }
 
-char sigilof(std::uint16_t rule) {
-  switch (rule) {
-    case instructions::SAIG:
-      return '_';
-    case instructions::SAIL:
-      return '$';
-    case instructions::SLIL:
-      return '.';
-    default:
-      return 0;
-  }
-}
-
 // The rule of access of a name that is given as text.
 std::uint16_t scopeof(char sigil) {
   switch (sigil) {
@@ -108,7 +95,7 @@ Entry *spelledentry(const Level &level) {
   return entry;
 }
 
-// The entry that the top stands for: that of an address, or that of a text. An address is never read as a text: a byte
+// The entry that the top means: that of an address, or that of a text. An address is never read as a text: a byte
 // of its name may look like a sigil.
 Entry *namedentry(Level &level) {
   return isaddress(*level.sp) ? boundentry(level, *level.sp) : spelledentry(level);
@@ -144,8 +131,7 @@ Point *destination(Level &level) {
   const bool global = address.modifier == instructions::SGIG || address.modifier == instructions::SAIG;
   if (!global && !(address.context && level.meaning->table && sametable(address.context, level.meaning)))
     return nullptr;
-  return reentername(global ? *level.memory : level.meaning->table, address.name, sigilof(address.modifier),
-                     address.target);
+  return reentername(global ? *level.memory : level.meaning->table, address.name, sigilof(address), address.target);
 }
 
 // The old value goes last: its release may wipe the very name.

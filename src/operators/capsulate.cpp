@@ -11,7 +11,9 @@
 #include "operators/records.h"
 #include "spaces/convert.h"
 #include "spaces/copies.h"
+#include "spaces/making.h"
 #include "spaces/messages.h"
+#include "spaces/parts.h"
 #include "spaces/point.h"
 #include "spaces/refderef.h"
 
@@ -20,16 +22,13 @@ namespace morvik {
 namespace {
 
 constexpr std::uint32_t UNFOLDABLE_KINDS = HASASCII | HASCOMPLEX | HASQUATERNION | HASOCTONION;
-constexpr int PARTS = 8;
 
+// Of one component?
 bool isreal(const Element &e) {
-  return e.tag == tags::INTEGER || e.tag == tags::REAL;
-}
-double realvalue(const Element &e) {
-  return e.tag == tags::INTEGER ? static_cast<double>(e.integer) : e.real;
+  return partsof(e.tag) == 1;
 }
 
-// Gives a member that is to be changed a Point of its own. The record stands in a block that nobody else sees, and so
+// Gives a member that is to be changed a Point of its own. The record is in a block that nobody else sees, and so
 // does that of each member around it: then alone does a count of 1 tell that the member is nobody else's.
 Point *ownmember(Element &e) {
   if (referencecount(e.subarray) == 1) return e.subarray;
@@ -96,27 +95,14 @@ void changeall(Point *point, Opens opens, Change change, Close close) {
 
 // ---- Folding.
 
-std::int32_t foldedtag(std::uint32_t count) {
-  if (count == 2) return tags::COMPLEX;
-  return count <= 4 ? tags::QUATERNION : tags::OCTONION;
-}
-
 void foldvector(Point *point) {
-  double parts[PARTS] = {};
-  const std::int32_t tag = foldedtag(point->elements);
-  for (std::uint32_t i = 0; i < point->elements; ++i) parts[i] = realvalue(point->data_pointer[i]);
+  double parts[MOST_PARTS] = {};
+  const std::int32_t tag = tagholding(static_cast<int>(point->elements));
+  for (std::uint32_t i = 0; i < point->elements; ++i) parts[i] = realpart(point->data_pointer[i]);
   Element *folded = newelement(tags::FILLER, forms::NUMBER);
   Custody made;
   takecustody(made, releaseblock, folded);
-  if (tag == tags::COMPLEX) {
-    folded->complex = {parts[0], parts[1]};
-  } else if (tag == tags::QUATERNION) {
-    setquaternion(*folded, {{parts[0], parts[1], parts[2], parts[3]}});
-  } else {
-    folded->octonion = static_cast<Octonion *>(newblock(sizeof(Octonion)));
-    std::copy_n(parts, PARTS, folded->octonion->part);
-  }
-  folded->tag = tag;
+  setnumber(*folded, tag, parts);
   endcustody(made);
   dereferencepoint(point);
   *point = {};
@@ -145,36 +131,6 @@ bool isfoldable(const Point &point) {
 
 // ---- Opening.
 
-int partsof(std::int32_t tag) {
-  switch (tag) {
-    case tags::INTEGER:
-    case tags::REAL:
-      return 1;
-    case tags::COMPLEX:
-      return 2;
-    case tags::QUATERNION:
-      return 4;
-    case tags::OCTONION:
-      return PARTS;
-    default:
-      return 0;
-  }
-}
-
-void readparts(const Element &e, double *parts) {
-  std::fill_n(parts, PARTS, 0.0);
-  if (e.tag == tags::COMPLEX) {
-    parts[0] = e.complex.re;
-    parts[1] = e.complex.im;
-  } else if (e.tag == tags::QUATERNION) {
-    std::copy_n(quaternion(e).part, 4, parts);
-  } else if (e.tag == tags::OCTONION) {
-    std::copy_n(e.octonion->part, PARTS, parts);
-  } else {
-    parts[0] = realvalue(e);
-  }
-}
-
 // How many components each element opens into: those of the widest; 0 where one is no number.
 std::size_t widthof(const Point &point) {
   int width = 0;
@@ -193,21 +149,17 @@ std::size_t widthof(const Point &point) {
 Element *openedshape(const Point &point, std::size_t width) {
   const auto rank = static_cast<std::size_t>(point.rank);
   Element *shape = newelements(rank + 1);
-  for (std::size_t axis = 0; axis <= rank; ++axis) {
-    shape[axis] = {};
-    shape[axis].tag = tags::INTEGER;
-    shape[axis].form = forms::NUMBER;
-    shape[axis].integer = axis == 0 ? static_cast<std::int64_t>(width) : point.shape_pointer[axis - 1].integer;
-  }
+  setinteger(shape[0], static_cast<std::int64_t>(width));
+  for (std::size_t axis = 0; axis < rank; ++axis) setinteger(shape[axis + 1], point.shape_pointer[axis].integer);
   return shape;
 }
 
 // The components of the elements, one row each. An integer that opens alone stays one.
-void writeparts(const Point &point, std::size_t width, Element *to) {
-  double parts[PARTS];
+void writeopened(const Point &point, std::size_t width, Element *to) {
   for (std::uint32_t i = 0; i < point.elements; ++i) {
     const Element &e = point.data_pointer[i];
     if (i % POLL_INTERVAL == 0) safepoint();
+    double parts[MOST_PARTS] = {};
     readparts(e, parts);
     for (std::size_t k = 0; k < width; ++k, ++to) {
       *to = {};
@@ -226,7 +178,7 @@ void encapsulatesimple(Point &space, Point **stackpointer, const Point *instruct
   if (space.rank != ranks::VECTOR) return exception(messages::ENCAPSULATE_DIMENSIONS, stackpointer, instruction);
   if (!isfoldable(space)) return;
   if (space.elements == 1) return wholetointeger(&space);
-  if (space.elements <= PARTS) foldvector(&space);
+  if (space.elements <= MOST_PARTS) foldvector(&space);
 }
 
 }  // namespace
@@ -260,7 +212,7 @@ void decapsulate(Point *point) {
   result.rank = point->rank + 1;
   result.shape_pointer = openedshape(*point, width);
   result.data_pointer = newelements(count);
-  writeparts(*point, width, result.data_pointer);
+  writeopened(*point, width, result.data_pointer);
   result.elements = static_cast<std::uint32_t>(count);
   result.depth = 1;
   result.type = (result.rank == ranks::VECTOR ? ISVECTOR : ISARRAY) | (count == 1 ? ISONEELEMENT : 0);
@@ -275,8 +227,8 @@ void enascii(Point *point, double tolerance) {
       point, hasrecords,
       [=](Element &e) {
         if (!isreal(e)) return;
-        const double whole = e.tag == tags::INTEGER ? realvalue(e) : std::nearbyint(e.real);
-        if (std::fabs(realvalue(e) - whole) > tolerance || !(whole >= 0 && whole <= 255)) return;
+        const double whole = std::nearbyint(realpart(e));
+        if (std::fabs(realpart(e) - whole) > tolerance || !(whole >= 0 && whole <= 255)) return;
         unname(e);
         e.tag = tags::ASCII;
         e.form = 0;

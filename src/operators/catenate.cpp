@@ -39,7 +39,7 @@ enum class Transfer {
 
 struct Side {
   Point point;     // the operand
-  Element symbol;  // a symbolic Point as the one record that stands for it
+  Element symbol;  // a symbolic Point as the one record that it is stored in
   const Element *records;
   std::uint32_t count;
   std::uint32_t bits;
@@ -107,10 +107,7 @@ void putcopies(Making &m, const Side &part) {
   if (part.transfer == Transfer::PLAIN) {
     copyrecords(to, part.records, part.count, true);
   } else {
-    for (std::uint32_t i = 0; i < part.count; ++i) {
-      to[i] = {};
-      to[i].tag = tags::FILLER;
-    }
+    std::for_each(to, to + part.count, setfiller);
   }
   m.made.elements += part.count;
 }
@@ -160,7 +157,7 @@ void releaseoperand(Side &part) {
 }
 
 // Does the left's own block grow, rather than both go into a new one? It does for a short right, so that what is
-// appended bit by bit costs no more than that. A block that grows much is copied with all the room that it had.
+// appended bit by bit costs no more than that. A block that grows much is copied with all its capacity.
 bool growsinplace(const Point &left, const Side &l, const Side &r) {
   constexpr std::uint32_t SHORT_SHARE = 4;
   if (!isspace(left) || !isunique(left) || l.transfer == Transfer::COPIED) return false;

@@ -117,7 +117,7 @@ struct Counting {
   void leaf(const Element &e) {
     ++count;
     bits |= recordbits(e);
-    unknown |= recordbits(e) == 0 && e.tag != tags::FILLER;
+    unknown |= !isknown(e.tag);
   }
 };
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "arithmetic/rounding.h"
 #include "failure/custody.h"
 #include "failure/exception.h"
 #include "failure/signals.h"
@@ -14,6 +15,7 @@
 #include "spaces/hypercomplex.h"
 #include "spaces/making.h"
 #include "spaces/messages.h"
+#include "spaces/parts.h"
 #include "spaces/point.h"
 #include "spaces/refderef.h"
 #include "spaces/sysvars.h"
@@ -34,11 +36,9 @@ struct Operand {
 
 // ---- Whole numbers, within the tolerance.
 
+// A zero keeps the sign of the number.
 double tolerantnumber(double x, double t) {
-  if (!(std::fabs(x) < INTEGER_BOUND)) return x;
-  if (std::floor(x) == std::ceil(x - t)) return std::floor(x);
-  if (std::ceil(x) == std::floor(x + t)) return std::ceil(x);
-  return x;
+  return roundable(x) ? std::copysign(tolerantwhole(x, t, x), x) : x;
 }
 
 // Is the element an integer, within the tolerance? Then this is it.
@@ -49,11 +49,7 @@ bool iswhole(const Element &e, double t, std::int64_t &value) {
   }
   const double x = tolerantnumber(e.real, t);
   value = saturate(x);
-  return std::fabs(x) < INTEGER_BOUND && std::floor(x) == x;
-}
-
-double realvalue(const Element &e) {
-  return e.tag == tags::INTEGER ? static_cast<double>(e.integer) : e.real;
+  return roundable(x) && std::floor(x) == x;
 }
 
 // ---- The result.
@@ -116,7 +112,7 @@ void makevector(const Operand &o, const Progression &progression, std::uint64_t 
   takecustody(making, releasepoint, &made);
   made.shape_pointer = newshape(static_cast<std::int64_t>(count));
   made.data_pointer = newelements(count);
-  if (progression.tag == tags::OCTONION) makeoctonions(made, count);
+  if (ownsparts(progression.tag)) makeoctonions(made, count);
   const std::uint64_t own = postinterval(o, progression, made, count);
   const bool inpool = own < count;
   if (writepolled(progression, made.data_pointer, 0, own, isinterrupted) < own) {
@@ -194,9 +190,9 @@ std::int32_t numberinterval(const Operand &o) {
   bool allwhole = true;
   for (std::uint32_t i = 0; i < o.count; ++i) allwhole = iswhole(o.elements[i], o.tolerance, w[i]) && allwhole;
   if (allwhole) return integerinterval(o, w[0], w[1], o.count > 2 ? w[2] : w[0] <= w[1] ? 1 : -1);
-  const double from = tolerantnumber(realvalue(o.elements[0]), o.tolerance),
-               to = tolerantnumber(realvalue(o.elements[1]), o.tolerance);
-  const double step = o.count > 2 ? tolerantnumber(realvalue(o.elements[2]), o.tolerance) : from > to ? -1.0 : 1.0;
+  const double from = tolerantnumber(realpart(o.elements[0]), o.tolerance),
+               to = tolerantnumber(realpart(o.elements[1]), o.tolerance);
+  const double step = o.count > 2 ? tolerantnumber(realpart(o.elements[2]), o.tolerance) : from > to ? -1.0 : 1.0;
   return realinterval(o, from, to, step);
 }
 
@@ -218,35 +214,6 @@ std::int32_t characterinterval(const Operand &o) {
 
 // ---- Grids of hypercomplex numbers.
 
-int partsof(std::int32_t tag) {
-  return tag == tags::COMPLEX ? 2 : tag == tags::QUATERNION ? 4 : 8;
-}
-
-void readparts(const Element &e, double *parts) {
-  switch (e.tag) {
-    case tags::COMPLEX:
-      parts[0] = e.complex.re;
-      parts[1] = e.complex.im;
-      break;
-    case tags::QUATERNION:
-      std::copy_n(quaternion(e).part, 4, parts);
-      break;
-    default:
-      std::copy_n(e.octonion->part, PROGRESSION_PARTS, parts);
-  }
-}
-
-void turnpolar(std::int32_t tag, double *parts) {
-  switch (tag) {
-    case tags::COMPLEX:
-      return polarcomplex(parts, parts);
-    case tags::QUATERNION:
-      return polarquat(parts, parts);
-    default:
-      return polarocto(parts, parts);
-  }
-}
-
 bool ispolar(const Element &e) {
   return (e.form & forms::POLAR) != 0;
 }
@@ -255,21 +222,20 @@ bool ispolar(const Element &e) {
 std::int32_t readgrid(const Operand &o, Progression &g, double *to) {
   const Element &last = o.elements[o.count > 1 ? 1 : 0];
   g = startprogression(last.tag, forms::CARTESIAN);
-  g.parts = partsof(g.tag);
   g.polar = ispolar(last) || (o.count > 1 && ispolar(o.elements[0]));
   if (g.polar) g.form = forms::POLAR;
   g.attributes = last.attributes & attributes::DEGREES;
   g.first[0] = static_cast<double>(o.origin);
   if (o.count > 1) readparts(o.elements[0], g.first);
-  readparts(last, to);
+  g.parts = readparts(last, to);
   if (o.count > 2) readparts(o.elements[2], g.steps);
   if (g.polar) {
-    turnpolar(g.tag, g.first);
-    turnpolar(g.tag, to);
-    if (o.count > 2) turnpolar(g.tag, g.steps);
+    topolar(g.first, g.parts);
+    topolar(to, g.parts);
+    if (o.count > 2) topolar(g.steps, g.parts);
   }
   for (int k = 0; k < g.parts; ++k) {
-    if (o.count == 1 && !(std::fabs(to[k]) < INTEGER_BOUND)) return messages::INTERVAL_NOT_INTEGER;
+    if (o.count == 1 && !roundable(to[k])) return messages::INTERVAL_NOT_INTEGER;
     g.first[k] = tolerantnumber(g.first[k], o.tolerance);
     to[k] = tolerantnumber(to[k], o.tolerance);
     if (o.count < 3) g.steps[k] = to[k] < g.first[k] ? -1 : 1;
@@ -298,7 +264,7 @@ std::int32_t countgrid(Progression &g, const double *to, std::uint64_t &count) {
 
 std::int32_t gridinterval(const Operand &o) {
   Progression g;
-  double to[PROGRESSION_PARTS] = {};
+  double to[MOST_PARTS] = {};
   std::uint64_t count;
   if (const std::int32_t message = readgrid(o, g, to); message != 0) return message;
   if (const std::int32_t message = countgrid(g, to, count); message != 0) return message;
@@ -315,7 +281,7 @@ std::int32_t readinterval(const Operand &o) {
     if (tag == tags::SUBARRAY) return messages::INTERVAL_LENGTH;
     if (tag == tags::UNICODE || kindbit(tag) == 0) return messages::INTERVAL_TYPE;
     hascharacter |= tag == tags::ASCII;
-    hashyper |= tag >= tags::COMPLEX;
+    hashyper |= partsof(tag) > 1;
     mixed |= tag != o.elements[0].tag;
   }
   if (hascharacter) return characterinterval(o);
@@ -333,11 +299,8 @@ void vec_interval(std::uint32_t index) noexcept {
   std::uint64_t done = writepolled(progression, work.result, mine.begin, mine.end, isstopped);
   if (done == mine.end) return;
   from_coprocessor[index].failure = INTERRUPTED;
-  if (progression.tag == tags::OCTONION) return;
-  for (; done < mine.end; ++done) {
-    work.result[done] = {};
-    work.result[done].tag = tags::FILLER;
-  }
+  if (ownsparts(progression.tag)) return;
+  for (; done < mine.end; ++done) setfiller(work.result[done]);
 }
 
 void interval(Point **stackpointer, const Point *instruction, Point *context) {

@@ -7,6 +7,7 @@
 
 #include "failure/signals.h"
 #include "operators/descent.h"
+#include "spaces/parts.h"
 #include "spaces/work.h"
 
 namespace morvik {
@@ -25,7 +26,7 @@ struct Elements {
   }
 };
 
-// Infinities of one sign are equal as they stand.
+// Infinities of one sign are equal.
 bool samereal(double x, double y) {
   return x == y || (std::isnan(x) && std::isnan(y));
 }
@@ -39,25 +40,17 @@ bool sameparts(const double *a, const double *b, int count) {
 
 // Two elements of one tag. What is no number and no character is never the same, unless it is one and the same thing.
 bool samevalue(const Element &a, const Element &b) {
+  if (a.tag == tags::INTEGER) return a.integer == b.integer;
+  double left[MOST_PARTS], right[MOST_PARTS];
+  if (const int count = readparts(a, left); count > 0) {
+    readparts(b, right);
+    return sameparts(left, right, count);
+  }
   switch (a.tag) {
     case tags::ASCII:
       return a.ascii == b.ascii;
     case tags::UNICODE:
       return a.unicode == b.unicode;
-    case tags::INTEGER:
-      return a.integer == b.integer;
-    case tags::REAL:
-      return sameparts(&a.real, &b.real, 1);
-    case tags::COMPLEX: {
-      const double x[2] = {a.complex.re, a.complex.im}, y[2] = {b.complex.re, b.complex.im};
-      return sameparts(x, y, 2);
-    }
-    case tags::QUATERNION: {
-      const Quaternion x = quaternion(a), y = quaternion(b);
-      return sameparts(x.part, y.part, 4);
-    }
-    case tags::OCTONION:
-      return sameparts(a.octonion->part, b.octonion->part, 8);
     case tags::HANDLE:
       return a.file.reserved == b.file.reserved && a.file.descriptor == b.file.descriptor;
     default:

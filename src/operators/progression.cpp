@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "spaces/hypercomplex.h"
+#include "spaces/parts.h"
 
 namespace morvik {
 
@@ -46,8 +47,8 @@ void writereals(const Progression &p, Element *result, std::uint64_t begin, std:
 
 // How far a walk over a grid has come: the number of the value in each part, and that value.
 struct GridPosition {
-  std::uint64_t number[PROGRESSION_PARTS];
-  double part[PROGRESSION_PARTS];
+  std::uint64_t number[MOST_PARTS];
+  double part[MOST_PARTS];
 };
 
 void setnumber(const Progression &p, GridPosition &position, int k, std::uint64_t number) {
@@ -72,31 +73,12 @@ void nextposition(const Progression &p, GridPosition &position) {
   }
 }
 
-void turncartesian(std::int32_t tag, double *parts) {
-  switch (tag) {
-    case tags::COMPLEX:
-      return cartesiancomplex(parts, parts);
-    case tags::QUATERNION:
-      return cartesianquat(parts, parts);
-    default:
-      return cartesianocto(parts, parts);
-  }
-}
-
+// What the record owns already stays.
 void writevalue(const Progression &p, const double *parts, Element &e) {
   Octonion *const block = e.octonion;
   makehead(p, e);
-  switch (p.tag) {
-    case tags::COMPLEX:
-      e.complex = {parts[0], parts[1]};
-      break;
-    case tags::QUATERNION:
-      setquaternion(e, {{parts[0], parts[1], parts[2], parts[3]}});
-      break;
-    default:
-      e.octonion = block;
-      std::copy_n(parts, PROGRESSION_PARTS, block->part);
-  }
+  e.octonion = block;
+  writeparts(e, parts);
 }
 
 void writegrid(const Progression &p, Element *result, std::uint64_t begin, std::uint64_t end) {
@@ -106,9 +88,9 @@ void writegrid(const Progression &p, Element *result, std::uint64_t begin, std::
       writevalue(p, position.part, result[i]);
       continue;
     }
-    double parts[PROGRESSION_PARTS];
-    std::copy_n(position.part, PROGRESSION_PARTS, parts);
-    turncartesian(p.tag, parts);
+    double parts[MOST_PARTS];
+    std::copy_n(position.part, MOST_PARTS, parts);
+    tocartesian(parts, p.parts);
     writevalue(p, parts, result[i]);
   }
 }

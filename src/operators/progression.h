@@ -3,11 +3,10 @@
 
 #include <cstdint>
 
+#include "spaces/parts.h"
 #include "spaces/point.h"
 
 namespace morvik {
-
-inline constexpr int PROGRESSION_PARTS = 8;
 
 // Integers and characters are from + i * step. Anything else is a grid of so many parts, part 0 running fastest: value
 // number n of part k is first[k] + n * steps[k], with n below counts[k]; polar grids are made of moduli and angles.
@@ -17,8 +16,8 @@ struct Progression {
   std::int64_t from, step;
   int parts;
   bool polar;
-  double first[PROGRESSION_PARTS], steps[PROGRESSION_PARTS];
-  std::uint64_t counts[PROGRESSION_PARTS];
+  double first[MOST_PARTS], steps[MOST_PARTS];
+  std::uint64_t counts[MOST_PARTS];
 };
 
 // Writes elements begin to end - 1 of the result, each for itself: any cut into stretches gives the same records.

@@ -16,10 +16,6 @@ namespace {
 
 constexpr std::uint32_t KINDLESS_BITS = ~(ELEMENT_BITS | COMPLEXED | STRUCTURED | ISSTRUCTURE | NAME_BEARING | ISLOCAL);
 
-bool issymbol(std::int32_t tag) {
-  return tag >= ranks::LOCAL_VARIABLE && tag <= ranks::LABEL && tag != ranks::OPERATOR;
-}
-
 std::uint32_t rankbits(const Point &space) {
   const std::uint32_t one = space.rank > 0 && space.elements == 1 ? ISONEELEMENT : 0;
   return one | (space.rank == 0 ? ISSCALAR : space.rank == 1 ? ISVECTOR : ISARRAY);
@@ -40,7 +36,7 @@ std::uint32_t recordbits(const Element &e) {
     case ranks::FUNCTION:
       return STRUCTURED | HASFUNCTION;
     default:
-      return issymbol(e.tag) ? STRUCTURED : kindbit(e.tag);
+      return iswholepoint(e.tag) ? STRUCTURED : kindbit(e.tag);
   }
 }
 
@@ -72,7 +68,7 @@ int unknownkind(const Point &space) {
   if (!isspace(space) || !space.data_pointer || !owns(space)) return 0;
   for (std::uint32_t i = 0; i < space.elements; ++i) {
     const Element &e = space.data_pointer[i];
-    if (recordbits(e) == 0 && e.tag != tags::FILLER) return messages::RESTRICTION;
+    if (!isknown(e.tag)) return messages::RESTRICTION;
     if (i % POLL_INTERVAL == POLL_INTERVAL - 1) safepoint();
   }
   return 0;
@@ -118,11 +114,7 @@ void shortenrecords(Point &space, std::uint32_t count) {
 Element *copyshape(const Element *shape, std::int32_t rank, std::int32_t more) {
   Element *copy = newelements(static_cast<std::size_t>(rank) + static_cast<std::size_t>(more));
   if (rank > 0) std::memcpy(copy, shape, static_cast<std::size_t>(rank) * sizeof(Element));
-  for (std::int32_t axis = rank; axis < rank + more; ++axis) {
-    copy[axis] = {};
-    copy[axis].tag = tags::INTEGER;
-    copy[axis].form = forms::NUMBER;
-  }
+  for (std::int32_t axis = rank; axis < rank + more; ++axis) setinteger(copy[axis], 0);
   return copy;
 }
 

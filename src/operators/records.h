@@ -45,7 +45,7 @@ void becomeempty(Point &space, std::int32_t rank, Element *shape);
 void releaserecords(Point &space);
 // Releases all records behind the first ones. The records are nobody else's.
 void shortenrecords(Point &space, std::uint32_t count);
-// A copy of a shape with room for `more` extents behind it. Message 27.
+// A copy of a shape with `more` extents of 0 behind it. Message 27.
 Element *copyshape(const Element *shape, std::int32_t rank, std::int32_t more = 0);
 
 // Copies records that own nothing, or whose owner the copy becomes. Only the former may be interrupted.
@@ -61,7 +61,7 @@ Element *endmaking(Making &m);
 // Appends copies that own what they hold, each `stride` records after the one before.
 void makecopies(Making &m, const Element *from, std::ptrdiff_t stride, std::size_t count);
 
-// ---- Where runs of records go. Each kind takes runs (records that stand a stride apart) and picks (those at given
+// ---- Where runs of records go. Each kind takes runs (records a stride apart) and picks (those at given
 // positions behind a first one).
 
 // Plain copies. The destination may lie in the same block, at or ahead of the source.

@@ -18,6 +18,7 @@
 #include "spaces/copies.h"
 #include "spaces/instructions.h"
 #include "spaces/messages.h"
+#include "spaces/parts.h"
 #include "spaces/refderef.h"
 
 namespace morvik {
@@ -34,7 +35,7 @@ bool isarithmetic(std::uint16_t modifier) {
   return modifier <= instructions::BINOMIAL && modifier != instructions::MINIMUM && modifier != instructions::MAXIMUM;
 }
 
-// Along one axis: how many records a group has and how far they stand apart, and how many groups there are.
+// Along one axis: how many records a group has and how far apart they are, and how many groups there are.
 struct Axis {
   std::int32_t number;
   std::size_t extent, stride, groups;
@@ -65,7 +66,7 @@ std::int32_t checkfold(const Point &space, std::uint16_t modifier) {
   for (std::uint32_t i = 0; i < space.elements; ++i) {
     const std::int32_t tag = space.data_pointer[i].tag;
     if (tag == tags::SUBARRAY) return messages::IMPOSSIBLE;
-    if (tag < tags::INTEGER || tag > tags::OCTONION) return messages::RESTRICTION;
+    if (partsof(tag) == 0) return messages::RESTRICTION;
   }
   return 0;
 }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <utility>
 
 #include "failure/custody.h"
@@ -13,8 +14,10 @@
 #include "failure/signals.h"
 #include "frontend/vectors.h"
 #include "operators/records.h"
+#include "spaces/convert.h"
 #include "spaces/copies.h"
 #include "spaces/messages.h"
+#include "spaces/parts.h"
 #include "spaces/point.h"
 #include "spaces/refderef.h"
 
@@ -22,7 +25,13 @@ namespace morvik {
 
 namespace {
 
+using records::becomeempty;
+using records::endmaking;
 using records::hascountedname;
+using records::Making;
+using records::recordbits;
+using records::releaserecords;
+using records::startmaking;
 
 // What a new shape replaces in the flag word. Kept: ISPROBABLE stays, for what was drawn by chance stays so.
 constexpr std::uint32_t RESHAPED_BITS = KIND_BITS | HASFILE | RANK_BITS | ISSTRUCTURE | ISEMPTY;
@@ -34,38 +43,18 @@ constexpr std::size_t PIECE_RECORDS = 256;  // records that are looked at and co
 
 // ---- The extents.
 
-// The part of a number that must be whole, and the sum of the others, which must be 0.
-struct ExtentParts {
-  double first, others;
-};
-
-ExtentParts extentparts(const Element &e) {
-  switch (e.tag) {
-    case tags::REAL:
-      return {e.real, 0};
-    case tags::COMPLEX:
-      return {e.complex.re, e.complex.im};
-    case tags::QUATERNION:
-      return {e.firstpart, e.otherparts[0] + e.otherparts[1] + e.otherparts[2]};
-    default: {
-      double others = 0;
-      for (int i = 1; i < 8; ++i) others += e.octonion->part[i];
-      return {e.octonion->part[0], others};
-    }
-  }
-}
-
-// Is this element a whole number? Kept: the other components of a quaternion need only sum to 0.
+// Is this element a whole number? Kept: the other components of a quaternion or an octonion need only sum to 0.
 bool wholenumber(const Element &e, std::int64_t &value) {
   if (e.tag == tags::INTEGER) {
     value = e.integer;
     return true;
   }
-  if (e.tag < tags::REAL || e.tag > tags::OCTONION) return false;
-  const ExtentParts p = extentparts(e);
-  constexpr double LIMIT = 9223372036854775808.0;
-  if (!(p.others == 0) || !(p.first >= -LIMIT && p.first < LIMIT) || std::trunc(p.first) != p.first) return false;
-  value = static_cast<std::int64_t>(p.first);
+  double parts[MOST_PARTS];
+  const int count = readparts(e, parts);
+  if (count == 0 || std::accumulate(parts + 1, parts + count, 0.0) != 0) return false;
+  const double first = parts[0];
+  if (!(first >= -INTEGER_BOUND && first < INTEGER_BOUND) || std::trunc(first) != first) return false;
+  value = static_cast<std::int64_t>(first);
   return true;
 }
 
@@ -93,7 +82,7 @@ int checkoperand(const Point &shape, std::uint64_t &product) {
   return (product != 0 && !fits) || shape.elements > MOST_AXES ? messages::SHAPE_TOO_BIG : 0;
 }
 
-// Can the records serve as a shape as they stand?
+// Can the records serve as a shape as they are?
 bool areextents(const Element *records, std::uint32_t count) {
   return std::all_of(records, records + count,
                      [](const Element &e) { return e.tag == tags::INTEGER && !hascountedname(e); });
@@ -105,24 +94,12 @@ Element *makeextents(const Point &shape) {
   for (std::uint32_t i = 0; i < shape.elements; ++i) {
     std::int64_t value = 0;
     wholenumber(shape.data_pointer[i], value);
-    extents[i] = {};
-    extents[i].tag = tags::INTEGER;
-    extents[i].form = forms::NUMBER;
-    extents[i].integer = value;
+    setinteger(extents[i], value);
   }
   return extents;
 }
 
 // ---- The elements.
-
-bool isplain(std::int32_t tag) {
-  return tag >= tags::ASCII && tag <= tags::QUATERNION;
-}
-
-bool iscopied(std::int32_t tag) {
-  return tag == tags::SUBARRAY || isplain(tag) || tag == tags::OCTONION || tag == tags::FILLER || tag == tags::HANDLE ||
-         (tag >= ranks::LOCAL_VARIABLE && tag <= ranks::LABEL && tag != ranks::OPERATOR);
-}
 
 enum class CopyMethod { WHOLE, ONE_BY_ONE };
 
@@ -133,8 +110,8 @@ CopyMethod promised(const Point &data) {
 
 // The message for a record that can't be copied.
 int nobranch(const Point &data) {
-  return (data.type & (COMPLEXED | STRUCTURED)) == 0 && isplain(data.data_pointer->tag) ? messages::IMPOSSIBLE
-                                                                                        : messages::RESTRICTION;
+  return (data.type & (COMPLEXED | STRUCTURED)) == 0 && isplainkind(data.data_pointer->tag) ? messages::IMPOSSIBLE
+                                                                                            : messages::RESTRICTION;
 }
 
 // How the records of a stretch are copied. A message number or 0.
@@ -142,8 +119,8 @@ int checkoperand(const Point &data, std::size_t from, std::size_t to, CopyMethod
   how = promised(data);
   for (std::size_t i = from; i < to; ++i) {
     if (i % POLL_INTERVAL == 0) safepoint();
-    if (isplain(data.data_pointer[i].tag)) continue;
-    if (!iscopied(data.data_pointer[i].tag)) return nobranch(data);
+    if (isplainkind(data.data_pointer[i].tag)) continue;
+    if (!isknown(data.data_pointer[i].tag)) return nobranch(data);
     how = CopyMethod::ONE_BY_ONE;
   }
   return 0;
@@ -165,14 +142,14 @@ int addpiece(Point &made, const Point &data, std::size_t from, std::size_t count
   const Element *records = data.data_pointer + from;
   safepoint();
   if (how == CopyMethod::WHOLE &&
-      std::all_of(records, records + count, [](const Element &e) { return isplain(e.tag); })) {
+      std::all_of(records, records + count, [](const Element &e) { return isplainkind(e.tag); })) {
     std::memcpy(made.data_pointer + made.elements, records, count * sizeof(Element));
     made.elements += static_cast<std::uint32_t>(count);
     return 0;
   }
   how = CopyMethod::ONE_BY_ONE;
   for (std::size_t i = 0; i < count; ++i, ++made.elements) {
-    if (!iscopied(records[i].tag)) return nobranch(data);
+    if (!isknown(records[i].tag)) return nobranch(data);
     copyelement(made.data_pointer[made.elements], records[i]);
   }
   return 0;
@@ -198,27 +175,12 @@ int addpieces(Point &made, const Point &data, std::size_t count) {
 
 // Makes `count` records of its own, by going through those of `data` again and again. A message number or 0.
 int repeatelements(const Point &data, std::size_t count, Element *&records) {
-  Point made{};
-  made.rank = ranks::VECTOR;
-  made.type = ISVECTOR;  // no kinds: whatever is in there by then gets released
-  made.data_pointer = newelements(count);
-  Custody making;
-  takecustody(making, releasepoint, &made);
-  const int fault = addpieces(made, data, count);
-  endcustody(making);
-  if (fault != 0)
-    dereferencepoint(&made);
-  else
-    records = made.data_pointer;
+  Making m;
+  startmaking(m, count);
+  const int fault = addpieces(m.made, data, count);
+  records = endmaking(m);
+  if (fault != 0) dereferencepoint(&m.made);
   return fault;
-}
-
-// Releases the records of `data`, but for what else it holds.
-void releaseelements(Point &data) {
-  Point old = data;
-  old.shape_pointer = nullptr;
-  data.data_pointer = nullptr;
-  dereferencepoint(&old);
 }
 
 // Cuts a block that nobody else sees. A message number or 0.
@@ -246,7 +208,7 @@ int resizespace(Point &data, std::uint32_t count) {
   }
   Element *records;
   if (const int fault = repeatelements(data, count, records)) return fault;
-  releaseelements(data);
+  releaserecords(data);
   data.data_pointer = records;
   return 0;
 }
@@ -254,28 +216,8 @@ int resizespace(Point &data, std::uint32_t count) {
 // ---- The whole.
 
 // A scalar's record speaks for itself; that of a vector needs the flag word to say what it owns.
-std::uint32_t owningbit(const Element &e) {
-  switch (e.tag) {
-    case tags::OCTONION:
-      return HASOCTONION;
-    case tags::HANDLE:
-      return HASFILE;
-    default:
-      return isplain(e.tag) ? 0 : STRUCTURED;
-  }
-}
-
-void becomeempty(Point &data, std::int32_t rank) {
-  data.rank = rank;
-  data.type = ISEMPTY | (rank > 1 ? ISARRAY : ISVECTOR);
-  data.depth = 1;
-  data.modifier = 0;
-  data.elements = 0;
-  data.link = nullptr;
-}
-
 void becomeshaped(Point &data, std::int32_t rank, std::uint32_t product) {
-  if (data.rank == ranks::SCALAR) data.type |= owningbit(*data.data_pointer);
+  if (data.rank == ranks::SCALAR) data.type |= recordbits(*data.data_pointer) & (OWNING_BITS | HASFILE);
   if (data.depth == 0) data.depth = 1;
   data.rank = rank;
   data.type = (data.type & ~RESHAPED_BITS) | (data.type & (KIND_BITS | HASFILE)) | (rank > 1 ? ISARRAY : ISVECTOR) |
@@ -298,13 +240,12 @@ void takeshape(Point &data, Point &shape, Element *extents, std::uint32_t produc
   const auto rank = static_cast<std::int32_t>(shape.elements);
   if (!extents) std::swap(extents, shape.data_pointer);
   if (product == 0) {
-    dereferencepoint(&data);
-    becomeempty(data, rank);
+    becomeempty(data, rank, extents);
   } else {
     dereference(data.shape_pointer);
+    data.shape_pointer = extents;
     becomeshaped(data, rank, product);
   }
-  data.shape_pointer = extents;
   dereferencepoint(&shape);
 }
 

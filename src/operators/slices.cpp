@@ -53,6 +53,13 @@ void takemember(Point &space) {
   space = member;
 }
 
+void setshape(Point &space, std::uint32_t count, std::int32_t rank, Element *shape) {
+  dereference(space.shape_pointer);
+  space.shape_pointer = shape;
+  space.rank = rank;
+  space.elements = count;
+}
+
 // Keeps the first `count` records, `shape` being the new one.
 void keepfirst(Point &space, std::uint32_t count, std::int32_t rank, Element *shape) {
   Custody making;
@@ -61,10 +68,7 @@ void keepfirst(Point &space, std::uint32_t count, std::int32_t rank, Element *sh
     if (!isunique(space)) out.run(space.data_pointer, 1, count);
   });
   endcustody(making);
-  dereference(space.shape_pointer);
-  space.shape_pointer = shape;
-  space.rank = rank;
-  space.elements = count;
+  setshape(space, count, rank, shape);
   refreshkinds(space);
 }
 
@@ -75,10 +79,7 @@ void keeprest(Point &space, std::uint32_t dropped, std::int32_t rank, Element *s
   takecustody(making, releaseblock, shape);
   keeprecords(space, count, [&](auto &out) { out.run(space.data_pointer + dropped, 1, count); });
   endcustody(making);
-  dereference(space.shape_pointer);
-  space.shape_pointer = shape;
-  space.rank = rank;
-  space.elements = count;
+  setshape(space, count, rank, shape);
   refreshflags(space);
 }
 

@@ -321,7 +321,7 @@ Interned *interned = nullptr;
 
 }  // namespace
 
-// There are as many as the language has named constants, so that a list will do. The latest one stands first.
+// There are as many as the language has named constants, so that a list will do. The latest one comes first.
 char *elementname(const char *text) {
   for (Interned **link = &interned; *link; link = &(*link)->next) {
     Interned *found = *link;

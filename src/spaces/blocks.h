@@ -35,7 +35,7 @@ struct ReferenceLock {
   ReferenceLock &operator=(const ReferenceLock &) = delete;
 };
 
-// Reports a message and jumps. What does so stands above this layer, which sets the hook.
+// Reports a message and jumps. What does so is above this layer, which sets the hook.
 extern void (*raisefailure)(std::int32_t message);
 [[noreturn]] void failwith(std::int32_t message);
 // The same with message 27.

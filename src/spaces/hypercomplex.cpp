@@ -4,7 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
+
+#include "spaces/parts.h"
 
 namespace morvik {
 
@@ -12,24 +13,12 @@ constinit thread_local double hypercomplexflops = 0;
 
 namespace {
 
-constexpr double CLEAN = 1e-15;  // a sine or cosine below this counts as 0
-
-constexpr int QUATERNION_PARTS = 4, OCTONION_PARTS = 8;
 constexpr int LEAST_HIGHEST = 4;  // an octonion's angles reach at least so far
 
 void countflops(int flops) {
   hypercomplexflops += flops;
 }
 
-// The angle of (x, y), where a y that cannot change 1.0 lies on the axis.
-double angle(double y, double x) {
-  if (y + 1.0 == 1.0) return x < 0 ? std::numbers::pi : 0;
-  return std::atan2(y, x);
-}
-
-double clean(double x) {
-  return std::fabs(x) < CLEAN ? 0 : x;
-}
 double cleansine(double x) {
   return clean(std::sin(x));
 }
@@ -52,15 +41,10 @@ double leadingsign(const double *parts, int count) {
   return first == 0 ? 0 : first < 0 ? -1.0 : 1.0;
 }
 
-// Written with the two comparisons, so that NaN passes through.
-double clamp(double x) {
-  return x > 1 ? 1 : x < 0 ? 0 : x;
-}
-
 double clampedsum(const double *parts, int count) {
   countflops(2 * count + 3);
   double sum = 0;
-  for (int i = 0; i < count; ++i) sum += clamp(parts[i]);
+  for (int i = 0; i < count; ++i) sum += clamped(parts[i]);
   return sum;
 }
 
@@ -75,7 +59,7 @@ void polarcomplex(double *out, const double *in) {
   const double a = in[0], b = in[1];
   countflops(5);
   out[0] = std::sqrt(a * a + b * b);
-  out[1] = angle(b, a);
+  out[1] = angleof(a, b);
 }
 
 void cartesiancomplex(double *out, const double *in) {
@@ -90,13 +74,13 @@ void polarquat(double *out, const double *in) {
   if (d != 0) {
     countflops(15);
     out[0] = std::sqrt(a * a + b * b + c * c + d * d);
-    out[1] = angle(b, a);
-    out[2] = angle(std::sqrt(b * b + c * c), a);
+    out[1] = angleof(a, b);
+    out[2] = angleof(a, std::sqrt(b * b + c * c));
     out[3] = std::asin(d);
   } else {
     countflops(8);
     out[0] = std::sqrt(a * a + b * b + c * c);
-    out[1] = angle(b, a);
+    out[1] = angleof(a, b);
     out[2] = std::asin(c);
     out[3] = 0;
   }
@@ -126,10 +110,10 @@ void polarocto(double *out, const double *in) {
   const int h = highestpart(in);
   double polar[OCTONION_PARTS] = {};
   double squares = in[h] * in[h];  // of the components from this one up
-  polar[h] = angle(in[h], in[h - 1]);
+  polar[h] = angleof(in[h - 1], in[h]);
   for (int k = h - 1; k > 0; --k) {
     squares += in[k] * in[k];
-    polar[k] = angle(std::sqrt(squares), in[k - 1]);
+    polar[k] = angleof(in[k - 1], std::sqrt(squares));
   }
   polar[0] = std::sqrt(squares + in[0] * in[0]);
   countflops(4 * h + 2);
@@ -149,6 +133,28 @@ void cartesianocto(double *out, const double *in) {
   std::copy_n(cartesian, OCTONION_PARTS, out);
 }
 
+void topolar(double *parts, int count) {
+  switch (count) {
+    case COMPLEX_PARTS:
+      return polarcomplex(parts, parts);
+    case QUATERNION_PARTS:
+      return polarquat(parts, parts);
+    default:
+      return polarocto(parts, parts);
+  }
+}
+
+void tocartesian(double *parts, int count) {
+  switch (count) {
+    case COMPLEX_PARTS:
+      return cartesiancomplex(parts, parts);
+    case QUATERNION_PARTS:
+      return cartesianquat(parts, parts);
+    default:
+      return cartesianocto(parts, parts);
+  }
+}
+
 double csgnquat(const double *q4) {
   return leadingsign(q4, QUATERNION_PARTS);
 }
@@ -158,23 +164,16 @@ double csgnocto(const double *o8) {
 
 double contradiction(const double *parts, int count) {
   int values = count;
-  if (count == 4 && std::isnan(parts[3])) values = 3;
-  if (count == 8 && std::isnan(parts[7])) values = !std::isnan(parts[6]) ? 7 : std::isnan(parts[5]) ? 5 : 6;
+  if (count == QUATERNION_PARTS && std::isnan(parts[3])) values = 3;
+  if (count == OCTONION_PARTS && std::isnan(parts[7]))
+    values = !std::isnan(parts[6]) ? 7 : std::isnan(parts[5]) ? 5 : 6;
   return disagreement(parts, values);
 }
 
-double contradict_c(const Element &element) {
-  const double parts[] = {element.complex.re, element.complex.im};
-  return contradiction(parts, 2);
-}
-
-double contradict_q(const Element &element) {
-  const Quaternion q = quaternion(element);
-  return contradiction(q.part, 4);
-}
-
-double contradict_o(const Element &element) {
-  return contradiction(element.octonion->part, 8);
+double contradiction(const Element &element) {
+  double parts[MOST_PARTS];
+  const int count = readparts(element, parts);
+  return contradiction(parts, count);
 }
 
 }  // namespace morvik

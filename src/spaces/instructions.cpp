@@ -19,7 +19,7 @@ const char Addressnames[instructions::COUNT][2] = {
 };
 
 namespace {
-// The rows stand in the order of their numbers, none missing: what is indexed by number can be made row by row.
+// The rows are in the order of their numbers, none missing: what is indexed by number can be made row by row.
 constexpr std::uint16_t numbers[] = {
 #define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) number,
 #include "tables/instructions.def"

@@ -12,18 +12,20 @@ enum Number : std::uint16_t {
   NAMELESS,  // the last number has no row
   COUNT
 };
-// On IF_YES and IF_NO: nothing is decided but what stands on the stack.
+// On IF_YES and IF_NO: nothing is decided but what is on the stack.
 inline constexpr std::uint16_t BARE = 65531;
 }  // namespace instructions
 
-// The argument classes by name, made from machine/classes.def.
+// The argument classes by name, made from tables/classes.def.
 namespace classes {
 #define ARGUMENT_CLASS(number, name, wait, operands, more) inline constexpr std::uint16_t name = number;
 #include "tables/classes.def"
 #undef ARGUMENT_CLASS
 }  // namespace classes
+// By number.
 extern const char Instructions[instructions::COUNT][32];
-extern const std::uint16_t Types[instructions::COUNT];   // argument classes
 extern const char Addressnames[instructions::COUNT][2];  // two-byte keys, for memo texts
+// Argument classes, for whoever asks for nothing else: the machine has what they ask for beside the handlers.
+extern const std::uint16_t Types[instructions::COUNT];
 
 }  // namespace morvik

@@ -2,6 +2,7 @@
 #include "spaces/making.h"
 
 #include "spaces/blocks.h"
+#include "spaces/parts.h"
 
 namespace morvik {
 
@@ -28,6 +29,12 @@ void makereal(Point &point, double value, std::uint16_t form) {
   Element *element = newelement(tags::REAL, form);
   element->real = value;
   makescalar(point, element, HASREAL);
+}
+
+void setnumber(Element &element, std::int32_t tag, const double *parts) {
+  if (ownsparts(tag)) element.octonion = static_cast<Octonion *>(newblock(sizeof(Octonion)));
+  element.tag = tag;
+  writeparts(element, parts);
 }
 
 void makeempty(Point &point) {

@@ -11,6 +11,9 @@ namespace morvik {
 // Makes a Point the integer scalar of this value (form 8), in a fresh block. Nothing is released. Message 27.
 void makeinteger(Point &point, std::int64_t value);
 void makereal(Point &point, double value, std::uint16_t form);
+// Gives a record the number of this tag, REAL or above, with these components, in a fresh block where the kind owns
+// them. The rest of the record stays. Message 27, the record left whole.
+void setnumber(Element &element, std::int32_t tag, const double *parts);
 // Makes a Point the empty vector, whose shape is one extent of 0. Nothing is released. Message 27.
 void makeempty(Point &point);
 

@@ -15,7 +15,7 @@
 
 namespace morvik {
 
-// Kept: these stay in the data image, and nothing reads them.
+// Kept: these stay in the data image for whoever looks into a dump of it. Nothing reads them.
 [[gnu::used]] std::uint64_t First = 1;
 [[gnu::used]] void *newalloc = nullptr;
 [[gnu::used]] void *brek = nullptr;

@@ -61,7 +61,7 @@ struct Heap {
 // The bucket of a size; LARGEST_BUCKET + 1 for one that no block can hold.
 unsigned bucketof(std::size_t size);
 
-// Called at the start and at the end of the process; there is nothing to do.
+// For the start and the end of a process: the heap needs nothing done at either, so nobody has to call them.
 void morvik_allocator_init();
 void dumpstats();
 

@@ -55,7 +55,7 @@ struct Quaternion {
 struct FileValue {
   std::FILE *stream;
   void *reserved;     // counted, null when unset
-  Point *descriptor;  // counted block of one Point: what stood on the stack at OPEN
+  Point *descriptor;  // counted block of one Point: what was on the stack at OPEN
 };
 
 struct Element {
@@ -88,6 +88,19 @@ inline void setquaternion(Element &e, const Quaternion &q) {
   e.otherparts[0] = q.part[1];
   e.otherparts[1] = q.part[2];
   e.otherparts[2] = q.part[3];
+}
+
+// The integer as it is written, and what owns and means nothing. Written in place, since a copy of a record that was
+// just written in parts misses store forwarding.
+inline void setinteger(Element &e, std::int64_t value) {
+  e = {};
+  e.tag = tags::INTEGER;
+  e.form = forms::NUMBER;
+  e.integer = value;
+}
+inline void setfiller(Element &e) {
+  e = {};
+  e.tag = tags::FILLER;
 }
 
 // The link word of a space.
@@ -147,12 +160,20 @@ inline constexpr std::uint32_t OWNING_BITS = STRUCTURED | HASOCTONION;  // the e
 inline constexpr std::uint32_t NAME_BEARING = ISVARIABLE | ISADDRESS | ISFUNCTION | ISOPERATOR;
 inline constexpr std::uint32_t EMPTY_VECTOR = ISVECTOR | ISEMPTY;
 
-// Gives a scalar its flags. Its rank, flags and shape are written as the one piece that whoever copies the Point reads:
-// store forwarding works only where it was written in one.
+// Two words in one store. Records are copied by sixteen bytes and more, and store forwarding serves such a load only
+// from a store that wrote all of it.
+using TwoWords __attribute__((vector_size(16), aligned(8), may_alias)) = unsigned long long;
+inline void store16(void *to, std::uint64_t first, std::uint64_t second) {
+  *static_cast<TwoWords *>(to) = TwoWords{first, second};
+}
+inline void copy16(void *to, const void *from) {
+  *static_cast<TwoWords *>(to) = *static_cast<const TwoWords *>(from);
+}
+
+// Gives a scalar its flags; it has no shape.
 inline void setscalar(Point &p, std::uint32_t type) {
-  using Words __attribute__((vector_size(16), aligned(8), may_alias)) = unsigned long long;
   static_assert(ranks::SCALAR == 0 && offsetof(Point, type) == 4 && offsetof(Point, shape_pointer) == 8);
-  *reinterpret_cast<Words *>(&p) = Words{std::uint64_t{type} << 32, 0};
+  store16(&p, std::uint64_t{type} << 32, 0);
 }
 
 inline bool isend(const Point &p) {

@@ -1,5 +1,5 @@
-// Raising and lowering; who owns what stands at the head of refderef.h. What dies with a block waits its turn in a list
-// of the dead, threaded through their reference words: no depth of a value costs process stack or memory.
+// Raising and lowering; who owns what is told at the head of refderef.h. What dies with a block waits its turn in a
+// list of the dead, threaded through their reference words: no depth of a value costs process stack or memory.
 #include "spaces/refderef.h"
 
 #include <bit>
@@ -29,20 +29,12 @@ bool lowertolast(void *block) {
 bool issymbolic(std::int32_t rank) {
   return rank <= ranks::LABEL && rank >= ranks::LOCAL_VARIABLE;
 }
-bool iswholepoint(std::int32_t tag) {
-  return issymbolic(tag) && tag != ranks::OPERATOR;
-}
 
 bool isslot(const Point &point) {
   return point.rank == ranks::ADDRESS && (point.type & ISLOCAL) != 0;
 }
 bool isfunctionend(const Point &point) {
   return point.rank == ranks::OPERATOR && point.instruction == instructions::FUNCTIONEND;
-}
-
-bool isknown(std::int32_t tag) {
-  return (tag >= tags::SUBARRAY && tag <= tags::OCTONION) || tag == tags::FILLER || tag == tags::HANDLE ||
-         iswholepoint(tag);
 }
 
 // ---- Raising.

@@ -42,14 +42,26 @@ inline bool mayown(const Point &space) {
   return (space.type & (OWNING_BITS | HASFILE | HASFUNCTION)) != 0 || (space.type & ELEMENT_BITS) == 0;
 }
 
-// A number or character without a name: the record owns nothing, whoever holds it.
+// Is a record of this tag a symbolic Point, stored whole? No operator is.
+inline bool iswholepoint(std::int32_t tag) {
+  return tag >= ranks::LOCAL_VARIABLE && tag <= ranks::LABEL && tag != ranks::OPERATOR;
+}
+// Is there such a kind of record?
+inline bool isknown(std::int32_t tag) {
+  return (tag >= tags::SUBARRAY && tag <= tags::OCTONION) || tag == tags::FILLER || tag == tags::HANDLE ||
+         iswholepoint(tag);
+}
+// A number or character in its record: it owns nothing, but perhaps a name.
+inline bool isplainkind(std::int32_t tag) {
+  return tag >= tags::ASCII && tag <= tags::QUATERNION;
+}
+// The same without a name: the record owns nothing, whoever holds it.
 inline bool isplainrecord(const Element &e) {
-  return e.tag >= tags::ASCII && e.tag <= tags::QUATERNION && (e.attributes & attributes::NAMED) == 0;
+  return isplainkind(e.tag) && (e.attributes & attributes::NAMED) == 0;
 }
 // Copies such a record, as far as its kind reaches.
 inline void copyplain(Element &to, const Element &from) {
-  using Words __attribute__((vector_size(16), aligned(8), may_alias)) = unsigned long long;
-  *reinterpret_cast<Words *>(&to) = *reinterpret_cast<const Words *>(&from);
+  copy16(&to, &from);
   to.otherparts[0] = from.otherparts[0];
   if (from.tag <= tags::REAL) return;
   to.otherparts[1] = from.otherparts[1];

@@ -42,7 +42,7 @@ struct Context {
   std::uint64_t serial;  // of the table; stays when the link was popped
 };
 
-// Do two links stand for the same table? A name that was bound under one is then bound under the other. Asked of a
+// Do two links lead to the same table? A name that was bound under one is then bound under the other. Asked of a
 // popped link too, whose table may be gone.
 inline bool sametable(const Context *a, const Context *b) {
   return a->serial == b->serial;

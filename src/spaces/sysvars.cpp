@@ -2,6 +2,7 @@
 #include "spaces/sysvars.h"
 
 #include "spaces/convert.h"
+#include "spaces/parts.h"
 
 namespace morvik {
 
@@ -21,21 +22,7 @@ std::int64_t indexorigin(const Point *context) {
 
 double tolerance(const Point *context) {
   const Element *ct = valueelement(context[CT_SLOT]);
-  if (!ct) return 0;
-  switch (ct->tag) {
-    case tags::INTEGER:
-      return static_cast<double>(ct->integer);
-    case tags::REAL:
-      return ct->real;
-    case tags::COMPLEX:
-      return ct->complex.re;
-    case tags::QUATERNION:
-      return ct->firstpart;
-    case tags::OCTONION:
-      return ct->octonion->part[0];
-    default:
-      return 0;
-  }
+  return ct ? realpart(*ct) : 0;
 }
 
 Point *quads;

@@ -1,4 +1,4 @@
-// How work is cut up, and what stands in the records of the pool before there is one.
+// How work is cut up, and what is in the records of the pool before there is one.
 #include "spaces/work.h"
 
 #include <algorithm>

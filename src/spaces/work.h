@@ -75,7 +75,7 @@ extern bool (*postcoprocessors)();
 // is written to is null. A monadic instruction has no right one.
 void deferoperands(const Point &left);
 void deferoperands(const Point &left, const Point &right);
-// Before the slice of a thread draws: where its generator stands, to which it goes back if any slice fails.
+// Before the slice of a thread draws: the state of its generator, which comes back if any slice fails.
 void notedraws(std::uint32_t index, std::uint64_t *state);
 // Stops the slices and waits for them: the main thread's own slice failed. All records of theirs are whole then.
 extern void (*recallslices)();

@@ -1,4 +1,4 @@
-// Points by their fields, for whoever looks into the machine.
+// Points by their fields, for the prompt of a debugger.
 #include "text/flags.h"
 
 #include <cstdio>

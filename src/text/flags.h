@@ -1,4 +1,4 @@
-// Points by their fields, for whoever looks into the machine.
+// Points by their fields. Nothing in the interpreter calls these: they are for the prompt of a debugger.
 #pragma once
 
 #include <cstdint>

@@ -9,8 +9,8 @@
 #include "spaces/blocks.h"
 #include "spaces/instructions.h"
 #include "spaces/making.h"
+#include "spaces/parts.h"
 #include "spaces/processstack.h"
-#include "text/flags.h"
 
 namespace morvik {
 
@@ -60,7 +60,7 @@ void growbuilder(Builder &b, std::size_t bytes) {
   b.capacity = capacity;
 }
 
-// Room for so many bytes and the zero after them.
+// Where so many bytes can be written, and the zero after them.
 char *reservein(Builder &b, std::size_t bytes) {
   if (b.capacity - b.length < bytes) growbuilder(b, bytes);
   return b.text + b.length;
@@ -183,8 +183,11 @@ void addform(Builder &b, const Element &e) {
   appendtext(b, std::int64_t{e.form});
 }
 
-void addparts(Builder &b, char letter, const double *part, int count) {
-  appendtext(b, letter);
+void addparts(Builder &b, const Element &e) {
+  constexpr char LETTERS[] = "rcqo";  // of the kinds, from REAL on
+  double part[MOST_PARTS];
+  const int count = readparts(e, part);
+  appendtext(b, LETTERS[e.tag - tags::REAL]);
   for (int k = 0; k < count; ++k) {
     if (k > 0) appendtext(b, ',');
     appendtext(b, part[k]);
@@ -212,28 +215,13 @@ void addparts(Builder &b, char letter, const double *part, int count) {
       appendtext(b, 'i');
       appendtext(b, e.integer);
       break;
-    case tags::REAL:
-      addparts(b, 'r', &e.real, 1);
-      break;
-    case tags::COMPLEX: {
-      const double part[] = {e.complex.re, e.complex.im};
-      addparts(b, 'c', part, 2);
-      break;
-    }
-    case tags::QUATERNION: {
-      const Quaternion q = quaternion(e);
-      addparts(b, 'q', q.part, 4);
-      break;
-    }
-    case tags::OCTONION:
-      addparts(b, 'o', e.octonion->part, 8);
-      break;
     case tags::HANDLE:
       appendtext(b, 'f');
       appendtext(b, static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(handlestream(e))));
       break;
     default:
-      return appendtext(b, '_');
+      if (partsof(e.tag) == 0) return appendtext(b, '_');
+      addparts(b, e);
   }
   addform(b, e);
 }

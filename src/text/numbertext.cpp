@@ -8,6 +8,7 @@
 #include <numbers>
 
 #include "spaces/hypercomplex.h"
+#include "spaces/parts.h"
 #include "text/printer.h"
 
 namespace morvik {
@@ -18,33 +19,11 @@ namespace {
 
 // So that a form-4 integer is not read back as a character, which has up to eight.
 constexpr int FEWEST_BITS = 9;
-constexpr int MOST_PARTS = 8;
 
 struct PrintedParts {
   double part[MOST_PARTS];
   int count;
 };
-
-void loadparts(PrintedParts &parts, const Element &e) {
-  if (e.tag == tags::COMPLEX) {
-    parts = {{e.complex.re, e.complex.im}, 2};
-  } else if (e.tag == tags::QUATERNION) {
-    const Quaternion q = quaternion(e);
-    parts = {{q.part[0], q.part[1], q.part[2], q.part[3]}, 4};
-  } else {
-    parts.count = MOST_PARTS;
-    std::copy_n(e.octonion->part, MOST_PARTS, parts.part);
-  }
-}
-
-void topolar(PrintedParts &parts) {
-  if (parts.count == 2)
-    polarcomplex(parts.part, parts.part);
-  else if (parts.count == 4)
-    polarquat(parts.part, parts.part);
-  else
-    polarocto(parts.part, parts.part);
-}
 
 // The highest part that is written: zeros after it are dropped.
 int lastpart(const PrintedParts &parts, bool polar) {
@@ -60,12 +39,7 @@ bool roundtrips(const PrintedParts &polar, const PrintedParts &cartesian) {
   constexpr double ROUNDING = 1e-12;
   double back[MOST_PARTS] = {};
   std::copy_n(polar.part, polar.count, back);
-  if (const int last = lastpart(polar, true); last < 2)
-    cartesiancomplex(back, back);
-  else if (last < 4)
-    cartesianquat(back, back);
-  else
-    cartesianocto(back, back);
+  tocartesian(back, partsof(tagholding(lastpart(polar, true) + 1)));
   for (int k = 0; k < cartesian.count; ++k)
     if (!(std::fabs(back[k] - cartesian.part[k]) <= ROUNDING * polar.part[0])) return false;
   return true;
@@ -80,7 +54,7 @@ void todegrees(PrintedParts &parts) {
 bool aspolar(PrintedParts &parts, const Element &e, bool source) {
   if (e.form != forms::POLAR) return false;
   PrintedParts polar = parts;
-  topolar(polar);
+  topolar(polar.part, polar.count);
   if (source && !roundtrips(polar, parts)) return false;
   if ((e.attributes & attributes::DEGREES) != 0) todegrees(polar);
   parts = polar;
@@ -98,7 +72,7 @@ char *spellpart(char *at, double value, bool source) {
 
 void puthypercomplex(const Element &e, bool source) {
   PrintedParts parts;
-  loadparts(parts, e);
+  parts.count = readparts(e, parts.part);
   const bool polar = aspolar(parts, e, source);
   const int last = lastpart(parts, polar);
   char *at = reservebytes(ELEMENT_BYTES);

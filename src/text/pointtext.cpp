@@ -9,7 +9,9 @@
 #include "spaces/blocks.h"
 #include "spaces/convert.h"
 #include "spaces/instructions.h"
+#include "spaces/parts.h"
 #include "spaces/processstack.h"
+#include "spaces/refderef.h"
 #include "text/keys.h"
 #include "text/nametext.h"
 #include "text/numbertext.h"
@@ -405,10 +407,10 @@ bool lowerkind(Element &e, bool complexes) {
   put(text, static_cast<std::size_t>(std::snprintf(text, sizeof text, "%X", static_cast<unsigned>(character))));
 }
 
-// Does a name stand for the value, or nothing at all? Written here, if so.
+// Is a name written in place of the value, or nothing at all? Written here, if so.
 bool putname(const Element &e) {
   if ((e.attributes & attributes::SILENT) != 0) return true;
-  if ((e.attributes & attributes::NAMED) == 0 || e.tag == tags::QUATERNION || !e.name) return false;
+  if (!isnamed(e) || !e.name) return false;
   put(' ');
   put(e.name);
   return true;
@@ -416,6 +418,7 @@ bool putname(const Element &e) {
 
 void putelement(const Element &e, bool source) {
   if (e.tag >= tags::ASCII && (e.attributes & UNSPELLED) != 0 && e.tag != tags::HANDLE && putname(e)) return;
+  if (partsof(e.tag) > 0) return putnumber(e, source);
   switch (e.tag) {
     case tags::SUBARRAY:
       return putpoint(*e.subarray, 0, source, true);
@@ -425,12 +428,6 @@ void putelement(const Element &e, bool source) {
       return putbinarycharacter(e.ascii);  // in quotes it would be a space of its own
     case tags::UNICODE:
       return putunicode(e.unicode);
-    case tags::INTEGER:
-    case tags::REAL:
-    case tags::COMPLEX:
-    case tags::QUATERNION:
-    case tags::OCTONION:
-      return putnumber(e, source);
     case tags::FILLER:
       return;
     case tags::HANDLE:  // an open file has no text that could be read back
@@ -481,7 +478,7 @@ void putmembers(Point &space, const Census &found, bool source) {
   recount(space, kinds, gained);
 }
 
-// In a literal #NIL is no word, and its brackets or quotes stand for it.
+// In a literal #NIL is no word: its brackets or quotes are written.
 void putempty(const Point &space, bool source, bool inner, const char *close) {
   if (!source)
     put(" .");

@@ -21,8 +21,8 @@ void dumpstack(std::FILE *stream, Point *bottom, Point *top);
 // A line of elapsed time on standard output: minutes, seconds, milliseconds, microseconds.
 void writetime(double seconds);
 
-// Fills Instructionlengths.
-void initinstrlens();
+// How many bytes the name of each instruction takes with its zero, for whoever copies names; initinstrlens counts them.
 extern std::uint8_t Instructionlengths[instructions::COUNT];
+void initinstrlens();
 
 }  // namespace morvik

@@ -88,7 +88,7 @@ bool timeisup() {
   return late != 0;
 }
 
-// The host. These stand in for the library's in this binary.
+// The host. These take the place of the library's in this binary.
 extern "C" {
 
 // The engine's own merge runs itself this way.

@@ -4,7 +4,7 @@
 
 // Once: the scratch directory, the bound on files, the timer.
 void harmless();
-// From here to the end the process stands in the scratch directory, sleeps end at once, and an interrupt comes when
+// From here to the end the process is in the scratch directory, sleeps end at once, and an interrupt comes when
 // the time is up. What was left in the directory is removed at the end.
 void beginharmless();
 void endharmless();

@@ -20,6 +20,8 @@ import run as transcripts  # noqa: E402
 
 ARROW = " → ".encode()
 ARGUMENTS = b"#!"
+LIBRARY = "lib="
+LIBRARIES = pathlib.Path(__file__).resolve().parents[2] / "lib"
 MARK = "<<line %d>>"
 # What separates two lines: the stack is emptied, and a mark is printed.
 SEPARATOR = "\nCLEAR '" + MARK + "' PRINT .\n"
@@ -60,7 +62,7 @@ def read(path):
 
 
 def answer(output):
-    """What a text printed, as it stands behind the arrow: messages as !N, line feeds as \\n, no frame around it."""
+    """What a text printed, as the answer behind the arrow: messages as !N, line feeds as \\n, no frame around it."""
     text = MESSAGE.sub("\0\\1 ", output.replace(NOTICE, "")).strip("\n").removeprefix(" ")
     text = re.sub(r"(\0\d+) -?\Z", r"\1", text)
     return "\\n".join(map(expectation.encodeline, text.split("\n"))).replace("\\0", "!")
@@ -69,7 +71,10 @@ def answer(output):
 def perform(binary, cases, arguments, timeout):
     """Runs all cases in one process. Returns the answer of each, None where there was none, and what is wrong beside."""
     marks = [MARKED % case.number for case in cases]
-    source = b"".join((SEPARATOR % case.number).encode() + case.text + b" ." for case in cases)
+    libraries = [word.removeprefix(LIBRARY) for word in arguments if word.startswith(LIBRARY)]
+    arguments = [word for word in arguments if not word.startswith(LIBRARY)]
+    source = b"".join((LIBRARIES / (name + ".morvik")).read_bytes() + b" .\n" for name in libraries)
+    source += b"".join((SEPARATOR % case.number).encode() + case.text + b" ." for case in cases)
     with tempfile.TemporaryDirectory(prefix="morvik-") as scratch:
         environment = transcripts.environment(pathlib.Path(scratch) / "none", scratch)
         run = subprocess.run([binary, *arguments], input=source, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,

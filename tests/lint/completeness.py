@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Names whatever of the tables no test touches.
 
-- A spelling of keywords.def or constants.def must stand in a transcript, a one-line test, an example or a session on a page.
+- A spelling of keywords.def or constants.def must be in a transcript, a one-line test, an example or a session on a page.
 - An instruction must be run there by one of its spellings; the folder frontend does not count, which compiles more than it
   runs. What has no spelling of its own is given by its number or name in a unit test.
 - A message that is raised must be shown there, or looked for by its number in a unit test.
@@ -59,7 +59,7 @@ def unittests():
     return "\n".join(path.read_text() for path in sorted(TESTS.glob("unit/*_test.cpp")))
 
 
-def stands(spelling, text):
+def occurs(spelling, text):
     pattern = rb"(?:(?<=[\s;.()])|^)" + re.escape(spelling) + rb"(?![0-9A-Za-z_])"
     return re.search(pattern, text, re.M) is not None
 
@@ -68,7 +68,7 @@ def untouchedspellings():
     everything = programmes(frontend=True)
     for row in tables.keywords() + tables.constants():
         for spelling in row.spellings:
-            if not stands(spelling, everything):
+            if not occurs(spelling, everything):
                 yield "spelling %s" % spelling.decode("latin-1").encode("unicode_escape").decode()
 
 
@@ -79,21 +79,21 @@ def untouchedinstructions():
             words.setdefault(row.instruction, []).extend(row.spellings)
     run, units = programmes(frontend=False), unittests()
     for row in tables.instructions():
-        if any(stands(spelling, run) for spelling in words.get(row.name, ())):
+        if any(occurs(spelling, run) for spelling in words.get(row.name, ())):
             continue
-        # Every number without an implementation is run in unit/instructions_test.cpp.
-        if row.name not in words and (row.handler in tables.RESERVED or "instructions::%s" % row.name in units):
+        # Those without an implementation are run in unit/instructions_test.cpp, by number and by every spelling.
+        if row.handler in tables.RESERVED or (row.name not in words and "instructions::%s" % row.name in units):
             continue
         yield "instruction %s %s" % (row.number, row.name)
 
 
 def untouchedmessages():
     texts, units, answers = shown(), unittests(), "\n".join(answer for _, answer in onelines())
-    for number, text in tables.messages():
-        inunits = number >= FIRSTCERTAIN and re.search(r"\b%s\b" % number, units)
-        inlines = re.search(r"!%d\b" % number, answers)
-        if text.split("\n")[0] not in texts and not inunits and not inlines:
-            yield "message %s" % number
+    for row in tables.messages():
+        inunits = row.number >= FIRSTCERTAIN and re.search(r"\b%s\b" % row.number, units)
+        inlines = re.search(r"!%d\b" % row.number, answers)
+        if row.text.split("\n")[0] not in texts and not inunits and not inlines:
+            yield "message %s" % row.number
 
 
 def main():

@@ -26,7 +26,7 @@ class Pages(unittest.TestCase):
     def same(self, one, other, measured=True):
         return pages.compared(one, measured) == pages.compared(other, measured)
 
-    def test_measured_figures_stand_for_others(self):
+    def test_measured_figures_agree_with_any(self):
         row = "ADD \t\t 27.129  Mop/S   36.861   nS,   3.387 %t"
         self.assertTrue(self.same(row, "ADD \t\t    inf Gop/S  1:1.000 m:S,  100.000 %t"))
         self.assertFalse(self.same(row, "ADD \t\t 27.129  Mop/S   3.387 %t"))

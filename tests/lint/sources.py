@@ -7,7 +7,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 SOURCES = ROOT / "src"
 MAP = ROOT / "docs" / "architecture.md"
-# From the ground up: a module includes its own headers and those of lower layers. Modules of one layer stand beside each
+# From the ground up: a module includes its own headers and those of lower layers. Modules of one layer do not include each
 # other. What must call upward goes through a hook, a variable of the lower module that the upper one sets.
 LAYERS = [["tables"], ["spaces"], ["failure"], ["text"], ["arithmetic", "frontend", "coprocessor"], ["operators"],
           ["files"], ["machine"], ["driver", "runner", "api"]]
@@ -70,7 +70,7 @@ def faults():
                 yield "%s: %s: %s" % (name, found, why)
     for pattern, count in counts.items():
         if count != COUNTED[pattern]:
-            yield "%s stands %d times, not %d" % (pattern, count, COUNTED[pattern])
+            yield "%s occurs %d times, not %d" % (pattern, count, COUNTED[pattern])
     yield from faultsofheaders()
     yield from faultsofcircles()
     yield from faultsofstems()
@@ -99,7 +99,7 @@ def definitions():
 
 
 def outside(code):
-    """Without what stands in unnamed namespaces."""
+    """Without what is in unnamed namespaces."""
     return re.sub(r"^namespace \{\n.*?^\}  *", "", re.sub(r"^\}  $", "}  ", code, flags=re.M), flags=re.M | re.S)
 
 
@@ -179,7 +179,7 @@ def faultsofstems():
         folders.setdefault(path.stem, set()).add(path.parent.name)
     for stem, where in sorted(folders.items()):
         if len(where) > 1:
-            yield "%s stands in %s" % (stem, " and ".join(sorted(where)))
+            yield "%s is in %s" % (stem, " and ".join(sorted(where)))
 
 
 def faultsofmap():

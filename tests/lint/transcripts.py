@@ -25,8 +25,8 @@ def faultsof(transcript):
     return [] if expectation.checksanything(sections) else ["%s: checks nothing" % path]
 
 
-def orphans(room):
-    for path in sorted(room.iterdir()):
+def orphans(folder):
+    for path in sorted(folder.iterdir()):
         if path.suffix == ".morvik":
             continue
         if path.suffix not in SIBLINGS:
@@ -36,14 +36,14 @@ def orphans(room):
 
 
 def main():
-    rooms = [path for path in sorted(ROOT.iterdir()) if path.name not in TOOLS]
+    folders = [path for path in sorted(ROOT.iterdir()) if path.name not in TOOLS]
     faults, count = [], 0
-    for room in rooms:
-        if not room.is_dir():
-            faults.append("%s: not in a folder" % room)
+    for folder in folders:
+        if not folder.is_dir():
+            faults.append("%s: not in a folder" % folder)
             continue
-        faults += orphans(room)
-        for transcript in sorted(room.glob("*.morvik")):
+        faults += orphans(folder)
+        for transcript in sorted(folder.glob("*.morvik")):
             count += 1
             faults += faultsof(transcript)
     for fault in faults:

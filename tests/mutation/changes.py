@@ -45,7 +45,7 @@ class Token:
 
 @dataclasses.dataclass(frozen=True)
 class Change:
-    """Puts `after` where `before` stands, from `start` on, in the line of that number."""
+    """Puts `after` where `before` is, from `start` on, in the line of that number."""
     kind: str
     line: int
     start: int
@@ -59,7 +59,7 @@ class Change:
 
 
 class Source:
-    """The tokens of a text, with the bracket that belongs to each bracket, and the one that each token stands in."""
+    """The tokens of a text, with the bracket that belongs to each bracket, and the one that each token is in."""
 
     def __init__(self, text):
         self.text = text
@@ -101,7 +101,7 @@ class Source:
         return fixed
 
     def spaced(self, i):
-        """Does a blank or the end of a line stand on both sides?"""
+        """Is there a blank or the end of a line on both sides?"""
         token = self.tokens[i]
         return self.text[token.start - 1].isspace() and self.text[token.end:token.end + 1].isspace()
 

@@ -59,14 +59,20 @@ def readequivalents(text):
         if line.strip() and not line.startswith("#"):
             source, holds, change, why = (field.strip() for field in line.split(" :: "))
             assert why
-            rows.append((source, re.compile(holds), re.compile(change)))
+            rows.append((source, re.compile(holds, re.MULTILINE), re.compile(change)))
     return rows
 
 
 def isequivalent(rows, path, text, change):
-    line = text.splitlines()[change.line - 1]
     exchange = ("%s => %s" % (change.before, change.after)).strip()
-    return any(source == str(path) and holds.search(line) and whole.fullmatch(exchange) for source, holds, whole in rows)
+    return any(source == str(path) and whole.fullmatch(exchange) and isheld(holds, text.splitlines(), change.line)
+               for source, holds, whole in rows)
+
+
+def isheld(holds, lines, number):
+    """Is a pattern found in the line of that number? It may begin in the line before."""
+    before = lines[number - 2] + "\n" if number > 1 else ""
+    return any(found.end() > len(before) for found in holds.finditer(before + lines[number - 1]))
 
 
 # ---- What came of it.
@@ -187,7 +193,7 @@ def work(queue, suite, texts, equivalents, skip):
 
 
 def prepare(root, folders, names, kind):
-    """A suite for each folder, with the tree in it as it stands. The first one runs it without a change, and the others
+    """A suite for each folder, with a copy of the tree in it. The first one runs it without a change, and the others
     go by its times. Ends the process where something fails without a change."""
     suites, fingerprint = [], fingerprintof(root, {name for name in names if not name.startswith("tests/mutation/")})
     for folder in folders:

@@ -12,6 +12,8 @@ CASES = re.compile(r"^(?:TYPED_)?TEST(?:_F|_P)?\((\w+),", re.M)
 SPARE_SECONDS, SLOWER = 10, 4  # a step may take so many times the seconds of the unchanged tree, and so much more
 QUICK_SECONDS = 0.15  # of a unit test case
 BUILD_SECONDS = 1200
+JOINING_ROUNDS = 8
+SOURCE = re.compile(r"(/\S*/src/\S+\.cpp):\d+")
 RUNNER = ("env", "GTEST_FAIL_FAST=1")
 PYTHON = (sys.executable, "-B")
 
@@ -23,11 +25,13 @@ class Suite:
         self.workshop = workshop
         self.tests = workshop.tree / "tests"
         self.binary = workshop.build / "morvik"
+        self.checkingbuild = workshop.build / "checking"
+        self.wholebuild = workshop.build / "whole"
         self.record = workshop.folder / "seconds.json"
         self.seconds = json.loads(self.record.read_text()) if self.record.exists() else {}
 
-    def configure(self):
-        """The step that prepares the build: no debug information, no warnings, and the quickest tools there are."""
+    def configure(self, build, *more):
+        """The step that prepares a build: no debug information, no warnings, and the quickest tools there are."""
         options = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-w", "-DCMAKE_CXX_FLAGS_DEBUG=-O1"]
         if shutil.which("clang++"):
             options += ["-DCMAKE_CXX_COMPILER=clang++", "-DCMAKE_CXX_FLAGS_DEBUG=-O0"]
@@ -37,11 +41,14 @@ class Suite:
             options.append("-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld")
         if shutil.which("ninja"):
             options += ["-G", "Ninja"]
-        return Step("configure", ("cmake", "-S", self.workshop.tree, "-B", self.workshop.build, *options), builds=True)
+        return Step("configure", ("cmake", "-S", self.workshop.tree, "-B", build, *options, *more), builds=True)
 
     def make(self, *targets):
-        return Step("build", ("cmake", "--build", self.workshop.build, "-j", os.environ.get("BUILD_JOBS", "2"), "--target",
-                              *targets), BUILD_SECONDS, builds=True)
+        return self.makein(self.workshop.build, "build", *targets)
+
+    def makein(self, build, name, *targets):
+        return Step(name, ("cmake", "--build", build, "-j", os.environ.get("BUILD_JOBS", "2"), "--target", *targets),
+                    BUILD_SECONDS, builds=True)
 
     def limit(self, names):
         return round(SPARE_SECONDS + SLOWER * sum(self.seconds.get(name, 0) for name in names))
@@ -74,13 +81,29 @@ class Suite:
         quick = {case for case in others if self.seconds.get("case." + case, 0) < QUICK_SECONDS}
         return self.units("unit", near), self.units("unit.quick", quick) + self.units("unit.slow", others - quick)
 
-    def transcripts(self, path):
+    def lines(self, name, binary):
+        return self.test(name, (*PYTHON, self.tests / "lines" / "run.py", "--timeout", "150", binary,
+                                *sorted((self.tests / "lines").glob("*.lines"))))
+
+    def transcripts(self, name, binary, path=None):
         """All of them; those that are named like the folder of the source come first."""
         folders = sorted(folder.name for folder in (self.tests / "transcripts").iterdir() if any(folder.glob("*.morvik")))
         if path and path.parent.name in folders:
             folders.sort(key=lambda name: name != path.parent.name)
-        return self.test("transcripts", (*PYTHON, self.tests / "transcripts" / "run.py", "--first", "--timeout", "150",
-                                         self.binary, *folders, self.workshop.tree / "examples"))
+        return self.test(name, (*PYTHON, self.tests / "transcripts" / "run.py", "--first", "--timeout", "150", binary,
+                                *folders, self.workshop.tree / "examples"))
+
+    def texts(self, binary, path=None):
+        return [self.lines("lines", binary), self.transcripts("transcripts", binary, path)]
+
+    def checking(self):
+        """What the checking build sees: blocks that are lost, or used after their end, and allocations that fail."""
+        binary = self.checkingbuild / "morvik"
+        seeds = sorted((self.tests / "fuzz" / "seeds").iterdir())
+        examples = sorted((self.workshop.tree / "examples").glob("*.morvik"))
+        return [self.lines("checking.lines", binary), self.transcripts("checking.transcripts", binary),
+                self.test("checking.pairs", (*PYTHON, self.tests / "pairs" / "run.py", binary)),
+                self.test("checking.storage", (*PYTHON, self.tests / "storage" / "run.py", binary, *seeds, *examples))]
 
     def rest(self):
         """What needs a terminal, the pool, the clock."""
@@ -101,10 +124,12 @@ class Suite:
         tests are compiled anew."""
         near, others = self.unitsteps(path)
         if path.suffix == ".cpp":
-            order = [self.make("morvik", "unit_tests"), *near, self.transcripts(path), *others]
+            order = [self.make("morvik", "unit_tests"), *near, *self.texts(self.binary, path), *others]
         else:
-            order = [self.make("morvik"), self.transcripts(path), self.make("unit_tests"), *near, *others]
-        return [*order, *self.rest(), *(self.lints() if path.suffix == ".def" else [])]
+            order = [self.makein(self.wholebuild, "build", "morvik"), *self.texts(self.wholebuild / "morvik", path),
+                     self.make("morvik", "unit_tests"), *near, *others]
+        checking = [self.makein(self.checkingbuild, "checking.build", "morvik"), *self.checking()]
+        return [*order, *(self.lints() if path.suffix == ".def" else []), *checking, *self.rest()]
 
     def perform(self, steps):
         """Runs steps with time to spare. Returns the seconds of each, and a complaint where one fails."""
@@ -118,14 +143,39 @@ class Suite:
 
     def ready(self):
         """Builds the tree without a change. Returns a complaint."""
-        return self.perform([self.configure(), self.make("morvik", "unit_tests")])[1]
+        build, checking = self.workshop.build, self.checkingbuild
+        return self.perform([self.configure(build), self.configure(checking, "-DMORVIK_CHECKING=ON"),
+                             self.make("morvik", "unit_tests"),
+                             self.makein(checking, "checking.build", "morvik")])[1] or self.joinsources()
+
+    def joinsources(self):
+        """Builds morvik from two units that hold nearly all sources, which are soon compiled anew after a change of a
+        header. Sources whose names collide stay alone: the compiler tells which. Returns a complaint."""
+        rules = self.workshop.folder / "whole.cmake"
+        half = len(list((self.workshop.tree / "src").rglob("*.cpp"))) // 2 + 1
+        configure = self.configure(self.wholebuild, "-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_UNITY_BUILD_BATCH_SIZE=%d" % half,
+                                   "-DCMAKE_PROJECT_Morvik_INCLUDE=%s" % rules, "-DCMAKE_CXX_FLAGS=-w -ferror-limit=0")
+        alone = {line.split()[1] for line in rules.read_text().splitlines()} if rules.exists() else set()
+        for _ in range(JOINING_ROUNDS):
+            rules.write_text("".join("set_source_files_properties( %s PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)\n" % path
+                                     for path in sorted(alone)))
+            for step in (configure, self.makein(self.wholebuild, "build", "morvik")):
+                outcome = self.workshop.perform(step)
+            if outcome.passed:
+                return ""
+            blamed = blamedsources(outcome.output) - alone
+            if not blamed:
+                break
+            alone |= blamed
+        return "the joined sources:\n" + outcome.output[-3000:]
 
     def measure(self):
         """Runs all tests without a change, and learns how long each step takes. Returns a complaint."""
         report = self.workshop.folder / "units.json"
         everycase = self.cases((self.tests / "unit").glob("*_test.cpp"))
         units = self.units("unit", everycase, "--gtest_output=json:%s" % report)
-        seconds, complaint = self.perform([*units, self.transcripts(None), *self.rest(), *self.lints()])
+        seconds, complaint = self.perform([*units, *self.texts(self.wholebuild / "morvik"), *self.texts(self.binary),
+                                           *self.checking(), *self.rest(), *self.lints()])
         if not complaint:
             self.learn({**seconds, **secondsofcases(report, seconds["unit"])})
         return complaint
@@ -143,3 +193,14 @@ def secondsofcases(report, total):
             spent["case." + case] = float(suite["time"].rstrip("s"))
     share = total / max(sum(spent.values()), 1e-3)
     return {name: seconds * share for name, seconds in spent.items()}
+
+
+def blamedsources(output):
+    """The sources that a compiler's errors are about: the last one that was named up to there."""
+    blamed, last = set(), None
+    for line in output.splitlines():
+        named = SOURCE.search(line)
+        last = named.group(1) if named else last
+        if "error:" in line and last:
+            blamed.add(last)
+    return blamed

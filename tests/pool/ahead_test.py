@@ -183,6 +183,14 @@ class Slots(Ahead):
                 for ahead in ("", "6 7", "!"):
                     self.whole("9 VARS 2 MONADIC DISCARD " + body + " FUNCTIONEND ! " + ahead, work)
 
+    def test_locals_that_do_not_fit(self):
+        for work, number in ((SOUND, 806), (FACTORIAL, 36), (AND, 17)):
+            for call in ("VARS 20 MONADIC 1 FUNCTIONEND !", "12 VARS 20 DYADIC 1 FUNCTIONEND !",
+                         "12 13 VARS 20 TRIADIC 1 FUNCTIONEND !", "VARS 20 MONADIC 1 FUNCTIONEND RESULT"):
+                with self.subTest(work=work, call=call):
+                    _, err = self.agree(GATE + "16570 : 1 ; REPEAT " + work + call + " .\n" + FRESH)
+                    self.assertEqual(re.findall(r"(?m)^(\d+) - ", err), [str(number)], err)
+
     def test_input_keeps_the_last_of_its_values(self):
         for work in (SOUND, FACTORIAL):
             self.whole("INPUT .\n5 %s", work)

@@ -31,10 +31,10 @@ class Faults(unittest.TestCase):
         done = run(text, "-q", "-c3")
         self.assertEqual(done.stderr.count("17 - dyadic function arguments are not conformable."), 1)
         self.assertEqual(done.stdout.count("Exception processing:..."), 1)
-        # The right operand's slot was taken: it is gone, and the left one stands again.
+        # The right operand's slot was taken: it is gone, and the left one is back.
         self.assertIn(" ( 1 2 3 4 5 6 7 ( 1 2 3 ) )\n 10\n 20\n", done.stdout)
 
-    def test_both_operands_stand_again_where_nothing_took_their_place(self):
+    def test_both_operands_are_back_where_nothing_took_their_place(self):
         text = "4 SERIAL . (1 2 3 4 5 6 7 (1 2 3)) (1 2 3 4 5 6 7 (1 2)) + .\n'' DUMPSTACK .\n"
         self.assertEqual(lines(run(text, "-q", "-c3").stdout), lines(run(text, "-q").stdout))
 
@@ -130,6 +130,26 @@ class SettingUp(unittest.TestCase):
         for slots in range(1, 65):
             done = run("2 SERIAL . 70 .. DUP * 1 - SUM .\n", "-q", "-c%d" % slots)
             self.assertEqual(lines(done.stdout)[-1], " %d" % (sum(i * i for i in range(1, 71)) - 70), slots)
+
+    def test_the_main_thread_takes_all_signals(self):
+        if SANITIZED:
+            self.skipTest("the sanitizer has threads of its own")
+        catchable = sum(1 << number - 1 for number in range(1, 32) if number not in (signal.SIGKILL, signal.SIGSTOP))
+        process = subprocess.Popen([BINARY, "-q", "-c3"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        try:
+            process.stdin.write("1 .\n")
+            process.stdin.flush()
+            process.stdout.readline()
+            blocked = {}
+            for task in os.listdir("/proc/%d/task" % process.pid):
+                with open("/proc/%d/task/%s/status" % (process.pid, task), encoding="ascii") as status:
+                    masks = [line.split()[1] for line in status if line.startswith("SigBlk:")]
+                blocked[int(task)] = int(masks[0], 16) & catchable
+            self.assertEqual(blocked.pop(process.pid), 0)
+            self.assertGreaterEqual(len(blocked), 3)
+            self.assertEqual(set(blocked.values()), {catchable})
+        finally:
+            process.communicate()
 
     def test_threads_per_processor(self):
         self.assertIn("Processors: 4, Threads: 9", run("", "-c4", "-th2").stdout)

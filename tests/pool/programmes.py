@@ -180,7 +180,7 @@ def failingwork(r, count):
 
 # What ends a text, or a function alone, by a message of its own.
 MESSAGES = ["nosuch", "'a' 1 +", "(1 2) (1 2 3) *", "1 ?Y", "-1 SLEEP", "'none' READ", "5 DO", "5 RESULT"]
-# What such a thing may stand in, with the stack left as it was where only the function ends.
+# What such a thing may be in, with the stack left as it was where only the function ends.
 CALLS = ["%s", "%s", ": %s ; !", "'%s' !", "7 : %s ; DIP DISCARD", "1 : %s ; REPEAT", "(5 6) MONADIC %s ; EACH DISCARD",
          "MONADIC @.t SET .t %s FUNCTIONEND !", "VARS 2 MONADIC %s FUNCTIONEND !", "5 MONADIC %s FUNCTIONEND RESULT DISCARD"]
 

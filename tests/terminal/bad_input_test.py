@@ -23,7 +23,7 @@ def run(text, prepare=None, **streams):
 
 class BadInput(unittest.TestCase):
     def check(self, text, out=None, err=b"", prepare=None):
-        """Runs a text and one more after it; `out` stands ahead of what that one shows, where it is given."""
+        """Runs a text and one more after it; `out` is ahead of what that one shows, where it is given."""
         ended = run(text + b"\n" + AFTER, prepare)
         self.assertEqual(ended.stderr, err, text[:80])
         self.assertIn(CLOSED, ended.stdout, text[:80])
@@ -77,7 +77,7 @@ class BadInput(unittest.TestCase):
         said = b"No more active memory available\n\n27 - out of main storage.\n"
         self.check(numbers, None, said, limit)
         self.check(b"'" + b"x" * 4 * MEBIBYTE + b"' .", None, said, limit)
-        # What had been built is given back: there is room again.
+        # What had been built is given back: there is memory again.
         self.check(numbers + b" (" + b"1 " * 100000 + b") SHAPE .", None, said, limit)
 
     @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")
@@ -97,6 +97,15 @@ class BadInput(unittest.TestCase):
             ended = run(text + b"\n" + AFTER, limit, stderr=subprocess.STDOUT)
             self.assertTrue(ended.stdout.startswith(shown), ended.stdout)
             self.assertIn(CLOSED, ended.stdout)
+
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")
+    def test_a_failed_allocation_is_forgotten(self):
+        """What failed for want of storage costs the top of that text, and of no later one that fails."""
+        lower = lambda: resource.setrlimit(resource.RLIMIT_DATA, (64 * MEBIBYTE, 64 * MEBIBYTE))
+        ended = run(b"5 10000000 .. .\n1 nosuch .\n2 nosuch .\n'' DUMPSTACK .\n", lower)
+        self.assertEqual([ended.stderr.count(said) for said in (b"\n27 - ", b"\n23 - ", b"Top of stack:")], [1, 2, 0])
+        self.assertEqual(ended.stdout.count(b"Discarding the bad TOS value"), 1)
+        self.assertIn(b"\n 1\n 2\n", ended.stdout)
 
     @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")
     def test_the_end_needs_no_storage(self):

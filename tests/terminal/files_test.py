@@ -226,6 +226,15 @@ class Unkind(Folder):
         self.assertIn(" 8997\n", out)
         self.assertTrue(out.endswith("\n\n0123456789\n"), out[-100:])
 
+    def test_a_jump_closes_what_is_read(self):
+        self.give("jumping", "1 'a' + .\n")
+        self.give("sound", "5 .\n")
+        text = "".join("CLEAR 'jumping' %s .\n" % word for _ in range(100) for word in ("READ", "LOAD"))
+        out, err = self.run_text(text + "CLEAR 'sound' READ .\n", limits=[(resource.RLIMIT_NOFILE, 32)])
+        self.assertEqual(err.count("17 - "), 200)
+        self.assertNotIn("710 - ", err)
+        self.assertTrue(out.endswith("\n\n 5"), out[-100:])
+
     def test_a_file_that_is_too_large(self):
         with open(self.folder / "sparse", "wb") as file:
             file.truncate(1 << 40)
@@ -316,7 +325,7 @@ class Workspaces(Folder):
         ]
         if depth > 4 or chooser.random() < 0.6:
             return chooser.choice(kinds)()
-        # A member must not be read as the end of what stands before it.
+        # A member must not be read as the end of what is before it.
         members = [self.value(chooser, depth + 1) for _ in range(chooser.randrange(2, 7))]
         return "( %s )" % " ".join(members)
 
@@ -347,8 +356,8 @@ class Workspaces(Folder):
         first = self.rounds(text)
         self.assertEqual(first.count("\x03 SET\n"), 401)
 
-    def test_functions_that_fill_the_room_of_a_text(self):
-        """A text has room for so many references to names and so many Points: a workspace is cut where they end."""
+    def test_functions_that_fill_a_text(self):
+        """A text holds so many references to names and so many Points: a workspace is cut where they end."""
         text = "".join(": _a _b $c @d DISCARD ; @f%d SET%s" % (n, "\n.\n" if n % 100 == 99 else "\n") for n in range(500))
         text += ".\n" + "".join(": %d ; OPERATOR @g%d SET%s" % (n, n, "\n.\n" if n % 100 == 99 else "\n")
                                 for n in range(600))

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Interrupts in the middle of calls, loops and texts: each is taken, and what was there before stands there after it."""
+"""Interrupts in the middle of calls, loops and texts: each is taken, and what was there before is there after it."""
 import os
 import pathlib
 import select

@@ -61,7 +61,7 @@ class Prompt(unittest.TestCase):
             terminal.type("1 2 60 SLEEP .\n")
             self.assertEqual(terminal.quiet(0.3), "1 2 60 SLEEP .\n")
             terminal.type(INTERRUPT)
-            # What stands on top is lost with the run, here what the sleep left; what is below it stays.
+            # What is on top is lost with the run, here what the sleep left; what is below it stays.
             self.assertEqual(terminal.untilprompt(), "^C" + INTERRUPTED + "\n\nMorvik [3]> ")
             self.assertEqual(terminal.say("DISCARD ."), "DISCARD .\n\n\n 2\n\nMorvik [2]> ")
 
@@ -72,7 +72,7 @@ class Prompt(unittest.TestCase):
             terminal.type("%again @%again JUMP .\n")
             self.assertEqual(terminal.quiet(0.3), "%again @%again JUMP .\n")
             terminal.type(INTERRUPT)
-            # The address may stand on the stack or be consumed at that moment.
+            # The address may be on the stack or be consumed at that moment.
             self.assertRegex(terminal.untilprompt(), r"^\^C" + re.escape(INTERRUPTED) + r"\n\nMorvik \[[23]\]> $")
 
     def test_end_of_file(self):

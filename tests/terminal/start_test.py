@@ -55,13 +55,13 @@ class Start(unittest.TestCase):
             with self.subTest(closed=closed), tempfile.TemporaryDirectory() as folder:
                 kept = os.path.join(folder, "kept")
                 with open(kept, "wb") as stream:
-                    stream.write(b"what stands in the file")
+                    stream.write(b"what is in the file")
                 run = subprocess.run([os.path.abspath(BINARY), "-q"], input=text, cwd=folder, timeout=60, check=False,
                                      stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                                      preexec_fn=lambda number=closed: os.close(number))
                 self.assertEqual(run.returncode, 0)
                 with open(kept, "rb") as stream:
-                    self.assertEqual(stream.read(), b"what stands in the file")
+                    self.assertEqual(stream.read(), b"what is in the file")
                 with open(os.path.join(folder, "written"), "rb") as stream:
                     self.assertEqual(stream.read(), b" 5\n")
 

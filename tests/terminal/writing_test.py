@@ -61,11 +61,19 @@ class Writing(Folder):
             self.assertEqual(reports(err), [number], word)
         self.assertFalse(glob.glob("/dev/.morvik-*"))
 
-    def test_an_editor_without_room(self):
+    def test_an_editor_on_a_full_disk(self):
         """A draft that is cut is not edited."""
         out, err = self.run_text("5000 .. EDIT 'not run' .\nSHAPE .\n", limits=[(resource.RLIMIT_FSIZE, 4096)],
                                  **{"$EDITOR": "touch edited; true"})
         self.assertEqual((reports(err), out, self.left()), ([711], "\n\n 5000\n", []))
+
+    def test_no_descriptor_is_lost(self):
+        """A file may be written over as often as one likes."""
+        for word in {**WORDS, **APPENDING}:
+            self.give("file", "old")
+            out, err = self.run_text("60 : 5 'file' %s CLEAR ; REPEAT 'done' .\n" % word,
+                                     limits=[(resource.RLIMIT_NOFILE, 20)])
+            self.assertEqual((reports(err), out.split()[-1:]), ([], ["done"]), word)
 
     def start_saving(self):
         """A run that saves 'ws' again and again, each time whole."""

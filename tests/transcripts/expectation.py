@@ -29,7 +29,7 @@ def escape(byte):
 
 
 def encodeline(line):
-    """One line of a stream, without its line feed, as it stands in an expectation."""
+    """One line of a stream, without its line feed, as an expectation has it."""
     text = "".join(map(escape, line))
     if text.endswith(" "):
         text = text[:-1] + "\\x20"
@@ -84,7 +84,7 @@ def alignment(old, lines):
 
 
 def encodestream(data, old=()):
-    """A stream as expected lines. A line that stood in the old expectation keeps its placeholders."""
+    """A stream as expected lines. A line that was in the old expectation keeps its placeholders."""
     lines = data.decode("latin-1").split("\n")
     kept = alignment(old, lines) if any(map(PLACEHOLDER.search, old)) else {}
     result = []

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs transcripts through the real binary and compares both streams, the exit status and the files left behind.
 
-    run.py [--bless] [--first] [--timeout SECONDS] BINARY [ROOM | FILE.morvik]...
+    run.py [--bless] [--first] [--timeout SECONDS] BINARY [FOLDER | FILE.morvik]...
 
 tests/README.md describes the format. --bless rewrites expectations; read the difference before you keep it. --first
 stops at the first that fails.

@@ -303,7 +303,7 @@ inline const Instruction INSTRUCTIONS[] = {
     {"DIVIDE", model::Op::DIVIDE, divide, vec_divide, instructions::DIVIDE},
 };
 
-// Slot 0 is never used by a value; the two operands stand in 1 and 2.
+// Slot 0 is never used by a value; the two operands are in 1 and 2.
 struct Stack {
   Point slots[4] = {};
   Point *top = slots;

@@ -109,7 +109,7 @@ TEST_F(Assembly, AForcedFinish) {
   EXPECT_STREQ(body(programme[0], 1).name, ".");
 }
 
-// One level is closed; the others end where they stand, without a FUNCTIONEND.
+// One level is closed; the others end where they are, without a FUNCTIONEND.
 TEST_F(Assembly, AForcedFinishClosesOneFunction) {
   EXPECT_EQ(compile("7 : 1 .x : 2 : 3 @.y ."), 3);
   const Point &outer = programme[1];
@@ -137,7 +137,7 @@ TEST_F(Assembly, LongBodies) {
   }
 }
 
-// Outer bodies that grew keep what stands in them while inner ones grow.
+// Outer bodies that grew keep what is in them while inner ones grow.
 TEST_F(Assembly, LongBodiesInEachOther) {
   const std::string filling = repeated("+ ", 100);
   const Point &f =

@@ -175,7 +175,7 @@ TEST_F(Circulars, EverySlice) {
   everyslice(CIRCULAR, circularmodel, {integer(1), integer(-1), integer(0), integer(2), integer(-3), integer(7)});
 }
 
-// A number that is none is found before anything is written, wherever it stands.
+// A number that is none is found before anything is written, wherever it is.
 TEST_F(Circulars, ARefusalLeavesTheOperandsWhole) {
   const Values reals{real(0.5), real(0.25), real(0.75)};
   for (const Value &bad : {integer(8), integer(-8), integer(GREATEST), real(1), complex(1, 0), octonion({1})}) {

@@ -42,7 +42,7 @@ class Compiled : public testing::Test {
     stepping = 0;
   }
 
-  // Compiles one text; what is left of it stands in `rest`. Returns what fill returns.
+  // Compiles one text; what is left of it is in `rest`. Returns what fill returns.
   std::int64_t compile(const std::string &text, int flag = SKIPPED) {
     cleanup(programme);
     const char *position = text.c_str();

@@ -175,7 +175,7 @@ TEST_F(Contexts, TheLastPopWipesTheTable) {
   c.end();
 }
 
-// The next table may well come to stand in the same place.
+// The next table may well get the same address.
 TEST_F(Contexts, APoppedLinkIsNotTakenForANewTable) {
   Chain c;
   Context *old = opentable(c.inner, SMALL_TABLE);

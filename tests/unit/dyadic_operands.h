@@ -67,7 +67,7 @@ class Dyadics : public Lifetimes {
     Lifetimes::SetUp();
     pendingproblem = 0;
   }
-  // What stands on the stack is held elsewhere too if `shared`.
+  // What is on the stack is held elsewhere too if `shared`.
   void push(Stack &stack, const Point &p, bool shared) {
     stack.push(p);
     if (shared) holdcopy(p);

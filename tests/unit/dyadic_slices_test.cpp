@@ -79,7 +79,7 @@ std::string twinsdiffer(const Instruction &instruction, Point left, Point right,
   const int message = run(instruction.plain, stack);
   const double serialflops = flopos - 1;
   const bool rightsingle = (right.type & SCALAR_LIKE) != 0;
-  Point home = copyof(rightsingle ? left : right);
+  Point operand = copyof(rightsingle ? left : right);
   std::string difference;
   {
     Pool pool(4, 2);
@@ -88,11 +88,11 @@ std::string twinsdiffer(const Instruction &instruction, Point left, Point right,
     w.fresh = fresh;
     w.swapped = rightsingle;
     w.combined = left.type | right.type;
-    w.count = home.elements;
+    w.count = operand.elements;
     w.first = rightsingle ? right.data_pointer : left.data_pointer;
     w.second = rightsingle ? left.data_pointer : right.data_pointer;
-    w.result = fresh ? newelements(home.elements) : home.data_pointer;
-    if (!fresh) (rightsingle ? w.second : w.second) = home.data_pointer;
+    w.result = fresh ? newelements(operand.elements) : operand.data_pointer;
+    if (!fresh) w.second = operand.data_pointer;
     Point *top = stack.top;
     std::uint32_t kinds = 0;
     int failure = 0;
@@ -114,21 +114,21 @@ std::string twinsdiffer(const Instruction &instruction, Point left, Point right,
       constexpr std::uint32_t found = KIND_BITS | STRUCTURED;
       if ((kinds & found) != (stack.left().type & found)) difference += "kinds; ";
       if (fresh) {
-        dereferencedataelems(w.result, home.elements);
+        dereferencedataelems(w.result, operand.elements);
         freeblock(w.result);
       }
     } else if (fresh) {
       // What a failed slice made it has given back; the others made all of theirs.
       for (std::uint32_t index = 0; index < 4; ++index) {
-        const Slice s = slice(home.elements, 4, index);
+        const Slice s = slice(operand.elements, 4, index);
         if (pool.replies[index].failure == 0 && s.begin < s.end)
           dereferencedataelems(w.result + s.begin, s.end - s.begin);
       }
       freeblock(w.result);
     }
   }
-  home.type |= HASOCTONION;  // what was written over it may own blocks
-  points::drop(home);
+  operand.type |= HASOCTONION;  // what was written over it may own blocks
+  points::drop(operand);
   while (stack.height() > 0) dereferencepoint(stack.top--);
   points::drop(left);
   points::drop(right);

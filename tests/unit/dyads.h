@@ -188,7 +188,7 @@ class Dyads : public failures::Quiet {
     system[CT_SLOT] = points::scalar(points::real(c));
   }
 
-  // Runs an instruction on what stands in stack[0] and stack[1]. The message number; 0 leaves the result in stack[0].
+  // Runs an instruction on what is in stack[0] and stack[1]. The message number; 0 leaves the result in stack[0].
   std::int32_t run(const Instruction &i, Point *stack, char nested = 0) {
     Point *top = stack + 1;
     const int jumped = failures::landingof([&] { i.plain(&top, &plus, system, nested); });

@@ -89,10 +89,10 @@ inline bool same(double a, double b) {
 }
 inline bool same(const Value &a, const Value &b) {
   bool equal = a.tag == b.tag && a.form == b.form && a.attributes == b.attributes && a.whole == b.whole;
-  double room = 0;
-  for (const double x : b.parts) room = std::fmax(room, std::fabs(x) * b.tolerance);
+  double allowance = 0;
+  for (const double x : b.parts) allowance = std::fmax(allowance, std::fabs(x) * b.tolerance);
   for (std::size_t k = 0; k < a.parts.size(); ++k)
-    equal = equal && (same(a.parts[k], b.parts[k]) || std::fabs(a.parts[k] - b.parts[k]) <= room);
+    equal = equal && (same(a.parts[k], b.parts[k]) || std::fabs(a.parts[k] - b.parts[k]) <= allowance);
   return equal;
 }
 inline std::ostream &operator<<(std::ostream &out, const Value &v) {

@@ -9,7 +9,7 @@ using namespace applying;
 
 class Each : public Applying {
  protected:
-  // What stands in a record for a value that a function left.
+  // What is in a record for a value that a function left.
   static std::string stored(const Function &f, const Element &e) {
     if (f.gives) {
       const std::string gives = f.gives;

@@ -23,6 +23,7 @@ std::string contents(const std::string &path) {
 TEST(Editors, TheGrammarsAreUpToDate) {
   EXPECT_EQ(contents("vim/syntax/morvik.vim"), grammars::vimsyntax()) << "run editors/generate";
   EXPECT_EQ(contents("vscode/syntaxes/morvik.tmLanguage.json"), grammars::textmate()) << "run editors/generate";
+  EXPECT_EQ(contents("emacs/morvik-grammar.el"), grammars::emacs()) << "run editors/generate";
 }
 
 TEST(Editors, EverySpellingIsAmongTheWords) {

@@ -25,7 +25,7 @@ using namespace failures;
 class Exception : public Quiet {};
 
 Point plus() {
-  static char name[32] = {};  // with room for a reference word ahead of it
+  static char name[32] = {};  // with space for a reference word ahead of it
   std::strcpy(name + BLOCK_PREFIX, "+");
   *refer(name + BLOCK_PREFIX) = -1;
   Point p{};

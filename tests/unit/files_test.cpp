@@ -119,7 +119,7 @@ TEST(CheckPath, AMegabyteOfComponents) {
 class Folder : public testing::Test {
  protected:
   void SetUp() override {
-    home = fs::current_path();
+    started = fs::current_path();
     char name[] = "/tmp/morvik-files-XXXXXX";
     ASSERT_NE(mkdtemp(name), nullptr);
     folder = name;
@@ -131,7 +131,7 @@ class Folder : public testing::Test {
   void TearDown() override {
     EXPECT_EQ(liveblocks(), blocks);
     constraindirectories = 1;
-    fs::current_path(home);
+    fs::current_path(started);
     fs::remove_all(folder);
   }
   static void give(const fs::path &name, const std::string &contents) {
@@ -147,7 +147,7 @@ class Folder : public testing::Test {
     for ([[maybe_unused]] const auto &entry : fs::directory_iterator("/proc/self/fd")) ++count;
     return count;
   }
-  fs::path home, folder;
+  fs::path started, folder;
   std::int64_t blocks = 0;
 };
 

@@ -8,6 +8,9 @@
 #include <limits>
 #include <random>
 
+#include "spaces/blocks.h"
+#include "spaces/making.h"
+
 using namespace morvik;
 
 namespace {
@@ -188,7 +191,7 @@ TEST(Flops, EveryFunctionCounts) {
   Eight o{1, 0.5, 0.5, 0.5, 0.5, 0, 0, 0};
   Pair c{1, 1};
   Element e{};
-  e.complex = {0.5, 0.5};
+  setnumber(e, tags::COMPLEX, Pair{0.5, 0.5}.data());
   const auto counts = [](auto &&action) {
     hypercomplexflops = 0;
     action();
@@ -205,20 +208,20 @@ TEST(Flops, EveryFunctionCounts) {
 
 double contradict(Pair c) {
   Element e{};
-  e.complex = {c[0], c[1]};
+  setnumber(e, tags::COMPLEX, c.data());
   return contradict_c(e);
 }
 double contradict(Four q) {
   Element e{};
-  setquaternion(e, {{q[0], q[1], q[2], q[3]}});
+  setnumber(e, tags::QUATERNION, q.data());
   return contradict_q(e);
 }
 double contradict(Eight parts) {
-  Octonion o{};
-  for (std::size_t i = 0; i < 8; ++i) o.part[i] = parts[i];
   Element e{};
-  e.octonion = &o;
-  return contradict_o(e);
+  setnumber(e, tags::OCTONION, parts.data());
+  const double contradiction = contradict_o(e);
+  release(e.octonion);
+  return contradiction;
 }
 
 TEST(Contradiction, Complex) {

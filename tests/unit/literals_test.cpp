@@ -209,7 +209,7 @@ TEST_F(Literals, ThePrefixOfAPolarQuaternionServesAsItsLastAngle) {
 
 TEST_F(Literals, ALongTokenIsCut) {
   const std::string zeros(300, '0');
-  // The letter stands beyond the 255 bytes that count.
+  // The letter is beyond the 255 bytes that count.
   EXPECT_EQ(quaternion(element("1." + zeros + "j2")).part[2], 0.0);
   EXPECT_NE(err.find("[Trelk] error in QUATERNION text: [1.000"), std::string::npos);
   EXPECT_EQ(quaternion(element("1i2." + zeros + "j2")).part[1], 0.0);

@@ -123,7 +123,7 @@ TEST_F(Logics, AnIntegerBesideARealIsThatRealTruth) {
   expectparts(v, {0.5});
 }
 
-TEST_F(Logics, ARealStandsAgainstEachComponent) {
+TEST_F(Logics, ARealMeetsEachComponent) {
   expectparts(of(AND, real(0.5), quaternion(0.25, 1, 0.75, 0)), {0.25, 0.5, 0.5, 0});
   expectparts(of(OR, complex(0.25, -1), integer(1)), {1, 1});
   expectparts(of(NAND, octonion({0.25, 1, 0.75, 0, 2, 0.5, 0, 1}), integer(1)), {0.75, 0, 0.25, 1, 0, 0.5, 1, 0});

@@ -26,16 +26,16 @@ using namespace morvik;
 namespace {
 
 // A break of the tests' own, over memory that comes into being where it is touched.
-constexpr std::size_t ROOM = std::size_t{1} << 30;
-char *room = nullptr;
+constexpr std::size_t RESERVED = std::size_t{1} << 30;
+char *memory = nullptr;
 std::size_t moved = 0;  // how far the break has moved
-std::size_t limit = ROOM;
+std::size_t limit = RESERVED;
 std::vector<std::size_t> requests;
 
 void *testbreak(std::intptr_t bytes) {
   requests.push_back(static_cast<std::size_t>(bytes));
   if (bytes < 0 || static_cast<std::size_t>(bytes) > limit - moved) return reinterpret_cast<void *>(std::intptr_t{-1});
-  void *was = room + moved;
+  void *was = memory + moved;
   moved += static_cast<std::size_t>(bytes);
   return was;
 }
@@ -43,14 +43,14 @@ void *testbreak(std::intptr_t bytes) {
 class HeapTest : public testing::Test {
  protected:
   void SetUp() override {
-    room = static_cast<char *>(
-        mmap(nullptr, ROOM, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
-    ASSERT_NE(room, MAP_FAILED);
+    memory = static_cast<char *>(
+        mmap(nullptr, RESERVED, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
+    ASSERT_NE(memory, MAP_FAILED);
     moved = BLOCK_HEADER;  // so that the first area fits
-    limit = ROOM;
+    limit = RESERVED;
     requests.clear();
   }
-  void TearDown() override { munmap(room, ROOM); }
+  void TearDown() override { munmap(memory, RESERVED); }
 
   Heap heap{testbreak, {}, nullptr, 0};
 };
@@ -91,7 +91,7 @@ TEST_F(HeapTest, OnePageIsCarvedIntoItsBlocks) {
   char *first = static_cast<char *>(heap.allocate(1));
   EXPECT_EQ(requests, std::vector<std::size_t>{4096});
   EXPECT_EQ(heap.pre_brk_left, 0u);
-  EXPECT_EQ(first, room + BLOCK_HEADER + 4096 - 16 + 8);  // the block carved last
+  EXPECT_EQ(first, memory + BLOCK_HEADER + 4096 - 16 + 8);  // the block carved last
   for (int i = 1; i < 256; ++i) {
     const void *payload = heap.allocate(8);
     ASSERT_EQ(payload, first - 16 * i);
@@ -169,7 +169,7 @@ TEST_F(HeapTest, WhatNoBlockCanHoldIsRefusedAtOnce) {
 
 TEST_F(HeapTest, NoMoreMemoryIsSaidAndTheHeapGoesOn) {
   void *kept = heap.allocate(40);
-  EXPECT_EQ(printedto(2, [&] { EXPECT_EQ(heap.allocate(ROOM), nullptr); }), "No more active memory available\n");
+  EXPECT_EQ(printedto(2, [&] { EXPECT_EQ(heap.allocate(RESERVED), nullptr); }), "No more active memory available\n");
   EXPECT_EQ(printedto(2, [&] { EXPECT_EQ(heap.allocate(std::size_t{1} << 62), nullptr); }),
             "No more active memory available\n");
   EXPECT_EQ(printedto(2, [&] { EXPECT_EQ(heap.allocate((std::size_t{1} << 63) - 8), nullptr); }),
@@ -202,7 +202,7 @@ TEST_F(HeapTest, AListThatWasWrittenOverIsSaidAndLeft) {
   static_cast<std::uint64_t *>(b)[0] = 12345;  // written to after it was freed
   EXPECT_EQ(printedto(1, [&] { EXPECT_EQ(heap.allocate(40), b); }), "BRRRRRmallocing ");
   EXPECT_EQ(printedto(1, [&] { EXPECT_NE(heap.allocate(40), nullptr); }), "");
-  heap.buckets[6] = room + 3;
+  heap.buckets[6] = memory + 3;
   EXPECT_EQ(printedto(1, [&] { EXPECT_EQ(number(heap.allocate(40)) % PAYLOAD_ALIGNMENT, 0u); }), "BRRRRRmalloced ");
 }
 
@@ -300,7 +300,7 @@ TEST_F(HeapTest, RandomUseKeepsBlocksApart) {
       ASSERT_TRUE(after == taken.end() || payload + size <= after->first);
       ASSERT_TRUE(taken.emplace(payload, Taken{size, fill}).second);
     } else {
-      auto victim = taken.lower_bound(room + random() % moved);
+      auto victim = taken.lower_bound(memory + random() % moved);
       if (victim == taken.end()) victim = taken.begin();
       ASSERT_TRUE(check(victim->first, victim->second));
       heap.freepayload(victim->first);

@@ -36,7 +36,12 @@ TEST_F(MonadicDraws, DrawsOnlyWhereUndecided) {
   }
   EXPECT_EQ(statenow("BOOLEAN", real(0.5), type), ONE);
   EXPECT_NE(type & ISPROBABLE, 0U);
+  EXPECT_EQ(statenow("BOOLEAN", complex(0.25, 0.75), type), 1U);
+  EXPECT_EQ(statenow("BOOLEAN", complex(0.5, 1), type), ONE);
+  EXPECT_EQ(statenow("BOOLEAN", complex(0, 0.5), type), ONE);
   for (const double x : {0.0, 1.0, -1.0, 2.0}) EXPECT_EQ(statenow("PROBABLY", real(x), type), 1U);
+  EXPECT_EQ(statenow("PROBABLY", complex(1, 0), type), 1U);
+  EXPECT_EQ(statenow("PROBABLY", complex(1, 0.25), type), ONE);
   EXPECT_EQ(statenow("PROBABLY", real(0.25), type), ONE);
   EXPECT_NE(type & ISPROBABLE, 0U);
   EXPECT_EQ(statenow("PROBABLY", complex(0.25, 1), type), ONE);

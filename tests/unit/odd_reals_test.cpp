@@ -101,7 +101,7 @@ TEST_F(OddReals, Folds) {
     });
 }
 
-// The same run stands in the middle of three, along the slowest axis.
+// The same run is in the middle of three, along the slowest axis.
 TEST_F(OddReals, FoldsAlongTheSlowestAxis) {
   for (const Word &word : WORDS)
     everyrun([&](const std::vector<double> &values, std::size_t place) {

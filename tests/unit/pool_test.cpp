@@ -171,7 +171,7 @@ TEST_F(Pool, TheJoinPutsTogetherWhatTheSlicesFound) {
   EXPECT_EQ(liveblocks(), before);
 }
 
-TEST_F(Pool, AFailedSliceIsReportedOnceAndTheOperandStandsAgain) {
+TEST_F(Pool, AFailedSliceIsReportedOnceAndTheOperandIsBack) {
   begin(4);
   failing[2] = NOTCONFORMABLE;
   failing[3] = 162;
@@ -185,8 +185,8 @@ TEST_F(Pool, AFailedSliceIsReportedOnceAndTheOperandStandsAgain) {
   EXPECT_EQ(liveblocks(), before);
 }
 
-// A dyadic instruction over its left operand, with what came to stand on the stack since.
-TEST_F(Pool, TheRightOperandStandsAgainWhereItsSlotIsFree) {
+// A dyadic instruction over its left operand, with what came on the stack since.
+TEST_F(Pool, TheRightOperandIsBackWhereItsSlotIsFree) {
   for (const bool grown : {false, true}) {
     begin(2);
     failing[1] = NOTCONFORMABLE;
@@ -268,7 +268,7 @@ TEST_F(Pool, AnInterruptStopsTheSlices) {
     EXPECT_EQ(printed.err, "");
     EXPECT_EQ(interrupted, 0);
     EXPECT_EQ(resultinflight, nullptr);
-    EXPECT_EQ(slots[1].data_pointer[0].integer, -5) << "the operand stands again";
+    EXPECT_EQ(slots[1].data_pointer[0].integer, -5) << "the operand is back";
     dereferencepoint(slots + 1);
     end();
     EXPECT_EQ(liveblocks(), before);

@@ -62,7 +62,7 @@ class Programmes : public testing::Test {
   std::string err;
 };
 
-// The low bits count the kinds that were found; no bit of a kind stands.
+// The low bits count the kinds that were found; no bit of a kind is set.
 TEST_F(Programmes, CollectedFlagWords) {
   EXPECT_EQ(flags("1 2 COLLECT"), 0x40001U);
   EXPECT_EQ(flags("MARK 1 2 3 COLLECT"), 0x40001U);

@@ -339,7 +339,7 @@ TEST_F(Lifetimes, ANameHoldsItsBinding) {
   expectexact();
 }
 
-// What stands in a binding that no table knows any longer goes with it.
+// What is in a binding that no table knows any longer goes with it.
 TEST_F(Lifetimes, TheLastNameReleasesWhatIsBound) {
   Point *bound = newpoint();
   *bound = nested();

@@ -83,7 +83,7 @@ TEST_F(Remember, ListsGoByTheSigilOfEntry) {
     EXPECT_EQ(list.type, ISVECTOR | STRUCTURED);
     EXPECT_EQ(list.depth, 2);
     EXPECT_EQ(list.shape_pointer->integer, 3);
-    EXPECT_EQ(texts(list), (std::vector<std::string>{"_one", "_one", "_valueless"})) << "appends to what stood there";
+    EXPECT_EQ(texts(list), (std::vector<std::string>{"_one", "_one", "_valueless"})) << "appends to what was there";
     dereferencepoint(&list);
     releasetable(table);
   }

@@ -64,7 +64,7 @@ TEST(RoundTripFunctions, EveryKeyword) {
   int words = 0;
   for (const Keyword &row : Keywords)
     for (const char *spelling : row.spellings) {
-      if (row.kind == KeywordKind::BREAK) continue;  // drops the line that it stands in
+      if (row.kind == KeywordKind::BREAK) continue;  // drops the line that it is in
       const std::string more = row.kind == KeywordKind::MASK_FORM ? " MASK" : "";
       expectreadsback(reader, std::string(": 1 + ") + spelling + more + " (3 4) ;");
       ++words;

@@ -55,7 +55,7 @@ struct Maker {
   std::uint16_t prefixed() { return once(3) ? attributes::PREFIX_R : std::uint16_t{0}; }
   std::uint16_t form() { return once(2) ? forms::CARTESIAN : forms::NUMBER; }
 
-  // Polar components for which every angle comes back: the arc sine takes a component as it stands.
+  // Polar components for which every angle comes back: the arc sine takes a component as it is.
   Element polar(int parts) {
     double angles[8] = {};
     angles[0] = angle();
@@ -126,7 +126,7 @@ struct Maker {
   }
 };
 
-// A scalar that stands alone among others is one of them; only a character has a literal of its own.
+// A scalar by itself among others is one of them; only a character has a literal of its own.
 bool hasbarescalar(const Point &p) {
   for (std::uint32_t i = 0; i < p.elements; ++i) {
     if (p.data_pointer[i].tag != tags::SUBARRAY) continue;

@@ -29,7 +29,7 @@ inline const char *rulename(Rule rule) {
 }
 
 // The conditions as the actions lead through them.
-struct Road {
+struct ConditionPath {
   Condition condition = Condition::INITIAL;
   int level = 0;  // open vectors
 
@@ -107,16 +107,16 @@ inline std::FILE *streamof(const std::string &text) {
 // Scans what scanfrom was given, from a condition on.
 inline Scanned scanall(Condition condition) {
   Scanned scanned;
-  Road road = {condition, condition == Condition::SUBSHAPE ? 1 : 0};
+  ConditionPath path = {condition, condition == Condition::SUBSHAPE ? 1 : 0};
   testing::internal::CaptureStdout();
   for (;;) {
-    const Token token = scan(road.condition);
+    const Token token = scan(path.condition);
     if (token.rule == Rule::END_OF_INPUT) break;
     const std::string text(token.text, token.length);
     EXPECT_EQ(token.text[token.length], 0);
     EXPECT_EQ(text.find('\0'), std::string::npos);
     scanned.tokens.push_back(text.empty() ? rulename(token.rule) : rulename(token.rule) + (" " + text));
-    road.follow(token);
+    path.follow(token);
   }
   scandone();
   scanned.echo = testing::internal::GetCapturedStdout();

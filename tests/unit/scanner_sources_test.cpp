@@ -53,12 +53,12 @@ class Pipe {
 // Scans to the end of the text, and no further.
 Tokens onetext(std::FILE *stream) {
   Tokens tokens;
-  Road road;
+  ConditionPath path;
   scanfrom(stream, nullptr);
   for (;;) {
-    const Token token = scan(road.condition);
+    const Token token = scan(path.condition);
     tokens.push_back(rulename(token.rule) + (" " + std::string(token.text, token.length)));
-    road.follow(token);
+    path.follow(token);
     if (token.rule == Rule::END_OF_TEXT || token.rule == Rule::END_OF_INPUT) break;
   }
   scandone();

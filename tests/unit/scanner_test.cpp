@@ -235,7 +235,7 @@ TEST(Scanner, Addresses) {
             (Tokens{"ADDRESS @", "SIGILNAME _x", "ADDRESS @", "SIGILNAME $y", "ADDRESS @", "SIGILNAME .z", "ADDRESS @",
                     "LABEL %l", "ADDRESS @", "LOCAL &2"}));
   EXPECT_EQ(initial("@\x02"), (Tokens{"ADDRESS @", "BRACKETNAME \x02"}));
-  // Every keyword can be a name: also those of one byte, and those that are complete as they stand.
+  // Every keyword can be a name: also those of one byte, and those that are complete as they are.
   EXPECT_EQ(initial("@SIN SET"),
             (Tokens{"ADDRESS @", "NAMESTART S", "NAMEPART IN", "NAMEEND", "NAMESTART S", "NAMEPART ET"}));
   for (const char *word : {"+", "-", "!", "\"", "(", "|", "v", "5", "@", "."})

@@ -73,7 +73,7 @@ TEST_F(StructureCases, TransposeOfUpToEightAxes) {
   expectexact();
 }
 
-// A block that nobody else sees is turned where it stands.
+// A block that nobody else sees is turned where it is.
 TEST_F(StructureCases, TurnedInPlace) {
   for (int (*const run)(Point &) : {reverse, mirror}) {
     Point data = vector({octonion({1}), enclosed(text("ab")), whole(3)});
@@ -122,7 +122,7 @@ TEST_F(StructureCases, AnAtomIsOneMember) {
   expectexact();
 }
 
-TEST_F(StructureCases, SymbolicPointsStandWholeInTheirRecords) {
+TEST_F(StructureCases, SymbolicPointsAreWholeInTheirRecords) {
   for (const bool left : {false, true})
     for (const bool shared : {false, true}) {
       Point f = function({numbers({1})}, 1, 0, "f"), data = vector({octonion({1}), whole(2)});

@@ -29,7 +29,7 @@ Model modelof(const Point &p) {
   return {shapeof(p), textsof(p)};
 }
 
-// What stands at each place of a shape comes from where `source` says.
+// What is at each place of a shape comes from where `source` says.
 Model remade(const Model &old, const Extents &shape, const std::function<Extents(const Extents &)> &source) {
   std::size_t count = 1;
   for (const std::int64_t extent : shape) count *= static_cast<std::size_t>(extent);

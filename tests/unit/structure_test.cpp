@@ -192,7 +192,7 @@ TEST_F(StructureCases, Disclose) {
     EXPECT_EQ(disclose(q), 0);
     EXPECT_EQ(textof(q), before);
   }
-  // A function that stands whole in its record.
+  // A function that is whole in its record.
   Point &f = hold(vector({std::bit_cast<Element>(function({numbers({1})}, 1, 0, "f"))}));
   f.type |= STRUCTURED;
   EXPECT_EQ(disclose(f), 0);

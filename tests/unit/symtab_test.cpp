@@ -69,7 +69,7 @@ TEST_F(Symtab, KindsAndSizes) {
   releasetable(small);
 }
 
-TEST_F(Symtab, AnEntryStandsWhereItsHashSays) {
+TEST_F(Symtab, AnEntryIsWhereItsHashSays) {
   Entry *large = makehashtab();
   Entry *small = makesmallhashtab();
   EXPECT_EQ(hashtab(large, stringdup("a")), large + 0xF0D3);

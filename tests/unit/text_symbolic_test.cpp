@@ -230,7 +230,7 @@ TEST(TextFunctions, ATextThatEndedTheFunctionDoesNotEndTheNext) {
 
 // ---- What others call of the printer.
 
-TEST(TextDoors, PrefixAndPrintOut) {
+TEST(TextOutput, PrefixAndPrintOut) {
   Point p = scalar(whole(3));
   EXPECT_EQ(written([&](std::FILE *stream) { disass(stream, "\n\n", &p, 0, 0); }), "\n\n 3");
   printing = 1;
@@ -239,7 +239,7 @@ TEST(TextDoors, PrefixAndPrintOut) {
   drop(p);
 }
 
-TEST(TextDoors, Dumpstack) {
+TEST(TextOutput, Dumpstack) {
   Point stack[] = {{}, scalar(whole(1)), text("two"), scalar(real(3.5))};
   EXPECT_EQ(written([&](std::FILE *stream) { dumpstack(stream, stack + 1, stack + 3); }), " 1\n 'two'\n 3.5\n.\n");
   EXPECT_EQ(written([&](std::FILE *stream) { dumpstack(stream, stack + 1, stack); }), ".\n");
@@ -256,7 +256,7 @@ ssize_t note(void *cookie, const char *bytes, std::size_t length) {
   return static_cast<ssize_t>(length);
 }
 
-TEST(TextDoors, AnInterruptCutsALongPrintShort) {
+TEST(TextOutput, AnInterruptCutsALongPrintShort) {
   Point p = vector(Elements(50000, whole(7)));
   const std::string full = print(p, false);
   Noting noting;

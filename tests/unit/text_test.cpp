@@ -143,7 +143,7 @@ TEST(TextNumbers, PrefixesOfCartesianNumbers) {
   EXPECT_EQ(display(scalar(complex(1, 2, forms::CARTESIAN, attributes::PREFIX_R))), " r1i2");
 }
 
-TEST(TextNumbers, NoPrefixStandsBeforeWhatIsOnlyAReal) {
+TEST(TextNumbers, NoPrefixBeforeWhatIsOnlyAReal) {
   EXPECT_EQ(source(scalar(complex(1, 0, forms::NUMBER, attributes::PREFIX_R))), " 1");
   EXPECT_EQ(source(scalar(octonion({2}, forms::NUMBER))), " 2");
 }

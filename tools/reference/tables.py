@@ -45,6 +45,23 @@ class Constant(NamedTuple):
     spellings: List[bytes]
 
 
+class Glyph(NamedTuple):
+    byte: int
+    sign: str
+    typed: str
+    twin: bytes  # empty: the byte means nothing alone
+
+
+class Message(NamedTuple):
+    number: int
+    name: str
+    text: str
+    when: str  # it comes
+    left: str  # on the stack
+    cure: str
+    session: str  # a text that shows it; empty where a session cannot
+
+
 def unescaped(match):
     digits, letter = match.groups()
     return chr(int(digits, 16)) if digits else {"n": "\n", "t": "\t"}.get(letter, letter)
@@ -58,7 +75,7 @@ def text(column):
 def rows(table, *macros):
     """(macro, columns) for each row of a table that one of these macros makes."""
     path, = ROOT.glob("src/*/" + table)
-    found = re.findall(r"^(%s)\((.*)\)$" % "|".join(macros), path.read_text(encoding="latin-1"), re.M)
+    found = re.findall(r"^(%s)\((.*?)\)$" % "|".join(macros), path.read_text(encoding="latin-1"), re.M | re.S)
     return [(macro, [column.strip() for column in COLUMN.findall(body)]) for macro, body in found]
 
 
@@ -93,9 +110,22 @@ def constants():
             for _, columns in rows("constants.def", "CONSTANT")]
 
 
+def glyphs():
+    """The signs of the private bytes, in the order of the bytes."""
+    path, = ROOT.glob("src/*/glyphs.def")
+    found = re.findall(r'^GLYPH\(0x(\w+), "(.)", ("[^"]*"), ("(?:[^"\\]|\\.)*")\)$', path.read_text(encoding="utf-8"), re.M)
+    return [Glyph(int(byte, 16), sign, text(typed).decode(), text(twin)) for byte, sign, typed, twin in found]
+
+
 def messages():
-    """(number, text) for each message that can be raised."""
-    return [(int(columns[0]), text(columns[-1]).decode("latin-1")) for _, columns in rows("messages.def", "MESSAGE")]
+    """Each message that can be raised."""
+    return [Message(int(number), name, *(text(column).decode("latin-1") for column in columns))
+            for _, (number, name, *columns) in rows("messages.def", "MESSAGE")]
+
+
+def keptmessages():
+    """(number, text) for each row that nothing raises."""
+    return [(int(number), text(said).decode("latin-1")) for _, (number, _, said) in rows("messages.def", "KEPT")]
 
 
 def operands():

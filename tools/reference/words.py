@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Writes docs/words.md: every word of the language, from the tables that the scanner and the machine are made from."""
+"""Writes docs/words.md, python/morvik/vocabulary.py and editors/vscode/words.json: every word of the language, from the
+tables that the scanner and the machine are made from."""
+import json
+import pprint
 import struct
 import sys
 
 import tables
-
-TARGET = tables.ROOT / "docs" / "words.md"
 
 # A title, the numbers of the instructions under it, and how many operands their words need; None: any.
 SECTIONS = [
@@ -26,7 +27,8 @@ SECTIONS = [
 OPENING = """# Words
 
 Every word of the language. Words on one line are the same. A byte above 127 is written as `\\xB9`, by its value in base 16;
-source is bytes, and these are single ones.
+source is bytes, and these are single ones. *Signs* is how people see and type such words: [the prompt](prompt.md) and
+`morvik-signs` turn the one into the other.
 
 *Needs* is how many operands a word asks for: with fewer there is message 800. *Stack* is what it takes and what it leaves,
 the top to the right: `x`, `y`, `z` are any values, `n` and `m` counts, `v` a vector or array, `t` a truth, `s` a text, `f` a
@@ -38,22 +40,36 @@ This page is made by `tools/reference/words.py`. The other pages tell more: [the
 CLOSING = """
 ## What else is spelled one way
 
-| Words | |
-| --- | --- |
-| `:` `NEADIC` `FUNCTION` | begin a function that sees all of the stack |
-| `NILADIC` `MONADIC` `DYADIC` `TRIADIC` | begin a function of none to three arguments |
-| `ARGS n FUNCTION` | begins a function of n arguments |
-| `VARS m` before one of these four, or beside `ARGS n` | gives it m locals, `&1` to `&m` |
-| `;` `FUNCTIONEND` | end a function |
-| `::` | makes the next word what it was born as |
-| `.` `END` | end a text |
-| `"` `\\xBC` | begin and end a comment |
+| Words | Signs | |
+| --- | --- | --- |
 """
+# What the scanner itself takes for more than an instruction.
+STRUCTURE = [
+    ((b":", b"NEADIC", b"FUNCTION"), "begin a function that sees all of the stack"),
+    ((b"NILADIC", b"MONADIC", b"DYADIC", b"TRIADIC"), "begin a function of none to three arguments"),
+    ((b"ARGS n FUNCTION",), "begins a function of n arguments"),
+    ((b"VARS m",), "before one of these four, or beside `ARGS n`: gives it m locals, `&1` to `&m`"),
+    ((b";", b"FUNCTIONEND"), "end a function"),
+    ((b"::",), "makes the next word what it was born as"),
+    ((b".", b"END"), "end a text"),
+    ((b'"', b"\xBC"), "begin and end a comment"),
+    ((b"\xAF",), "the minus of a number"),
+]
+GLYPHS = {row.byte: row for row in tables.glyphs()}
 
 
 def shown(spelling):
     text = "".join(chr(byte) if byte < 128 else "\\x%02X" % byte for byte in spelling)
     return "`%s`" % text.replace("|", "\\|")
+
+
+def signed(spelling):
+    """A spelling with signs in the place of private bytes."""
+    return "".join(chr(byte) if byte < 128 else GLYPHS[byte].sign for byte in spelling)
+
+
+def signs(spellings):
+    return " ".join("`%s`" % signed(word).replace("|", "\\|") for word in spellings if max(word) > 127)
 
 
 class Word:
@@ -68,7 +84,8 @@ class Word:
 
     def row(self):
         effect = "`%s`" % self.effect if self.effect else ""
-        return "| %s | %s | %s | %s |\n" % (" ".join(map(shown, self.spellings)), self.needs or "", effect, self.meaning)
+        return "| %s | %s | %s | %s | %s |\n" % (" ".join(map(shown, self.spellings)), signs(self.spellings),
+                                                self.needs or "", effect, self.meaning)
 
     def faults(self):
         """Does the stack effect name as many operands as the machine asks for?"""
@@ -96,12 +113,14 @@ def page():
         here = [word for word in left if any(first <= word.number <= last for first, last in ranges)
                 and needs in (None, word.needs)]
         left = [word for word in left if word not in here]
-        parts.append("\n## %s\n\n| Words | Needs | Stack | What it does |\n| --- | --- | --- | --- |\n" % title)
+        parts.append("\n## %s\n\n| Words | Signs | Needs | Stack | What it does |\n| --- | --- | --- | --- | --- |\n" % title)
         parts += [word.row() for word in here]
     if left:
         sys.exit("in no section: %s" % [word.spellings for word in left])
     constants = "".join("| %s | %s |\n" % (" ".join(map(shown, row.spellings)), value(row)) for row in tables.constants())
-    return "".join(parts) + CLOSING + "\n## Constants\n\n| Words | Value |\n| --- | --- |\n" + constants
+    structure = "".join("| %s | %s | %s |\n" % (" ".join(map(shown, spellings)), signs(spellings), meaning)
+                        for spellings, meaning in STRUCTURE)
+    return "".join(parts) + CLOSING + structure + "\n## Constants\n\n| Words | Value |\n| --- | --- |\n" + constants
 
 
 def value(row):
@@ -113,9 +132,46 @@ def value(row):
     return row.bits + (", a function of `CIRCULAR`" if row.form == "forms::NAMED" else ", a truth")
 
 
+def vocabulary():
+    """The same as data for the prompt, which finds it where no tables are."""
+    keywords = [(spelling.decode("latin-1"), row.bounded) for row in tables.keywords() for spelling in row.spellings]
+    listed = [([spelling.decode("latin-1") for spelling in word.spellings], word.needs, word.effect, word.meaning)
+              for word in words()]
+    structure = [([spelling.decode("latin-1") for spelling in spellings], meaning) for spellings, meaning in STRUCTURE]
+    constants = [([spelling.decode("latin-1") for spelling in row.spellings], value(row)) for row in tables.constants()]
+    glyphs = [(row.byte, row.sign, row.typed, row.twin.decode()) for row in tables.glyphs()]
+    tops = [("GLYPHS", "byte, sign, how it is typed, twin in ASCII", glyphs),
+            ("KEYWORDS", "spelling, must a boundary byte follow", keywords),
+            ("WORDS", "spellings of one thing, operands, stack effect, meaning", listed),
+            ("STRUCTURE", "spellings, meaning", structure),
+            ("CONSTANTS", "spellings, value", constants),
+            ("MESSAGES", "number, text, when it comes, what is left, what helps, a text that shows it",
+             [(row.number, row.text, row.when, row.left, row.cure, row.session) for row in tables.messages()])]
+    return ('"""The words of the language. Made by tools/reference/words.py; not to be edited."""\n'
+            + "".join("\n# %s\n%s = %s\n" % (what, name, pprint.pformat(rows, width=120)) for name, what, rows in tops))
+
+
+def meanings():
+    """What an editor shows beside words: spellings with signs, effect and meaning."""
+    listed = [(word.spellings, word.effect, word.meaning) for word in words()]
+    listed += [([spelling.split()[0] for spelling in spellings], "", meaning) for spellings, meaning in STRUCTURE]
+    listed += [(row.spellings, "", value(row)) for row in tables.constants()]
+    rows = [{"spellings": [signed(spelling) for spelling in spellings], "effect": effect, "meaning": meaning}
+            for spellings, effect, meaning in listed]
+    return '{"signs": %s,\n"words": [\n%s\n]}\n' % (
+        json.dumps({chr(byte): row.sign for byte, row in GLYPHS.items()}, ensure_ascii=False),
+        ",\n".join(json.dumps(row, ensure_ascii=False) for row in rows))
+
+
+TARGETS = {"docs/words.md": page, "python/morvik/vocabulary.py": vocabulary, "editors/vscode/words.json": meanings}
+
+
 if __name__ == "__main__":
     if sys.argv[1:] == ["--check"]:
-        same = TARGET.read_text(encoding="utf-8") == page()
-        print("docs/words.md is %s" % ("up to date" if same else "not up to date: run tools/reference/words.py"))
-        sys.exit(not same)
-    TARGET.write_text(page(), encoding="utf-8")
+        outdated = [name for name, make in TARGETS.items()
+                    if (tables.ROOT / name).read_text(encoding="utf-8") != make()]
+        for name in TARGETS:
+            print("%s is %s" % (name, "not up to date: run tools/reference/words.py" if name in outdated else "up to date"))
+        sys.exit(bool(outdated))
+    for name, make in TARGETS.items():
+        (tables.ROOT / name).write_text(make(), encoding="utf-8")

@@ -1,0 +1,61 @@
+;;; morvik-grammar.el --- The words of Morvik  -*- lexical-binding: t; coding: utf-8 -*-
+;; Made by editors/generate from the vocabulary of the scanner; not to be edited.
+;;; Code:
+
+(defconst morvik-keyword-regexp
+  "\\(?:\\(?1:REDUCENWISELASTAXIS\\|GRADEDOWNCOLLATING\\|NEWLARGEDICTIONARY\\|NEWSMALLDICTIONARY\\|PREVIOUSDICTIONARY\\|REPLICATELASTAXIS\\|STRONGCONJUNCTION\\|STRONGDISJUNCTION\\|CATENATELASTAXIS\\|COMPRESSLASTAXIS\\|DISPERSEFROMMARK\\|GLOBALDICTIONARY\\|GRADEUPCOLLATING\\|REVERSEFIRSTAXIS\\|SMALLESTLASTAXIS\\|TRANSPOSEGENERAL\\|BASICDICTIONARY\\|COLLECTFROMMARK\\|COMPRESSCOLUMNS\\|FORMATSPECIFIED\\|LARGESTLASTAXIS\\|NEWLARGECONTEXT\\|NEWSMALLCONTEXT\\|PREVIOUSCONTEXT\\|PRODUCTLASTAXIS\\|REDUCENWISEAXIS\\|REVERSELASTAXIS\\|EXPANDLASTAXIS\\|REDUCELASTAXIS\\|ROTATELASTAXIS\\|CONTRADICTION\\|GLOBALCONTEXT\\|MATRIXINVERSE\\|NEWDICTIONARY\\|NOTEQUIVALENT\\|PARTITIONAXIS\\|REPLICATEAXIS\\|TRIGONOMETRIC\\|BASICCONTEXT\\|CATENATEAXIS\\|COMPRESSAXIS\\|COMPRESSROWS\\|DISCLOSEAXIS\\|FIRSTELEMENT\\|INNERPRODUCT\\|MATRIXDIVIDE\\|NOTIDENTICAL\\|OUTERPRODUCT\\|REDUCINGREST\\|SCANLASTAXIS\\|ALLLASTAXIS\\|ANYLASTAXIS\\|CLEARTOMARK\\|CONJUNCTION\\|COUNTTOMARK\\|DECAPSULATE\\|DISASSEMBLE\\|DISJUNCTION\\|ENCAPSULATE\\|ENCLOSEAXIS\\|EXPONENTIAL\\|INDEXEDAXIS\\|ISCARTESIAN\\|PRODUCTROWS\\|QUOTEDINPUT\\|REDUCENWISE\\|REVERSEAXIS\\|SMALLESTROW\\|SUMLASTAXIS\\|APPENDTEXT\\|COLLECTALL\\|COUNTSTACK\\|DICTIONARY\\|ENDPROCESS\\|EQUIVALENT\\|EXACTMATCH\\|EXPANDAXIS\\|LARGESTROW\\|NATURALLOG\\|NEWCONTEXT\\|NOTGREATER\\|RECIPROCAL\\|REDUCEAXIS\\|REDUCEROWS\\|REEVALUATE\\|REPOSITION\\|ROTATEAXIS\\|STREAMEDIT\\|STRONGNAND\\|TEXTAPPEND\\|ARCCOSINH\\|CARTESIAN\\|CONJUGATE\\|COTANGENS\\|DATAWRITE\\|DIRECTION\\|DUMPSTACK\\|DUPLICATE\\|EXTRODUCE\\|FACTORIAL\\|FUNCTIONS\\|GRADEDOWN\\|IDENTICAL\\|INDEXAXIS\\|INTRODUCE\\|ISBOOLEAN\\|ISLOGICAL\\|LOGARITHM\\|MAGNITUDE\\|OPTIMISED\\|PARTITION\\|QUOTEQUAD\\)\\(?:[^0-9A-Za-z_]\\|\\'\\)\\|\\(?1:RANDOMISE\\)\\|\\(?1:RAVELAXIS\\|REPLICATE\\|STRONGAND\\|STRONGNOR\\|TEXTINPUT\\|TEXTWRITE\\|TRANSPOSE\\|VARIABLES\\|WRITETEXT\\|ABSOLUTE\\|ARCCOSEC\\|ARCCOTAN\\|ASSEMBLE\\|BINOMIAL\\|CATENATE\\|CIRCULAR\\|COMPRESS\\|COSECANS\\|DATAREAD\\|DISCLOSE\\|DISPERSE\\|DROPAXIS\\|EXCHANGE\\|FIRSTONE\\|FORMTEXT\\|INTERVAL\\|ISBINARY\\|ISNUMBER\\|LAMINATE\\|MULTIPLY\\|NEGATIVE\\|NOTEQUAL\\|OPERATOR\\|PARALLEL\\|POSITION\\|PROBABLY\\|QUOTEDIN\\|READTEXT\\|REMEMBER\\|SCANAXIS\\|SMALLEST\\|STREAMED\\|STRONGOR\\|SUBTRACT\\|TAKEAXIS\\|TEXTCALL\\|TEXTEDIT\\|TEXTFORM\\|TEXTREAD\\|TRACEALL\\|TRUNCATE\\|ACOSECH\\|ACOSINH\\|ACOTANH\\|ALLROWS\\|ARCCOSH\\|ARCSINH\\|ARCTANH\\|BOOLEAN\\|CEILING\\|COLLECT\\|CONTEXT\\|COSINUS\\|DATAOUT\\|DEASCII\\|DEGREES\\|DISCARD\\|ENASCII\\|ENCLOSE\\|EXECUTE\\|GRADEUP\\|GREATER\\|INDEXED\\|INDEXOF\\|INTEGER\\|ISPOLAR\\|LARGEST\\|LOGICAL\\|LOOPING\\|LSBOPEN\\|MAXIMUM\\|MINIMUM\\|MSBOPEN\\|NOTLESS\\|PITIMES\\|POSTFIX\\|PRODUCT\\|QUADOUT\\|RADIANS\\|REFLECT\\|RESHAPE\\|RESIDUE\\|REVERSE\\|SMALLER\\|STENCIL\\|STEPALL\\|SUMROWS\\|TANGENS\\|WITHOUT\\|YIELDTO\\|/\\.\\./\\[\\]\\|ACOSEC\\|ACOSIN\\|ACOTAN\\|ANYROW\\|APPEND\\|ARCCOS\\|ARCSEC\\|ARCSIN\\|ARCTAN\\|ASSIGN\\|B10POW\\|BINARY\\|CENTER\\|CENTRE\\|COSECH\\|COSINH\\|COTANH\\|DATAIN\\|DECODE\\|DIVIDE\\|ENCODE\\|ENLIST\\|EXPAND\\|FORGET\\|FORMAT\\|IF_YES\\|LARGER\\|LENGTH\\|MEMBER\\|MIRROR\\|MODULO\\|NUMBER\\|OUTPUT\\|PREFIX\\|QUADIN\\|QUOTED\\|RANDOM\\|REDUCE\\|REEVAL\\|REPEAT\\|RESULT\\|RETURN\\|REVEAL\\|REWIND\\|ROTATE\\|RUNALL\\|SCALAR\\|SECANS\\|SERIAL\\|SIGNUM\\|SQUARE\\|ACOSH\\|ACSCH\\|ACTGH\\|ASECH\\|ASINH\\|ATANH\\|B2POW\\|BEPOW\\|BREAK\\|BePOW\\|CHECK\\|CLEAR\\|CLOSE\\|COSEC\\|COSIN\\|COTAN\\|DEPTH\\|EQUAL\\|FIRST\\|FLOOR\\|FUNCS\\|GROUP\\|IF_NO\\|INDEX\\|INFIX\\|INPUT\\|LOG10\\|MATCH\\|POLAR\\|POW10\\|POWER\\|PRINT\\|RAVEL\\|RIGHT\\|RREST\\|SHAPE\\|SINUS\\|SLEEP\\|SPACE\\|TABLE\\|TIMES\\|TRACE\\|TRUNC\\|WRITE\\|YIELD\\|[°][«∘]/\\[\\]\\|[°][«∘]\\\\\\[\\]\\|,\\[\\.\\]\\|\\.\\]\\[\\.\\|/\\.\\./\\|//\\[\\]\\|ACOS\\|ACSC\\|ACTG\\|ASEC\\|ASIN\\|ATAN\\|ATOM\\|CALL\\|CBRT\\|CEIL\\|CONS\\|COSH\\|CSCH\\|CTGH\\|CUBE\\|DEAL\\|DEEP\\|DROP\\|DUMP\\|EACH\\|EDIT\\|EXCH\\|EXEC\\|FIND\\|GOTO\\|JUMP\\|LEFT\\|LESS\\|LOAD\\|LOG2\\|LOGE\\|LOOP\\|MARK\\|MASK\\|NAND\\|NOOP\\|OPEN\\|PEEK\\|PICK\\|POKE\\|POW2\\|POWE\\|POWe\\|QUIT\\|RANK\\|READ\\|REST\\|ROLL\\|ROOT\\|SAVE\\|SCAN\\|SECH\\|SEED\\|SEEK\\|SIGN\\|SINH\\|SQRT\\|STEP\\|SWAP\\|TAKE\\|TANH\\|TELL\\|TEXT\\|TIME\\|TRIG\\|VARS\\|VERB\\|WIPE\\|WRAP\\|\\[\\]\\[\\]\\|\\\\\\\\\\[\\]\\|[«∘]/\\[\\]\\|[°],\\[\\]\\|[°][Ü⌽]\\[\\]\\|[°][ê⊂]\\[\\]\\|[°][ë⊃]\\[\\]\\|!\\?\\?\\)\\(?:[^0-9A-Za-z_]\\|\\'\\)\\|\\(?1:!~\\^\\|!~v\\)\\|\\(?1:,\\[\\]\\|\\.\\.\\]\\|/-/\\|ABS\\|ADD\\|ALL\\|AND\\|ANY\\|CAR\\|CAT\\|CBR\\|CDR\\|COS\\|CSC\\|CTG\\|DEG\\|DIP\\|DUP\\|EXP\\|FNS\\|GET\\|LOG\\|MAX\\|MIN\\|MOD\\|NOR\\|NOT\\|OFF\\|PI\\*\\|POP\\|POW\\|RAD\\|RUN\\|SEC\\|SED\\|SET\\|SIN\\|SQR\\|SUM\\|TAN\\|TOS\\|\\\\\\[\\]\\|~==\\|[«∘]\\.[«∘]\\|[°]\\.[«∘]\\|[°]\\?\\?\\|[°][«∘]/\\|[°][«∘]\\\\\\|[°][«∘][²⍀]\\|[°][«∘][³⌿]\\|[Æ↑]\\[\\]\\|[Ç↓]\\[\\]\\|[Ï⌷]\\[\\]\\|[Ü⌽]\\[\\]\\|[ê⊂]\\[\\]\\|!\\^\\)\\(?:[^0-9A-Za-z_]\\|\\'\\)\\|\\(?1:!v\\)\\|\\(?1:![Þ⍲]\\|![ß⍱]\\|![ï∨]\\|##\\)\\(?:[^0-9A-Za-z_]\\|\\'\\)\\|\\(?1:\\*\\*\\)\\|\\(?1:\\.\\.\\|\\.\\]\\|//\\)\\(?:[^0-9A-Za-z_]\\|\\'\\)\\|\\(?1:::\\)\\|\\(?1::\\]\\|<=\\|<>\\|=<\\|==\\|=>\\|>=\\|\\?\\?\\|\\?N\\|\\?Y\\|\\?[Å→]\\|AT\\|DO\\|IF\\|LD\\|LN\\|OR\\|PD\\|\\[\\.\\|\\[\\]\\|\\\\\\\\\\|eX\\|~<\\|~=\\|~>\\|~\\^\\|~v\\|~~\\|[«∘]/\\|[«∘][³⌿]\\|[°]!\\|[°]\\*\\|[°]\\+\\|[°],\\|[°]-\\|[°]\\?\\|[°]|\\|[°]~\\|[°][©⍟]\\|[°][­≡]\\|[°][±○]\\|[°][¶⍋]\\|[°][·⍒]\\|[°][¸⍪]\\|[°][¹×]\\|[°][º÷]\\|[°][Æ↑]\\|[°][Ç↓]\\|[°][Î⌹]\\|[°][Ú⌈]\\|[°][Û⌊]\\|[°][Ü⌽]\\|[°][à⍕]\\|[°][å∊]\\|[°][é⍳]\\|[°][ê⊂]\\|[°][ë⊃]\\|[°][ì⊖]\\|[°][í⍉]\\|[°][ð⍎]\\|[°][ò⍴]\\|[À⊢][À⊢]\\|[Á⊣][À⊢]\\|[Å→]%\\|[Ì⎕]o\\|[Ì⎕][Ì⎕]\\|!\\|#\\)\\(?:[^0-9A-Za-z_]\\|\\'\\)\\|\\(?1:\\*\\|\\+\\)\\|\\(?1:,\\)\\(?:[^0-9A-Za-z_]\\|\\'\\)\\|\\(?1:-\\|/\\)\\|\\(?1:<\\|=\\|>\\|\\?\\|\\\\\\)\\(?:[^0-9A-Za-z_]\\|\\'\\)\\|\\(?1:\\^\\|v\\||\\)\\|\\(?1:~\\|[©⍟]\\|[­≡]\\|[±○]\\|[²⍀]\\|[³⌿]\\|[¶⍋]\\|[·⍒]\\|[¸⍪]\\|[¹×]\\|[º÷]\\|[½≠]\\|[À⊢]\\|[Á⊣]\\|[Â⊤]\\|[Ã⊥]\\|[Ä←]\\|[Å→]\\|[Æ↑]\\|[Ç↓]\\|[È≤]\\|[É≥]\\|[Ì⎕]\\|[Í⍞]\\|[Î⌹]\\|[Ï⌷]\\|[Ú⌈]\\|[Û⌊]\\|[Ü⌽]\\|[Þ⍲]\\|[ß⍱]\\|[à⍕]\\|[å∊]\\|[é⍳]\\|[ê⊂]\\|[ë⊃]\\|[ì⊖]\\|[í⍉]\\|[ï∨]\\|[ò⍴]\\|[õ⍷]\\)\\(?:[^0-9A-Za-z_]\\|\\'\\)\\)")
+(defconst morvik-constant-regexp
+  "\\(?:\\(?1:-#2_SQRTPI\\|-#2_SQRTpi\\|#2_SQRTPI\\|#2_SQRTpi\\|#SQRT1mX2\\|#SQRTX2m1\\|#SQRTX2p1\\|-#1_SQRT2\\|-#SQRT1_2\\|#1_SQRT2\\|#SQRT1_2\\|-#NAPIER\\|#LOG10E\\|#LOGE10\\|#LOGe10\\|#NAPIER\\|-#EULER\\|-#SQRT2\\|-#SQRT3\\|#ACOSH\\|#ASINH\\|#ATANH\\|#EULER\\|#FALSE\\|#LOG2E\\|#LOGE2\\|#LOGe2\\|#SQRT2\\|#SQRT3\\|-#1_PI\\|-#1_pi\\|-#2_PI\\|-#2_pi\\|-#PI_2\\|-#PI_4\\|-#pi_2\\|-#pi_4\\|#1_PI\\|#1_pi\\|#2_PI\\|#2_pi\\|#ACOS\\|#ASIN\\|#ATAN\\|#COSH\\|#LN10\\|#PI_2\\|#PI_4\\|#SINH\\|#TANH\\|#TRUE\\|#pi_2\\|#pi_4\\|-#2PI\\|-#2pi\\|#2PI\\|#2pi\\|#COS\\|#END\\|#LN2\\|#NIL\\|#SIN\\|#TAN\\|-#PI\\|-#pi\\|#PI\\|#pi\\|-#E\\|-#e\\|#E\\|#F\\|#T\\|#e\\|F\\|T\\)\\(?:[^0-9A-Za-z_]\\|\\'\\)\\)")
+(defconst morvik-structure-regexp
+  "\\(?:\\(?1:FUNCTIONEND\\|FUNCTION\\|MONADIC\\|NILADIC\\|TRIADIC\\|DYADIC\\|NEADIC\\|END\\)\\(?:[^0-9A-Za-z_]\\|\\'\\)\\|\\(?1:\\.\\|:\\|;\\)\\)")
+
+(defconst morvik-signs
+  '((?⍟ . 169)
+    (?∘ . 171)
+    (?≡ . 173)
+    (?¯ . 175)
+    (?° . 176)
+    (?○ . 177)
+    (?⍀ . 178)
+    (?⌿ . 179)
+    (?⍋ . 182)
+    (?⍒ . 183)
+    (?⍪ . 184)
+    (?× . 185)
+    (?÷ . 186)
+    (?⍝ . 188)
+    (?≠ . 189)
+    (?⊢ . 192)
+    (?⊣ . 193)
+    (?⊤ . 194)
+    (?⊥ . 195)
+    (?← . 196)
+    (?→ . 197)
+    (?↑ . 198)
+    (?↓ . 199)
+    (?≤ . 200)
+    (?≥ . 201)
+    (?⎕ . 204)
+    (?⍞ . 205)
+    (?⌹ . 206)
+    (?⌷ . 207)
+    (?⌈ . 218)
+    (?⌊ . 219)
+    (?⌽ . 220)
+    (?⍲ . 222)
+    (?⍱ . 223)
+    (?⍕ . 224)
+    (?∊ . 229)
+    (?⍳ . 233)
+    (?⊂ . 234)
+    (?⊃ . 235)
+    (?⊖ . 236)
+    (?⍉ . 237)
+    (?∨ . 239)
+    (?⍎ . 240)
+    (?⍴ . 242)
+    (?⍷ . 245))
+  "Signs, and the bytes that they stand for.")
+
+(provide 'morvik-grammar)
+;;; morvik-grammar.el ends here

@@ -1,0 +1,1 @@
+"""What stands beside the interpreter for people: signs for private bytes, and a prompt."""
