@@ -83,7 +83,7 @@ class Editing(Session):
     def test_history_is_suggested(self):
         self.say("123456 7 + .")
         self.person.type("1234")
-        self.shows(r"> 123456 7 \+ \.")
+        self.shows(r"\[1\]> 123456 7 \+ \.")
         self.person.type(CTRL["E"] + "\r")
         self.person.untilprompt("2")
 
