@@ -160,7 +160,7 @@ typedef struct morvik_record {
   } value;
 } morvik_record;
 
-/* How many values stand on the stack. MORVIK_NOT_OPEN, MORVIK_BUSY. */
+/* How many values are on the stack. MORVIK_NOT_OPEN, MORVIK_BUSY. */
 MORVIK_API morvik_status morvik_height(size_t *height);
 
 /* Looks at the value so far below the top: 0 is the top. MORVIK_NO_VALUE. */

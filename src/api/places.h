@@ -30,7 +30,7 @@ struct Place {
 };
 // Counted from 1. 0 for a place that is not known.
 std::size_t lineof(const Place &place);
-// How many bytes of its line stand ahead of it.
+// How many bytes of its line are ahead of it.
 std::size_t columnof(const Place &place);
 
 // Compiles the next text of a source and notes the places of its Points. Returns what fill returns.

@@ -12,7 +12,7 @@ namespace morvik {
 
 namespace {
 
-// White space alone is no text, so that what stands behind the last end of text is none.
+// White space alone is no text, so that what follows the last end of text is none.
 bool hastexts(const Source &source) {
   return source.read[std::strspn(source.read, " \t\r\n")] != 0;
 }

@@ -5,8 +5,8 @@
 
 namespace morvik {
 
-// The text of one figure, as it stands in a column. The blanks in a format set the units apart: the larger the unit,
-// the further left it stands.
+// The text of one figure, as it is in a column. The blanks in a format set the units apart: the larger the unit,
+// the further left it is.
 struct Cell {
   std::array<char, 64> text;
 };

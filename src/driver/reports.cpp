@@ -82,7 +82,7 @@ Cell cyclesaflop(const Timing &row, const Timing &) {
   if (!flops || !processor_performance || row.flops == 0) return NOTHING_TO_SHOW;
   return cyclesperflop(static_cast<double>(MHz) * row.time / row.flops);
 }
-// Where cycles are shown too, these have no room beside the operations, and stand below them.
+// Where cycles are shown too, these have no room beside the operations, and are below them.
 Cell flopsanoperation(const Timing &row, const Timing &) {
   if (!flops || processor_performance || row.flops == 0) return NOTHING_TO_SHOW;
   return flopsperoperation(row.flops / row.operations);

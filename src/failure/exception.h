@@ -8,7 +8,7 @@
 
 namespace morvik {
 
-// Writes a Point in display form after a title, for the reports. What does so stands above this layer, which sets the
+// Writes a Point in display form after a title, for the reports. What does so is above this layer, which sets the
 // hook; without it nothing is written.
 extern void (*dumppoint)(std::FILE *stream, const char *title, Point *point);
 

@@ -1,4 +1,4 @@
-// Who hears of failures: the error stream, or who stands above and tells of them in a way of its own.
+// Who hears of failures: the error stream, or a layer above that tells of them in a way of its own.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ struct Report {
 };
 // Who hears of it in place of the error stream; null, as at the start, for nobody. May jump where an exception does.
 extern void (*hearreport)(const Report &report);
-// A complaint without a number, on the error stream as it stands.
+// A complaint without a number, on the error stream as it is.
 void complain(const char *text);
 
 // Does a person talk with the system? Then failures are talked about on the output too.

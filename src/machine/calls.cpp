@@ -82,13 +82,13 @@ void runframed(Level &level, const Point &function) {
   runinnerloose(inner, nullptr);
 }
 
-void giveup(Point *programme) {
+void dropbody(Point *programme) {
   Point function{};
   function.programme = programme;
   dereferencefun(&function);
 }
 void releasebody(Custody &c) {
-  giveup(static_cast<Point *>(c.held));
+  dropbody(static_cast<Point *>(c.held));
 }
 
 }  // namespace
@@ -108,13 +108,13 @@ void callkept(Level &level, const Point &function) {
   if (referencecount(programme) > 1) [[likely]]
     release(programme);
   else
-    giveup(programme);
+    dropbody(programme);
 }
 
 namespace {
 
 // There is no room for the locals of the function on top. It is gone, and its arguments with it; the locals that had
-// room stand.
+// room stay.
 [[gnu::cold]] Next faillocals(Level &level) {
   const std::ptrdiff_t locals = level.sp->locals;
   joinpool(level.sp);

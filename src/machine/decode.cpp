@@ -39,7 +39,7 @@ const Scalar *scalarof(const Point &p) {
   return s.monadic || s.dyadic ? &s : nullptr;
 }
 
-// A body while it is decoded. The END stands behind its last Point.
+// A body while it is decoded. The END follows its last Point.
 struct Body {
   Point *start;
   Op *ops;
@@ -172,7 +172,7 @@ const bool switchedoff = isswitchedoff();
 
 }  // namespace
 
-// The data word of a header, which nobody else needs, tells how far it came: the header itself stands for a body that
+// The data word of a header, which nobody else needs, tells how far it came: the header itself means a body that
 // never ran, null for one that ran once.
 const Op *decode(const Activation &level, bool often) {
   Point *const header = level.header;

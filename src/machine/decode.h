@@ -14,7 +14,7 @@ enum class Quick : std::uint16_t {
 #undef QUICK
 };
 
-// One operation. It stands at the index of the first Point that it replaces; those of the others stand behind it, for a
+// One operation. It is at the index of the first Point that it replaces; those of the others follow it, for a
 // jump that ends there.
 struct Op {
   Quick code;

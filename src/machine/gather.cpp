@@ -62,7 +62,7 @@ std::uint32_t takesymbolic(Level &level, Element &element) {
   return STRUCTURED | (element.tag == ranks::FUNCTION ? HASFUNCTION : 0);
 }
 
-// What a function left stands for no element: the operands go back to their places.
+// What a function left is no element: the operands go back to their places.
 [[noreturn]] void refuseresult(Level &level, const Gathering &g) {
   while (level.sp > g.base) droptop(level);
   pushcopy(level, g.data);

@@ -1,4 +1,4 @@
-// Trace, step and the Inspect prompt: what stands before a Point.
+// Trace, step and the Inspect prompt: what comes before a Point.
 #pragma once
 
 #include "machine/level.h"

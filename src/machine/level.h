@@ -66,7 +66,7 @@ inline void beginlevel(Level &level, Context *meaning, Point *sp) {
   level.stamp = level.operated = 0;
 }
 
-// What a handler leaves to be done: go on with the next Point, or with level.current as it stands now; run
+// What a handler leaves to be done: go on with the next Point, or with level.current as it is now; run
 // level.instruction (again); or return level.sp.
 enum class Next { FETCH, JUMPED, AGAIN, LEAVE };
 using Handler = Next(Level &);

@@ -111,7 +111,7 @@ Next failsymbol(Level &level, const char *text) {
   return levelreturn(level);
 }
 
-// What a symbolic Point other than an instruction or a function stands for.
+// What a symbolic Point other than an instruction or a function means.
 [[gnu::noinline]] Next pushsymbolic(Level &level, Point &point) {
   if (point.rank == ranks::UNUSED) return failsymbol(level, " Unused type:");
   if (point.rank == ranks::INVALID) return failsymbol(level, " Unusable symbol:");

@@ -1,7 +1,7 @@
 // The quick loop. Its rules, beside those of the loop in machine.cpp:
 //  1. An operation does all that its Points would do, or nothing: then the loop of the machine runs the first of them,
 //     after all loose values were made whole. So the machine reports, traces and draws; nothing here does.
-//  2. The top and the counters are brought up to date (settle) before anything that may jump or look.
+//  2. The top and the counters are brought up to date (synchronise) before anything that may jump or look.
 //  3. While a result is in flight, no operation is quick. While the run is watched, the level is the loop's.
 //  4. An interrupt is taken between two Points: at jumps, calls and rounds, and wherever the loop of the machine is.
 #include "machine/quick.h"
@@ -23,7 +23,7 @@ bool iswatchedrun(const Level &level) {
   return stepping && iswatched(level);
 }
 
-// Runs the Point that the level stands at as the loop of the machine does, and those after it as long as a result is in
+// Runs the present Point of the level as the loop of the machine does, and those after it as long as a result is in
 // flight. False: the level is left.
 [[gnu::noinline]] bool runslowly(Level &level) {
   do {
@@ -109,7 +109,7 @@ next:
 
 rest:
   if ((then == Then::LEFT || then == Then::ENDED) && rounds && leaveseasily(level) && beginround(q, *rounds)) goto next;
-  if (then != Then::LOOK) settle(q);  // a call that returned was settled before
+  if (then != Then::LOOK) synchronise(q);  // a call that returned was synchronised before
 look:
   level.current = q.op->point;
   switch (then) {

@@ -77,7 +77,7 @@ namespace morvik {
 }
 [[gnu::always_inline]] inline Then callbody(Quickly &q, const Point &function, int count) {
   static_cast<void>(step(q, count));
-  settle(q);
+  synchronise(q);
   q.level.instruction = q.level.current = q.op[-1].point;
   callkept(q.level, function);
   q.sp = q.level.sp;

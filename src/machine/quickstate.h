@@ -1,4 +1,4 @@
-// What the operations of the quick loop share. They stand in the headers quickvalues, quickscalars and quickflow, each
+// What the operations of the quick loop share. They are in the headers quickvalues, quickscalars and quickflow, each
 // a function quick_NAME of its row in tables/quick.def: it does all that the operation is for and steps on, or nothing.
 #pragma once
 
@@ -34,7 +34,7 @@ struct Quickly {
 }
 
 // Brings the counters up to date, and stores the top: before all that may jump, and before all that looks.
-[[gnu::always_inline]] inline void settle(Quickly &q) {
+[[gnu::always_inline]] inline void synchronise(Quickly &q) {
   q.level.sp = q.sp;
   operators += static_cast<double>(q.points);
   if (q.work != 0) {

@@ -18,7 +18,7 @@ inline Point *boundpoint(const Level &level, const Point &name) {
   if (name.modifier == instructions::SGIG) return name.target;
   return name.context && sametable(name.context, level.meaning) ? name.target : nullptr;
 }
-// What a name stands for so; null for a name without a value too.
+// What a name means so; null for a name without a value too.
 inline const Point *boundvalue(const Level &level, const Point &name) {
   const Point *const value = boundpoint(level, name);
   return value && !isend(*value) ? value : nullptr;
@@ -75,7 +75,7 @@ inline const Point *boundvalue(const Level &level, const Point &name) {
     return step(q, 2);
   }
   if (!isspace(value)) return Then::SLOW;
-  settle(q);
+  synchronise(q);
   replacevalue(q.level, *bound);
   q.sp = q.level.sp;
   return step(q, 2);

@@ -28,7 +28,7 @@ void warn(const Place &place, const char *format, const char *what, const char *
   tellat(place, text);
 }
 
-// ---- Words that stand for nothing.
+// ---- Words that mean nothing.
 
 enum class Worth { WORKS, MISSING, IDLE };
 
@@ -57,7 +57,7 @@ bool isdecision(std::uint16_t instruction) {
   return instruction == instructions::IF_YES || instruction == instructions::IF_NO;
 }
 
-// The instruction that a Point stands for, whatever decides it.
+// The instruction of a Point, whatever decides it.
 std::uint16_t instructionof(const Point &point) {
   return isdecision(point.instruction) && point.modifier != instructions::BARE ? point.modifier : point.instruction;
 }
@@ -144,7 +144,7 @@ const Point *decidedby(const Point *mark) {
   return bare ? mark - 1 : mark;
 }
 
-// A mark decides the one word before it: what is marked after a CHECK stands right behind it.
+// A mark decides the one word before it: what is marked after a CHECK comes right behind it.
 void checkmarks(const Point *points, std::uint64_t origin) {
   const Point *check = nullptr;  // with no mark behind it yet
   for (const Point *p = points; !isend(*p); ++p) {

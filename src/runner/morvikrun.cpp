@@ -1,4 +1,4 @@
-// morvik-run: runs a programme that stands in a file.
+// morvik-run: runs a programme from a file.
 #include "runner/choices.h"
 #include "runner/script.h"
 

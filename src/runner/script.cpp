@@ -61,7 +61,7 @@ bool isover() {
   return isinterruptheard() || (isfailed() && !goeson) || std::ferror(stdout);
 }
 
-// What stands open at the end of the file is a mistake.
+// What is open at the end of the file is a mistake.
 void tellopenings() {
   for (std::size_t i = 0; i < openings(); ++i) {
     const Opening open = opening(i);

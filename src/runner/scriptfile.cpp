@@ -62,7 +62,7 @@ void dropreturns(List<char> &bytes) {
   bytes.count = static_cast<std::size_t>(to - bytes.records);
 }
 
-// What stands ahead of the first text: a byte order mark, and a line that tells the system who reads the file.
+// What comes before the first text: a byte order mark, and a line that tells the system who reads the file.
 std::size_t preamble(const char *bytes) {
   constexpr char MARK[] = "\xEF\xBB\xBF";
   std::size_t passed = std::strncmp(bytes, MARK, sizeof MARK - 1) == 0 ? sizeof MARK - 1 : 0;

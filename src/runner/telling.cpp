@@ -31,7 +31,7 @@ bool followson(unsigned char byte) {  // in a character of several bytes
   return (byte & 0xC0) == 0x80;
 }
 
-// The line of a place, and a caret under the byte. Of a long line, what stands around the byte.
+// The line of a place, and a caret under the byte. Of a long line, what is around the byte.
 void showline(const Place &place) {
   const Source &source = *place.source;
   const std::size_t line = lineof(place), column = columnof(place);

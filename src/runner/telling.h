@@ -16,7 +16,7 @@ bool isinterruptheard();  // an interrupt
 // A name that means the function which a level runs; null where it has none any more.
 const char *functionname(const Level &level);
 
-// Tells of what stands at a place, which counts as a message.
+// Tells of what is at a place, which counts as a message.
 void tellat(const Place &place, const char *text);
 
 }  // namespace morvik

@@ -1,4 +1,4 @@
-// Loose scalars: plain integers and reals on the value stack whose value stands in the Point itself, where a whole one
+// Loose scalars: plain integers and reals on the value stack whose value is in the Point itself, where a whole one
 // has it in a block. The quick loop makes them and works on them; nobody else ever meets one.
 //
 // - A loose slot owns nothing. It may be copied, moved and released like any other, but it has no record to look at.
@@ -24,7 +24,7 @@ inline bool isloose(const Point &p) {
   return (p.type & LOOSE) != 0;
 }
 
-// The value of a loose slot, and its form, which stands where a function has its locals.
+// The value of a loose slot, and its form, which is where a function has its locals.
 inline std::int64_t looseinteger(const Point &p) {
   return std::bit_cast<std::int64_t>(p.link);
 }
@@ -117,7 +117,7 @@ inline void makewhole(Point *top) {
   lowestloose = NONE_LOOSE;
 }
 // The same where a jump landed: returns the top of what is whole. Where there is no storage for one of them, it is
-// given up with what stands above it.
+// dropped with what is above it.
 Point *keepwhole(Point *top);
 
 }  // namespace morvik
