@@ -80,9 +80,9 @@ bool openstreams() {
   return false;
 }
 
-Place placenow() {
+SourcePlace placenow() {
   if (iscompiling()) return placeoftoken();
-  return running ? placeof(*running) : Place{};
+  return running ? placeof(*running) : SourcePlace{};
 }
 
 void tell(const morvik_message &message) {
@@ -101,7 +101,7 @@ void hear(const Report &report) {
     return;
   }
   messageheard = true;
-  const Place place = placenow();
+  const SourcePlace place = placenow();
   tell({report.number, report.text, place.source ? place.source->name : nullptr, lineof(place), columnof(place)});
   if (!options.stop_at_message || stopped) return;
   stopped = true;

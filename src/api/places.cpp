@@ -12,7 +12,7 @@
 
 namespace morvik {
 
-void (*heartokentoo)(const Token &token, Condition was, Place place);
+void (*heartokentoo)(const Token &token, Condition was, SourcePlace place);
 
 namespace {
 
@@ -29,10 +29,10 @@ List<Body> bodies;  // origin 1 is the first
 List<std::size_t> offsets;
 const Source *textsource;
 bool compiling;
-std::size_t tokenoffset;  // where the token at work begins
-std::size_t quoteoffset;  // where the quote begins that was opened last
-std::size_t pointoffset;  // where the word or literal begins that the token is a part of
-List<Place> functions;    // that are open
+std::size_t tokenoffset;      // where the token at work begins
+std::size_t quoteoffset;      // where the quote begins that was opened last
+std::size_t pointoffset;      // where the word or literal begins that the token is a part of
+List<SourcePlace> functions;  // that are open
 List<Opening> leftopen;
 
 std::size_t offsetnow() {
@@ -121,13 +121,13 @@ void closesource(Source &source) {
   source = {};
 }
 
-std::size_t lineof(const Place &place) {
+std::size_t lineof(const SourcePlace &place) {
   if (!place.source) return 0;
   const std::size_t *first = place.source->linestarts, *end = first + place.source->lines;
   return static_cast<std::size_t>(std::upper_bound(first, end, place.offset) - first);
 }
 
-std::size_t columnof(const Place &place) {
+std::size_t columnof(const SourcePlace &place) {
   return place.source ? place.offset - place.source->linestarts[lineof(place) - 1] : 0;
 }
 
@@ -155,7 +155,7 @@ bool iscompiling() {
   return compiling;
 }
 
-Place placeoftoken() {
+SourcePlace placeoftoken() {
   return {textsource, std::min(tokenoffset, textsource->length)};
 }
 
@@ -163,13 +163,14 @@ std::uint64_t originof(const Level &level) {
   return level.header ? level.header->origin : 0;
 }
 
-Place placein(std::uint64_t origin, std::size_t point) {
-  if (origin == 0) return point < offsets.count ? Place{textsource, offsets[point]} : Place{};
+SourcePlace placein(std::uint64_t origin, std::size_t point) {
+  if (origin == 0) return point < offsets.count ? SourcePlace{textsource, offsets[point]} : SourcePlace{};
   const Body *body = bodyof(origin);
-  return body && body->points > 0 ? Place{body->source, body->offsets[std::min(point, body->points - 1)]} : Place{};
+  return body && body->points > 0 ? SourcePlace{body->source, body->offsets[std::min(point, body->points - 1)]}
+                                  : SourcePlace{};
 }
 
-Place placeof(const Level &level) {
+SourcePlace placeof(const Level &level) {
   for (const Level *l = &level; l; l = l->caller) {
     if (originof(*l) == 0 && (l->caller || l->header)) continue;
     return placein(originof(*l), static_cast<std::size_t>(l->current - l->start));

@@ -24,36 +24,36 @@ bool opensource(Source &source, const char *name, const char *bytes, std::size_t
 void closesource(Source &source);
 
 // A byte of a source; the source is null where it is not known.
-struct Place {
+struct SourcePlace {
   const Source *source;
   std::size_t offset;
 };
 // Counted from 1. 0 for a place that is not known.
-std::size_t lineof(const Place &place);
+std::size_t lineof(const SourcePlace &place);
 // How many bytes of its line are ahead of it.
-std::size_t columnof(const Place &place);
+std::size_t columnof(const SourcePlace &place);
 
 // Compiles the next text of a source and notes the places of its Points. Returns what fill returns.
 std::int64_t compilesource(Source &source);
 // What the text that was compiled last has left open at the end of its source, the innermost first.
 struct Opening {
   const char *what;  // with its article
-  Place place;
+  SourcePlace place;
 };
 std::size_t openings();
 Opening opening(std::size_t number);
 
 // Is a text of a source being compiled? The place of the token at work.
 bool iscompiling();
-Place placeoftoken();
+SourcePlace placeoftoken();
 // Who else is told of what is compiled, ahead of the notes. Null for nobody.
-extern void (*heartokentoo)(const Token &token, Condition was, Place place);
+extern void (*heartokentoo)(const Token &token, Condition was, SourcePlace place);
 
 // Of a Point by its number, in the body of this origin or, with 0, in the text that was compiled last.
-Place placein(std::uint64_t origin, std::size_t point);
+SourcePlace placein(std::uint64_t origin, std::size_t point);
 // Of the Point at work in a level. What a level runs that was compiled elsewhere (a text of EXECUTE) has the place of
 // its caller.
-Place placeof(const Level &level);
+SourcePlace placeof(const Level &level);
 // Which body a level runs; 0 for a text and for what was compiled elsewhere.
 std::uint64_t originof(const Level &level);
 

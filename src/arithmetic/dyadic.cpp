@@ -11,7 +11,7 @@
 
 #include <algorithm>
 
-#include "arithmetic/joint.h"
+#include "arithmetic/operandfit.h"
 #include "arithmetic/pairs.h"
 #include "arithmetic/pairwalk.h"
 #include "failure/exception.h"

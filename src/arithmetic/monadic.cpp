@@ -12,7 +12,7 @@
 
 #include <algorithm>
 
-#include "arithmetic/joint.h"
+#include "arithmetic/operandfit.h"
 #include "arithmetic/pairs.h"
 #include "arithmetic/walk.h"
 #include "failure/exception.h"

@@ -6,8 +6,8 @@
 
 #include <bit>
 
-#include "arithmetic/joint.h"
 #include "arithmetic/numberloops.h"
+#include "arithmetic/operandfit.h"
 #include "arithmetic/pairs.h"
 #include "spaces/messages.h"
 #include "spaces/processstack.h"

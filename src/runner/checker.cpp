@@ -21,7 +21,7 @@ namespace {
 
 bool silent;  // in a library only the names count
 
-void warn(const Place &place, const char *format, const char *what, const char *more = "") {
+void warn(const SourcePlace &place, const char *format, const char *what, const char *more = "") {
   if (silent || !place.source) return;
   char text[512];
   std::snprintf(text, sizeof text, format, what, more);
@@ -62,7 +62,7 @@ std::uint16_t instructionof(const Point &point) {
   return isdecision(point.instruction) && point.modifier != instructions::BARE ? point.modifier : point.instruction;
 }
 
-void checkworth(const Point &point, const Place &place) {
+void checkworth(const Point &point, const SourcePlace &place) {
   const std::uint16_t number = instructionof(point);
   if (number >= instructions::COUNT || number == instructions::NOOP || !point.name || *point.name == 0) return;
   if (Worths[number] == Worth::MISSING) warn(place, "%s is reserved and not implemented", point.name);
@@ -73,7 +73,7 @@ void checkworth(const Point &point, const Place &place) {
 
 struct Name {
   char *text;
-  Place place;
+  SourcePlace place;
 };
 List<Name> namesset, namesread;
 bool namescomefromelsewhere;  // of a file or a text that is read by the programme
@@ -82,7 +82,7 @@ void noteset(const char *name) {
   namesset.append({strdup(name), {}});
 }
 
-void noteread(const char *name, const Place &place) {
+void noteread(const char *name, const SourcePlace &place) {
   if (silent || *name == '#') return;
   for (const Name &known : namesread)
     if (std::strcmp(known.text, name) == 0) return;
@@ -119,7 +119,7 @@ bool bringsnames(std::uint16_t instruction) {
   }
 }
 
-void notename(const Point &point, const Place &place) {
+void notename(const Point &point, const SourcePlace &place) {
   if (!point.name) return;
   if (point.rank == ranks::VARIABLE) noteread(point.name, place);
   if (point.rank == ranks::ADDRESS) noteset(point.name);
@@ -148,7 +148,7 @@ const Point *decidedby(const Point *mark) {
 void checkmarks(const Point *points, std::uint64_t origin) {
   const Point *check = nullptr;  // with no mark behind it yet
   for (const Point *p = points; !isend(*p); ++p) {
-    const Place place = placein(origin, static_cast<std::size_t>(p - points));
+    const SourcePlace place = placein(origin, static_cast<std::size_t>(p - points));
     if (ischeck(*p)) {
       if (ismarked(*p)) warn(place, "the mark decides %s itself: a mark follows what it decides", "CHECK");
       check = p;
@@ -178,7 +178,7 @@ void checkarguments(const Point &function, const Point *body, std::uint64_t orig
 
 void checkpoints(const Point *points, std::uint64_t origin);
 
-void checkpoint(const Point &point, const Place &place) {
+void checkpoint(const Point &point, const SourcePlace &place) {
   if (isoperator(point)) {
     checkworth(point, place);
     namescomefromelsewhere = namescomefromelsewhere || bringsnames(instructionof(point));
@@ -200,7 +200,7 @@ void checkpoints(const Point *points, std::uint64_t origin) {
 constexpr unsigned char COMMENT_BYTE = 0xBC;
 
 // White space and what was looked over are ahead of the token; so are bytes that no rule matched.
-void checkbytes(const Token &token, const Place &place) {
+void checkbytes(const Token &token, const SourcePlace &place) {
   const char *const bytes = place.source->bytes + place.offset;
   for (std::size_t i = 0; i < token.length; ++i) {
     const auto byte = static_cast<unsigned char>(bytes[i]);
@@ -215,7 +215,7 @@ void checkbytes(const Token &token, const Place &place) {
   }
 }
 
-void checksymbol(const Token &token, const Place &place) {
+void checksymbol(const Token &token, const SourcePlace &place) {
   const Keyword &row = Keywords[token.row];
   const char *after = place.source->bytes + place.offset + token.length;
   const auto lastbyte = static_cast<unsigned char>(token.text[token.length - 1]);
@@ -229,7 +229,7 @@ void checksymbol(const Token &token, const Place &place) {
   warn(place, "%s: it begins with a word that needs nothing behind it", reading);
 }
 
-void checktoken(const Token &token, Condition was, Place place) {
+void checktoken(const Token &token, Condition was, SourcePlace place) {
   const bool iscomment = was == Condition::COMMENT;
   if (iscomment && token.rule == Rule::CLOSE_COMMENT && static_cast<unsigned char>(token.text[0]) == COMMENT_BYTE)
     warn(place, "a byte %s ends this comment", "BC");

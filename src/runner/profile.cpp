@@ -32,7 +32,7 @@ struct Function {
   std::uint64_t origin;
   const Point *header;  // of what has no origin
   char *name;
-  Place place;
+  SourcePlace place;
   double own, total;
   std::int64_t calls;
 };
@@ -83,7 +83,7 @@ bool growlinerows() {
 }
 
 // The row of a line; NONE where its place is not known or there is no storage.
-std::size_t rowofline(const Place &place) {
+std::size_t rowofline(const SourcePlace &place) {
   if (!place.source) return NONE;
   if (2 * (lines.count + 1) > linerows.count && !growlinerows()) return NONE;
   const std::size_t number = lineof(place), slot = slotof(place.source, number);

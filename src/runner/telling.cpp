@@ -32,7 +32,7 @@ bool followson(unsigned char byte) {  // in a character of several bytes
 }
 
 // The line of a place, and a caret under the byte. Of a long line, what is around the byte.
-void showline(const Place &place) {
+void showline(const SourcePlace &place) {
   const Source &source = *place.source;
   const std::size_t line = lineof(place), column = columnof(place);
   const char *begin = source.bytes + source.linestarts[line - 1];
@@ -98,9 +98,9 @@ const char *functionname(const Level &level) {
 
 namespace {
 
-void showcaller(const Level &level, const Place &told) {
+void showcaller(const Level &level, const SourcePlace &told) {
   const char *name = functionname(level);
-  const Place place = placeof(level);
+  const SourcePlace place = placeof(level);
   std::fprintf(stderr, "  in %s", name ? name : "a function without a name");
   if (!place.source)
     std::fputc('\n', stderr);
@@ -111,7 +111,7 @@ void showcaller(const Level &level, const Place &told) {
 }
 
 // The innermost first. Of a deep recursion, its ends.
-void showcallers(const Place &told) {
+void showcallers(const SourcePlace &told) {
   std::size_t functions = 0, shown = 0;
   for (const Level *level = running; level; level = level->caller) functions += level->header ? 1 : 0;
   for (const Level *level = running; level; level = level->caller) {
@@ -124,16 +124,16 @@ void showcallers(const Place &told) {
   const Level *outermost = running;
   while (outermost && outermost->caller) outermost = outermost->caller;
   if (functions == 0 || !outermost) return;
-  const Place place = placeof(*outermost);
+  const SourcePlace place = placeof(*outermost);
   if (place.source) std::fprintf(stderr, "  in %s, line %zu\n", place.source->name, lineof(place));
 }
 
-Place placenow() {
+SourcePlace placenow() {
   if (iscompiling()) return placeoftoken();
-  return running ? placeof(*running) : Place{};
+  return running ? placeof(*running) : SourcePlace{};
 }
 
-void tell(const Place &place, const Report &report) {
+void tell(const SourcePlace &place, const Report &report) {
   std::fflush(stdout);
   if (place.source)
     std::fprintf(stderr, "%s:%zu: %s", place.source->name, lineof(place), report.text);
@@ -172,7 +172,7 @@ bool isinterruptheard() {
   return interruptheard;
 }
 
-void tellat(const Place &place, const char *text) {
+void tellat(const SourcePlace &place, const char *text) {
   failed = true;
   std::fflush(stdout);
   std::fprintf(stderr, "%s:%zu: %s\n", place.source->name, lineof(place), text);

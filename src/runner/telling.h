@@ -17,6 +17,6 @@ bool isinterruptheard();  // an interrupt
 const char *functionname(const Level &level);
 
 // Tells of what is at a place, which counts as a message.
-void tellat(const Place &place, const char *text);
+void tellat(const SourcePlace &place, const char *text);
 
 }  // namespace morvik

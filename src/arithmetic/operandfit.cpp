@@ -1,5 +1,5 @@
 // Conformability and shapes of the dyadic scalar instructions.
-#include "arithmetic/joint.h"
+#include "arithmetic/operandfit.h"
 
 #include <algorithm>
 
