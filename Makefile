@@ -34,12 +34,12 @@ build:
 # Standard output is Morvik's alone, and so is what is piped in. A person sees the build.
 run:
 	@tools/need build
-	@if [ -t 0 ]; then tools/build release morvik; else tools/build -q release morvik; fi
+	@if [ -t 0 ]; then tools/build release programs; else tools/build -q release programs; fi
 	@exec build/morvik $(ARGS)
 
 prompt:
 	@tools/need build prompt
-	@tools/build -q release morvik
+	@tools/build -q release programs
 	@exec tools/python prompt_toolkit pygments -- python/morvik-prompt --interpreter build/morvik $(ARGS)
 
 test:
