@@ -25,7 +25,7 @@ NO_STORAGE = b"27 - out of main storage."
 STOPPED = b"--- PROCESSING STOPPED ---"
 SANITIZER_STACK = b"AddressSanitizer: stack-overflow"
 NESTED = b"AddressSanitizer: nested bug"
-CALLS = re.compile(rb"#\d+ 0x\w+ in morvik::(?:\(anonymous namespace\)::)?(?:machine|runinner|level)\b")
+CALLS = re.compile(rb"#\d+ 0x\w+ in morvik::(?:\(anonymous namespace\)::)?(?:machine|runinner\w*|runbody)\b")
 # A sum of what does not fit together gives it, as described.
 IMPOSSIBLE = re.compile(rb"991 - [^\n]*\n\nInstruction:\n \. (?!OPERATOR:\t\t(?:\+|ADD|SUM|[^\n]*(?:REDUCE|/|\xab)))[^\n]*")
 TRACE = re.compile(rb"#\d+ 0x\w+ in (?:morvik::)?([\w:~<>() ]+?)[ (][^\n]*/src/")

@@ -79,15 +79,15 @@ TEST(Parts, LieWhereTheFieldsOfTheRecordAre) {
 TEST(Parts, OfAnIntegerAndOfNoNumber) {
   Element e;
   setinteger(e, -7);
-  double part = 0;
-  EXPECT_EQ(readparts(e, &part), 1);
-  EXPECT_EQ(part, -7);
+  double parts[MOST_PARTS] = {};
+  EXPECT_EQ(readparts(e, parts), 1);
+  EXPECT_EQ(parts[0], -7);
   EXPECT_EQ(realpart(e), -7);
   e.tag = tags::ASCII;
-  EXPECT_EQ(readparts(e, &part), 0);
+  EXPECT_EQ(readparts(e, parts), 0);
   EXPECT_EQ(realpart(e), 0);
   setfiller(e);
-  EXPECT_EQ(readparts(e, &part), 0);
+  EXPECT_EQ(readparts(e, parts), 0);
 }
 
 // Each count takes the conversion of its kind.
