@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "api/building.h"
@@ -31,6 +32,7 @@ namespace {
 constexpr rlim_t DEEPEST_STACK = rlim_t{256} << 20;
 
 List<Source> sources;  // that were run; what they hold is asked for until the end
+List<char *> paths;    // of the libraries, by which messages name them
 bool outputclosed;
 
 // A stream that the process was started without would lend its number to the first file that is opened. What is written
@@ -90,7 +92,11 @@ bool openall(const Choices &choices) {
     const auto same = [name](const char *other) { return std::strcmp(name, other) == 0; };
     if (std::any_of(choices.libraries.begin(), choices.libraries.begin() + i, same)) continue;
     List<char> path;
-    if (!findlibrary(path, name) || !opentexts(path.records)) return false;
+    if (!findlibrary(path, name) || !paths.append(path.records)) {
+      path.clear();
+      return false;
+    }
+    if (!opentexts(path.records)) return false;
   }
   return opentexts(choices.file) != nullptr;
 }
@@ -139,6 +145,8 @@ int closeall() {
   forgetplaces();
   for (Source &source : sources) dropscript(source);
   sources.clear();
+  for (char *path : paths) std::free(path);
+  paths.clear();
 #ifdef MORVIK_CHECKING
   constexpr int LEAKED = 99;
   if (const std::int64_t blocks = liveblocks(); blocks != 0) {
