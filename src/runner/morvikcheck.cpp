@@ -16,7 +16,7 @@ constexpr char USAGE[] =
 
 // Each file is looked at as if it stood alone.
 int main(int argc, char **argv) {
-  morvik::Choices choices{};
+  static morvik::Choices choices;
   int file = 1;
   for (; file + 1 < argc && std::strcmp(argv[file], "-l") == 0; file += 2) choices.libraries.append(argv[file + 1]);
   if (file < argc && std::strcmp(argv[file], "--help") == 0) {

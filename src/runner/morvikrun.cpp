@@ -3,7 +3,7 @@
 #include "runner/script.h"
 
 int main(int argc, char **argv) {
-  morvik::Choices choices;
+  static morvik::Choices choices;
   const int status = morvik::readchoices(choices, argc, argv);
   return status == morvik::GOES_ON ? morvik::runscript(choices) : status;
 }
