@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "spaces/counters.h"
+#include "spaces/loose.h"
 
 using namespace morvik;
 
@@ -129,6 +130,20 @@ TEST(Points, QuaternionsFillTheRecord) {
 
 TEST(Points, OneRowAnInstruction) {
   EXPECT_EQ(sizeof InstructionTiming / sizeof InstructionTiming[0], 270u);
+}
+
+// A record that a loose scalar gets is written over whatever it held.
+TEST(Loose, ARecordIsWrittenWhole) {
+  Point slot;
+  putloose(slot, LOOSE_INTEGER, forms::BOOLEAN, 1);
+  Element record;
+  std::memset(static_cast<void *>(&record), 0xFF, sizeof record);
+  setrecord(record, slot);
+  EXPECT_EQ(record.tag, tags::INTEGER);
+  EXPECT_EQ(record.form, forms::BOOLEAN);
+  EXPECT_EQ(record.attributes, 0);
+  EXPECT_EQ(record.name, nullptr);
+  EXPECT_EQ(record.integer, 1);
 }
 
 }  // namespace
