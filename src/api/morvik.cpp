@@ -28,7 +28,7 @@
 #include "spaces/processstack.h"
 #include "spaces/refderef.h"
 #include "spaces/streams.h"
-#include "text/text.h"
+#include "text/written.h"
 
 namespace morvik {
 
@@ -327,34 +327,13 @@ morvik_status pushspace(std::size_t rank, const std::size_t *extents, const void
   });
 }
 
-// What disass writes, caught in storage of the standard library.
-struct Caught {
-  std::FILE *stream;
-  char *bytes;
-  std::size_t length;
-};
-void releasecaught(Custody &c) {
-  auto *caught = static_cast<Caught *>(c.held);
-  std::fclose(caught->stream);
-  std::free(caught->bytes);
-}
-
 morvik_status writetext(const Point &point, int form, char **text, std::size_t *length) {
-  Caught caught{};
-  caught.stream = open_memstream(&caught.bytes, &caught.length);
-  if (!caught.stream) return MORVIK_NO_STORAGE;
-  Custody stream;
-  takecustody(stream, releasecaught, &caught);
+  WrittenText written;
   Point copy = point;
-  disass(caught.stream, "", &copy, 0, form);
-  endcustody(stream);
-  const bool written = std::fclose(caught.stream) == 0;
-  if (!written) {
-    std::free(caught.bytes);
-    return MORVIK_NO_STORAGE;
-  }
-  *text = caught.bytes;
-  if (length) *length = caught.length;
+  if (!writepoint(written, &copy, form)) return MORVIK_NO_STORAGE;
+  endcustody(written.custody);
+  *text = written.bytes;
+  if (length) *length = written.length;
   return MORVIK_OK;
 }
 
