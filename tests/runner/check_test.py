@@ -32,6 +32,17 @@ class Check(Scripts):
         self.assertEqual(self.warnings("1 @known SET known .\n nowhere nowhere .\n: _global $lost ; POP ."),
                          [(2, "nothing here sets nowhere"), (3, "nothing here sets global"), (3, "nothing here sets lost")])
 
+    def test_each_name_is_told_once_where_it_is_read_first(self):
+        self.assertEqual(self.warnings("1 @b SET z a\nz b a\nc ."),
+                         [(1, "nothing here sets z"), (1, "nothing here sets a"), (3, "nothing here sets c")])
+
+    def test_many_names_take_time_as_their_number(self):
+        def script(count):
+            return "".join("%d @n%d SET n%d POP .\n" % (i, i, i) for i in range(count))
+
+        few, many = self.usertime(script(1000), "--check"), self.usertime(script(32000), "--check")
+        self.assertLess(many, 64 * max(few, 0.01))
+
     def test_a_name_may_be_set_later_or_elsewhere(self):
         self.assertEqual(self.warnings(": later ! ; @f SET : 1 ; @later SET ARGUMENTS #IO f ! ."), [])
         self.assertEqual(self.warnings("'names.ws' READ nowhere ."), [])
