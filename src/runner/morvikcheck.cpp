@@ -14,7 +14,7 @@ constexpr char USAGE[] =
 
 }  // namespace
 
-// Each file is looked at as if it stood alone.
+// Each file is checked by itself.
 int main(int argc, char **argv) {
   static morvik::Choices choices;
   int file = 1;

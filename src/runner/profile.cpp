@@ -74,9 +74,9 @@ std::size_t slotof(const Source *source, std::size_t number) {
 
 bool growlinerows() {
   constexpr std::size_t FIRST_ROWS = 256;
-  const std::size_t room = std::max(2 * linerows.count, FIRST_ROWS);
-  if (!linerows.reserve(room - linerows.count)) return false;
-  linerows.count = room;
+  const std::size_t capacity = std::max(2 * linerows.count, FIRST_ROWS);
+  if (!linerows.reserve(capacity - linerows.count)) return false;
+  linerows.count = capacity;
   std::fill(linerows.begin(), linerows.end(), NONE);
   for (std::size_t i = 0; i < lines.count; ++i) linerows[slotof(lines[i].source, lines[i].number)] = i;
   return true;

@@ -83,7 +83,7 @@ Source *opentexts(const char *path) {
   return nullptr;
 }
 
-// Reads everything before anything runs, so that a file that is not there is told of at once. A library that is named
+// Reads everything before anything runs, so that a missing file is reported at once. A library that is named
 // twice is loaded once.
 bool openall(const Choices &choices) {
   if (!sources.reserve(choices.libraries.count + 1)) return false;
