@@ -60,9 +60,9 @@ ssize_t giveoutput(void *, const char *bytes, std::size_t length) {
   return static_cast<ssize_t>(length);
 }
 
-ssize_t takeinput(void *, char *bytes, std::size_t room) {
-  const std::size_t taken = options.input(options.data, bytes, room);
-  return static_cast<ssize_t>(taken < room ? taken : room);
+ssize_t takeinput(void *, char *bytes, std::size_t most) {
+  const std::size_t taken = options.input(options.data, bytes, most);
+  return static_cast<ssize_t>(taken < most ? taken : most);
 }
 
 void closestreams() {

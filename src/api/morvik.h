@@ -83,9 +83,9 @@ typedef struct morvik_options {
   void (*output)(void *data, const char *bytes, size_t length);
   /* Takes a message. Null: a line on the standard error of the process. */
   void (*message)(void *data, const morvik_message *message);
-  /* Gives at most `room` bytes of what the programme reads (INPUT, QUOTEDIN); returns how many, 0 at the end. Null: the
-   * standard input of the process. */
-  size_t (*input)(void *data, char *bytes, size_t room);
+  /* Writes at most `most` bytes of what the programme reads (INPUT, QUOTEDIN); returns how many, 0 at the end. Null:
+   * the standard input of the process. */
+  size_t (*input)(void *data, char *bytes, size_t most);
 } morvik_options;
 
 #define MORVIK_OPTIONS \

@@ -73,7 +73,7 @@ void openpool() {
 bool startsession(std::uint32_t slots) {
   initsignals();
   measurestack();
-  makeroom = askforroom;
+  reservestack = askforstack;
   processors = cpus = slots;
   return completes(opensession, nullptr);
 }

@@ -218,7 +218,7 @@ void checkbytes(const Token &token, const SourcePlace &place) {
     const auto byte = static_cast<unsigned char>(bytes[i]);
     if (byte < 0x80) continue;
     const bool followson = byte < 0xC0 && place.offset + i > 0 && static_cast<unsigned char>(bytes[i - 1]) >= 0xC2;
-    if (followson) return;  // told already
+    if (followson) return;  // reported already
     char text[8];
     std::snprintf(text, sizeof text, "%02X", byte);
     warn({place.source, place.offset + i}, "a byte %s stands outside of a quote: it is a word or part of a name here",

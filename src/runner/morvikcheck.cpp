@@ -4,7 +4,7 @@
 #include "runner/choices.h"
 #include "runner/script.h"
 
-// Each file is looked at as if it stood alone.
+// Each file is checked by itself.
 int main(int argc, char **argv) {
   static morvik::Choices choices;
   int status = morvik::readcheckchoices(choices, argc, argv);

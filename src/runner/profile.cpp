@@ -108,9 +108,9 @@ std::size_t &placeof(const Table<Row> &table, const Row &row) {
 template <typename Row>
 bool growplaces(Table<Row> &table) {
   constexpr std::size_t FIRST_PLACES = 256;
-  const std::size_t wanted = std::max(2 * table.places.count, FIRST_PLACES);
-  if (!table.places.reserve(wanted - table.places.count)) return false;
-  table.places.count = wanted;
+  const std::size_t capacity = std::max(2 * table.places.count, FIRST_PLACES);
+  if (!table.places.reserve(capacity - table.places.count)) return false;
+  table.places.count = capacity;
   std::fill(table.places.begin(), table.places.end(), NONE);
   for (std::size_t i = 0; i < table.rows.count; ++i) placeof(table, table.rows[i]) = i;
   return true;
