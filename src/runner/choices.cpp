@@ -34,7 +34,7 @@ constexpr char HELP[] =
     "\n"
     "Status: 0; 1 after a message; 2 where the command line or a file is of no use; 130 after an interrupt.\n";
 
-constexpr char VERSION[] = "morvik-run 0.8";
+constexpr char VERSION[] = "morvik-run " MORVIK_VERSION;
 constexpr std::uint32_t MOST_PROCESSORS = 1 << 16;
 
 enum LongOnly : int { CONFINE = 256, PROFILE };
