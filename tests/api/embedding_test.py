@@ -79,6 +79,20 @@ class Embedding(unittest.TestCase):
         self.assertTrue(call(binary).startswith("Rows summed:\n\n6 and 60\n"))
         self.assertNotIn("libmorvik", call("ldd", binary))
 
+    # A project in C alone, which knows nothing of C++, and the version that it asks for.
+    def test_a_project_finds_the_package(self):
+        project = self.folder / "project"
+        project.mkdir()
+        (project / "CMakeLists.txt").write_text(
+            "cmake_minimum_required(VERSION 3.21)\nproject(Table C)\nfind_package(Morvik %s REQUIRED)\n"
+            "foreach(kind morvik static)\n  add_executable(table_${kind} %s)\n"
+            "  target_link_libraries(table_${kind} Morvik::${kind})\nendforeach()\n" % (VERSION, EXAMPLES / "table.c"))
+        call("cmake", "-S", project, "-B", project / "build", "-DCMAKE_PREFIX_PATH=%s" % self.prefix)
+        call("cmake", "--build", project / "build")
+        for kind in ("morvik", "static"):
+            self.assertTrue(call(project / "build" / ("table_" + kind)).startswith("Rows summed:\n\n6 and 60\n"))
+        self.assertNotIn("libmorvik", call("ldd", project / "build" / "table_static"))
+
     def test_the_shared_library_shows_only_its_own_names(self):
         names = set(re.findall(r" [TDBRVWAuwi] (\S+)", call("nm", "-D", "--defined-only", self.libraries / "libmorvik.so")))
         declared = set(re.findall(r"\b(morvik_\w+)\(", (SOURCE / "src/api/morvik.h").read_text())) - {"morvik_"}
