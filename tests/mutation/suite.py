@@ -62,9 +62,10 @@ class Suite:
 
     def makeapi(self):
         """Links the calls of the library's header with the same objects as the other programs."""
-        sources = self.tests / "api" / "calls.c"
-        return Step("build", ("cc", "-D_DEFAULT_SOURCE", "-I", self.workshop.tree / "src" / "api", sources, "-o", self.calls,
-                              self.workshop.build / "libmorvik_core.a", "-lstdc++", "-lm", "-pthread"), builds=True)
+        script = 'cc -D_DEFAULT_SOURCE -DVERSION="\\"$("$1/tools/version")\\"" -I "$1/src/api" "$1/tests/api/calls.c" -o "$2" "$3" ' \
+                 '-lstdc++ -lm -pthread'
+        return Step("build", ("sh", "-c", script, "sh", self.workshop.tree, self.calls, self.workshop.build / "libmorvik_core.a"),
+                    builds=True)
 
     def limit(self, names):
         return round(SPARE_SECONDS + SLOWER * sum(self.seconds.get(name, 0) for name in names))
