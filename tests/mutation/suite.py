@@ -13,9 +13,7 @@ CASES = re.compile(r"^(?:TYPED_)?TEST(?:_F|_P)?\((\w+),", re.M)
 SPARE_SECONDS, SLOWER = 10, 4  # a step may take so many times the seconds of the unchanged tree, and so much more
 QUICK_SECONDS = 0.15  # of a unit test case
 BUILD_SECONDS = 1200
-JOINING_ROUNDS = 8
 PROGRAMS = ("morvik", "morvik-run", "morvik-check", "unit_tests")
-SOURCE = re.compile(r"(/\S*/src/\S+\.cpp):\d+")
 RUNNER = ("env", "GTEST_FAIL_FAST=1")
 PYTHON = (sys.executable, "-B")
 
@@ -31,18 +29,18 @@ class Suite:
         self.runner = workshop.build / "morvik-run"
         self.calls = workshop.build / "calls"
         self.checkingbuild = workshop.build / "checking"
-        self.wholebuild = workshop.build / "whole"
         self.header = workshop.folder / "planted.h"
         self.record = workshop.folder / "seconds.json"
         self.seconds = json.loads(self.record.read_text()) if self.record.exists() else {}
 
-    def configure(self, build, *more, flags="", optimise="-O1"):
+    def configure(self, build, *more):
         """The step that prepares a build: no debug information, no warnings, and the quickest tools there are."""
-        options = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=" + optimise]
+        options = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O1"]
+        flags = "-w -include %s" % self.header
         if shutil.which("clang++"):
             options.append("-DCMAKE_CXX_COMPILER=clang++")
             flags += " -ferror-limit=0 -Wno-invalid-constexpr"
-        options.append("-DCMAKE_CXX_FLAGS=-w -include %s%s" % (self.header, flags))
+        options.append("-DCMAKE_CXX_FLAGS=" + flags)
         if shutil.which("ccache"):
             options.append("-DCMAKE_CXX_COMPILER_LAUNCHER=ccache")
         if shutil.which("ld.lld"):
@@ -56,7 +54,7 @@ class Suite:
 
     def makein(self, build, name, *targets, keep=False):
         """The step that builds targets; `keep`: goes on after an error."""
-        further = ("--", "-k", "0") if keep and (build / "build.ninja").exists() else ("--", "-k") if keep else ()
+        further = ("--", "-k", *(["0"] if shutil.which("ninja") else [])) if keep else ()
         return Step(name, ("cmake", "--build", build, "-j", os.environ.get("BUILD_JOBS", "2"), "--target", *targets, *further),
                     BUILD_SECONDS, builds=True)
 
@@ -151,14 +149,10 @@ class Suite:
         tests are compiled anew; not so a table, most of whose rows come to the same code in most of them."""
         near, others = self.unitsteps(path)
         programs = sorted(self.programs(), key=lambda step: step.name.split(".")[0] != path.parent.name)
-        if path.suffix == ".h" and not (self.wholebuild / "morvik").exists():
-            complaint = self.joinsources()
-            assert not complaint, complaint
         if path.suffix != ".h":
             order = [self.make(*PROGRAMS), *near, *self.texts(self.binary, path)]
         else:
-            order = [self.makein(self.wholebuild, "build", "morvik"), *self.texts(self.wholebuild / "morvik", path),
-                     self.make(*PROGRAMS), *near]
+            order = [self.make("morvik"), *self.texts(self.binary, path), self.make(*PROGRAMS), *near]
         order += [self.makeapi(), *programs, *others]
         checking = [self.makein(self.checkingbuild, "checking.build", "morvik"), *self.checking()]
         return self.left([*order, *(self.lints() if path.suffix == ".def" else []), *checking, *self.rest()])
@@ -214,27 +208,6 @@ class Suite:
             complaint = complaint or schemata.settle(lambda step=step: self.workshop.perform(step), bring)
         return complaint or self.perform([self.makeapi()])[1]
 
-    def joinsources(self):
-        """Builds morvik from two units that hold nearly all sources, which are soon compiled anew after a change of a
-        header. Sources whose names collide stay alone: the compiler tells which. Returns a complaint."""
-        rules = self.workshop.folder / "whole.cmake"
-        half = len(list((self.workshop.tree / "src").rglob("*.cpp"))) // 2 + 1
-        configure = self.configure(self.wholebuild, "-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_UNITY_BUILD_BATCH_SIZE=%d" % half,
-                                   "-DCMAKE_PROJECT_Morvik_INCLUDE=%s" % rules, optimise="-O0")
-        alone = {line.split()[1] for line in rules.read_text().splitlines()} if rules.exists() else set()
-        for _ in range(JOINING_ROUNDS):
-            rules.write_text("".join("set_source_files_properties( %s PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)\n" % path
-                                     for path in sorted(alone)))
-            for step in (configure, self.makein(self.wholebuild, "build", "morvik")):
-                outcome = self.workshop.perform(step)
-            if outcome.passed:
-                return ""
-            blamed = blamedsources(outcome.output) - alone
-            if not blamed:
-                break
-            alone |= blamed
-        return "the joined sources:\n" + outcome.output[-3000:]
-
     def measure(self):
         """Runs all tests without a change, and learns how long each step takes. Returns a complaint."""
         report = self.workshop.folder / "units.json"
@@ -259,14 +232,3 @@ def secondsofcases(report, total):
             spent["case." + case] = float(suite["time"].rstrip("s"))
     share = total / max(sum(spent.values()), 1e-3)
     return {name: seconds * share for name, seconds in spent.items()}
-
-
-def blamedsources(output):
-    """The sources that a compiler's errors are about: the last one that was named up to there."""
-    blamed, last = set(), None
-    for line in output.splitlines():
-        named = SOURCE.search(line)
-        last = named.group(1) if named else last
-        if "error:" in line and last:
-            blamed.add(last)
-    return blamed
