@@ -19,7 +19,7 @@ OPENING = """# Messages
 Every failure has a number, and its text is written to standard error, with the word at work under it. What ends a word
 that works on elements or arrays (those sessions go on with `Exception processing:...`) ends the whole text; what ends
 another word ends the function that it is in, and the caller goes on. Nothing is lost: what was set stays set, and the
-stack keeps what is told here.
+stack keeps what is said here.
 
 Some texts speak of another number than their own, or of none; the number here is the one that counts.
 

@@ -89,7 +89,7 @@ STRUCTURE = [
     ((b"ARGS n FUNCTION",), "begins a function of n arguments"),
     ((b"VARS m",), "before one of these four, or beside `ARGS n`: gives it m locals, `&1` to `&m`"),
     ((b";", b"FUNCTIONEND"), "end a function"),
-    ((b"::",), "makes the next word what it was born as"),
+    ((b"::",), "makes the next word the built-in one"),
     ((b".", b"END"), "end a text"),
     ((b'"', b"\xBC"), "begin and end a comment"),
     ((b"\xAF",), "the minus of a number"),
