@@ -12,7 +12,7 @@ import unittest
 
 SOURCE, BUILD = pathlib.Path(sys.argv.pop()), pathlib.Path(sys.argv.pop())
 PREFIX = "/opt/morvik"
-PROGRAMS = ["morvik", "morvik-check", "morvik-prompt", "morvik-run", "morvik-signs"]
+PROGRAMS = ["morvik", "morvik-check", "morvik-confined", "morvik-prompt", "morvik-run", "morvik-signs"]
 EVERYBODYS = {"bin", "include", "lib", "share"}
 LIMIT = 120
 # Each option, as the sources that read them have it.
