@@ -279,7 +279,12 @@ def sessions():
     return found
 
 
-def block(title, options, lines, present):
+def joined(options, lines):
+    """A session as one text; nothing where it needs options or an Inspect prompt."""
+    return "" if options or any(line.startswith("Inspect:") for line in lines) else "".join(line + " . " for line in lines)[:-1]
+
+
+def block(options, lines, present):
     """A session as the page has it; new ones show nothing yet."""
     typed = [re.sub("^Inspect: ?", "Inspect [0]: ", line) if line.startswith("Inspect:") else "Morvik [0]> %s ." % line
              for line in lines]
@@ -322,7 +327,7 @@ def page():
                 and needs in (None, word.needs)]
         left = [word for word in left if word not in here]
         parts.append("\n## %s\n" % title)
-        parts += [word.entry(found[word.title], block(word.title, *texts[word.title], present)) for word in here]
+        parts += [word.entry(found[word.title], block(*texts[word.title], present)) for word in here]
     if left:
         sys.exit("in no section: %s" % [word.spellings for word in left])
     parts.append(RESERVED)
@@ -347,14 +352,15 @@ def value(row):
 def vocabulary():
     """The same as data for the prompt, which finds it where no tables are."""
     keywords = [(spelling.decode("latin-1"), row.bounded) for row in tables.keywords() for spelling in row.spellings]
-    all_words = [([spelling.decode("latin-1") for spelling in word.spellings], word.needs, word.effect, word.told())
-              for word in words()]
+    texts = sessions()
+    all_words = [([spelling.decode("latin-1") for spelling in word.spellings], word.needs, word.effect, word.told(),
+                  joined(*texts.get(word.title, ((), ())))) for word in words()]
     structure = [([spelling.decode("latin-1") for spelling in spellings], meaning) for spellings, meaning in STRUCTURE]
     constants = [([spelling.decode("latin-1") for spelling in row.spellings], value(row)) for row in tables.constants()]
     glyphs = [(row.byte, row.sign, row.typed, row.twin.decode()) for row in tables.glyphs()]
     tops = [("GLYPHS", "byte, sign, how it is typed, twin in ASCII", glyphs),
             ("KEYWORDS", "spelling, must a boundary byte follow", keywords),
-            ("WORDS", "spellings of one thing, operands, stack effect, meaning", all_words),
+            ("WORDS", "spellings of one thing, operands, stack effect, meaning, a text that shows it", all_words),
             ("STRUCTURE", "spellings, meaning", structure),
             ("CONSTANTS", "spellings, value", constants),
             ("MESSAGES", "number, text, when it comes, what is left, what helps, a text that shows it",
