@@ -77,7 +77,7 @@ expect. Words with a colon are [the library's](library.md).
 | --- | --- | --- | --- |
 """
 CLOSING = """
-## What else is spelled one way
+## Words that build a text
 
 | Words | Signs | |
 | --- | --- | --- |
