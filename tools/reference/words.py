@@ -52,7 +52,7 @@ The line with `--` is the stack: what a word takes, and what it leaves, the top 
 `n` and `m` counts, `v` a vector or array, `w` weights, `t` a truth, `s` a text, `f` a function, `h` a FILE, `@n` an address,
 `...` any number of values.
 
-*Takes* says of which kinds a word takes values without a message, if not all of them: characters, integers, reals, complex numbers,
+*Takes* names the kinds of which a word takes some value without a message: characters, integers, reals, complex numbers,
 quaternions, octonions, FILEs, functions, addresses, nested values (an array that holds arrays), and empty ones. *Numbers*
 are the five kinds from integers to octonions, and *anything* is all eleven. What the members of a nested value are counts
 for each of them. *Empty gives way*: where an operand is empty, the other one is the result
@@ -299,16 +299,17 @@ def presentsessions(page):
 
 
 def index(all_words):
-    """Every spelling in letters, and where it is told of."""
-    places = {}
+    """Every spelling, and where it is told of: symbols, signs, and letters."""
+    groups = {}
     for word in all_words:
+        place = "reserved-words" if word.happens else word.title.lower()
         for spelling in word.spellings:
-            if spelling.isascii() and len(spelling) > 1 and spelling.replace(b"_", b"").isalnum():
-                places[spelling.decode()] = "reserved-words" if word.happens else word.title.lower()
-    letters = {}
-    for spelling in sorted(places, key=str.upper):
-        letters.setdefault(spelling[0].upper(), []).append("[%s](#%s)" % (spelling, places[spelling]))
-    return "\n## All of them\n\n" + "\n\n".join(" ".join(links) for _, links in sorted(letters.items())) + "\n"
+            text = signed(spelling)
+            letters = spelling.replace(b"_", b"").isalnum() and spelling.isascii()
+            kind = text[0].upper() if letters and len(text) > 1 else " !" if spelling.isascii() else " \xB0"
+            groups.setdefault(kind, []).append((text.upper(), "[%s](#%s)" % (text if kind.isalpha() else "`%s`" % text, place)))
+    lines = [" ".join(link for _, link in sorted(links)) for _, links in sorted(groups.items())]
+    return "\n## All of them\n\n" + "\n\n".join(lines) + "\n"
 
 
 def page():
