@@ -10,6 +10,7 @@ words named, only theirs are shown.
 """
 import argparse
 import concurrent.futures
+import difflib
 import itertools
 import os
 import pathlib
@@ -31,8 +32,6 @@ OPENING = """# What words take, and the messages that they raise; made by tests/
 SECONDS = 60
 BELOW = 77  # lies under the operands, and is to stay there
 MESSAGES = {row.text.split("\n")[0]: row.number for row in tables.messages()}
-# These take what the function, the text or the file takes, and leave what it leaves.
-CALLING = re.compile(r"\bf\b|@n|\.\.\.")
 ALONE = {"READ", "LOAD", "WIPE"}
 
 
@@ -143,9 +142,7 @@ def main():
     elif options.update:
         TARGET.write_text(made)
     elif made != TARGET.read_text():
-        expected = TARGET.read_text().split("\n")
-        import difflib
-        print("\n".join(difflib.unified_diff(expected, made.split("\n"), "taken.txt", "run", lineterm="")))
+        print("\n".join(difflib.unified_diff(TARGET.read_text().split("\n"), made.split("\n"), "taken.txt", "run", lineterm="")))
         return 1
     print("%d words" % len(chosen))
     return 0
