@@ -29,7 +29,7 @@ TARGET = pathlib.Path(__file__).resolve().parent / "taken.txt"
 OPENING = """# What words take, and the messages that they raise; made by tests/words/run.py, and read by tools/reference/words.py.
 # A word; a line for the kinds that its operands may have together, from the deepest to the top; a line for the messages.
 """
-SECONDS = 300  # on a busy machine; one word takes a tenth of a second alone
+SECONDS = 300
 BELOW = 77  # lies under the operands, and is to stay there
 MESSAGES = {row.text.split("\n")[0]: row.number for row in tables.messages()}
 ALONE = {"READ", "LOAD", "WIPE"}
