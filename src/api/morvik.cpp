@@ -77,10 +77,8 @@ bool openstreams() {
   if (!outputstream) outputstream = stdout;
   if (options.input) inputstream = fopencookie(nullptr, "r", {takeinput, nullptr, nullptr, nullptr});
   if (!inputstream) inputstream = stdin;
-  if ((outputstream != stdout) == (options.output != nullptr) && (inputstream != stdin) == (options.input != nullptr))
-    return true;
-  closestreams();
-  return false;
+  return (outputstream != stdout) == (options.output != nullptr) &&
+         (inputstream != stdin) == (options.input != nullptr);
 }
 
 SourcePlace placenow() {
@@ -380,9 +378,10 @@ morvik_status opensession() {
   echoing = options.echo != 0;
   constraindirectories = options.unconstrained == 0;
   hearreport = hear;
-  if (!openstreams()) return MORVIK_NO_STORAGE;
-  if (startsession(options.processors + 1)) return MORVIK_OK;
-  endsession();
+  if (openstreams()) {
+    if (startsession(options.processors + 1)) return MORVIK_OK;
+    endsession();
+  }
   closestreams();
   return MORVIK_NO_STORAGE;
 }

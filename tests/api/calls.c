@@ -4,6 +4,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 static int faults;
@@ -134,6 +135,14 @@ static void testrun(void) {
   GIVES(MORVIK_OK, run("CLEAR ."));
   GIVES(MORVIK_OK, morvik_height(&height));
   CHECK(height == 0);
+}
+
+/* What long vectors are shared out over is there from the beginning, and random numbers do not begin as in any process. */
+static void testbeginning(void) {
+  GIVES(MORVIK_OK, run("CLEAR 1000000000 ROLL PRINT ."));
+  CHECK(strcmp(written, " 22478\n") != 0); /* the one from 1: 1 + 48271 / (2 ^ 31 - 1) * 10 ^ 9 */
+  GIVES(MORVIK_OK, run("CLEAR 100000 .. 1 + SUM PRINT ."));
+  CHECK(strcmp(written, " 5000150000\n") == 0);
 }
 
 static void testvalues(void) {
@@ -348,6 +357,21 @@ static void testoptions(void) {
   GIVES(MORVIK_OK, morvik_close());
 }
 
+/* A session that cannot begin leaves nothing behind: the next one has its own streams. */
+static void testnostorage(void) {
+  const struct rlimit little = {4 << 20, RLIM_INFINITY};
+  struct rlimit before;
+  morvik_options options = MORVIK_OPTIONS;
+  options.data = &faults;
+  options.output = takeoutput;
+  CHECK(getrlimit(RLIMIT_DATA, &before) == 0 && setrlimit(RLIMIT_DATA, &little) == 0);
+  GIVES(MORVIK_NO_STORAGE, morvik_open(&options));
+  CHECK(setrlimit(RLIMIT_DATA, &before) == 0);
+  GIVES(MORVIK_OK, morvik_open(NULL));
+  GIVES(MORVIK_OK, run(""));
+  GIVES(MORVIK_OK, morvik_close());
+}
+
 /* What nobody reads any more ends no process. */
 static void testbrokenpipe(void) {
   int ends[2], before = dup(1);
@@ -370,9 +394,11 @@ int main(void) {
   for (i = MORVIK_OK; i <= MORVIK_STALE; ++i) CHECK(strcmp(morvik_status_text(i), "no status") != 0);
   CHECK(strcmp(morvik_status_text(-1), "no status") == 0 && strcmp(morvik_status_text(MORVIK_STALE + 1), "no status") == 0);
   setvbuf(stdout, NULL, _IONBF, 0);
+  testnostorage(); /* first, since a session's heap stays for the next one */
   for (i = 0; i < 2; ++i) { /* a session may follow another */
     testclosed();
     testopen();
+    testbeginning();
     testrun();
     testvalues();
     testnames();
