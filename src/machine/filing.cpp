@@ -152,7 +152,6 @@ void runstream(Level &level, std::FILE *stream) {
   Text text;
   opentext(text);
   for (;;) {
-    safepoint();
     const std::int32_t problem = pendingproblem;
     pendingproblem = 0;
     const std::int64_t points = compiletext(level, text, stream, nullptr, SKIPPED);
