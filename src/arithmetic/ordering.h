@@ -41,12 +41,14 @@ inline double latersign(const Complex &x) {
 }
 template <Hyper T>
 [[gnu::cold]] double latersign(const T &x) {
-  double parts[PARTS<T>];
-  for (int i = 0; i < PARTS<T>; ++i) parts[i] = part(x, i);
-  if constexpr (PARTS<T> == PARTS<Quaternion>)
-    return csgnquat(parts);
-  else
-    return csgnocto(parts);
+  return [&]<int... i>(std::integer_sequence<int, i...>) {
+    const double parts[] = {part(x, i)...};
+    if constexpr (PARTS<T> == PARTS<Quaternion>)
+      return csgnquat(parts);
+    else
+      return csgnocto(parts);
+  }
+  (std::make_integer_sequence<int, PARTS<T>>{});
 }
 
 // The sign times the modulus. A real or an integer is compared as it is.
