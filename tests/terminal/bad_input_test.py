@@ -69,6 +69,19 @@ class BadInput(unittest.TestCase):
                     self.assertIn(CLOSED, ended.stdout)
 
     @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")
+    def test_the_largest_shape(self):
+        """As many elements as a count holds are a shape, for which there is no storage here; one more are none."""
+        def limit():
+            resource.setrlimit(resource.RLIMIT_DATA, (64 * MEBIBYTE, 64 * MEBIBYTE))
+
+        for shape, number in ((b"65535 65537", b"27"), (b"4294967295", b"27"), (b"65536 65536", b"1100"),
+                              (b"4294967296", b"1100")):
+            with self.subTest(shape=shape):
+                ended = run(b"5 (%s) RESHAPE .\n" % shape + AFTER, limit)
+                self.assertIn(b"\n%s - " % number, ended.stderr)
+                self.assertIn(CLOSED, ended.stdout)
+
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")
     def test_no_storage_for_a_literal(self):
         def limit():
             resource.setrlimit(resource.RLIMIT_DATA, (64 * MEBIBYTE, 64 * MEBIBYTE))

@@ -193,6 +193,22 @@ TEST(ScannerSources, ManyBytesGivenBack) {
   scandone();
 }
 
+// A token that fills the window to the last byte, or nearly so, is given back whole, and more bytes ahead of it.
+TEST(ScannerSources, BytesGivenBackToAFullWindow) {
+  constexpr std::size_t CAPACITY = 2 * window::LONGEST_RUN;
+  for (std::size_t count = CAPACITY - 4; count <= CAPACITY + 4; ++count) {
+    const std::string number(count, '7'), text = number + " x ";
+    scanfrom(nullptr, text.c_str());
+    ASSERT_EQ(scan(Condition::INITIAL).length, count);
+    for (std::size_t i = 0; i < count; ++i) yyunput('7');
+    for (const int byte : {'6', '5', '4'}) yyunput(byte);
+    const Token token = scan(Condition::INITIAL);
+    EXPECT_EQ(std::string(token.text, token.length), "456" + number) << count;
+    EXPECT_STREQ(scan(Condition::INITIAL).text, "x") << count;
+    scandone();
+  }
+}
+
 TEST(ScannerSources, AnInterruptedReadIsTakenUpAgain) {
   struct sigaction action = {}, before;
   action.sa_handler = [](int) {};  // without SA_RESTART: read gives EINTR
