@@ -2,6 +2,7 @@
 #
 #   make run      builds and starts the prompt, or runs what is piped in (ARGS="-q" passes options on)
 #   make prompt   builds and starts the prompt with history, completion and help (ARGS="--vi -- -c4" passes options on)
+#   make docs     builds the pages as a site, build/site/index.html
 #   make install  puts all of it below PREFIX (/usr/local), DESTDIR ahead of that; make uninstall takes it away again
 #   make test     every test; test-debug, test-loop, test-asan, test-tsan, test-checking: the same in those builds
 #                 (TESTS="REGEX" chooses by name)
@@ -27,7 +28,7 @@ JOBS ?= $(shell nproc)
 export JOBS
 
 .DEFAULT_GOAL := build
-.PHONY: build run prompt install uninstall test bless bless-lists lint format fuzz campaign bench mutate clean
+.PHONY: build run prompt docs install uninstall test bless bless-lists lint format fuzz campaign bench mutate clean
 
 build:
 	@tools/need build
@@ -43,6 +44,10 @@ prompt:
 	@tools/need build prompt
 	@tools/build -q release programs
 	@exec tools/python prompt_toolkit pygments -- python/morvik-prompt --interpreter build/morvik $(ARGS)
+
+docs:
+	@tools/need docs
+	@tools/python mkdocs pygments -- -B web/build build/site
 
 install:
 	@tools/need build
