@@ -5,7 +5,7 @@ set(MORVIK_ZSH_FOLDER ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING "
 set(shared ${CMAKE_INSTALL_DATADIR}/morvik)
 set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/morvik)
 
-install(TARGETS morvik morvik-run morvik-check)
+install(TARGETS morvik morvik-confined morvik-run morvik-check)
 install(DIRECTORY lib/ DESTINATION ${shared}/lib FILES_MATCHING PATTERN "*.morvik")
 
 # The prompt and the filter of signs stand beside their modules, and links lead to them.
