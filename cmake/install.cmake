@@ -41,7 +41,7 @@ if(Python3_FOUND AND NOT CMAKE_CROSSCOMPILING)
        python/morvik/options.py python/morvik/signs.py)
   add_custom_command(OUTPUT ${pages}/made COMMAND ${Python3_EXECUTABLE} -B packaging/generate ${pages} ${CMAKE_BINARY_DIR}
                      COMMAND ${CMAKE_COMMAND} -E touch ${pages}/made WORKING_DIRECTORY ${CMAKE_SOURCE_DIR}
-                     DEPENDS morvik morvik-run morvik-check ${makers} CMakeLists.txt VERBATIM)
+                     DEPENDS morvik morvik-confined morvik-run morvik-check ${makers} CMakeLists.txt VERBATIM)
   file(GLOB_RECURSE extension CONFIGURE_DEPENDS editors/vscode/*)
   add_custom_command(OUTPUT morvik.vsix COMMAND ${Python3_EXECUTABLE} -B editors/package ${CMAKE_BINARY_DIR}/morvik.vsix
                      WORKING_DIRECTORY ${CMAKE_SOURCE_DIR} DEPENDS editors/package ${extension} CMakeLists.txt VERBATIM)
