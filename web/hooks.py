@@ -10,7 +10,8 @@ import lexers  # noqa: E402  pylint: disable=wrong-import-position
 
 # What is named comes first, in this order; any other page is found by itself and stands at the end of its group.
 GROUPS = [("Begin", "README.md", "docs/language.md", "docs/recipes.md", "docs/traps.md"),
-          ("Look up", "docs/words.md", "docs/messages.md", "docs/library.md", "docs/numbers.md", "docs/arrays.md", "docs/files.md"),
+          ("Look up", "docs/words.md", "docs/messages.md", "docs/library.md", "docs/numbers.md", "docs/arrays.md",
+            "docs/files.md", "docs/limits.md"),
           ("Use", "docs/prompt.md", "docs/scripts.md", "docs/measuring.md", "docs/embedding.md", "editors/README.md",
            "packaging/README.md"),
           ("Know", "docs/behaviour.md", "docs/reliability.md", "docs/performance.md", "CHANGELOG.md", "SECURITY.md"),

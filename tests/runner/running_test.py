@@ -1,16 +1,13 @@
 #!/usr/bin/env python3
 """morvik-run: what a script writes, reads and leaves, and its status:  running_test.py BINARY"""
 import os
-import pathlib
 import re
 import signal
 import subprocess
 import time
 import unittest
 
-from scripts import BINARY, LIMIT, Scripts
-
-TOOLS = pathlib.Path(__file__).resolve().parents[2] / "tools"
+from scripts import BINARY, LIMIT, Scripts, version
 
 
 class Running(Scripts):
@@ -334,9 +331,8 @@ class Help(Scripts):
         for option in ("--library", "--keep-going", "--echo", "--check", "--processors", "--unconstrained", "--confine",
                        "--profile", "--help", "--version", "MORVIK_PATH", "ARGUMENTS", "130"):
             self.assertIn(option, output)
-        version = subprocess.run([TOOLS / "version"], capture_output=True, text=True, check=True).stdout
         for option in ("--version", "-v"):
-            self.assertEqual(self.run_words(option), (0, "morvik-run " + version, ""))
+            self.assertEqual(self.run_words(option), (0, "morvik-run " + version(), ""))
 
 
 class Libraries(Scripts):

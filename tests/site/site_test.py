@@ -145,12 +145,12 @@ class Site(unittest.TestCase):
             self.assertNotIn("```", "".join(page.texts), path)
 
     def test_code_is_coloured_by_the_own_grammar(self):
-        page = (self.site / "index.html").read_text(encoding="utf-8")
-        # From the first session: the prompt, what is typed with its tokens, what is shown.
-        self.assertIn('<span class="gp">Morvik [1]&gt; </span><span class="k">:</span> <span class="m">1</span> <span class="o">+</span> '
-                      '<span class="k">;</span> <span class="nl">@inc</span> <span class="o">SET</span> <span class="nv">inc</span> '
-                      '<span class="o">!</span> <span class="k">.</span>', page)
-        self.assertIn('<span class="go"> 4 7 10</span>', page)
+        session, script = ((self.site / name).read_text(encoding="utf-8") for name in ("docs/language.html", "index.html"))
+        # A session: the prompt, what is typed with its tokens, what is shown. A script: all of it.
+        self.assertIn('<span class="gp">Morvik [0]&gt; </span><span class="m">1</span> <span class="m">2</span> <span class="m">3</span> '
+                      '<span class="o">SWAP</span> <span class="k">.</span>', session)
+        self.assertIn('<span class="go"> 1 -2 2.5 1000</span>', session)
+        self.assertIn('<span class="nl">@pay</span> <span class="o">SET</span>', script)
         style = (self.site / "style.css").read_text(encoding="utf-8")
         plain = {"p", "w", "nv", "n", "nn", "mh", ""}  # these look as text does
         found = set().union(*(page.classes for path, page in self.pages.items() if path.parent.name == "docs"))
@@ -185,10 +185,10 @@ class Site(unittest.TestCase):
         return [[entry["location"] for entry in some] for some in json.loads(done.stdout)]
 
     def test_the_search_finds(self):
-        word, name, sign, words, nothing = self.found("sqrt", "@inc", "CATENATE", "first session", "zzyzx")
+        word, name, sign, words, nothing = self.found("sqrt", "@inc", "CATENATE", "writing values", "zzyzx")
         self.assertTrue(word[0].startswith("docs/words.html#row-"), word)
         self.assertTrue(sign[0].startswith("docs/words.html#row-"), sign)
-        self.assertIn("index.html#a-first-session", words)
+        self.assertIn("docs/language.html#writing-values", words)
         self.assertTrue(name)
         self.assertEqual(nothing, [])
 
