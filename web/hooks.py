@@ -9,7 +9,8 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 import lexers  # noqa: E402  pylint: disable=wrong-import-position
 
 # What is named comes first, in this order; any other page is found by itself and stands at the end of its group.
-GROUPS = [("Begin", "README.md", "docs/language.md", "docs/recipes.md", "docs/traps.md"),
+GROUPS = [("Begin", "README.md", "docs/language.md", "docs/recipes.md", "docs/traps.md", "docs/traps-values.md",
+           "docs/traps-words.md", "docs/traps-texts.md", "docs/traps-functions.md"),
           ("Look up", "docs/words.md", "docs/messages.md", "docs/library.md", "docs/numbers.md", "docs/arrays.md",
             "docs/files.md", "docs/limits.md"),
           ("Use", "docs/prompt.md", "docs/scripts.md", "docs/measuring.md", "docs/embedding.md", "editors/README.md",
@@ -20,11 +21,13 @@ REST = "Look up"
 SHOWN = (".c", ".cpp", ".morvik")  # sources that pages link to: pages of their own, which are in no list
 FENCE = re.compile(r"^```(morvik|script|shell)\b.*$", re.M)
 LANGUAGES = {"morvik": "morvik-session", "script": "morvik", "shell": "console"}
+SPELLED = re.compile(r'<h3 id="([^"]*)">[^\n]*</h3>\n<p>((?:<code>[^<]*</code>(?: |&nbsp;)*)+)</p>')
 ROW = re.compile(r"<tr>\n<td>((?:<code>.*?</code>[ ,;]*)+)</td>(.*?)</tr>", re.S)
 
 
 built = {}  # pages by their places in the site
 rows = []  # of their tables, to be searched for
+spellings = {}  # by place: what else a heading is called, as the line of code below it says
 
 
 def slug(text, separator):
@@ -63,7 +66,8 @@ def entry(location, title, text, page):
 
 
 def on_page_content(text, page, **_):
-    """Rows of a table that begin with code can be led to, and searched for."""
+    """Rows of a table that begin with code can be led to, and searched for; so can words by any spelling."""
+    spellings.update({page.url + "#" + match.group(1): plain(match.group(2)) for match in SPELLED.finditer(text)})
     taken = set(re.findall(r'id="([^"]*)"', text))
     built[page.url] = page
 
@@ -79,12 +83,16 @@ def on_page_content(text, page, **_):
     return ROW.sub(anchored, text)
 
 
+def spelled(title, location):
+    return " ".join(dict.fromkeys([title, *spellings.get(location, "").split()]))
+
+
 def on_post_build(config):
     """The index as a script: a page from a file may run one, but fetch nothing."""
     site = pathlib.Path(config["site_dir"])
     entries = json.loads((site / "search" / "search_index.json").read_text(encoding="utf-8"))["docs"]
-    sections = [entry(one["location"], html.unescape(one["title"]), html.unescape(one["text"]), built[one["location"].split("#")[0]])
-                for one in entries if "#" in one["location"]]
+    sections = [entry(one["location"], spelled(html.unescape(one["title"]), one["location"]), html.unescape(one["text"]),
+                      built[one["location"].split("#")[0]]) for one in entries if "#" in one["location"]]
     (site / "search" / "index.js").write_text("searchIndex = %s;\n" % json.dumps(sections + rows, ensure_ascii=False), encoding="utf-8")
     # What would ask for the index over a network, and what needs to know where the site is.
     for path in [*(site / "search").iterdir(), *site.glob("sitemap.xml*")]:
