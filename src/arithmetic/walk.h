@@ -3,6 +3,8 @@
 // works, in whatever order the kinds come.
 #pragma once
 
+#include <cassert>
+
 #include "arithmetic/frame.h"
 #include "arithmetic/tags.h"
 #include "failure/exception.h"
@@ -40,6 +42,7 @@ Batch<Family> groupbykind(const Family &family, const Run &run, std::size_t size
   Batch<Family> batch;
   batch.ready = size;
   for (PlaceMask rest = firstplacemask(size); rest != 0;) {
+    assert(batch.found < Family::KINDS);  // the place that was asked for is in its mask, so that no kind is found twice
     KindMask &kindmask = batch.kindmasks[batch.found++] = kindmaskat(lowestplace(rest));
     kindmask.places &= rest;
     batch.ready = std::min(batch.ready, firstunready(kindmask, family.loops, run));

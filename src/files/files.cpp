@@ -86,11 +86,8 @@ bool staysinside(const char *name) {
     const char *slash = std::strrchr(name, '/');
     const std::size_t length = slash ? static_cast<std::size_t>(slash - name) + 1 : 0;
     if (lstat(name, &status) == 0 || length >= sizeof real) return false;
-    char folder[PATH_MAX] = ".";
-    if (length > 0) {
-      std::memcpy(folder, name, length);
-      folder[length] = 0;
-    }
+    char folder[PATH_MAX] = ".";  // zeros behind
+    std::memcpy(folder, name, length);
     if (!realpath(folder, real)) return false;
   }
   const std::size_t length = std::strlen(confinement);

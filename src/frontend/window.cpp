@@ -2,6 +2,7 @@
 // back when the bytes left over fit the first one again.
 #include "frontend/window.h"
 
+#include <cassert>
 #include <cerrno>
 #include <cstring>
 
@@ -311,6 +312,7 @@ void yyunput(int byte) {
     else
       window::movewindow(windowstate.bytes, windowstate.capacity, unfilled);
   }
+  assert(windowstate.token > 0);
   windowstate.bytes[--windowstate.token] = static_cast<char>(byte);
 }
 

@@ -332,13 +332,13 @@ char *elementname(const char *text) {
     return found->name;
   }
   char *name = stringdup(text);
-  auto *made = static_cast<Interned *>(std::malloc(sizeof(Interned)));
+  auto *made = static_cast<Interned *>(tryblock(sizeof(Interned)));
   if (!made) {
     freeblock(name);
     outofstorage();
   }
-  *refer(name) = PERMANENT;
-  countlive(-1);
+  *refer(name) = *refer(made) = PERMANENT;
+  countlive(-2);
   *made = {interned, name};
   interned = made;
   return name;

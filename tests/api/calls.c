@@ -213,6 +213,10 @@ static void testvalues(void) {
   GIVES(MORVIK_OK, morvik_push_nested(0));
   GIVES(MORVIK_OK, run("SHAPE PRINT ."));
   CHECK(strcmp(written, " 0\n\n") == 0);
+  GIVES(MORVIK_OK, run("CLEAR 1 2.5 ."));
+  GIVES(MORVIK_OK, morvik_push_nested(2));
+  GIVES(MORVIK_OK, run("DEPTH PRINT .")); /* plain numbers have no depth of their own */
+  CHECK(strcmp(written, " 1\n") == 0);
 
   GIVES(MORVIK_OK, run("CLEAR (1.5 2 3i4 'a' (1 2)) ."));
   GIVES(MORVIK_OK, morvik_look(0, &value));

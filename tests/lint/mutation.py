@@ -12,6 +12,7 @@ import unittest
 sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "mutation"))
 import changes  # noqa: E402
 import mutate  # noqa: E402
+import schemata  # noqa: E402
 from trial import BROKEN, KILLED, SURVIVED, TIMEOUT, Step, Workshop  # noqa: E402
 
 TOY = """// Counts down and tells the larger of two.
@@ -24,6 +25,7 @@ int main() {
   return larger(1, 3) - larger(3, 2) + left;
 }
 """
+TOY_PATH = pathlib.Path("src/toy.cpp")
 CERTAIN, UNSEEN = (">", "<="), (">", ">=")
 
 
@@ -31,29 +33,42 @@ def found(text):
     return {(change.kind, change.before, change.after) for some in changes.changesof(text)[1].values() for change in some}
 
 
-def planted(place, before, after):
+def planted(place, before, after, kind="comparison"):
     """A change of the first such text behind a place."""
     start = TOY.index(before, TOY.index(place))
-    return changes.Change("planted", TOY.count("\n", 0, start) + 1, start, before, after)
+    return changes.Change(kind, TOY.count("\n", 0, start) + 1, start, before, after)
 
 
 class Toy:
     """Builds the one source of a toy tree; its only test is to run it."""
     tried = 0
 
-    def __init__(self, workshop):
-        self.workshop = workshop
+    def __init__(self, workshop, skip=()):
+        self.workshop, self.skip = workshop, skip
+        self.header, self.binary = workshop.folder / "planted.h", workshop.build / "toy"
 
-    @staticmethod
-    def ready():
+    def support(self):
+        return schemata.support(self.header)
+
+    def build(self):
+        sources = [self.workshop.tree / name for name in ("src/toy.cpp", "src/spaces/planted.cpp")]
+        return Step("build", ("c++", "-w", "-include", self.header, "-o", self.binary, *sources), builds=True)
+
+    def ready(self, planted, bring):
+        return planted.settle(lambda: self.workshop.perform(self.build()), bring)
+
+    def measure(self):
         return ""
 
-    measure = ready
+    def binaries(self):
+        return [self.binary]
+
+    def chosensteps(self, path):
+        return self.steps(path)
 
     def steps(self, path):
         Toy.tried += 1
-        binary = self.workshop.folder / "toy"
-        return [Step("build", ("c++", "-o", binary, self.workshop.tree / path), builds=True), Step("toy", (binary,), 1)]
+        return [self.build(), Step("toy", (self.binary,), 1)]
 
 
 class Changes(unittest.TestCase):
@@ -105,12 +120,18 @@ class Trials(unittest.TestCase):
     def tearDown(self):
         self.scratch.cleanup()
 
+    def prepared(self, planted=None):
+        """A workshop with the toy in it, and with a list of changes side by side."""
+        toy = Toy(Workshop(self.root / "workshop"))
+        side = schemata.Schemata({TOY_PATH: TOY}, [(TOY_PATH, change) for change in planted or []])
+        names = mutate.trackednames(self.root)
+        self.assertEqual(toy.ready(side, lambda: toy.workshop.bring(self.root, names, {**side.planted(), **toy.support()})), "")
+        return toy, side
+
     def trial(self, change):
-        workshop = Workshop(self.root / "workshop")
-        workshop.bring(self.root, mutate.trackednames(self.root))
-        path = pathlib.Path("src/toy.cpp")
-        result = workshop.trial(path, change, Toy(workshop).steps(path))
-        self.assertEqual((workshop.tree / path).read_text(), TOY)
+        toy, _ = self.prepared()
+        result = toy.workshop.trial(TOY_PATH, change.apply(TOY), toy.steps(TOY_PATH))
+        self.assertEqual((toy.workshop.tree / TOY_PATH).read_text(), TOY)
         return result["verdict"]
 
     def run_all(self, *arguments):
@@ -128,6 +149,27 @@ class Trials(unittest.TestCase):
         self.assertEqual(self.trial(planted("a > b", *UNSEEN)), SURVIVED)
         self.assertEqual(self.trial(planted("a > b", "b", "c")), BROKEN)
         self.assertEqual(self.trial(planted("while", "--left", "")), TIMEOUT)
+
+    def test_side_by_side_they_do_what_they_do_alone(self):
+        found = [change for some in changes.changesof(TOY)[1].values() for change in some]
+        apart = [change for i, change in enumerate(found) if all(change.line != other.line for other in found[:i])]
+        toy, side = self.prepared(apart)
+        for change in apart:
+            number = side.number(TOY_PATH, change)
+            self.assertTrue(number, change)
+            verdict = toy.workshop.chosen(number, toy.binaries(), toy.steps(TOY_PATH))["verdict"]
+            alone = toy.workshop.trial(TOY_PATH, change.apply(TOY), toy.steps(TOY_PATH))["verdict"]
+            self.assertEqual(verdict, alone, change)
+            toy.workshop.perform(toy.build())
+        self.assertEqual(toy.workshop.attempt([Step("toy", (toy.binary,), 1)])[0], SURVIVED, "none is chosen any more")
+
+    def test_what_only_a_compiler_reads_stays_out(self):
+        start, step = planted("int left", "3", "4", "constant"), planted("while", "--left", "", "statement")
+        _, side = self.prepared([start, step])
+        self.assertEqual([bool(side.number(TOY_PATH, change)) for change in (start, step)], [True, True])
+        self.assertTrue(side.blame("/x/src/toy.cpp:6:7: error: no constant\n/x/src/toy.cpp:7:3: warning: odd\n"))
+        self.assertEqual([bool(side.number(TOY_PATH, change)) for change in (start, step)], [False, True])
+        self.assertFalse(side.blame("/x/src/other.cpp:6:7: error: no constant\n"))
 
     def test_a_run_is_reported_and_gone_on_with(self):
         first, tried = self.run_all("--sample", "2")

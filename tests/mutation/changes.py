@@ -293,3 +293,15 @@ def changesof(text):
             for change in rule(source, i):
                 found.setdefault(change.line, []).append(change)
     return source.lines(), found
+
+
+def tablechangesof(text):
+    """The changes to a table's rows: a number by one, or a text by a letter."""
+    source, found = Source(text), {}
+    for i, token in enumerate(source.tokens):
+        changes = list(constants(source, i))
+        if token.kind == "string" and token.text.startswith('"'):
+            changes = [source.change("text", i, i, token.text[:-1] + '~"')]
+        for change in changes:
+            found.setdefault(change.line, []).append(change)
+    return found

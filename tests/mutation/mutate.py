@@ -19,12 +19,15 @@ import sys
 import threading
 
 import changes
+from schemata import Schemata
 from suite import Suite
 from trial import BROKEN, KILLED, SURVIVED, TIMEOUT, Workshop
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 EQUIVALENT = "equivalent"
 SUFFIXES = (".cpp", ".h", ".def")
+LEAST_SHARE = 1 / 60  # of the changes, for a folder's sources of one kind, however few its lines
+SPARE = 1.3  # so many more are planted together than the sample asks for, since some do not compile
 
 
 # ---- What is changed.
@@ -35,21 +38,29 @@ def trackednames(root):
     return {name for name in listed.decode().split("\0") if name and (root / name).is_file()}
 
 
+def stratum(path):
+    """What gets its share of the changes: the sources of a folder by their kind; the quick loop by itself."""
+    return path.parent, path.suffix, path.stem.startswith(("quick", "decode"))
+
+
 def draw(texts, seed):
-    """The changes in the order in which they are tried: lines at random, so that a file has its share by its lines of
-    code, and for each line one kind of change and one change of that kind."""
-    places = []
+    """The changes in the order in which they are tried. Each stratum has a share of any first part of them, by its lines
+    of code; within it lines are drawn at random, and for each one kind of change and one change of that kind."""
+    strata, generator = {}, random.Random(seed)
     for path in sorted(texts):
         lines, found = changes.changesof(texts[path])
         if path.suffix == ".def":  # rows of macros, where an exchange never compiles
-            found = {line: [c for c in some if c.kind == "constant"] for line, some in found.items()}
-        places += [(path, line, found.get(line, [])) for line in sorted(lines)]
-    random.Random(seed).shuffle(places)
-    for path, line, found in places:
-        if found:
-            generator = random.Random("%d %s %d" % (seed, path, line))
-            kind = generator.choice(sorted({change.kind for change in found}))
-            yield path, generator.choice([change for change in found if change.kind == kind])
+            found = changes.tablechangesof(texts[path])
+        strata.setdefault(stratum(path), []).extend((path, line, found.get(line, [])) for line in sorted(lines))
+    whole, order = sum(map(len, strata.values())), []
+    for _, places in sorted(strata.items()):
+        generator.shuffle(places)
+        first, share = generator.random(), max(len(places), LEAST_SHARE * whole)
+        order += [((i + first) / share, place) for i, place in enumerate(place for place in places if place[2])]
+    for _, (path, line, found) in sorted(order, key=lambda entry: (entry[0], entry[1][:2])):
+        generator = random.Random("%d %s %d" % (seed, path, line))
+        kind = generator.choice(sorted({change.kind for change in found}))
+        yield path, generator.choice([change for change in found if change.kind == kind])
 
 
 def readequivalents(text):
@@ -144,15 +155,15 @@ def report(texts, drawn, results, sample, equivalents, out):
 # ---- Trying.
 
 class Queue:
-    """The changes still to be tried, for several workers: until as many count as the sample asks for."""
+    """The changes still to be tried, for several workers: until as many count as the sample asks for. What is in a build
+    with others comes first, then what needs one of its own."""
 
-    def __init__(self, drawn, results, sample, again):
+    def __init__(self, drawn, results, sample, again, number):
         self.results, self.again = results, again
         self.missing = len(drawn) if again else sample - sum(counts(results.verdict(*place)) for place in drawn)
         wanted = SURVIVED if again else None
         places = [place for place in drawn if results.verdict(*place) == wanted]
-        # What many sources include takes long to build: last among those that are surely tried.
-        sure = sorted(places[:self.missing], key=lambda place: place[0].suffix != ".cpp")
+        sure = sorted(places[:self.missing], key=lambda place: (not number(*place), place[0].suffix != ".cpp"))
         self.places = iter(sure + places[self.missing:])
         self.changed, self.running = threading.Condition(), 0
 
@@ -182,28 +193,43 @@ def shortened(text, most=50):
     return text if len(text) <= most else text[:most - 3] + "..."
 
 
-def work(queue, suite, texts, equivalents, skip):
+def work(queue, suite, texts, equivalents, schemata):
     while (place := queue.take()) is not None:
         path, change = place
         if isequivalent(equivalents, path, texts[path], change):
             queue.give(path, change, {"verdict": EQUIVALENT, "by": "", "seconds": 0})
+        elif schemata.isbroken(path, change):
+            queue.give(path, change, {"verdict": BROKEN, "by": "", "seconds": 0})
+        elif number := schemata.number(path, change):
+            result = suite.workshop.chosen(number, suite.binaries(), suite.chosensteps(path))
+            queue.give(path, change, {**result, "way": "chosen"})
         else:
-            steps = [step for step in suite.steps(path) if not step.name.startswith(skip)]
-            queue.give(path, change, suite.workshop.trial(path, change, steps))
+            result = suite.workshop.trial(path, change.apply(texts[path]), suite.steps(path))
+            queue.give(path, change, {**result, "way": "built"})
 
 
-def prepare(root, folders, names, kind):
-    """A suite for each folder, with a copy of the tree in it. The first one runs it without a change, and the others
-    go by its times. Ends the process where something fails without a change."""
-    suites, fingerprint = [], fingerprintof(root, {name for name in names if not name.startswith("tests/mutation/")})
+def prepare(root, folders, names, schemata, skip, kind):
+    """A suite for each folder, with a copy of the tree in it that holds many changes, none of them chosen. The first one
+    runs it so, and the others go by its times. Ends the process where something fails."""
+    suites = []
+    fingerprint = fingerprintof(root, {name for name in names if not name.startswith("tests/mutation/")})
     for folder in folders:
-        suite = kind(Workshop(folder))
-        suite.workshop.bring(root, names)
-        stamp = suite.workshop.folder / "unchanged"
-        if not stamp.exists() or stamp.read_text() != fingerprint:
-            complaint = suite.ready() or (suite.learn(suites[0].seconds) if suites else suite.measure())
+        suite = kind(Workshop(folder), skip)
+        stamp, alone = suite.workshop.folder / "unchanged", suite.workshop.folder / "alone.json"
+        about = [fingerprint, sorted(map(str, schemata.numbers))]
+        known = json.loads(alone.read_text()) if alone.exists() else {}
+        if known.get("about") == about:
+            schemata.alone |= set(known["alone"])
+
+        def bring(suite=suite):
+            suite.workshop.bring(root, names, {**schemata.planted(), **suite.support()})
+        bring()
+        if not stamp.exists() or known.get("about") != about:
+            complaint = suite.ready(schemata, bring)
+            complaint = complaint or (suite.learn(suites[0].seconds) if suites else suite.measure())
             if complaint:
                 sys.exit("Without a change there fails " + complaint)
+            alone.write_text(json.dumps({"about": about, "alone": sorted(schemata.alone)}))
             stamp.write_text(fingerprint)
         suites.append(suite)
     return suites
@@ -240,9 +266,11 @@ def run(root, arguments, kind=Suite, out=sys.stdout):
     results = Results(place / ("results-%d.jsonl" % options.seed), about)
     equivalents = readequivalents((root / "tests" / "mutation" / "equivalent.txt").read_text())
     if not options.report:
-        suites = prepare(root, [place / str(number) for number in range(options.jobs)], names, kind)
-        queue = Queue(drawn, results, options.sample, options.again)
-        workers = [threading.Thread(target=work, args=(queue, suite, texts, equivalents, options.skip)) for suite in suites]
+        schemata = Schemata(texts, drawn[:round(SPARE * options.sample)])
+        suites = prepare(root, [place / str(number) for number in range(options.jobs)], names, schemata, options.skip, kind)
+        queue = Queue(drawn, results, options.sample, options.again, schemata.number)
+        workers = [threading.Thread(target=work, args=(queue, suite, texts, equivalents, schemata))
+                   for suite in suites]
         for worker in workers:
             worker.start()
         for worker in workers:

@@ -6,35 +6,41 @@ import re
 import shutil
 import sys
 
+from schemata import support
 from trial import Step
 
 CASES = re.compile(r"^(?:TYPED_)?TEST(?:_F|_P)?\((\w+),", re.M)
 SPARE_SECONDS, SLOWER = 10, 4  # a step may take so many times the seconds of the unchanged tree, and so much more
 QUICK_SECONDS = 0.15  # of a unit test case
 BUILD_SECONDS = 1200
-JOINING_ROUNDS = 8
-SOURCE = re.compile(r"(/\S*/src/\S+\.cpp):\d+")
+PROGRAMS = ("morvik", "morvik-run", "morvik-check", "unit_tests")
 RUNNER = ("env", "GTEST_FAIL_FAST=1")
 PYTHON = (sys.executable, "-B")
 
 
 class Suite:
-    """The steps for a workshop. `seconds` says what each step, and each unit test case, takes in the unchanged tree."""
+    """The steps for a workshop, but for those whose names begin as in `skip`. `seconds` says what each step, and each unit
+    test case, takes in the unchanged tree."""
 
-    def __init__(self, workshop):
-        self.workshop = workshop
+    def __init__(self, workshop, skip=()):
+        self.workshop, self.skip = workshop, skip
         self.tests = workshop.tree / "tests"
         self.binary = workshop.build / "morvik"
+        self.runner = workshop.build / "morvik-run"
+        self.calls = workshop.build / "calls"
         self.checkingbuild = workshop.build / "checking"
-        self.wholebuild = workshop.build / "whole"
+        self.header = workshop.folder / "planted.h"
         self.record = workshop.folder / "seconds.json"
         self.seconds = json.loads(self.record.read_text()) if self.record.exists() else {}
 
     def configure(self, build, *more):
         """The step that prepares a build: no debug information, no warnings, and the quickest tools there are."""
-        options = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-w", "-DCMAKE_CXX_FLAGS_DEBUG=-O1"]
+        options = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O1"]
+        flags = "-w -include %s" % self.header
         if shutil.which("clang++"):
-            options += ["-DCMAKE_CXX_COMPILER=clang++", "-DCMAKE_CXX_FLAGS_DEBUG=-O0"]
+            options.append("-DCMAKE_CXX_COMPILER=clang++")
+            flags += " -ferror-limit=0 -Wno-invalid-constexpr"
+        options.append("-DCMAKE_CXX_FLAGS=" + flags)
         if shutil.which("ccache"):
             options.append("-DCMAKE_CXX_COMPILER_LAUNCHER=ccache")
         if shutil.which("ld.lld"):
@@ -43,12 +49,21 @@ class Suite:
             options += ["-G", "Ninja"]
         return Step("configure", ("cmake", "-S", self.workshop.tree, "-B", build, *options, *more), builds=True)
 
-    def make(self, *targets):
-        return self.makein(self.workshop.build, "build", *targets)
+    def make(self, *targets, **more):
+        return self.makein(self.workshop.build, "build", *targets, **more)
 
-    def makein(self, build, name, *targets):
-        return Step(name, ("cmake", "--build", build, "-j", os.environ.get("BUILD_JOBS", "2"), "--target", *targets),
+    def makein(self, build, name, *targets, keep=False):
+        """The step that builds targets; `keep`: goes on after an error."""
+        further = ("--", "-k", *(["0"] if shutil.which("ninja") else [])) if keep else ()
+        return Step(name, ("cmake", "--build", build, "-j", os.environ.get("BUILD_JOBS", "2"), "--target", *targets, *further),
                     BUILD_SECONDS, builds=True)
+
+    def makeapi(self):
+        """Links the calls of the library's header with the same objects as the other programs."""
+        script = 'cc -D_DEFAULT_SOURCE -DVERSION="\\"$("$1/tools/version")\\"" -I "$1/src/api" "$1/tests/api/calls.c" -o "$2" "$3" ' \
+                 '-lstdc++ -lm -pthread'
+        return Step("build", ("sh", "-c", script, "sh", self.workshop.tree, self.calls, self.workshop.build / "libmorvik_core.a"),
+                    builds=True)
 
     def limit(self, names):
         return round(SPARE_SECONDS + SLOWER * sum(self.seconds.get(name, 0) for name in names))
@@ -96,6 +111,16 @@ class Suite:
     def texts(self, binary, path=None):
         return [self.lines("lines", binary), self.transcripts("transcripts", binary, path)]
 
+    def programs(self):
+        """The other programs, the libraries in the language, and what only their callers see."""
+        for script in sorted((self.tests / "runner").glob("*_test.py")):
+            yield self.test("runner." + script.stem, (*PYTHON, script, self.runner, "-f"), blocks="unlimited")
+        yield self.test("library", (*PYTHON, self.tests / "lines" / "run.py", "--timeout", "150", self.binary,
+                                    *sorted((self.tests / "library").glob("*.lines"))))
+        yield self.test("scripts", (*PYTHON, self.tests / "examples" / "scripts_test.py", self.binary, self.runner))
+        yield self.test("quick", (*PYTHON, self.tests / "quick" / "differential_test.py", self.binary))
+        yield self.test("api", (self.calls,))
+
     def checking(self):
         """What the checking build sees: blocks that are lost, or used after their end, and allocations that fail."""
         binary = self.checkingbuild / "morvik"
@@ -117,19 +142,37 @@ class Suite:
 
     def lints(self):
         return [self.test("lint.%s" % name, (*PYTHON, self.tests / "lint" / (name + ".py")))
-                for name in ("completeness", "words")]
+                for name in ("completeness", "words", "messages")]
 
     def steps(self, path):
         """The steps for a change of a source. What many sources include is tried as far as possible before the unit
-        tests are compiled anew."""
+        tests are compiled anew; not so a table, most of whose rows come to the same code in most of them."""
         near, others = self.unitsteps(path)
-        if path.suffix == ".cpp":
-            order = [self.make("morvik", "unit_tests"), *near, *self.texts(self.binary, path), *others]
+        programs = sorted(self.programs(), key=lambda step: step.name.split(".")[0] != path.parent.name)
+        if path.suffix != ".h":
+            order = [self.make(*PROGRAMS), *near, *self.texts(self.binary, path)]
         else:
-            order = [self.makein(self.wholebuild, "build", "morvik"), *self.texts(self.wholebuild / "morvik", path),
-                     self.make("morvik", "unit_tests"), *near, *others]
+            order = [self.make("morvik"), *self.texts(self.binary, path), self.make(*PROGRAMS), *near]
+        order += [self.makeapi(), *programs, *others]
         checking = [self.makein(self.checkingbuild, "checking.build", "morvik"), *self.checking()]
-        return [*order, *(self.lints() if path.suffix == ".def" else []), *checking, *self.rest()]
+        return self.left([*order, *(self.lints() if path.suffix == ".def" else []), *checking, *self.rest()])
+
+    def chosensteps(self, path):
+        """The steps for a change that is in the build already."""
+        near, others = self.unitsteps(path)
+        programs = sorted(self.programs(), key=lambda step: step.name.split(".")[0] != path.parent.name)
+        first = [step for step in programs if step.name.split(".")[0] == path.parent.name]
+        return self.left([*near, *first, *self.texts(self.binary, path), *programs[len(first):], *others, *self.checking(),
+                          *self.rest()])
+
+    def left(self, steps):
+        """The steps that are not to be skipped."""
+        return [step for step in steps if not step.name.startswith(self.skip)]
+
+    def binaries(self):
+        build = self.workshop.build
+        return [self.binary, self.runner, build / "morvik-check", self.calls, build / "tests" / "unit_tests",
+                *([] if "checking" in self.skip else [self.checkingbuild / "morvik"])]
 
     def perform(self, steps):
         """Runs steps with time to spare. Returns the seconds of each, and a complaint where one fails."""
@@ -141,41 +184,37 @@ class Suite:
                 return seconds, "%s:\n%s" % (step.name, outcome.output[-3000:])
         return seconds, ""
 
-    def ready(self):
-        """Builds the tree without a change. Returns a complaint."""
-        build, checking = self.workshop.build, self.checkingbuild
-        return self.perform([self.configure(build), self.configure(checking, "-DMORVIK_CHECKING=ON"),
-                             self.make("morvik", "unit_tests"),
-                             self.makein(checking, "checking.build", "morvik")])[1] or self.joinsources()
+    def support(self):
+        return support(self.header)
 
-    def joinsources(self):
-        """Builds morvik from two units that hold nearly all sources, which are soon compiled anew after a change of a
-        header. Sources whose names collide stay alone: the compiler tells which. Returns a complaint."""
-        rules = self.workshop.folder / "whole.cmake"
-        half = len(list((self.workshop.tree / "src").rglob("*.cpp"))) // 2 + 1
-        configure = self.configure(self.wholebuild, "-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_UNITY_BUILD_BATCH_SIZE=%d" % half,
-                                   "-DCMAKE_PROJECT_Morvik_INCLUDE=%s" % rules, "-DCMAKE_CXX_FLAGS=-w -ferror-limit=0")
-        alone = {line.split()[1] for line in rules.read_text().splitlines()} if rules.exists() else set()
-        for _ in range(JOINING_ROUNDS):
-            rules.write_text("".join("set_source_files_properties( %s PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)\n" % path
-                                     for path in sorted(alone)))
-            for step in (configure, self.makein(self.wholebuild, "build", "morvik")):
-                outcome = self.workshop.perform(step)
-            if outcome.passed:
-                return ""
-            blamed = blamedsources(outcome.output) - alone
-            if not blamed:
-                break
-            alone |= blamed
-        return "the joined sources:\n" + outcome.output[-3000:]
+    def checkheaders(self):
+        """The step that only asks whether the headers compile, all in one: what does not, fails everywhere."""
+        together, sources = self.workshop.folder / "headers.cpp", self.workshop.tree / "src"
+        together.write_text("".join('#include "%s"\n' % path.relative_to(sources) for path in sorted(sources.rglob("*.h"))))
+        compiler = ("clang++", "-ferror-limit=0") if shutil.which("clang++") else ("c++",)
+        return Step("headers", (*compiler, "-std=c++20", "-fno-exceptions", "-fno-rtti", "-w", "-fsyntax-only", "-include",
+                                self.header, "-I", sources, together), builds=True)
+
+    def ready(self, schemata, bring):
+        """Builds the tree with the changes that can stand side by side, none of them chosen; `bring` brings the sources.
+        Returns a complaint."""
+        configuring = [self.configure(self.workshop.build)]
+        building = [self.checkheaders(), self.make(*PROGRAMS, keep=True)]
+        if "checking" not in self.skip:
+            configuring.append(self.configure(self.checkingbuild, "-DMORVIK_CHECKING=ON"))
+            building.append(self.makein(self.checkingbuild, "build", "morvik", keep=True))
+        complaint = self.perform(configuring)[1]
+        for step in building:
+            complaint = complaint or schemata.settle(lambda step=step: self.workshop.perform(step), bring)
+        return complaint or self.perform([self.makeapi()])[1]
 
     def measure(self):
         """Runs all tests without a change, and learns how long each step takes. Returns a complaint."""
         report = self.workshop.folder / "units.json"
         everycase = self.cases((self.tests / "unit").glob("*_test.cpp"))
         units = self.units("unit", everycase, "--gtest_output=json:%s" % report)
-        seconds, complaint = self.perform([*units, *self.texts(self.wholebuild / "morvik"), *self.texts(self.binary),
-                                           *self.checking(), *self.rest(), *self.lints()])
+        seconds, complaint = self.perform(self.left([*units, *self.texts(self.binary), *self.programs(), *self.checking(),
+                                                     *self.rest(), *self.lints()]))
         if not complaint:
             self.learn({**seconds, **secondsofcases(report, seconds["unit"])})
         return complaint
@@ -193,14 +232,3 @@ def secondsofcases(report, total):
             spent["case." + case] = float(suite["time"].rstrip("s"))
     share = total / max(sum(spent.values()), 1e-3)
     return {name: seconds * share for name, seconds in spent.items()}
-
-
-def blamedsources(output):
-    """The sources that a compiler's errors are about: the last one that was named up to there."""
-    blamed, last = set(), None
-    for line in output.splitlines():
-        named = SOURCE.search(line)
-        last = named.group(1) if named else last
-        if "error:" in line and last:
-            blamed.add(last)
-    return blamed

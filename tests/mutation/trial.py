@@ -10,6 +10,8 @@ import signal
 import subprocess
 import time
 
+from schemata import choose
+
 KILLED, SURVIVED, BROKEN, TIMEOUT = "killed", "survived", "did not compile", "timeout"
 MEMORY_KIB = 6 << 20  # of any process of a step
 LIMITED = 'ulimit -v "$1"; ulimit -f "$2"; ulimit -S -t "$3"; shift 3; exec "$@"'
@@ -44,17 +46,21 @@ class Workshop:
         for place in (self.tree, self.build):
             place.mkdir(parents=True, exist_ok=True)
 
-    def bring(self, root, names):
-        """Makes the copy agree with the files of those names. What agrees already stays untouched."""
+    def bring(self, root, names, texts):
+        """Makes the copy agree with the files of those names, but for those of which there is a text. What agrees already
+        stays untouched."""
+        texts = {str(name): text for name, text in texts.items()}
         for old in [path for path in self.tree.rglob("*") if path.is_file() or path.is_symlink()]:
-            if str(old.relative_to(self.tree)) not in names:
+            if str(old.relative_to(self.tree)) not in names | texts.keys():
                 old.unlink()
-        for name in sorted(names):
+        for name in sorted(names | texts.keys()):
             original, copy = root / name, self.tree / name
-            if not copy.exists() or copy.read_bytes() != original.read_bytes():
+            content = texts[name].encode() if name in texts else original.read_bytes()
+            if not copy.exists() or copy.read_bytes() != content:
                 copy.parent.mkdir(parents=True, exist_ok=True)
-                shutil.copy(original, copy)
-            shutil.copymode(original, copy)
+                copy.write_bytes(content)
+            if original.exists():
+                shutil.copymode(original, copy)
 
     def environment(self):
         variables = dict(os.environ, TMPDIR=str(self.scratch), CCACHE_BASEDIR=str(self.folder), CCACHE_NOHASHDIR="1")
@@ -111,16 +117,29 @@ class Workshop:
             return (TIMEOUT if outcome.timeout else KILLED), culprit(step, outcome.output)
         return SURVIVED, ""
 
-    def trial(self, path, change, steps):
-        """Plants a change in a file of the copy, runs the steps and takes the change back."""
+    def trial(self, path, text, steps):
+        """Gives a file of the copy another text, runs the steps and takes it back."""
         target = self.tree / path
         original = target.read_bytes()
-        start = time.monotonic()
         try:
-            target.write_text(change.apply(original.decode()))
-            verdict, why = self.attempt(steps)
+            target.write_text(text)
+            return self.timed(steps)
         finally:
             target.write_bytes(original)
+
+    def chosen(self, number, binaries, steps):
+        """Lets the binaries do the change of that number, runs the steps that are tests, and lets them do none."""
+        try:
+            for binary in binaries:
+                choose(binary, number)
+            return self.timed([step for step in steps if not step.builds])
+        finally:
+            for binary in binaries:
+                choose(binary, 0)
+
+    def timed(self, steps):
+        start = time.monotonic()
+        verdict, why = self.attempt(steps)
         return {"verdict": verdict, "by": why, "seconds": round(time.monotonic() - start, 1)}
 
 

@@ -21,6 +21,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "fuzz"))
 import programmes  # noqa: E402
 
 MESSAGE = b"27 - out of main storage."
+FAULT = re.compile(rb"^(?:SEGMENTATION VIOLATION|Bus error|Floating point exception)", re.M)
 CLOSING = re.compile(rb"--- Spent: \d\d:\d\d:\d\d\.\d{6} ---\n\n$")
 MOST = 20000
 MOST_RANDOM = 250
@@ -40,6 +41,8 @@ def perform(binary, text, failing, options=(), patience=60):
 
 
 def faultof(status, closed, errors):
+    if FAULT.search(errors):  # which the prompt outlives
+        return "a fault: " + errors[-300:].decode("latin-1")
     if status == 0 and closed:
         return ""
     if status == 1 and MESSAGE in errors and not closed:

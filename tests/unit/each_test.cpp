@@ -64,6 +64,24 @@ TEST_F(Each, WhatAFunctionSees) {
   EXPECT_EQ(sp->type, ISVECTOR | HASINTEGER);
 }
 
+// What was in the heap before shows nowhere.
+TEST_F(Each, TheRecordOfASpaceHoldsNothingElse) {
+  constexpr std::size_t COUNT = 4, SPENT = 16;
+  Element *spent[SPENT];
+  for (Element *&block : spent)
+    std::memset(static_cast<void *>(block = newelements(COUNT)), 0xFF, COUNT * sizeof(Element));
+  for (Element *block : spent) freeblock(block);
+  ASSERT_EQ(run("(1 2 3 4) MONADIC DISCARD (5 6) ; EACH"), 0);
+  ASSERT_EQ(sp->elements, COUNT);
+  for (std::size_t i = 0; i < COUNT; ++i) {
+    Element expected{};
+    expected.tag = tags::SUBARRAY;
+    expected.subarray = sp->data_pointer[i].subarray;
+    EXPECT_EQ(std::memcmp(sp->data_pointer + i, &expected, sizeof expected), 0) << i;
+  }
+  clear();
+}
+
 TEST_F(Each, Nothing) {
   push(empty());
   ASSERT_EQ(run("MONADIC ; EACH"), 0);

@@ -345,6 +345,21 @@ TEST(Malloc, TheProcessUsesThisHeap) {
 #endif
 }
 
+TEST(Malloc, WhatIsFreedIsUsedAgain) {
+#ifdef MORVIK_SYSTEM_HEAP
+  GTEST_SKIP() << "built with the system's heap";
+#else
+  for (const std::size_t size : {24, 5000, 3000000}) {
+    void *volatile first = std::malloc(size);
+    const auto address = reinterpret_cast<std::uintptr_t>(first);
+    std::free(first);
+    void *volatile second = std::malloc(size);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(second), address) << size;
+    std::free(second);
+  }
+#endif
+}
+
 TEST(Malloc, ReallocKeepsWhatFits) {
   for (const std::size_t from : {1, 8, 40, 500, 5000, 70000, 3000000})
     for (const std::size_t to : {1, 8, 41, 400, 5001, 90000, 9000000}) {

@@ -9,7 +9,11 @@
 #include <utility>
 #include <vector>
 
+#include "api/building.h"
+#include "spaces/blocks.h"
 #include "spaces/counters.h"
+#include "spaces/loose.h"
+#include "spaces/refderef.h"
 
 using namespace morvik;
 
@@ -129,6 +133,50 @@ TEST(Points, QuaternionsFillTheRecord) {
 
 TEST(Points, OneRowAnInstruction) {
   EXPECT_EQ(sizeof InstructionTiming / sizeof InstructionTiming[0], 270u);
+}
+
+// What is left on the stack where a jump lands is whole, the slot at the top as well.
+TEST(Loose, WhatIsKeptIsWhole) {
+  const std::int64_t alive = liveblocks();
+  for (const int lowest : {1, 2}) {
+    Point stack[3] = {};
+    for (int i = 1; i <= 2; ++i) putloose(stack[i], LOOSE_INTEGER, forms::NUMBER, 7);
+    if (lowest == 2) stack[1] = {};
+    noteloose(stack + lowest);
+    EXPECT_EQ(keepwhole(stack + 2), stack + 2);
+    for (int i = lowest; i <= 2; ++i) {
+      ASSERT_FALSE(isloose(stack[i])) << i;
+      EXPECT_EQ(stack[i].data_pointer->integer, 7);
+      dereferencepoint(stack + i);
+    }
+  }
+  EXPECT_EQ(liveblocks(), alive);
+}
+
+// A value that a caller sets anew releases the old one.
+TEST(Building, AValueThatIsSetReleasesTheOldOne) {
+  const std::int64_t alive = liveblocks();
+  Point place = buildtext("old", 3);
+  const std::int64_t one = liveblocks() - alive;
+  setvalue(&place, buildtext("new", 3));
+  EXPECT_EQ(liveblocks(), alive + one);
+  EXPECT_EQ(place.data_pointer[0].ascii, 'n');
+  dereferencepoint(&place);
+  EXPECT_EQ(liveblocks(), alive);
+}
+
+// A record that a loose scalar gets is written over whatever it held.
+TEST(Loose, ARecordIsWrittenWhole) {
+  Point slot;
+  putloose(slot, LOOSE_INTEGER, forms::BOOLEAN, 1);
+  Element record;
+  std::memset(static_cast<void *>(&record), 0xFF, sizeof record);
+  setrecord(record, slot);
+  EXPECT_EQ(record.tag, tags::INTEGER);
+  EXPECT_EQ(record.form, forms::BOOLEAN);
+  EXPECT_EQ(record.attributes, 0);
+  EXPECT_EQ(record.name, nullptr);
+  EXPECT_EQ(record.integer, 1);
 }
 
 }  // namespace

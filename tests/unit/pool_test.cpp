@@ -1,9 +1,12 @@
 // The pool itself, with threads that do what the test tells them: who is woken, what is joined when, and what becomes
 // of the operands.
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <semaphore.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <csignal>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +14,7 @@
 #include "coprocessor/coprocessor.h"
 #include "coprocessor/threads.h"
 #include "failures.h"
+#include "operators/interval.h"
 #include "spaces/instructions.h"
 #include "spaces/refderef.h"
 #include "spaces/sysvars.h"
@@ -240,6 +244,60 @@ TEST_F(Pool, TheInstructionOutlivesItsProgramme) {
     end();
     EXPECT_EQ(liveblocks(), before);
   }
+}
+
+void write(const Point &instruction, std::uint32_t index, std::uint64_t *) noexcept {
+  if (instruction.instruction == instructions::INTERVAL) vec_interval(index);
+  from_coprocessor[index].failure = failing[index];
+}
+
+// The work record holds what was handed out last: of two operands' work nothing is left when an INTERVAL fails.
+TEST_F(Pool, AnIntervalThatFailsGivesBackItsOperandAlone) {
+  begin(2, write);
+  post(instructions::ADD, ones(9, 5), ones(9, -5));
+  to_coprocessors.first = slots[1].data_pointer;
+  wait_for_coprocessors(top, 2);
+  dereferencepoint(slots + 1);
+  failing[1] = 162;
+  slots[1] = ones(1, 20);
+  instruction = instructionof(instructions::INTERVAL);
+  Point system[16] = {};
+  system[IO_SLOT] = ones(1, 1);
+  system[CT_SLOT] = ones(1, 0);
+  interval(&top, &instruction, system);
+  ASSERT_EQ(resultinflight, slots + 1);
+  EXPECT_EQ(reported(top), "jumps\n162");
+  EXPECT_EQ(top, slots + 1);
+  EXPECT_EQ(slots[1].elements, 1U);
+  EXPECT_EQ(slots[1].data_pointer[0].integer, 20);
+  for (Point *p : {slots + 1, system + IO_SLOT, system + CT_SLOT}) dereferencepoint(p);
+  end();
+  EXPECT_EQ(liveblocks(), before);
+}
+
+int unblocked[MOST];
+
+void countunblocked(const Point &, std::uint32_t index, std::uint64_t *) noexcept {
+  sigset_t mask;
+  pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+  unblocked[index] = 0;
+  for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGUSR1, SIGALRM, SIGWINCH})
+    unblocked[index] += sigismember(&mask, signal) == 0;
+}
+
+TEST_F(Pool, ThreadsTakeNoSignalAndTheMainThreadTakesThemAsBefore) {
+  std::fill(unblocked, unblocked + MOST, -1);
+  sigset_t old, mask;
+  pthread_sigmask(SIG_BLOCK, nullptr, &old);
+  begin(3, countunblocked);
+  pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+  for (int signal = 1; signal < SIGRTMIN; ++signal) EXPECT_EQ(sigismember(&mask, signal), sigismember(&old, signal));
+  post(instructions::NEGATIVE, ones(9, 5), ones(9, -5));
+  wait_for_coprocessors(top, 1);
+  EXPECT_EQ(unblocked[1], 0);
+  EXPECT_EQ(unblocked[2], 0);
+  dereferencepoint(slots + 1);
+  end();
 }
 
 // ---- Slices that go on until they are stopped, or for a while.

@@ -407,6 +407,14 @@ TEST_F(Lifetimes, AFunctionRaisesItsProgrammeAlone) {
   expectexact();
 }
 
+TEST_F(Lifetimes, TheLastReferenceToAProgrammeReleasesItAtOnce) {
+  const std::int64_t alive = liveblocks();
+  Point f = function({scalar(octonion({1, 2})), nested(), function({vector({whole(1)})}, 1)}, 2);
+  EXPECT_GT(liveblocks(), alive);
+  dereferencefun(&f);
+  EXPECT_EQ(liveblocks(), alive);
+}
+
 TEST_F(Lifetimes, AFunctionInASpace) {
   Point f = function({vector({whole(1)})}, 0);
   Point p = vector({std::bit_cast<Element>(f), whole(2)});
