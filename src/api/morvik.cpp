@@ -413,7 +413,7 @@ const char *morvik_status_text(morvik_status status) {
 }
 
 const char *morvik_version(void) {
-  return "0.8";
+  return MORVIK_VERSION;
 }
 
 morvik_status morvik_open(const morvik_options *given) {

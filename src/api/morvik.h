@@ -56,7 +56,7 @@ typedef int morvik_status;
 /* A sentence about a status, without a line feed. Owned by the library, valid for ever. */
 MORVIK_API const char *morvik_status_text(morvik_status status);
 
-/* The version, as "0.8". Owned by the library. */
+/* The version, as pkg-config tells it. Owned by the library. */
 MORVIK_API const char *morvik_version(void);
 
 /* ---- The session. */

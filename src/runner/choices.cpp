@@ -44,7 +44,7 @@ constexpr char CHECK_HELP[] =
     "\n"
     "Status: 0; 1 where it warned; 2 where the command line or a file is of no use.\n";
 
-constexpr char VERSION[] = "0.8";
+constexpr char VERSION[] = MORVIK_VERSION;
 constexpr std::uint32_t MOST_PROCESSORS = 1 << 16;
 
 enum LongOnly : int { CONFINE = 256, PROFILE };

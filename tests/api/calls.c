@@ -362,7 +362,7 @@ static void testbrokenpipe(void) {
 
 int main(void) {
   int i;
-  CHECK(strcmp(morvik_version(), "0.8") == 0);
+  CHECK(strcmp(morvik_version(), VERSION) == 0);
   for (i = MORVIK_OK; i <= MORVIK_STALE; ++i) CHECK(strcmp(morvik_status_text(i), "no status") != 0);
   CHECK(strcmp(morvik_status_text(-1), "no status") == 0 && strcmp(morvik_status_text(MORVIK_STALE + 1), "no status") == 0);
   setvbuf(stdout, NULL, _IONBF, 0);

@@ -5,7 +5,7 @@ import re
 import subprocess
 import unittest
 
-from scripts import BINARY, LIMIT, Scripts
+from scripts import BINARY, LIMIT, Scripts, version
 
 
 class Check(Scripts):
@@ -107,7 +107,7 @@ class Check(Scripts):
             status, output, errors = check(*words)
             self.assertEqual((status, errors), (0, ""))
             self.assertRegex(output, "^usage: morvik-check(?s:.)*--library")
-        self.assertEqual(check("--version"), (0, "morvik-check 0.8\n", ""))
+        self.assertEqual(check("--version"), (0, "morvik-check " + version(), ""))
         for words in (["-l", "l", "a"], ["-ll", "a", "a"], ["--lib=l", "a"], ["a", "-l", "l"]):
             self.assertEqual(check(*words), (0, "", ""))
         self.assertEqual(check("--", "a")[0], 1)

@@ -9,6 +9,12 @@ import unittest
 
 BINARY = os.path.abspath(sys.argv.pop(1)) if len(sys.argv) > 1 else ""
 LIMIT = 60  # seconds
+TOOLS = pathlib.Path(__file__).resolve().parents[2] / "tools"
+
+
+def version():
+    """A line, as the sources have it."""
+    return subprocess.run([TOOLS / "version"], capture_output=True, text=True, check=True).stdout
 
 
 class Scripts(unittest.TestCase):
