@@ -8,13 +8,42 @@
 #include <vector>
 
 #include "api/morvik.h"
+#include "failure/hearing.h"
+#include "failure/signals.h"
+#include "files/files.h"
+#include "machine/leave.h"
+
+using namespace morvik;
 
 namespace {
 
-class ApiEdges : public testing::Test {
+// A session of the library leaves the signals of the process to its owner; the tests that follow in this process do
+// not.
+class ApiOptions : public testing::Test {
+ protected:
+  void TearDown() override {
+    foreignsignals = signalsbefore;
+    conversing = conversingbefore;
+    echoing = echoingbefore;
+    constraindirectories = constrainedbefore;
+    hearreport = hearbefore;
+  }
+
+ private:
+  decltype(foreignsignals) signalsbefore = foreignsignals;
+  decltype(conversing) conversingbefore = conversing;
+  decltype(echoing) echoingbefore = echoing;
+  decltype(constraindirectories) constrainedbefore = constraindirectories;
+  decltype(hearreport) hearbefore = hearreport;
+};
+
+class ApiEdges : public ApiOptions {
  protected:
   void SetUp() override { ASSERT_EQ(morvik_open(nullptr), MORVIK_OK); }
-  void TearDown() override { EXPECT_EQ(morvik_close(), MORVIK_OK); }
+  void TearDown() override {
+    EXPECT_EQ(morvik_close(), MORVIK_OK);
+    ApiOptions::TearDown();
+  }
   static morvik_status run(const std::string &text, const char *name = "text") {
     return morvik_run(text.data(), text.size(), name);
   }
@@ -192,7 +221,7 @@ TEST_F(ApiEdges, MessagesGoToStandardError) {
   EXPECT_NE(err.find("some/name:2: 17 - dyadic function arguments are not conformable."), std::string::npos) << err;
 }
 
-TEST(ApiOptions, OfAnOwnerWhoKnowsFewerOfThem) {
+TEST_F(ApiOptions, OfAnOwnerWhoKnowsFewerOfThem) {
   morvik_options options = MORVIK_OPTIONS;
   options.size = offsetof(morvik_options, processors) + sizeof options.processors;
   ASSERT_EQ(morvik_open(&options), MORVIK_OK);
@@ -209,7 +238,7 @@ TEST(ApiOptions, OfAnOwnerWhoKnowsFewerOfThem) {
 }
 
 // What is said to be typed is read; what claims to be more than there was room for is cut.
-TEST(ApiOptions, StreamsOfTheOwner) {
+TEST_F(ApiOptions, StreamsOfTheOwner) {
   struct Owner {
     std::string typed = "first\nsecond\n", written;
     bool boasts = false;

@@ -32,6 +32,7 @@ struct Made {
   Element result{};
   std::uint32_t kinds = 0;
   std::int32_t message = 0;
+  double flops = 0;
 };
 template <class Cores>
 Made madeof(const Cores &cores, const Element &left, const Element &right, std::uint64_t *state) {
@@ -41,6 +42,7 @@ Made madeof(const Cores &cores, const Element &left, const Element &right, std::
   tally.state = state;
   made.message = work(cores, run, tally);
   made.kinds = run.kinds;
+  made.flops = tally.flops;
   return made;
 }
 
@@ -169,6 +171,69 @@ TEST_F(ScalarEdges, TwoOperandsOnTheStack) {
 #define DRAWING(f)
 #undef DYADIC
 #define DYADIC(f) all(name, f, *dyadiccores(of))
+#define INSTRUCTION(number, word, argumentclass, key, handler, effect, meaning) \
+  [&]([[maybe_unused]] const char *name, [[maybe_unused]] std::uint16_t of) { handler; }(#word, number);
+#include "tables/instructions.def"
+#undef INSTRUCTION
+#undef MONADIC
+#undef DRAWING
+#undef DYADIC
+#define DYADIC(f)
+}
+
+// ---- Loose ones: the same, or nothing is done.
+
+Point looseof(const Element &e) {
+  Point p;
+  putloose(p, e.tag == tags::INTEGER ? LOOSE_INTEGER : LOOSE_REAL, e.form, static_cast<std::uint64_t>(e.integer));
+  return p;
+}
+
+std::string loosediffering(const Point &loose, std::uint64_t done, const Element &operand, const Made &made) {
+  const Point before = looseof(operand);
+  if (done == 0) return std::memcmp(&loose, &before, sizeof loose) == 0 ? "" : "wrote what it did not do; ";
+  if (made.message != 0) return "did what its loop refuses; ";
+  if (loose.type != (LOOSE | ISSCALAR | made.kinds)) return "has other flags; ";
+  return looseform(loose) == made.result.form && looseinteger(loose) == made.result.integer ? ""
+                                                                                            : "has another value; ";
+}
+
+TEST_F(ScalarEdges, OneLooseOperand) {
+  const auto all = [](const char *name, const Monadic &m, LooseMonadic *function) {
+    for (const Element &e : numbers()) {
+      Point loose = looseof(e);
+      const std::uint64_t done = function(loose);
+      Made made = madeof(m, e, e, nullptr);
+      EXPECT_EQ(loosediffering(loose, done, e, made), "") << name << " of tag " << e.tag << ", " << e.real;
+      if (done != 0) EXPECT_EQ(static_cast<double>(done), 1 + made.flops) << name << " of " << e.real;
+    }
+  };
+#define MONADIC(f) all(name, f##monadic, loose_##f);
+#define DRAWING(f)
+#define INSTRUCTION(number, word, argumentclass, key, handler, effect, meaning) \
+  [&]([[maybe_unused]] const char *name) { handler; }(#word);
+#include "tables/instructions.def"
+#undef INSTRUCTION
+#undef MONADIC
+#undef DRAWING
+}
+
+TEST_F(ScalarEdges, TwoLooseOperands) {
+  const auto all = [](const char *name, const Dyadic &d, LooseDyadic *function) {
+    for (const Element &a : numbers())
+      for (const Element &b : numbers()) {
+        Point loose = looseof(a);
+        const std::uint64_t done = function(loose, looseof(b).type, b.integer);
+        const Made made = madeof(d, a, b, nullptr);
+        EXPECT_EQ(loosediffering(loose, done, a, made), "") << name << " of " << a.real << " and " << b.real;
+        if (done != 0)
+          EXPECT_EQ(static_cast<double>(done), 1 + made.flops) << name << " of " << a.real << " and " << b.real;
+      }
+  };
+#define MONADIC(f)
+#define DRAWING(f)
+#undef DYADIC
+#define DYADIC(f) all(name, *dyadiccores(of), loose_##f)
 #define INSTRUCTION(number, word, argumentclass, key, handler, effect, meaning) \
   [&]([[maybe_unused]] const char *name, [[maybe_unused]] std::uint16_t of) { handler; }(#word, number);
 #include "tables/instructions.def"
