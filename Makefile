@@ -2,6 +2,7 @@
 #
 #   make run      builds and starts the prompt, or runs what is piped in (ARGS="-q" passes options on)
 #   make prompt   builds and starts the prompt with history, completion and help (ARGS="--vi -- -c4" passes options on)
+#   make install  puts all of it below PREFIX (/usr/local), DESTDIR ahead of that; make uninstall takes it away again
 #   make test     every test; test-debug, test-loop, test-asan, test-tsan, test-checking: the same in those builds
 #                 (TESTS="REGEX" chooses by name)
 #   make bless    rewrites expectations of transcripts (NAMES="folder folder/name.morvik" chooses); bless-lists: the lists
@@ -15,6 +16,7 @@
 #                 --report --only src/files" passes options on)
 
 ARGS ?=
+PREFIX ?= /usr/local
 NAMES ?=
 TESTS ?= .
 SECONDS ?= 60
@@ -25,7 +27,7 @@ JOBS ?= $(shell nproc)
 export JOBS
 
 .DEFAULT_GOAL := build
-.PHONY: build run prompt test bless bless-lists lint format fuzz campaign bench mutate clean
+.PHONY: build run prompt install uninstall test bless bless-lists lint format fuzz campaign bench mutate clean
 
 build:
 	@tools/need build
@@ -41,6 +43,14 @@ prompt:
 	@tools/need build prompt
 	@tools/build -q release programs
 	@exec tools/python prompt_toolkit pygments -- python/morvik-prompt --interpreter build/morvik $(ARGS)
+
+install:
+	@tools/need build
+	@tools/build -q release installable
+	@cmake --install build --prefix '$(PREFIX)'
+
+uninstall:
+	@cmake -P '$(DESTDIR)$(PREFIX)/share/morvik/uninstall.cmake'
 
 test:
 	@tools/need build test

@@ -112,7 +112,6 @@ class Editor:
     def __init__(self, prompt, plain):
         self.prompt, self.options, self.plain = prompt, prompt.options, plain
         self.pastes = {}
-        colourless = plain or bool(os.environ.get("NO_COLOR"))
         lexer = PygmentsLexer(colours.MorvikLexer)
         self.completer = completing.MorvikCompleter(prompt.knownnames, self.options.signs)
         common = {
@@ -121,7 +120,7 @@ class Editor:
             "style": merge_styles([style_from_pygments_cls(colours.MorvikStyle), OURS]),
             "completer": self.completer,
             "complete_in_thread": False,
-            "color_depth": ColorDepth.DEPTH_1_BIT if colourless else None,
+            "color_depth": ColorDepth.DEPTH_1_BIT if prompt.colourless else None,
             "input_processors": [MatchingPairs()],
         }
         self.texts = PromptSession(history=history(), key_bindings=self.keys(),

@@ -12,6 +12,7 @@ DEFAULTS = {
     "signs": (True, None, "signs in completions of words"),
     "large": ("cut", ("cut", "pager", "all"), "what is done with a large output"),
     "limit": (50000, None, "bytes that make an output large"),
+    "confine": (False, None, "files below the present folder only, wherever links lead, and no editor"),
     "log": ("", None, "a file that every text is written to, to be run again"),
 }
 

@@ -34,6 +34,8 @@ def parsed(arguments):
     parser.add_argument("--emacs", action="store_const", const="emacs", dest="editing", help="keys of Emacs")
     parser.add_argument("--no-toolbar", action="store_false", default=None, dest="toolbar", help="do not show the stack")
     parser.add_argument("--large", choices=("cut", "pager", "all"), help="what is done with a large output")
+    parser.add_argument("--confine", action="store_true", default=None,
+                        help="allow files below the present folder only, wherever links lead, and no editor")
     parser.add_argument("--log", metavar="FILE", help="write every text to a file, to be run again")
     parser.add_argument("--interpreter", metavar="PATH", help="the morvik to run")
     parser.add_argument("passed", nargs="*", metavar="-- OPTION", help="options of the interpreter, such as -c4")
@@ -104,7 +106,8 @@ class Prompt:
         self.options = options
         self.command = command
         plain = os.environ.get("TERM") in ("dumb", "unknown", None)
-        self.screen = Screen(large=options.large, limit=options.limit, plain=plain)
+        self.colourless = plain or bool(os.environ.get("NO_COLOR"))
+        self.screen = Screen(large=options.large, limit=options.limit, plain=plain, colourless=self.colourless)
         self.process = engine.Engine(command, environment())
         self.process.start()
         self.keys = Keys(self.noteinterrupt)
@@ -267,6 +270,11 @@ def main(arguments=None):
     if not binary:
         print("morvik-prompt: no morvik found; --interpreter names one", file=sys.stderr)
         return 1
+    if options.confine:
+        binary = str(pathlib.Path(binary).resolve().with_name("morvik-confined"))
+        if not os.access(binary, os.X_OK):
+            print("morvik-prompt: --confine needs %s, which is not there" % binary, file=sys.stderr)
+            return 1
     command = [binary, *(option for option in given.passed if option != "-q")]
     if not (sys.stdin.isatty() and sys.stdout.isatty()):
         os.execv(binary, command)

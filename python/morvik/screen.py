@@ -6,21 +6,33 @@ import subprocess
 import sys
 import time
 
-from . import signs
+from . import signs, words
 from .engine import PACKET
 
 FRAMES = "|/-\\"
 SPINNING_AFTER, FRAME_EVERY = 0.4, 0.12
 KEPT = 64 << 20  # bytes of an output that can be looked at afterwards
+# A line of a report: a numbered message, or a complaint without a number.
+REPORT = re.compile(r"^(?:(\d{1,4}) - .*|\[(?:Trelk|lexnum)\] error.*|WARNING/ERROR: .*)$", re.M)
+RED, BLACK = "\x1b[31m", "\x1b[39m"
 CONTROL = re.compile(r"\x1b\[[0-9;?]*[ -/]*[@-~]|[\x00-\x08\x0b-\x1f\x7f]")
+
+
+def coloured(text):
+    """Reports in red. What begins as a message is one where the table of messages knows it."""
+    def paint(found):
+        if found[1] and not words.MESSAGES.get(int(found[1]), [""])[0].startswith(found[0]):
+            return found[0]
+        return RED + found[0] + BLACK
+    return REPORT.sub(paint, text)
 
 
 class Screen:
     """One stream to a terminal. `begin` before each text, `finish` behind it."""
 
-    def __init__(self, stream=None, large="cut", limit=50000, plain=False):
+    def __init__(self, stream=None, large="cut", limit=50000, plain=False, colourless=True):
         self.stream = stream or sys.stdout
-        self.large, self.limit, self.plain = large, limit, plain
+        self.large, self.limit, self.plain, self.colourless = large, limit, plain, colourless
         self.begin()
 
     def begin(self):
@@ -61,7 +73,7 @@ class Screen:
         if not text:
             return
         self.stopspinner()
-        self.stream.write(text)
+        self.stream.write(text if self.colourless else coloured(text))
         self.stream.flush()
         self.line = (self.line + text).rpartition("\n")[2][-2000:]
         self.last = text

@@ -11,7 +11,7 @@ namespace morvik {
 template <typename T>
 struct List {
   T *records = nullptr;
-  std::size_t count = 0, room = 0;
+  std::size_t count = 0, capacity = 0;
 
   T &operator[](std::size_t i) { return records[i]; }
   const T &operator[](std::size_t i) const { return records[i]; }
@@ -19,16 +19,16 @@ struct List {
   T *end() const { return records + count; }
   T &last() { return records[count - 1]; }
 
-  // Is there room for so many more?
+  // Reserves capacity for so many more; false where there is no memory.
   bool reserve(std::size_t more) {
-    constexpr std::size_t FIRST_ROOM = 16;
-    if (count + more <= room) return true;
-    std::size_t larger = room == 0 ? FIRST_ROOM : 2 * room;
+    constexpr std::size_t FIRST_CAPACITY = 16;
+    if (count + more <= capacity) return true;
+    std::size_t larger = capacity == 0 ? FIRST_CAPACITY : 2 * capacity;
     if (larger < count + more) larger = count + more;
     void *block = std::realloc(static_cast<void *>(records), larger * sizeof(T));
     if (!block) return false;
     records = static_cast<T *>(block);
-    room = larger;
+    capacity = larger;
     return true;
   }
   bool append(const T &record) {

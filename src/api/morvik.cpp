@@ -1,6 +1,8 @@
 // The functions of morvik.h: each sees to it that it is called at its time, and calls what may fail under a landing.
 #include "api/morvik.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -9,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <iterator>
 
 #include "api/banks.h"
@@ -28,7 +31,7 @@
 #include "spaces/processstack.h"
 #include "spaces/refderef.h"
 #include "spaces/streams.h"
-#include "text/text.h"
+#include "text/written.h"
 
 namespace morvik {
 
@@ -57,9 +60,9 @@ ssize_t giveoutput(void *, const char *bytes, std::size_t length) {
   return static_cast<ssize_t>(length);
 }
 
-ssize_t takeinput(void *, char *bytes, std::size_t room) {
-  const std::size_t taken = options.input(options.data, bytes, room);
-  return static_cast<ssize_t>(taken < room ? taken : room);
+ssize_t takeinput(void *, char *bytes, std::size_t most) {
+  const std::size_t taken = options.input(options.data, bytes, most);
+  return static_cast<ssize_t>(taken < most ? taken : most);
 }
 
 void closestreams() {
@@ -114,6 +117,13 @@ bool isover() {
 
 // ---- A call.
 
+// Is enough left of the caller's stack for what a call does before it asks itself?
+bool hasstack() {
+  constexpr std::uintptr_t LEAST = 16 << 10;
+  if (stackfloor == 0) measurestack();
+  return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) >= stackfloor + LEAST;
+}
+
 // Does the work, which returns a status, under a landing: whatever fails in it comes back as a lack of storage.
 template <typename Work>
 morvik_status protect(Work work) {
@@ -121,7 +131,7 @@ morvik_status protect(Work work) {
     Work &work;
     morvik_status status;
   } task{work, MORVIK_NO_STORAGE};
-  if (stackfloor == 0) measurestack();
+  if (!hasstack()) return MORVIK_NO_STORAGE;
   completes([](void *t) { static_cast<Task *>(t)->status = static_cast<Task *>(t)->work(); }, &task);
   pendingproblem = 0;
   return task.status;
@@ -133,6 +143,23 @@ morvik_status call(Work work) {
   if (working.exchange(true)) return MORVIK_BUSY;
   const morvik_status status = opened ? protect(work) : MORVIK_NOT_OPEN;
   working = false;
+  return status;
+}
+
+// The same for a call that writes. To a pipe that nobody reads any more a write fails; the signal that would end the
+// process is kept off meanwhile and dropped, unless it was there before.
+template <typename Work>
+morvik_status callwriting(Work work) {
+  sigset_t pipe, before, pending;
+  sigemptyset(&pipe);
+  sigaddset(&pipe, SIGPIPE);
+  sigpending(&pending);
+  pthread_sigmask(SIG_BLOCK, &pipe, &before);
+  const morvik_status status = call(work);
+  constexpr timespec NOW{};
+  if (!sigismember(&pending, SIGPIPE))
+    while (sigtimedwait(&pipe, nullptr, &NOW) < 0 && errno == EINTR) continue;
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
   return status;
 }
 
@@ -327,34 +354,13 @@ morvik_status pushspace(std::size_t rank, const std::size_t *extents, const void
   });
 }
 
-// What disass writes, caught in storage of the standard library.
-struct Caught {
-  std::FILE *stream;
-  char *bytes;
-  std::size_t length;
-};
-void releasecaught(Custody &c) {
-  auto *caught = static_cast<Caught *>(c.held);
-  std::fclose(caught->stream);
-  std::free(caught->bytes);
-}
-
 morvik_status writetext(const Point &point, int form, char **text, std::size_t *length) {
-  Caught caught{};
-  caught.stream = open_memstream(&caught.bytes, &caught.length);
-  if (!caught.stream) return MORVIK_NO_STORAGE;
-  Custody stream;
-  takecustody(stream, releasecaught, &caught);
+  WrittenText written;
   Point copy = point;
-  disass(caught.stream, "", &copy, 0, form);
-  endcustody(stream);
-  const bool written = std::fclose(caught.stream) == 0;
-  if (!written) {
-    std::free(caught.bytes);
-    return MORVIK_NO_STORAGE;
-  }
-  *text = caught.bytes;
-  if (length) *length = caught.length;
+  if (!writepoint(written, &copy, form)) return MORVIK_NO_STORAGE;
+  endcustody(written.custody);
+  *text = written.bytes;
+  if (length) *length = written.length;
   return MORVIK_OK;
 }
 
@@ -407,7 +413,7 @@ const char *morvik_status_text(morvik_status status) {
 }
 
 const char *morvik_version(void) {
-  return "0.8";
+  return MORVIK_VERSION;
 }
 
 morvik_status morvik_open(const morvik_options *given) {
@@ -425,7 +431,7 @@ morvik_status morvik_open(const morvik_options *given) {
 }
 
 morvik_status morvik_close(void) {
-  return call([] {
+  return callwriting([] {
     std::fflush(outputstream);
     dropinterrupt();
     endsession();
@@ -441,7 +447,10 @@ morvik_status morvik_close(void) {
 morvik_status morvik_run(const char *text, size_t length, const char *name) {
   if ((!text && length > 0) || (length > 0 && std::memchr(text, 0, length)) || length > SSIZE_MAX)
     return MORVIK_BAD_ARGUMENT;
-  return change([=] { return runbytes(text, length, name); });
+  return callwriting([=] {
+    ++moment;
+    return runbytes(text, length, name);
+  });
 }
 
 void morvik_interrupt(void) {

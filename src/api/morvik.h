@@ -6,8 +6,10 @@
  * alone may be called at any time, from any thread and from a signal handler.
  *
  * No call ends the process, and none jumps over frames of its caller: what fails comes back as a status. The library
- * sets no signal handler, changes no limit and no folder of the process, and its names begin with morvik_. A callback
- * must return: it may not leave by a jump or an exception.
+ * sets no signal handler, changes no limit and no folder of the process, and its names begin with morvik_. A thread that
+ * calls has a stack of its own of 64 KB at least; with less left of it, a call gives MORVIK_NO_STORAGE. A callback must
+ * return: it may not leave by a jump or an exception. It may come when a recursion has used the stack up, and finds an
+ * eighth of it left, or 64 KB, or half where it is smaller than 128 KB.
  *
  * Every call returns a status unless its comment says otherwise. Sizes count records (elements of a space), lengths
  * count bytes, extents count records along an axis, the fastest axis first, as SHAPE gives them. What a call returns
@@ -54,7 +56,7 @@ typedef int morvik_status;
 /* A sentence about a status, without a line feed. Owned by the library, valid for ever. */
 MORVIK_API const char *morvik_status_text(morvik_status status);
 
-/* The version, as "0.8". Owned by the library. */
+/* The version, as pkg-config tells it. Owned by the library. */
 MORVIK_API const char *morvik_version(void);
 
 /* ---- The session. */
@@ -81,9 +83,9 @@ typedef struct morvik_options {
   void (*output)(void *data, const char *bytes, size_t length);
   /* Takes a message. Null: a line on the standard error of the process. */
   void (*message)(void *data, const morvik_message *message);
-  /* Gives at most `room` bytes of what the programme reads (INPUT, QUOTEDIN); returns how many, 0 at the end. Null: the
-   * standard input of the process. */
-  size_t (*input)(void *data, char *bytes, size_t room);
+  /* Writes at most `most` bytes of what the programme reads (INPUT, QUOTEDIN); returns how many, 0 at the end. Null:
+   * the standard input of the process. */
+  size_t (*input)(void *data, char *bytes, size_t most);
 } morvik_options;
 
 #define MORVIK_OPTIONS \

@@ -46,7 +46,7 @@ Opening opening(std::size_t number);
 // Is a text of a source being compiled? The place of the token at work.
 bool iscompiling();
 SourcePlace placeoftoken();
-// Who else is told of what is compiled, ahead of the notes. Null for nobody.
+// Called with what is compiled, ahead of the notes. May be null.
 extern void (*heartokentoo)(const Token &token, Condition was, SourcePlace place);
 
 // Of a Point by its number, in the body of this origin or, with 0, in the text that was compiled last.

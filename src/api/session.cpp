@@ -15,6 +15,7 @@
 #include "machine/machine.h"
 #include "machine/slicing.h"
 #include "machine/timing.h"
+#include "spaces/blocks.h"
 #include "spaces/counters.h"
 #include "spaces/processstack.h"
 #include "spaces/refderef.h"
@@ -72,7 +73,7 @@ void openpool() {
 bool startsession(std::uint32_t slots) {
   initsignals();
   measurestack();
-  makeroom = askforroom;
+  reservestack = askforstack;
   processors = cpus = slots;
   return completes(opensession, nullptr);
 }
@@ -81,6 +82,17 @@ void endsession() {
   endcoprocessors();
   completes(closesession, nullptr);
   freereplies();
+}
+
+int statusofend(int status) {
+#ifdef MORVIK_CHECKING
+  constexpr int LEAKED = 99;
+  if (const std::int64_t blocks = liveblocks(); blocks != 0) {
+    std::fprintf(stderr, "live blocks: %ld\n", blocks);
+    return LEAKED;
+  }
+#endif
+  return status;
 }
 
 std::int64_t compilenext(std::FILE *stream, const char **string) {

@@ -17,6 +17,9 @@ bool completes(void (*work)(void *argument), void *argument);
 // which another session may begin.
 bool startsession(std::uint32_t slots);
 void endsession();
+// The status that a process ends with after its session: in the checking build another one where blocks are still
+// alive, which is told.
+int statusofend(int status);
 
 // What of that the prompt has too: the banks and the tables; the pool and the generators. Jump where there is no
 // storage.

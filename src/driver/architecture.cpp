@@ -1,4 +1,4 @@
-// What this build is. TARGET_SYSTEM, BUILD_TIME and COMPILER_LINE come from the build.
+// What this build is. MORVIK_VERSION, TARGET_SYSTEM, BUILD_TIME and COMPILER_LINE come from the build.
 #include "driver/architecture.h"
 
 #include <bit>
@@ -13,7 +13,7 @@ namespace morvik {
 
 namespace {
 
-constexpr const char *PROGRAMME = "Morvik 0.8";
+constexpr const char *PROGRAMME = "Morvik " MORVIK_VERSION;
 constexpr const char *VERSION = "n0.0 smp0.7";
 constexpr int BUILD = 6;
 constexpr const char *WIDTH = "64-bit";

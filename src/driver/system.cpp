@@ -141,14 +141,7 @@ int shutdownsystem() {
   closebanks();
   freereplies();
   printspent();
-#ifdef MORVIK_CHECKING
-  constexpr int LEAKED = 99;
-  if (const std::int64_t blocks = liveblocks(); blocks != 0) {
-    std::fprintf(stderr, "live blocks: %ld\n", blocks);
-    return LEAKED;
-  }
-#endif
-  return EXIT_SUCCESS;
+  return statusofend(EXIT_SUCCESS);
 }
 
 }  // namespace morvik

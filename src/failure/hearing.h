@@ -1,4 +1,4 @@
-// Who hears of failures: the error stream, or a layer above that tells of them in a way of its own.
+// Who hears of failures: the error stream, or a layer above that reports them in its own form.
 #pragma once
 
 #include <cstdint>

@@ -179,7 +179,7 @@ void setfaulthandler(int signal) {
 void mapstackguard() {
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
   const std::uintptr_t top = (here - DEEPEST_STACK) & ~(STACK_GUARD - 1);
-  // Nothing points there yet: the place can only be told by its number.
+  // Nothing points there yet: only the number of the signal tells the place.
   auto *const stackguard = reinterpret_cast<void *>(top - STACK_GUARD);  // NOLINT(performance-no-int-to-ptr)
   constexpr int FLAGS = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE;
   // Where something is mapped already, that is the guard.

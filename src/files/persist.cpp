@@ -29,10 +29,10 @@ void releasecharacters(Custody &c) {
   release(static_cast<Characters *>(c.held)->records);
 }
 
-void reservecharacters(Characters &characters, std::size_t room) {
-  if (room > MOST_ELEMENTS) outofstorage();
-  characters.records = Reallocate(characters.records, room);
-  characters.room = room;
+void reservecharacters(Characters &characters, std::size_t capacity) {
+  if (capacity > MOST_ELEMENTS) outofstorage();
+  characters.records = Reallocate(characters.records, capacity);
+  characters.capacity = capacity;
 }
 
 // What the file says that it holds; not binding, since it may grow, and devices say nothing.
@@ -62,15 +62,15 @@ void writevalue(std::FILE *stream, Point *value, Form form) {
 
 void begincharacters(Characters &characters, std::size_t expected) {
   characters.records = nullptr;
-  characters.count = characters.room = 0;
+  characters.count = characters.capacity = 0;
   takecustody(characters.custody, releasecharacters, &characters);
   if (expected > 0) reservecharacters(characters, expected);
 }
 
 void appendcharacters(Characters &characters, const char *bytes, std::size_t count) {
   const std::size_t needed = characters.count + count;
-  if (needed > characters.room)
-    reservecharacters(characters, std::max({needed, std::min(2 * characters.room, MOST_ELEMENTS), FEWEST_RECORDS}));
+  if (needed > characters.capacity)
+    reservecharacters(characters, std::max({needed, std::min(2 * characters.capacity, MOST_ELEMENTS), FEWEST_RECORDS}));
   Element *record = characters.records + characters.count;
   for (std::size_t i = 0; i < count; ++i, ++record) {
     *record = {};
@@ -81,7 +81,7 @@ void appendcharacters(Characters &characters, const char *bytes, std::size_t cou
 }
 
 Point endcharacters(Characters &characters) {
-  if (characters.count > 0 && characters.count < characters.room) reservecharacters(characters, characters.count);
+  if (characters.count > 0 && characters.count < characters.capacity) reservecharacters(characters, characters.count);
   Point space{};
   if (characters.count == 0) {
     makeempty(space);

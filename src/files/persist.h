@@ -20,7 +20,7 @@ void writevalue(std::FILE *stream, Point *value, Form form);
 struct Characters {
   Custody custody;
   Element *records;
-  std::size_t count, room;
+  std::size_t count, capacity;
 };
 // Ready for so many characters, and for more. Message 27.
 void begincharacters(Characters &characters, std::size_t expected);

@@ -310,7 +310,7 @@ void recoverinput() {
 void begintext(Point *programme, Context *chain, Point *stackposition, int flag) {
   Compiler &c = compiler;
   c.position = programme;
-  c.roomend = programme + PROGRAMME_POINTS;
+  c.blockend = programme + PROGRAMME_POINTS;
   c.chain = chain;
   c.stackposition = stackposition;
   c.flag = flag;
@@ -321,7 +321,7 @@ void begintext(Point *programme, Context *chain, Point *stackposition, int flag)
   c.openlocals = 0;
   c.namereferences = 0;
   c.literallevel = 0;
-  c.frames[0] = {programme, c.roomend, 0, chain, programme};
+  c.frames[0] = {programme, c.blockend, 0, chain, programme};
 }
 
 }  // namespace

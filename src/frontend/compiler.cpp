@@ -37,15 +37,15 @@ void growbody() {
   Compiler &c = compiler;
   if (c.nextframe == 1) exceptionjump(messages::PROGRAMME_FULL);
   Frame &frame = c.frames[c.nextframe - 1];
-  const auto room = static_cast<std::size_t>(c.roomend - frame.start);
-  if (room >= BODY_POINTS) exceptionjump(messages::PROGRAMME_FULL);
-  const std::size_t more = std::min(2 * room, BODY_POINTS);
+  const auto capacity = static_cast<std::size_t>(c.blockend - frame.start);
+  if (capacity >= BODY_POINTS) exceptionjump(messages::PROGRAMME_FULL);
+  const std::size_t more = std::min(2 * capacity, BODY_POINTS);
   auto *block = reinterpret_cast<Point *>(Reallocate(reinterpret_cast<Element *>(header()), more + 1));
   block->programme = block;
   frame.point->programme = block;
   frame.start = block + 1;
-  c.position = frame.start + room;
-  c.roomend = frame.start + more;
+  c.position = frame.start + capacity;
+  c.blockend = frame.start + more;
 }
 
 void dropfunction() {
@@ -56,7 +56,7 @@ void dropfunction() {
   if (c.chain != frame.chain) popsymtabs(c.chain);
   --c.nextframe;
   c.position = frame.point;
-  c.roomend = frame.roomend;
+  c.blockend = frame.blockend;
   c.openlocals = frame.counted;
   c.chain = frame.chain;
   release(frame.point->name);
@@ -69,7 +69,7 @@ namespace {
 // What seldom has to follow.
 [[gnu::noinline]] void endemit() {
   if (listener) listener->hearpoint();
-  if (compiler.position == compiler.roomend) growbody();
+  if (compiler.position == compiler.blockend) growbody();
 }
 
 }  // namespace
@@ -78,7 +78,7 @@ void emit() {
   Compiler &c = compiler;
   *c.position++ = c.pending;
   c.pending = {};
-  if (c.position == c.roomend || listener) [[unlikely]]
+  if (c.position == c.blockend || listener) [[unlikely]]
     endemit();
 }
 
@@ -139,7 +139,7 @@ void closenested() {
   Compiler &c = compiler;
   const Frame &frame = c.frames[--c.nextframe];
   c.literal = frame.point;
-  c.room = static_cast<std::size_t>(frame.counted);
+  c.capacity = static_cast<std::size_t>(frame.counted);
 }
 
 void dropliterals() {

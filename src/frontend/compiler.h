@@ -20,7 +20,7 @@ namespace morvik {
 // One open function, or a literal in which another is open. Frame 0 is the text itself.
 struct Frame {
   Point *point;          // the FUNCTION Point being opened, in the enclosing block; the outer literal
-  Point *roomend;        // that of the enclosing block
+  Point *blockend;       // that of the enclosing block
   std::int64_t counted;  // openlocals of the enclosing function; the capacity of the outer literal
   Context *chain;        // at the opening
   Point *start;          // of the body; its header comes before it. Null for a literal
@@ -40,7 +40,7 @@ struct Compiler {
   Condition condition;  // survives from text to text, as does builtinnext
   bool builtinnext;     // set by :: : the next keyword is the instruction, whatever its spelling means
   Point *position;      // where the next Point goes; there is always storage for it
-  Point *roomend;       // the end of the present block
+  Point *blockend;      // the end of the present block
   Context *chain;
   Point *stackposition;
   int flag;
@@ -52,7 +52,7 @@ struct Compiler {
   std::uint32_t depth;           // the deepest in the present one
   Point pending;
   Point *literal;        // the innermost that is open: `pending`, or a counted block; null for none
-  std::size_t room;      // its capacity in records
+  std::size_t capacity;  // its capacity in records
   Point extents;         // of the shape bracket that is open
   bool misshapen;        // an extent of it was refused
   Collected collecting;  // a name or a comment
@@ -66,7 +66,7 @@ struct Compiler {
 };
 extern Compiler compiler;
 
-// Who is told of what is compiled; null, as at the start, for nobody. What is told may not jump.
+// Called with what is compiled; null, as at the start, for nobody. It may not jump.
 struct Listener {
   void (*heartoken)(const Token &token, Condition was);  // before its action
   void (*hearpoint)();                                   // the one before the position is whole

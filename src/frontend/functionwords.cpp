@@ -102,10 +102,10 @@ void openfunction(char *text) {
   block->origin = 0;
   *c.position = function;
   c.pending = {};
-  c.frames[c.nextframe++] = {c.position, c.roomend, c.openlocals, c.chain, block + 1};
+  c.frames[c.nextframe++] = {c.position, c.blockend, c.openlocals, c.chain, block + 1};
   c.openlocals = s.locals;
   c.position = block + 1;
-  c.roomend = c.position + FIRST_BODY;
+  c.blockend = c.position + FIRST_BODY;
 }
 
 void endfunction() {
@@ -114,7 +114,7 @@ void endfunction() {
   const Frame &frame = c.frames[--c.nextframe];
   if (c.chain != frame.chain) popsymtabs(c.chain);
   c.chain = frame.chain;
-  c.roomend = frame.roomend;
+  c.blockend = frame.blockend;
   c.openlocals = frame.counted;
   c.position = frame.point;
   c.pending = *c.position;

@@ -27,22 +27,22 @@ int (*reshapeliteral)(Point *data, Point *shape, const Point *instruction);
 namespace {
 
 #ifdef MORVIK_CHECKING
-constexpr std::size_t FIRST_ROOM = 1;
+constexpr std::size_t FIRST_CAPACITY = 1;
 #else
-constexpr std::size_t FIRST_ROOM = 8;
+constexpr std::size_t FIRST_CAPACITY = 8;
 #endif
 
-[[gnu::noinline]] void growspace(Point &space, std::size_t &room, std::size_t needed) {
+[[gnu::noinline]] void growspace(Point &space, std::size_t &capacity, std::size_t needed) {
   if (needed > MOST_ELEMENTS) outofstorage();
-  const std::size_t larger = std::min(std::max({FIRST_ROOM, 2 * room, needed}), MOST_ELEMENTS);
+  const std::size_t larger = std::min(std::max({FIRST_CAPACITY, 2 * capacity, needed}), MOST_ELEMENTS);
   space.data_pointer = Reallocate(space.data_pointer, larger);
-  room = larger;
+  capacity = larger;
 }
 
 // Makes the capacity that of so many records more. The block is cut to size when the literal is closed.
-inline void reserverecords(Point &space, std::size_t &room, std::size_t more) {
+inline void reserverecords(Point &space, std::size_t &capacity, std::size_t more) {
   const std::size_t needed = space.elements + more;
-  if (needed > room) growspace(space, room, needed);
+  if (needed > capacity) growspace(space, capacity, needed);
 }
 
 // Within the capacity.
@@ -52,8 +52,9 @@ void putrecord(Point &space, const Element &element) {
 }
 
 // Cuts the block to size and says how many elements there are.
-void closespace(Point &space, std::size_t room) {
-  if (space.elements > 0 && space.elements < room) space.data_pointer = Reallocate(space.data_pointer, space.elements);
+void closespace(Point &space, std::size_t capacity) {
+  if (space.elements > 0 && space.elements < capacity)
+    space.data_pointer = Reallocate(space.data_pointer, space.elements);
   if (!space.shape_pointer) space.shape_pointer = newshape(0);
   space.shape_pointer->integer = space.elements;
 }
@@ -68,7 +69,7 @@ void opennested() {
   Point *block = newpoint();
   *block = {};
   parent.type |= STRUCTURED | ISSTRUCTURE;
-  c.frames[c.nextframe++] = {c.literal, c.roomend, static_cast<std::int64_t>(c.room), c.chain, nullptr};
+  c.frames[c.nextframe++] = {c.literal, c.blockend, static_cast<std::int64_t>(c.capacity), c.chain, nullptr};
   c.literal = block;
 }
 
@@ -81,9 +82,9 @@ void endliteral() {
     return;
   }
   Frame &frame = c.frames[c.nextframe - 1];
-  auto room = static_cast<std::size_t>(frame.counted);
-  reserverecords(*frame.point, room, 1);
-  frame.counted = static_cast<std::int64_t>(room);
+  auto capacity = static_cast<std::size_t>(frame.counted);
+  reserverecords(*frame.point, capacity, 1);
+  frame.counted = static_cast<std::int64_t>(capacity);
   Element member{};
   member.tag = tags::SUBARRAY;
   member.subarray = c.literal;
@@ -97,7 +98,7 @@ std::int16_t nesting(std::uint32_t level) {
 }
 
 void closevectorspace(Point &space, std::uint32_t level) {
-  closespace(space, compiler.room);
+  closespace(space, compiler.capacity);
   const bool structure = (space.type & ISVECTOR) == 0;
   if (space.elements == 0)
     space.type = (space.type & ~ISSCALAR) | ISVECTOR | ISEMPTY | HASINTEGER;
@@ -108,7 +109,7 @@ void closevectorspace(Point &space, std::uint32_t level) {
 }
 
 void closestringspace(Point &space) {
-  closespace(space, compiler.room);
+  closespace(space, compiler.capacity);
   space.type |= HASASCII;
   if (space.elements == 0) space.type |= ISEMPTY;
   if (space.elements == 1) space.type |= ISONEELEMENT;
@@ -118,7 +119,7 @@ void closestringspace(Point &space) {
 inline void addmember(const Token &token) {
   Compiler &c = compiler;
   Point &space = *c.literal;
-  reserverecords(space, c.room, 1);
+  reserverecords(space, c.capacity, 1);
   Element &record = space.data_pointer[space.elements];
   readelement(token, c.condition == Condition::VECTOR, record);
   space.type |= kindbit(record.tag);
@@ -157,7 +158,7 @@ void openliteral(std::uint32_t type) {
     opennested();
   else
     c.literal = &c.pending;
-  c.room = 0;
+  c.capacity = 0;
   *c.literal = {};
   c.literal->rank = ranks::VECTOR;
   c.literal->type = type;
@@ -166,7 +167,7 @@ void openliteral(std::uint32_t type) {
 
 void characters(const char *bytes, std::size_t length) {
   Compiler &c = compiler;
-  reserverecords(*c.literal, c.room, length);
+  reserverecords(*c.literal, c.capacity, length);
   Element *record = c.literal->data_pointer + c.literal->elements;
   for (const char *const end = bytes + length; bytes < end; ++bytes, ++record) {
     *record = {};
@@ -205,7 +206,7 @@ void openshape(bool string) {
   c.extents.type = ISVECTOR;
   c.extents.depth = 1;
   c.misshapen = false;
-  c.room = 0;
+  c.capacity = 0;
 }
 
 void extent(char *text, std::size_t length) {
@@ -217,7 +218,7 @@ void extent(char *text, std::size_t length) {
     c.misshapen = true;
     return exception(messages::SHAPE_TOO_BIG, &c.stackposition, nullptr);
   }
-  reserverecords(c.extents, c.room, 1);
+  reserverecords(c.extents, c.capacity, 1);
   Element record;
   setinteger(record, saturate(value));
   putrecord(c.extents, record);
@@ -226,7 +227,7 @@ void extent(char *text, std::size_t length) {
 // A literal whose bracket is refused stays the vector that it is, and the text goes on.
 void closeshape() {
   Compiler &c = compiler;
-  closespace(c.extents, c.room);
+  closespace(c.extents, c.capacity);
   if (c.extents.elements == 0) c.extents.type |= ISEMPTY;
   if (c.extents.elements == 1) c.extents.type |= ISONEELEMENT;
   if (c.misshapen || reshapeliteral(c.literal, &c.extents, nullptr) != 0) dereferencepoint(&c.extents);

@@ -94,8 +94,8 @@ void growwindowifneeded() {
 template <typename Belongs>
 inline bool takerun(std::size_t &at, std::size_t most, Belongs belongs) {
   if (windowstate.ended != SourceEnd::NOT) return false;
-  const std::size_t room = windowstate.capacity - windowstate.filled;
-  char *const first = windowstate.bytes + windowstate.filled, *const end = first + (room < most ? room : most);
+  const std::size_t unfilled = windowstate.capacity - windowstate.filled;
+  char *const first = windowstate.bytes + windowstate.filled, *const end = first + (unfilled < most ? unfilled : most);
   char *place = first;
   bool other = false;
   if (windowstate.string) {
@@ -305,11 +305,11 @@ void yyunput(int byte) {
   window::restoreheld();
   if (windowstate.token == 0) {
     // As much free ahead as there are bytes behind, so that giving back many takes time in proportion.
-    const std::size_t room = windowstate.capacity - windowstate.filled;
-    if (room < windowstate.capacity / 4)
+    const std::size_t unfilled = windowstate.capacity - windowstate.filled;
+    if (unfilled < windowstate.capacity / 4)
       window::growwindow(windowstate.capacity / 2);
     else
-      window::movewindow(windowstate.bytes, windowstate.capacity, room);
+      window::movewindow(windowstate.bytes, windowstate.capacity, unfilled);
   }
   windowstate.bytes[--windowstate.token] = static_cast<char>(byte);
 }

@@ -9,7 +9,7 @@
 #include "machine/texts.h"
 #include "spaces/instructions.h"
 #include "spaces/messages.h"
-#include "text/text.h"
+#include "text/written.h"
 
 namespace morvik {
 
@@ -81,19 +81,6 @@ void sealbody(Body &body, Point &function) {
   body.block->elements = static_cast<std::uint32_t>(body.points);
 }
 
-// What disass writes, caught in storage of the standard library.
-struct Caught {
-  std::FILE *stream;
-  char *bytes;
-  std::size_t length;
-};
-
-void releasecaught(Custody &c) {
-  auto *caught = static_cast<Caught *>(c.held);
-  std::fclose(caught->stream);
-  std::free(caught->bytes);
-}
-
 }  // namespace
 
 Next doassemble(Level &level) {
@@ -117,19 +104,14 @@ Next doassemble(Level &level) {
 
 Next dodisassemble(Level &level) {
   const int source = level.instruction->modifier == instructions::TEXTWRITE ? 0 : 1;
-  Caught caught{};
-  caught.stream = open_memstream(&caught.bytes, &caught.length);
-  if (!caught.stream) outofstorage();
-  Custody stream;
-  takecustody(stream, releasecaught, &caught);
-  disass(caught.stream, "", level.sp, 0, source);
-  std::fflush(caught.stream);
+  WrittenText written;
+  if (!writepoint(written, level.sp, source)) outofstorage();
   Characters characters;
-  begincharacters(characters, caught.length);
-  appendcharacters(characters, caught.bytes, caught.length);
+  begincharacters(characters, written.length);
+  appendcharacters(characters, written.bytes, written.length);
   const Point text = endcharacters(characters);
-  endcustody(stream);
-  releasecaught(stream);
+  endcustody(written.custody);
+  std::free(written.bytes);
   droptop(level);
   pushowned(level, text);
   return Next::FETCH;

@@ -25,24 +25,24 @@ namespace {
 
 // Where the process stack ends, it is to end here, where a fault finds everything whole, and not a few calls further
 // in, inside the heap: the stack that a level needs for its own work is touched before it begins.
-constexpr std::size_t WORKING_ROOM = std::size_t{256} * 1024;
+constexpr std::size_t WORKING_STACK = std::size_t{256} * 1024;
 [[gnu::noinline]] void touchstack() {
-  [[maybe_unused]] volatile char room[WORKING_ROOM];
-  room[0] = 0;
+  [[maybe_unused]] volatile char stack[WORKING_STACK];
+  stack[0] = 0;
 }
 
 }  // namespace
 
-void (*makeroom)() = touchstack;
+void (*reservestack)() = touchstack;
 
-void askforroom() {
+void askforstack() {
   if (stackends()) outofstorage();
 }
 
 namespace {
 
 inline Level makeinner(Level &outer, Point *start, Point *header, Point *frame, Point *floor) {
-  makeroom();
+  reservestack();
   const bool ownsframe = frame != outer.frame || floor != outer.floor;
   Entry *const names = header ? localnames(header[header->elements]) : nullptr;
   return Level({&outer, start, header, names, frame, floor, outer.memory, outer.level + 1, outer.slot, ownsframe});

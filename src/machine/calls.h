@@ -15,9 +15,9 @@ void callkept(Level &level, const Point &function);
 Next executetop(Level &level);
 
 // Called before a level begins: sees to it that the process stack has room for its work. At the start it touches that
-// stack, so that its end is met as a fault; askforroom reports message 27 and jumps.
-extern void (*makeroom)();
-void askforroom();
+// stack, so that its end is met as a fault; askforstack reports message 27 and jumps.
+extern void (*reservestack)();
+void askforstack();
 
 // Moves the arguments on top up and makes fresh locals below them. Returns the first local.
 Point *makelocals(Level &level, int arguments, int locals);

@@ -10,25 +10,45 @@
 
 namespace morvik {
 
-#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) \
-  case number:                                                                  \
-    handler;                                                                    \
-    break;
-#define MONADIC(f) vec_##f(work.operand, &instruction, work.context, index)
-#define DRAWING(f) vec_##f(work.operand, &instruction, work.context, index, state)
-#define DYADIC(f) vec_##f(&stack, &instruction, work.context, index)
+namespace {
+
+using Share = void(const Point &instruction, std::uint32_t index, std::uint64_t *state) noexcept;
+
+template <MonadicSlice *work>
+void sharemonadic(const Point &instruction, std::uint32_t index, std::uint64_t *) noexcept {
+  work(to_coprocessors.operand, &instruction, to_coprocessors.context, index);
+}
+template <DrawingSlice *work>
+void sharedrawing(const Point &instruction, std::uint32_t index, std::uint64_t *state) noexcept {
+  work(to_coprocessors.operand, &instruction, to_coprocessors.context, index, state);
+}
+template <DyadicSlice *work>
+void sharedyadic(const Point &instruction, std::uint32_t index, std::uint64_t *) noexcept {
+  Point *stack = to_coprocessors.operand;
+  work(&stack, &instruction, to_coprocessors.context, index);
+}
+
+// By instruction number; null where an instruction is no scalar one.
+#define MONADIC(f) sharemonadic<vec_##f>
+#define DRAWING(f) sharedrawing<vec_##f>
+#define DYADIC(f) sharedyadic<vec_##f>
+#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) {handler},
+constexpr struct {
+  Share *share;
+} Shares[instructions::COUNT] = {
+#include "tables/instructions.def"
+};
+
+}  // namespace
 
 void workslice(const Point &instruction, std::uint32_t index, std::uint64_t *state) noexcept {
-  const Work &work = to_coprocessors;
-  Point *stack = work.operand;
-  if (instruction.instruction == instructions::SEED || instruction.instruction == instructions::RANDOMISE)
-    return SEED_PRNGS(static_cast<std::int32_t>(index), state, work.origin);
-  if (instruction.instruction == instructions::INTERVAL) return vec_interval(index);
-  switch (instruction.instruction) {
-#include "tables/instructions.def"
-    default:
-      break;
-  }
+  const std::uint16_t number = instruction.instruction;
+  if (number == instructions::SEED || number == instructions::RANDOMISE)
+    SEED_PRNGS(static_cast<std::int32_t>(index), state, to_coprocessors.origin);
+  else if (number == instructions::INTERVAL)
+    vec_interval(index);
+  else if (Share *share = Shares[number].share)
+    share(instruction, index, state);
 }
 
 }  // namespace morvik

@@ -23,7 +23,7 @@ extern double verbs;  // the sum of `operators` over all inputs
 // How often a second; 0 for what was never done, whatever the time, and infinity for what took no time.
 double persecond(double count, double seconds);
 
-// Who is told where a run is, while the timing hook is on: before each Point, and when a level begins. Null for nobody.
+// Called with the place of a run while the timing hook is on: before each Point, and when a level begins. May be null.
 extern void (*followrun)(const Level &level, bool begins);
 
 // The timing hook: the start of an instruction, and the charge to its row afterwards.

@@ -12,14 +12,14 @@ namespace morvik {
 template <typename Frame>
 struct Descent {
   Frame *open;
-  std::size_t depth, room;
+  std::size_t depth, capacity;
   Custody custody;
 };
 
 template <typename Frame>
 void begindescent(Descent<Frame> &d) {
   d.open = nullptr;
-  d.depth = d.room = 0;
+  d.depth = d.capacity = 0;
   takecustody(d.custody, releaseblock, nullptr);
 }
 
@@ -37,15 +37,15 @@ inline Frame &innermost(Descent<Frame> &d) {
 // Opens a level. Message 27.
 template <typename Frame>
 void descend(Descent<Frame> &d, const Frame &frame) {
-  constexpr std::size_t FIRST_ROOM = 16;
-  if (d.depth == d.room) {
-    const std::size_t room = d.room == 0 ? FIRST_ROOM : 2 * d.room;
-    auto *larger = static_cast<Frame *>(newblock(room * sizeof(Frame)));
+  constexpr std::size_t FIRST_CAPACITY = 16;
+  if (d.depth == d.capacity) {
+    const std::size_t capacity = d.capacity == 0 ? FIRST_CAPACITY : 2 * d.capacity;
+    auto *larger = static_cast<Frame *>(newblock(capacity * sizeof(Frame)));
     if (d.depth > 0) std::memcpy(larger, d.open, d.depth * sizeof(Frame));
     release(d.open);
     d.open = larger;
     d.custody.held = larger;
-    d.room = room;
+    d.capacity = capacity;
   }
   d.open[d.depth++] = frame;
 }

@@ -74,29 +74,41 @@ void checkworth(const Point &point, const SourcePlace &place) {
 struct Name {
   char *text;
   SourcePlace place;
+  std::size_t number;  // in the order of the text
 };
 List<Name> namesset, namesread;
 bool namescomefromelsewhere;  // of a file or a text that is read by the programme
 
 void noteset(const char *name) {
-  namesset.append({strdup(name), {}});
+  namesset.append({strdup(name), {}, namesset.count});
 }
 
 void noteread(const char *name, const SourcePlace &place) {
-  if (silent || *name == '#') return;
-  for (const Name &known : namesread)
-    if (std::strcmp(known.text, name) == 0) return;
-  namesread.append({strdup(name), place});
+  if (!silent && *name != '#') namesread.append({strdup(name), place, namesread.count});
 }
 
-bool isset(const char *name) {
-  return std::any_of(namesset.begin(), namesset.end(),
-                     [name](const Name &known) { return std::strcmp(known.text, name) == 0; });
+bool isbefore(const Name &a, const Name &b) {
+  const int order = std::strcmp(a.text, b.text);
+  return order < 0 || (order == 0 && a.number < b.number);
 }
 
+bool isset(const Name &name) {
+  const auto before = [](const Name &a, const Name &b) { return std::strcmp(a.text, b.text) < 0; };
+  return std::binary_search(namesset.begin(), namesset.end(), name, before);
+}
+
+// Warns of each name once, where it is read first.
 void checknames() {
+  if (namescomefromelsewhere) return;
+  std::sort(namesset.begin(), namesset.end(), isbefore);
+  std::sort(namesread.begin(), namesread.end(), isbefore);
+  List<Name> unset;
   for (const Name &name : namesread)
-    if (!namescomefromelsewhere && !isset(name.text)) warn(name.place, "nothing here sets %s", name.text);
+    if (!(&name > namesread.begin() && std::strcmp(name.text, (&name)[-1].text) == 0) && !isset(name))
+      unset.append(name);
+  std::sort(unset.begin(), unset.end(), [](const Name &a, const Name &b) { return a.number < b.number; });
+  for (const Name &name : unset) warn(name.place, "nothing here sets %s", name.text);
+  unset.clear();
 }
 
 void clearnames() {
@@ -206,7 +218,7 @@ void checkbytes(const Token &token, const SourcePlace &place) {
     const auto byte = static_cast<unsigned char>(bytes[i]);
     if (byte < 0x80) continue;
     const bool followson = byte < 0xC0 && place.offset + i > 0 && static_cast<unsigned char>(bytes[i - 1]) >= 0xC2;
-    if (followson) return;  // told already
+    if (followson) return;  // reported already
     char text[8];
     std::snprintf(text, sizeof text, "%02X", byte);
     warn({place.source, place.offset + i}, "a byte %s stands outside of a quote: it is a word or part of a name here",

@@ -1,4 +1,4 @@
-// The command line of morvik-run, as getopt_long reads it.
+// The command lines of morvik-run and morvik-check, as getopt_long reads them.
 #include "runner/choices.h"
 
 #include <getopt.h>
@@ -13,6 +13,7 @@ namespace morvik {
 namespace {
 
 constexpr char USAGE[] = "usage: morvik-run [options] FILE [words...]\n";
+constexpr char CHECK_USAGE[] = "usage: morvik-check [options] FILE...\n";
 
 constexpr char HELP[] =
     "Runs a programme in a file. FILE may be -, the standard input. The words after it are found as ARGUMENTS.\n"
@@ -34,7 +35,16 @@ constexpr char HELP[] =
     "\n"
     "Status: 0; 1 after a message; 2 where the command line or a file is of no use; 130 after an interrupt.\n";
 
-constexpr char VERSION[] = "morvik-run 0.8";
+constexpr char CHECK_HELP[] =
+    "Looks for mistakes in programmes, and runs nothing. FILE may be -, the standard input.\n"
+    "\n"
+    "  -l, --library NAME  take the names of a library for set, as morvik-run does\n"
+    "  -h, --help          show this\n"
+    "  -v, --version       show the version\n"
+    "\n"
+    "Status: 0; 1 where it warned; 2 where the command line or a file is of no use.\n";
+
+constexpr char VERSION[] = MORVIK_VERSION;
 constexpr std::uint32_t MOST_PROCESSORS = 1 << 16;
 
 enum LongOnly : int { CONFINE = 256, PROFILE };
@@ -50,6 +60,20 @@ constexpr option OPTIONS[] = {{"library", required_argument, nullptr, 'l'},
                               {"help", no_argument, nullptr, 'h'},
                               {"version", no_argument, nullptr, 'v'},
                               {nullptr, 0, nullptr, 0}};
+
+constexpr option CHECK_OPTIONS[] = {{"library", required_argument, nullptr, 'l'},
+                                    {"help", no_argument, nullptr, 'h'},
+                                    {"version", no_argument, nullptr, 'v'},
+                                    {nullptr, 0, nullptr, 0}};
+
+// What the two programs have of their own. The first word that is no option is the file; what follows it is the
+// script's, dashes or not, and for morvik-check another file or option.
+struct Program {
+  const char *usage, *help, *letters;
+  const option *options;
+};
+constexpr Program RUN = {USAGE, HELP, "+l:kecp:uhv", OPTIONS};
+constexpr Program CHECK = {CHECK_USAGE, CHECK_HELP, "l:hv", CHECK_OPTIONS};
 
 int misused(const char *what, const char *value) {
   std::fprintf(stderr, "morvik-run: %s: %s\n%s", what, value, USAGE);
@@ -76,7 +100,7 @@ int readprofile(Choices &choices, const char *text) {
   return GOES_ON;
 }
 
-int takeoption(Choices &choices, int option) {
+int takeoption(Choices &choices, const Program &program, int option) {
   switch (option) {
     case 'l':
       choices.libraries.append(optarg);
@@ -101,32 +125,41 @@ int takeoption(Choices &choices, int option) {
     case PROFILE:
       return readprofile(choices, optarg);
     case 'h':
-      std::printf("%s\n%s", USAGE, HELP);
+      std::printf("%s\n%s", program.usage, program.help);
       return STATUS_DONE;
     case 'v':
-      std::puts(VERSION);
+      std::printf("%s %s\n", program_invocation_short_name, VERSION);
       return STATUS_DONE;
     default:  // getopt_long has said what is wrong
-      std::fputs(USAGE, stderr);
+      std::fputs(program.usage, stderr);
       return STATUS_UNUSABLE;
   }
 }
 
-}  // namespace
-
-// The first word that is no option is the file: what follows is the script's, dashes or not.
-int readchoices(Choices &choices, int argc, char **argv) {
+int readwords(Choices &choices, const Program &program, int argc, char **argv) {
   choices = {};
-  for (int option; (option = getopt_long(argc, argv, "+l:kecp:uhv", OPTIONS, nullptr)) != -1;)
-    if (const int status = takeoption(choices, option); status != GOES_ON) return status;
+  for (int option; (option = getopt_long(argc, argv, program.letters, program.options, nullptr)) != -1;)
+    if (const int status = takeoption(choices, program, option); status != GOES_ON) return status;
   if (optind >= argc) {
-    std::fprintf(stderr, "morvik-run: no file\n%s", USAGE);
+    std::fprintf(stderr, "%s: no file\n%s", program_invocation_short_name, program.usage);
     return STATUS_UNUSABLE;
   }
   choices.file = argv[optind];
   choices.words = argv + optind + 1;
   choices.wordcount = static_cast<std::size_t>(argc - optind - 1);
   return GOES_ON;
+}
+
+}  // namespace
+
+int readchoices(Choices &choices, int argc, char **argv) {
+  return readwords(choices, RUN, argc, argv);
+}
+
+int readcheckchoices(Choices &choices, int argc, char **argv) {
+  const int status = readwords(choices, CHECK, argc, argv);
+  choices.check = true;
+  return status;
 }
 
 }  // namespace morvik

@@ -1,4 +1,4 @@
-// The command line of morvik-run.
+// The command lines of morvik-run and morvik-check.
 #pragma once
 
 #include <cstddef>
@@ -24,6 +24,8 @@ struct Choices {
 // GOES_ON.
 inline constexpr int GOES_ON = -1;
 int readchoices(Choices &choices, int argc, char **argv);
+// The same for morvik-check, where the words are more files.
+int readcheckchoices(Choices &choices, int argc, char **argv);
 
 // Statuses of the process.
 inline constexpr int STATUS_DONE = 0, STATUS_FAILED = 1, STATUS_UNUSABLE = 2, STATUS_INTERRUPTED = 130;

@@ -15,6 +15,9 @@ namespace morvik {
 namespace {
 
 constexpr char NAME_BYTES[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-";
+constexpr char BLANKS[] = " \t\r\n";
+constexpr char ENDS_OF_NAME[] = " \t\r\n\"";
+constexpr char NEEDS[] = "NEEDS";
 constexpr const char *BESIDE_BINARY[] = {"/../share/morvik/lib", "/../lib"};
 
 bool appendbytes(List<char> &path, const char *bytes, std::size_t length) {
@@ -71,6 +74,24 @@ bool findlibrary(List<char> &path, const char *name) {
   if (isalong(path, std::getenv("MORVIK_PATH"), name) || isbeside(path, name)) return true;
   refusefile(name, "there is no such library in MORVIK_PATH, ../share/morvik/lib or ../lib");
   return false;
+}
+
+const char *findneeds(const char *text) {
+  for (;;) {
+    text += std::strspn(text, BLANKS);
+    if (*text != '"') return nullptr;
+    ++text;
+    text += std::strspn(text, BLANKS);
+    const std::size_t length = std::strcspn(text, ENDS_OF_NAME);
+    if (length == sizeof NEEDS - 1 && std::strncmp(text, NEEDS, length) == 0) return text + length;
+    text += std::strcspn(text, "\"");
+    if (*text == '"') ++text;
+  }
+}
+
+std::size_t findneed(const char *&names) {
+  names += std::strspn(names, BLANKS);
+  return std::strcspn(names, ENDS_OF_NAME);
 }
 
 }  // namespace morvik

@@ -12,4 +12,9 @@ namespace morvik {
 // was told.
 bool findlibrary(List<char> &path, const char *name);
 
+// What a text needs stands in a comment ahead of its first word: NEEDS, and names. Where these begin; null for none.
+const char *findneeds(const char *text);
+// Goes on to the next name. Returns its length, 0 behind the last.
+std::size_t findneed(const char *&names);
+
 }  // namespace morvik

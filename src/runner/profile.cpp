@@ -9,10 +9,11 @@
 #include <cstring>
 #include <ctime>
 
+#include "api/banks.h"
 #include "api/list.h"
 #include "api/places.h"
+#include "frontend/buckets.h"
 #include "machine/timing.h"
-#include "runner/telling.h"
 
 namespace morvik {
 
@@ -26,7 +27,6 @@ constexpr std::size_t MOST_ROWS = 40;
 struct Node {
   std::size_t caller, function, depth;
   double own;
-  std::int64_t calls;
 };
 struct Function {
   std::uint64_t origin;
@@ -48,11 +48,19 @@ struct Frame {
   std::size_t node, line;
 };
 
-List<Node> nodes;
-List<Function> functions;
-List<Line> lines;
-List<std::size_t> linerows;  // by hash of source and number, NONE for a free place; twice as many as lines
+// Rows that are found again by what they are: the places of a list by hash, NONE for a free one, at least twice as many
+// as rows.
+template <typename Row>
+struct Table {
+  List<Row> rows;
+  List<std::size_t> places;
+};
+
+Table<Node> nodes;
+Table<Function> functions;
+Table<Line> lines;
 List<Frame> frames;
+std::size_t nextwalk;  // at so many functions
 double last;
 
 double now() {
@@ -64,53 +72,105 @@ double now() {
 
 // ---- The rows.
 
-std::size_t slotof(const Source *source, std::size_t number) {
-  const std::size_t mask = linerows.count - 1;
-  std::size_t slot = (reinterpret_cast<std::uintptr_t>(source) / sizeof(Source) * 31 + number) & mask;
-  while (linerows[slot] != NONE && (lines[linerows[slot]].source != source || lines[linerows[slot]].number != number))
-    slot = (slot + 1) & mask;
-  return slot;
+std::size_t mixed(std::uint64_t word) {
+  constexpr std::uint64_t ODD = 0x9E3779B97F4A7C15;  // spreads what is alike in its low bits
+  const std::uint64_t product = word * ODD;
+  return static_cast<std::size_t>(product ^ product >> 32);
 }
 
-bool growlinerows() {
-  constexpr std::size_t FIRST_ROWS = 256;
-  const std::size_t room = std::max(2 * linerows.count, FIRST_ROWS);
-  if (!linerows.reserve(room - linerows.count)) return false;
-  linerows.count = room;
-  std::fill(linerows.begin(), linerows.end(), NONE);
-  for (std::size_t i = 0; i < lines.count; ++i) linerows[slotof(lines[i].source, lines[i].number)] = i;
+std::size_t hashof(const Node &node) {
+  return mixed(node.caller << 32 ^ node.function);
+}
+bool issame(const Node &a, const Node &b) {
+  return a.caller == b.caller && a.function == b.function;
+}
+std::size_t hashof(const Function &function) {
+  return mixed(function.origin ^ reinterpret_cast<std::uintptr_t>(function.header));
+}
+bool issame(const Function &a, const Function &b) {
+  return a.origin == b.origin && a.header == b.header;
+}
+std::size_t hashof(const Line &line) {
+  return mixed(reinterpret_cast<std::uintptr_t>(line.source) ^ line.number);
+}
+bool issame(const Line &a, const Line &b) {
+  return a.source == b.source && a.number == b.number;
+}
+
+template <typename Row>
+std::size_t &placeof(const Table<Row> &table, const Row &row) {
+  const std::size_t mask = table.places.count - 1;
+  std::size_t place = hashof(row) & mask;
+  while (table.places[place] != NONE && !issame(table.rows[table.places[place]], row)) place = (place + 1) & mask;
+  return table.places.records[place];
+}
+
+template <typename Row>
+bool growplaces(Table<Row> &table) {
+  constexpr std::size_t FIRST_PLACES = 256;
+  const std::size_t capacity = std::max(2 * table.places.count, FIRST_PLACES);
+  if (!table.places.reserve(capacity - table.places.count)) return false;
+  table.places.count = capacity;
+  std::fill(table.places.begin(), table.places.end(), NONE);
+  for (std::size_t i = 0; i < table.rows.count; ++i) placeof(table, table.rows[i]) = i;
   return true;
 }
 
-// The row of a line; NONE where its place is not known or there is no storage.
+// The number of the row that is the same; it is the last where it is new. NONE where there is no storage.
+template <typename Row>
+std::size_t rowof(Table<Row> &table, const Row &row) {
+  if (2 * (table.rows.count + 1) > table.places.count && !growplaces(table)) return NONE;
+  std::size_t &place = placeof(table, row);
+  if (place == NONE && table.rows.append(row)) place = table.rows.count - 1;
+  return place;
+}
+
+template <typename Row>
+void clear(Table<Row> &table) {
+  table.rows.clear();
+  table.places.clear();
+}
+
+// NONE where the place of the line is not known.
 std::size_t rowofline(const SourcePlace &place) {
-  if (!place.source) return NONE;
-  if (2 * (lines.count + 1) > linerows.count && !growlinerows()) return NONE;
-  const std::size_t number = lineof(place), slot = slotof(place.source, number);
-  if (linerows[slot] == NONE && lines.append({place.source, number, 0, 0})) linerows[slot] = lines.count - 1;
-  return linerows[slot];
+  return place.source ? rowof(lines, {place.source, lineof(place), 0, 0}) : NONE;
 }
 
-bool isfunctionof(const Function &function, const Level &level) {
-  const std::uint64_t origin = originof(level);
-  return origin != 0 ? function.origin == origin : function.header == level.header;
+Function functionfrom(std::uint64_t origin, const Point *header) {
+  return {origin, origin == 0 ? header : nullptr, nullptr, {}, 0, 0, 0};
 }
 
-std::size_t functionof(const Level &level) {
-  for (std::size_t i = 0; i < functions.count; ++i)
-    if (isfunctionof(functions[i], level)) return i;
-  const char *name = functionname(level);
-  functions.append({originof(level), level.header, strdup(name ? name : "(no name)"), placeof(level), 0, 0, 0});
-  return functions.count - 1;
+// Gives the functions in a table their names where they have none yet.
+void namefunctions(Entry *table) {
+  TableWalk walk{table};
+  while (const Entry *entry = nextentry(walk)) {
+    const Point &value = *entry->meaning;
+    if (!isfunction(value) || !value.programme) continue;
+    const std::size_t row = placeof(functions, functionfrom(value.programme->origin, value.programme));
+    if (row != NONE && !functions.rows[row].name) functions.rows[row].name = strdup(entry->name);
+  }
+}
+
+// A function that was compiled from a source is known by that, another by its header. A large table of names is looked
+// through when there are twice as many functions as the last time, and at the end.
+std::size_t rowoffunction(const Level &level) {
+  const std::size_t known = functions.rows.count;
+  const std::size_t row = rowof(functions, functionfrom(originof(level), level.header));
+  if (row != known) return row;
+  functions.rows[row].place = placeof(level);
+  for (const Context *link = level.meaning; link; link = link->previous)
+    if (link->table && (link->table->kind == SMALL_TABLE || functions.rows.count >= nextwalk))
+      namefunctions(link->table);
+  if (functions.rows.count >= nextwalk) nextwalk = 2 * functions.rows.count;
+  return row;
 }
 
 // The node of a function that another calls. One that calls itself is one.
-std::size_t nodeof(std::size_t caller, std::size_t function) {
-  if (nodes[caller].function == function || nodes[caller].depth >= DEEPEST) return caller;
-  for (std::size_t i = caller + 1; i < nodes.count; ++i)
-    if (nodes[i].caller == caller && nodes[i].function == function) return i;
-  nodes.append({caller, function, nodes[caller].depth + 1, 0, 0});
-  return nodes.count - 1;
+std::size_t rowofnode(std::size_t caller, std::size_t function) {
+  const Node &above = nodes.rows[caller];
+  if (above.function == function || above.depth >= DEEPEST || function == NONE) return caller;
+  const std::size_t row = rowof(nodes, {caller, function, above.depth + 1, 0});
+  return row == NONE ? caller : row;
 }
 
 // ---- The run.
@@ -119,8 +179,8 @@ void charge() {
   const double time = now();
   if (frames.count > 0) {
     const Frame &frame = frames.last();
-    nodes[frame.node].own += time - last;
-    if (frame.line != NONE) lines[frame.line].own += time - last;
+    nodes.rows[frame.node].own += time - last;
+    if (frame.line != NONE) lines.rows[frame.line].own += time - last;
   }
 }
 
@@ -128,9 +188,9 @@ void charge() {
 void enter(const Level &level) {
   std::size_t node = frames.count > 0 ? frames.last().node : 0;
   if (level.header) {
-    node = nodeof(node, functionof(level));
-    ++nodes[node].calls;
-    ++functions[functionof(level)].calls;
+    const std::size_t function = rowoffunction(level);
+    node = rowofnode(node, function);
+    if (function != NONE) ++functions.rows[function].calls;
   }
   frames.append({level.level, node, NONE});
 }
@@ -142,7 +202,7 @@ void follow(const Level &level, bool begins) {
   if (frames.count == 0 || frames.last().level < level.level) enter(level);
   Frame &frame = frames.last();
   const std::size_t line = rowofline(placeof(level));
-  if (line != NONE && !begins && (line != frame.line || level.current == level.start)) ++lines[line].runs;
+  if (line != NONE && !begins && (line != frame.line || level.current == level.start)) ++lines.rows[line].runs;
   frame.line = line;
   last = now();
 }
@@ -150,53 +210,58 @@ void follow(const Level &level, bool begins) {
 // ---- The tables.
 
 void sumup() {
-  for (std::size_t i = nodes.count; i-- > 1;) {
-    const Node &node = nodes[i];
-    functions[node.function].own += node.own;
+  for (std::size_t i = nodes.rows.count; i-- > 1;) {
+    const Node &node = nodes.rows[i];
+    functions.rows[node.function].own += node.own;
     // A node counts in full for each function above it, once.
-    for (std::size_t at = i; at != 0; at = nodes[at].caller) {
+    for (std::size_t at = i; at != 0; at = nodes.rows[at].caller) {
       bool again = false;
-      for (std::size_t above = nodes[at].caller; above != 0; above = nodes[above].caller)
-        again = again || nodes[above].function == nodes[at].function;
-      if (!again) functions[nodes[at].function].total += node.own;
+      for (std::size_t above = nodes.rows[at].caller; above != 0; above = nodes.rows[above].caller)
+        again = again || nodes.rows[above].function == nodes.rows[at].function;
+      if (!again) functions.rows[nodes.rows[at].function].total += node.own;
     }
   }
 }
 
 double alltime() {
   double sum = 0;
-  for (const Node &node : nodes) sum += node.own;
+  for (const Node &node : nodes.rows) sum += node.own;
   return sum;
+}
+
+const char *nameof(const Function &function) {
+  return function.name ? function.name : "(no name)";
 }
 
 constexpr double MILLI = 1e3, PERCENT = 100;
 
 void writefunctions(double all) {
-  std::sort(functions.begin(), functions.end(), [](const Function &a, const Function &b) { return a.own > b.own; });
+  std::sort(functions.rows.begin(), functions.rows.end(),
+            [](const Function &a, const Function &b) { return a.own > b.own; });
   std::fputs("\n      own ms   share     total ms       calls  function\n", stderr);
-  for (std::size_t i = 0; i < std::min(functions.count, MOST_ROWS); ++i) {
-    const Function &f = functions[i];
+  for (std::size_t i = 0; i < std::min(functions.rows.count, MOST_ROWS); ++i) {
+    const Function &f = functions.rows[i];
     std::fprintf(stderr, "%12.3f %6.1f%% %12.3f %11ld  %s", f.own * MILLI, all > 0 ? f.own / all * PERCENT : 0,
-                 f.total * MILLI, static_cast<long>(f.calls), f.name);
+                 f.total * MILLI, static_cast<long>(f.calls), nameof(f));
     if (f.place.source) std::fprintf(stderr, " (%s:%zu)", f.place.source->name, lineof(f.place));
     std::fputc('\n', stderr);
   }
 }
 
 void writelines(double all) {
-  std::sort(lines.begin(), lines.end(), [](const Line &a, const Line &b) { return a.own > b.own; });
+  std::sort(lines.rows.begin(), lines.rows.end(), [](const Line &a, const Line &b) { return a.own > b.own; });
   std::fputs("\n      own ms   share        runs  line\n", stderr);
-  for (std::size_t i = 0; i < std::min(lines.count, MOST_ROWS); ++i) {
-    const Line &l = lines[i];
+  for (std::size_t i = 0; i < std::min(lines.rows.count, MOST_ROWS); ++i) {
+    const Line &l = lines.rows[i];
     std::fprintf(stderr, "%12.3f %6.1f%% %11ld  %s:%zu\n", l.own * MILLI, all > 0 ? l.own / all * PERCENT : 0,
                  static_cast<long>(l.runs), l.source->name, l.number);
   }
 }
 
 void writestack(const Node &node, const char *script) {
-  if (&node != &nodes[0]) {
-    writestack(nodes[node.caller], script);
-    std::fprintf(stderr, ";%s", functions[node.function].name);
+  if (&node != &nodes.rows[0]) {
+    writestack(nodes.rows[node.caller], script);
+    std::fprintf(stderr, ";%s", nameof(functions.rows[node.function]));
   } else {
     std::fputs(script, stderr);
   }
@@ -205,7 +270,7 @@ void writestack(const Node &node, const char *script) {
 // In microseconds.
 void writefolded(const char *script) {
   constexpr double MICRO = 1e6;
-  for (const Node &node : nodes) {
+  for (const Node &node : nodes.rows) {
     const auto time = static_cast<long>(node.own * MICRO + 0.5);
     if (time == 0) continue;
     writestack(node, script);
@@ -216,7 +281,8 @@ void writefolded(const char *script) {
 }  // namespace
 
 void beginprofile() {
-  if (!nodes.append({0, NONE, 0, 0, 0})) return;
+  if (rowof(nodes, {0, NONE, 0, 0}) == NONE) return;
+  nextwalk = 1;
   opstime = 1;
   followrun = follow;
 }
@@ -231,21 +297,21 @@ void endprofile(Profile form, const char *script) {
   if (!followrun) return;
   pauseprofile();
   followrun = nullptr;
+  if (functions.rows.count > 0) namefunctions(memory[0]);
   if (form == Profile::FOLDED) {
     writefolded(script);
   } else {
     sumup();
     const double all = alltime();
     std::fprintf(stderr, "\nProfile of %s: %.3f ms, of which %.3f ms in no function\n", script, all * MILLI,
-                 nodes[0].own * MILLI);
+                 nodes.rows[0].own * MILLI);
     writefunctions(all);
     writelines(all);
   }
-  for (Function &function : functions) std::free(function.name);
-  nodes.clear();
-  functions.clear();
-  lines.clear();
-  linerows.clear();
+  for (Function &function : functions.rows) std::free(function.name);
+  clear(nodes);
+  clear(functions);
+  clear(lines);
   frames.clear();
 }
 

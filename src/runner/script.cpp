@@ -23,7 +23,6 @@
 #include "runner/profile.h"
 #include "runner/scriptfile.h"
 #include "runner/telling.h"
-#include "spaces/blocks.h"
 
 namespace morvik {
 
@@ -31,8 +30,9 @@ namespace {
 
 constexpr rlim_t DEEPEST_STACK = rlim_t{256} << 20;
 
-List<Source> sources;  // that were run; what they hold is asked for until the end
-List<char *> paths;    // of the libraries, by which messages name them
+List<Source> sources;    // that were run; what they hold is asked for until the end
+List<char *> libraries;  // by their names, in the order in which they were asked for
+List<char *> paths;      // of their files, by which messages name them
 bool outputclosed;
 
 // A stream that the process was started without would lend its number to the first file that is opened. What is written
@@ -75,30 +75,57 @@ void tellopenings() {
 
 // ---- The files.
 
-Source *opentexts(const char *path) {
-  Source source;
-  if (!readscript(source, path)) return nullptr;
-  if (sources.append(source)) return &sources.last();
-  refusefile(path, "out of storage");
-  return nullptr;
+bool opentexts(const char *path);
+
+bool isnamed(const List<char *> &names, const char *name, std::size_t length) {
+  return std::any_of(names.begin(), names.end(), [name, length](const char *other) {
+    return std::strncmp(name, other, length) == 0 && other[length] == 0;
+  });
 }
 
-// Reads everything before anything runs, so that a file that is not there is told of at once. A library that is named
-// twice is loaded once.
-bool openall(const Choices &choices) {
-  if (!sources.reserve(choices.libraries.count + 1)) return false;
-  for (std::size_t i = 0; i < choices.libraries.count; ++i) {
-    const char *const name = choices.libraries[i];
-    const auto same = [name](const char *other) { return std::strcmp(name, other) == 0; };
-    if (std::any_of(choices.libraries.begin(), choices.libraries.begin() + i, same)) continue;
-    List<char> path;
-    if (!findlibrary(path, name) || !paths.append(path.records)) {
-      path.clear();
+// Reads a library that was not asked for before, what it needs ahead of it.
+bool openlibrary(const char *name, std::size_t length) {
+  if (isnamed(libraries, name, length)) return true;
+  char *const own = strndup(name, length);
+  if (!own || !libraries.append(own)) {
+    std::free(own);
+    return false;
+  }
+  List<char> path;
+  if (!findlibrary(path, own) || !paths.append(path.records)) {
+    path.clear();
+    return false;
+  }
+  return opentexts(path.records);
+}
+
+// The libraries that a text says it needs.
+bool openneeds(const Source &source) {
+  const char *names = findneeds(source.read);
+  while (const std::size_t length = names ? findneed(names) : 0) {
+    if (!openlibrary(names, length)) {
+      refusefile(source.name, "it needs a library that is not there");
       return false;
     }
-    if (!opentexts(path.records)) return false;
+    names += length;
   }
-  return opentexts(choices.file) != nullptr;
+  return true;
+}
+
+bool opentexts(const char *path) {
+  Source source;
+  if (!readscript(source, path)) return false;
+  if (openneeds(source) && sources.append(source)) return true;
+  dropscript(source);
+  return false;
+}
+
+// Reads everything before anything runs, so that a missing file is reported at once. A library that is asked for twice is
+// loaded once.
+bool openall(const Choices &choices) {
+  for (const char *name : choices.libraries)
+    if (!openlibrary(name, std::strlen(name))) return false;
+  return opentexts(choices.file);
 }
 
 void bindarguments(void *argument) {
@@ -145,16 +172,11 @@ int closeall() {
   forgetplaces();
   for (Source &source : sources) dropscript(source);
   sources.clear();
-  for (char *path : paths) std::free(path);
-  paths.clear();
-#ifdef MORVIK_CHECKING
-  constexpr int LEAKED = 99;
-  if (const std::int64_t blocks = liveblocks(); blocks != 0) {
-    std::fprintf(stderr, "live blocks: %ld\n", blocks);
-    return LEAKED;
+  for (List<char *> *names : {&libraries, &paths}) {
+    for (char *name : *names) std::free(name);
+    names->clear();
   }
-#endif
-  return status;
+  return statusofend(status);
 }
 
 }  // namespace

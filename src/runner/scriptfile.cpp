@@ -21,17 +21,18 @@ constexpr char TOO_LARGE[] = "larger than a script may be (256 MiB)";
 constexpr std::size_t CHUNK = 65536;
 constexpr char NO_STORAGE[] = "out of storage";
 
-// All bytes of a descriptor. Returns what hindered it, null for nothing.
+// All bytes of a descriptor, or those up to one after which it is no text. Returns what hindered it, null for nothing.
 const char *readall(int descriptor, List<char> &bytes) {
   for (;;) {
     if (bytes.count > LARGEST_SCRIPT) return TOO_LARGE;
     if (!bytes.reserve(CHUNK)) return NO_STORAGE;
     const ssize_t got = read(descriptor, bytes.end(), CHUNK);
-    if (got == 0) return nullptr;
-    if (got > 0)
-      bytes.count += static_cast<std::size_t>(got);
-    else if (errno != EINTR)
-      return std::strerror(errno);
+    if (got < 0 && errno != EINTR) return std::strerror(errno);
+    if (got < 0) continue;
+    const auto taken = static_cast<std::size_t>(got);
+    const bool ends = taken == 0 || std::memchr(bytes.end(), 0, taken);
+    bytes.count += taken;
+    if (ends) return nullptr;
   }
 }
 
@@ -94,7 +95,7 @@ bool istextual(const char *path, const List<char> &bytes) {
 }  // namespace
 
 void refusefile(const char *what, const char *why) {
-  std::fprintf(stderr, "morvik-run: %s: %s\n", what, why);
+  std::fprintf(stderr, "%s: %s: %s\n", program_invocation_short_name, what, why);
 }
 
 bool readscript(Source &source, const char *path) {

@@ -84,8 +84,7 @@ bool holdsbody(const Entry &entry, const Level &level) {
   return value.programme == level.header || (origin != 0 && value.programme->origin == origin);
 }
 
-}  // namespace
-
+// A name that means the function which a level runs; null where it has none any more.
 const char *functionname(const Level &level) {
   for (const Context *link = level.meaning; link; link = link->previous) {
     if (!link->table) continue;
@@ -95,8 +94,6 @@ const char *functionname(const Level &level) {
   }
   return nullptr;
 }
-
-namespace {
 
 void showcaller(const Level &level, const SourcePlace &told) {
   const char *name = functionname(level);

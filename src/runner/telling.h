@@ -13,9 +13,6 @@ void begintelling(bool keepgoing);
 bool isfailed();          // a message came
 bool isinterruptheard();  // an interrupt
 
-// A name that means the function which a level runs; null where it has none any more.
-const char *functionname(const Level &level);
-
 // Tells of what is at a place, which counts as a message.
 void tellat(const SourcePlace &place, const char *text);
 

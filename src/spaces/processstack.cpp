@@ -11,7 +11,14 @@ constinit thread_local std::uintptr_t stackfloor = 0;
 
 namespace {
 
-constexpr std::size_t SHARE = 8;  // of a small stack, of which that much would be too much
+// Of a small stack, of which KEPT_FREE would be too much: a share, but as much as a report and who is told of it need,
+// unless that is more than half.
+constexpr std::size_t SHARE = 8;
+constexpr std::size_t REPORT = 64 << 10;
+
+std::size_t keptfree(std::size_t size) {
+  return std::min({std::size_t{KEPT_FREE}, std::max(size / SHARE, REPORT), size / 2});
+}
 
 }  // namespace
 
@@ -21,7 +28,7 @@ void measurestack() {
   void *lowest = nullptr;
   std::size_t size = 0;
   if (pthread_attr_getstack(&attributes, &lowest, &size) == 0)
-    stackfloor = reinterpret_cast<std::uintptr_t>(lowest) + std::min<std::uintptr_t>(KEPT_FREE, size / SHARE);
+    stackfloor = reinterpret_cast<std::uintptr_t>(lowest) + keptfree(size);
   pthread_attr_destroy(&attributes);
 }
 

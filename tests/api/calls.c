@@ -34,6 +34,8 @@ static void takeoutput(void *data, const char *bytes, size_t length) {
 }
 
 static void takemessage(void *data, const morvik_message *message) {
+  volatile char used[24000]; /* there is room for a callback's own */
+  memset((char *)used, 0, sizeof used);
   CHECK(data == &faults);
   ++messages;
   last = *message;
@@ -301,6 +303,30 @@ static void testthreads(void) {
   CHECK(status == MORVIK_OK);
 }
 
+static void *recursing(void *result) {
+  *(morvik_status *)result = run("CLEAR : deep ! 1 + ; @deep SET deep ! .");
+  return NULL;
+}
+
+/* A recursion ends with a message on any stack; what is no stack for it is said. */
+static void teststacks(void) {
+  static const size_t sizes[] = {16384, 65536, 131072, 1 << 20};
+  static const morvik_status answers[] = {MORVIK_NO_STORAGE, MORVIK_MESSAGE, MORVIK_MESSAGE, MORVIK_MESSAGE};
+  size_t i;
+  for (i = 0; i < sizeof sizes / sizeof *sizes; ++i) {
+    pthread_attr_t attributes;
+    pthread_t thread;
+    morvik_status status = MORVIK_OK;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, sizes[i]);
+    CHECK(pthread_create(&thread, &attributes, recursing, &status) == 0);
+    pthread_join(thread, NULL);
+    GIVES(answers[i], status);
+    pthread_attr_destroy(&attributes);
+    GIVES(MORVIK_OK, run("CLEAR ."));
+  }
+}
+
 static void testoptions(void) {
   morvik_options options = MORVIK_OPTIONS;
   options.data = &faults;
@@ -318,9 +344,25 @@ static void testoptions(void) {
   GIVES(MORVIK_OK, morvik_close());
 }
 
+/* What nobody reads any more ends no process. */
+static void testbrokenpipe(void) {
+  int ends[2], before = dup(1);
+  fflush(stdout);
+  CHECK(pipe(ends) == 0);
+  close(ends[0]);
+  dup2(ends[1], 1);
+  GIVES(MORVIK_OK, morvik_open(NULL));
+  GIVES(MORVIK_OK, morvik_run("1 PRINT .", 9, NULL));
+  GIVES(MORVIK_OK, morvik_close());
+  dup2(before, 1);
+  clearerr(stdout);
+  close(ends[1]);
+  close(before);
+}
+
 int main(void) {
   int i;
-  CHECK(strcmp(morvik_version(), "0.8") == 0);
+  CHECK(strcmp(morvik_version(), VERSION) == 0);
   for (i = MORVIK_OK; i <= MORVIK_STALE; ++i) CHECK(strcmp(morvik_status_text(i), "no status") != 0);
   CHECK(strcmp(morvik_status_text(-1), "no status") == 0 && strcmp(morvik_status_text(MORVIK_STALE + 1), "no status") == 0);
   setvbuf(stdout, NULL, _IONBF, 0);
@@ -333,8 +375,10 @@ int main(void) {
     testfull();
     testinterrupt();
     testthreads();
+    teststacks();
     GIVES(MORVIK_OK, morvik_close());
     testoptions();
+    testbrokenpipe();
   }
   if (faults == 0) printf("all well\n");
   return faults != 0;

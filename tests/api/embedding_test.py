@@ -13,6 +13,7 @@ SOURCE, BUILD = pathlib.Path(sys.argv.pop()), pathlib.Path(sys.argv.pop())
 EXAMPLES = SOURCE / "examples" / "embedding"
 C99 = ["cc", "-std=c99", "-Wall", "-Wextra", "-pedantic", "-Werror"]
 LIMIT = 300
+VERSION = subprocess.run([SOURCE / "tools" / "version"], capture_output=True, text=True, check=True).stdout.strip()
 
 
 def call(*words, **more):
@@ -49,7 +50,7 @@ class Embedding(unittest.TestCase):
         for name in ("bin/morvik", "bin/morvik-run", "bin/morvik-check", "include/morvik.h"):
             self.assertIn(name, found)
         self.assertTrue((self.libraries / "libmorvik.a").exists() and (self.libraries / "libmorvik.so").exists())
-        self.assertEqual(self.flags("--modversion"), ["0.8"])
+        self.assertEqual(self.flags("--modversion"), [VERSION])
 
     def test_a_c99_compiler_takes_the_header(self):
         for lines in ("#include <morvik.h>\n", "#include <morvik.h>\n#include <morvik.h>\nint main(void) { return MORVIK_OK; }\n"):
@@ -69,7 +70,7 @@ class Embedding(unittest.TestCase):
                          "-1 -2 3\n1 0 5\ninterrupted\n")
 
     def test_every_call(self):
-        self.assertEqual(self.built([*C99, "-D_DEFAULT_SOURCE"], SOURCE / "tests" / "api" / "calls.c"), "all well\n")
+        self.assertEqual(self.built([*C99, "-D_DEFAULT_SOURCE", '-DVERSION="%s"' % VERSION], SOURCE / "tests" / "api" / "calls.c"), "all well\n")
 
     def test_the_static_library(self):
         binary = self.folder / "static"
@@ -77,6 +78,20 @@ class Embedding(unittest.TestCase):
              "-lm", "-pthread")
         self.assertTrue(call(binary).startswith("Rows summed:\n\n6 and 60\n"))
         self.assertNotIn("libmorvik", call("ldd", binary))
+
+    # A project in C alone, which knows nothing of C++, and the version that it asks for.
+    def test_a_project_finds_the_package(self):
+        project = self.folder / "project"
+        project.mkdir()
+        (project / "CMakeLists.txt").write_text(
+            "cmake_minimum_required(VERSION 3.21)\nproject(Table C)\nfind_package(Morvik %s REQUIRED)\n"
+            "foreach(kind morvik static)\n  add_executable(table_${kind} %s)\n"
+            "  target_link_libraries(table_${kind} Morvik::${kind})\nendforeach()\n" % (VERSION, EXAMPLES / "table.c"))
+        call("cmake", "-S", project, "-B", project / "build", "-DCMAKE_PREFIX_PATH=%s" % self.prefix)
+        call("cmake", "--build", project / "build")
+        for kind in ("morvik", "static"):
+            self.assertTrue(call(project / "build" / ("table_" + kind)).startswith("Rows summed:\n\n6 and 60\n"))
+        self.assertNotIn("libmorvik", call("ldd", project / "build" / "table_static"))
 
     def test_the_shared_library_shows_only_its_own_names(self):
         names = set(re.findall(r" [TDBRVWAuwi] (\S+)", call("nm", "-D", "--defined-only", self.libraries / "libmorvik.so")))

@@ -7,6 +7,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import zipfile
 
@@ -165,12 +166,16 @@ class Code(Editors):
         self.assertIn("the sine", {label: text for label, _, text in said["items"]}["SIN"])
 
     def test_package(self):
-        target = self.folder / "morvik.vsix"
-        done = run(sys.executable, "-B", EDITORS / "package", target)
-        self.assertEqual(done.returncode, 0, done.stderr)
+        target, again = self.folder / "morvik.vsix", self.folder / "again.vsix"
+        for one in (target, again):
+            done = run(sys.executable, "-B", EDITORS / "package", one)
+            self.assertEqual(done.returncode, 0, done.stderr)
+            time.sleep(2.1)  # what a time in the package would show
+        self.assertEqual(target.read_bytes(), again.read_bytes())
         with zipfile.ZipFile(target) as package:
             names = package.namelist()
             described = json.loads(package.read("extension/package.json"))
+            self.assertTrue(described["version"].startswith(run(ROOT / "tools" / "version").stdout.strip()), described["version"])
             self.assertIn('Id="morvik" Version="%s"' % described["version"], package.read("extension.vsixmanifest").decode())
             suffixes = {name.rpartition(".")[2] for name in names}
             for suffix in suffixes - {"xml"}:

@@ -78,6 +78,12 @@ def arrays(draw):
     yield vector(mask) + " arrays:where", [i for i in positions if mask[i - 1]]
     whole = [draw.randint(-9, 9) for _ in range(size)]
     yield vector(whole) + " : + ; arrays:scan", [sum(whole[:i]) for i in positions]
+    lists = [[draw.randint(0, 2) for _ in range(draw.randint(1, 5))] for _ in range(draw.randint(1, 12))]
+    order = sorted(range(1, len(lists) + 1), key=lambda i: lists[i - 1])
+    yield "(%s) arrays:graderows" % " ".join(map(vector, lists)), order
+    rows = [(row * 5)[:3] for row in lists]
+    yield matrix(rows) + " arrays:graderows", sorted(range(1, len(rows) + 1), key=lambda i: rows[i - 1])
+    yield matrix(rows) + " arrays:sortrows", sum(sorted(rows), [])
     decimals = [draw.randint(-10**6, 10**6) / 10 ** draw.randint(0, 5) for _ in range(size)]
     rounded = [float(decimal.Decimal(repr(x)).quantize(decimal.Decimal("0.01"), decimal.ROUND_HALF_UP)) for x in decimals]
     yield vector(decimals) + " 2 arrays:round", rounded
@@ -96,6 +102,9 @@ def texts(draw):
     yield source + " text:words '|' text:join DEASCII", codes("|".join(characters.split()))
     yield source + " text:trim DEASCII", codes(characters.strip())
     yield source + " text:lines '|' text:join DEASCII", codes("|".join(characters.splitlines()))
+    words = ["".join(draw.choice("ab\xff\x01") for _ in range(draw.choice((1, 2, 6, 7, 13)))) for _ in range(draw.randint(2, 9))]
+    words += draw.choices(words, k=2) + [words[0] + "\x01", words[1] + "a" * 12]
+    yield "[. %s .] text:grade" % " ".join(map(text, words)), sorted(range(1, len(words) + 1), key=lambda i: words[i - 1])
     yield source + " text:upper DEASCII", codes(characters.upper())
     number = draw.choice((draw.uniform(-1e6, 1e6), draw.random() * 10.0 ** draw.randint(-300, 300), float(draw.randint(-9, 9))))
     yield "'%r' text:number" % number, [number]

@@ -299,18 +299,56 @@ class Settings(Session):
         self.assertTrue(run.stdout.startswith(b"\n\n 6Q? \n\n\n 42"), run.stdout)
 
 
+class Confined(Session):
+    arguments = ("--confine",)
+
+    def configure(self):
+        (self.home / "in").write_text("within")
+        (self.home / "away").symlink_to("/etc/hostname")
+
+    def test_files_stay_where_it_started(self):
+        self.say("'in' TEXTREAD .")
+        self.shows("^within$")
+        for text in ("'away' TEXTREAD .", "'/etc/hostname' TEXTREAD .", "'x' EDIT ."):
+            self.say("CLEAR " + text)
+            self.shows("^720 - the access to files in this directory is not allowed")
+            self.person.type(CTRL["L"])
+
+    def test_without_a_terminal_too(self):
+        script = pathlib.Path(__file__).resolve().parents[2] / "python" / "morvik-prompt"
+        run = subprocess.run([os.sys.executable, script, "--interpreter", BINARY, "--confine", "--", "-q"], capture_output=True,
+                             input=b"'away' TEXTREAD .", check=False, cwd=self.home)
+        self.assertEqual(run.returncode, 0)
+        self.assertIn(b"\n720 - ", run.stderr)
+
+    def test_what_it_needs_and_is_not_there_is_told(self):
+        script = pathlib.Path(__file__).resolve().parents[2] / "python" / "morvik-prompt"
+        run = subprocess.run([os.sys.executable, script, "--interpreter", "/bin/sh", "--confine"], capture_output=True, check=False)
+        self.assertEqual(run.returncode, 1)
+        self.assertIn(b"morvik-prompt: --confine needs ", run.stderr)
+
+
 class Plain(Session):
     def test_no_colour(self):
         self.person.type(CTRL["D"])
         self.person.ending()
         self.person = self.come(NO_COLOR="1")
-        self.say("1 2 + .")
-        self.assertNotRegex(self.person.raw, rb"\x1b\[[0-9;]*[34]8;")
+        self.say("1 2 + . 1 + .")
+        self.assertNotRegex(self.person.raw, rb"\x1b\[[0-9;]*[34][81][;m]")
         self.person.type(CTRL["D"])
         self.person.ending()
         self.person = self.come()
         self.say("1 2 + .")
         self.assertRegex(self.person.raw, rb"\x1b\[[0-9;]*38;")
+
+    def test_messages_have_a_colour(self):
+        self.say("CLEAR 1 + .")
+        self.assertIn(b"\x1b[31m800 - not enough arguments on stack for the reqested operation.\x1b[39m", self.person.raw)
+        self.say("2 ; .")
+        self.assertRegex(self.person.raw, rb"\x1b\[31m\[Trelk\] error: [^\x1b]*\x1b\[39m")
+        self.say("'80 - not a message' PRINT .")
+        self.assertIn("80 - not a message", self.person.text())
+        self.assertNotIn(b"\x1b[31m80 ", self.person.raw)
 
     def test_a_dumb_terminal(self):
         self.person.type(CTRL["D"])

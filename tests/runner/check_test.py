@@ -5,7 +5,7 @@ import re
 import subprocess
 import unittest
 
-from scripts import BINARY, LIMIT, Scripts
+from scripts import BINARY, LIMIT, Scripts, version
 
 
 class Check(Scripts):
@@ -31,6 +31,17 @@ class Check(Scripts):
     def test_a_name_that_nothing_sets(self):
         self.assertEqual(self.warnings("1 @known SET known .\n nowhere nowhere .\n: _global $lost ; POP ."),
                          [(2, "nothing here sets nowhere"), (3, "nothing here sets global"), (3, "nothing here sets lost")])
+
+    def test_each_name_is_told_once_where_it_is_read_first(self):
+        self.assertEqual(self.warnings("1 @b SET z a\nz b a\nc ."),
+                         [(1, "nothing here sets z"), (1, "nothing here sets a"), (3, "nothing here sets c")])
+
+    def test_many_names_take_time_as_their_number(self):
+        def script(count):
+            return "".join("%d @n%d SET n%d POP .\n" % (i, i, i) for i in range(count))
+
+        few, many = self.usertime(script(1000), "--check"), self.usertime(script(32000), "--check")
+        self.assertLess(many, 64 * max(few, 0.01))
 
     def test_a_name_may_be_set_later_or_elsewhere(self):
         self.assertEqual(self.warnings(": later ! ; @f SET : 1 ; @later SET ARGUMENTS #IO f ! ."), [])
@@ -74,12 +85,32 @@ class Check(Scripts):
         self.write("a", "1 PRINT .")
         self.write("b", "nowhere .\n")
         for files, status, errors in ((["a"], 0, ""), (["a", "b"], 1, "b:1: nothing here sets nowhere\n    nowhere .\n    ^\n"),
-                                      (["none"], 2, "morvik-run: none: No such file or directory\n")):
+                                      (["none"], 2, "morvik-check: none: No such file or directory\n")):
             done = subprocess.run([program, *files], cwd=self.folder, capture_output=True, text=True, timeout=LIMIT)
             self.assertEqual((done.returncode, done.stdout, done.stderr), (status, "", errors))
-        done = subprocess.run([program], capture_output=True, text=True, timeout=LIMIT)
-        self.assertEqual((done.returncode, done.stdout), (2, ""))
-        self.assertIn("usage: morvik-check", done.stderr)
+
+    def test_its_command_line(self):
+        program = os.path.join(os.path.dirname(BINARY), "morvik-check")
+        self.write("a", "known .")
+        self.write("l.morvik", "1 @known SET")
+
+        def check(*words):
+            done = subprocess.run([program, *words], cwd=self.folder, capture_output=True, text=True, timeout=LIMIT,
+                                  env=dict(os.environ, MORVIK_PATH="."))
+            return done.returncode, done.stdout, done.stderr
+
+        self.assertEqual(check(), (2, "", "morvik-check: no file\nusage: morvik-check [options] FILE...\n"))
+        status, output, errors = check("--none", "a")
+        self.assertEqual((status, output), (2, ""))
+        self.assertRegex(errors, "unrecognized option '--none'\nusage: morvik-check")
+        for words in (["-h"], ["--he"], ["a", "--help"]):
+            status, output, errors = check(*words)
+            self.assertEqual((status, errors), (0, ""))
+            self.assertRegex(output, "^usage: morvik-check(?s:.)*--library")
+        self.assertEqual(check("--version"), (0, "morvik-check " + version(), ""))
+        for words in (["-l", "l", "a"], ["-ll", "a", "a"], ["--lib=l", "a"], ["a", "-l", "l"]):
+            self.assertEqual(check(*words), (0, "", ""))
+        self.assertEqual(check("--", "a")[0], 1)
 
 
 if __name__ == "__main__":

@@ -49,6 +49,20 @@ class Profile(Scripts):
         rows = [row for row in FUNCTION.findall(errors) if row[4].startswith("down ")]
         self.assertEqual([int(row[3]) for row in rows], [51] if rows else [])
 
+    def test_many_functions_take_time_as_their_number(self):
+        def script(count):
+            calls = "".join("f%d !\n" % i for i in range(count))
+            return "".join(": %d + ; @f%d SET .\n" % (i, i) for i in range(count)) + ": %s; @all SET . 0 all ! ." % calls
+
+        few, many = self.usertime(script(1000), "--profile"), self.usertime(script(16000), "--profile")
+        self.assertLess(many, 64 * max(few, 0.01))
+
+    def test_a_function_is_named_whenever_it_gets_its_name(self):
+        text = "".join(": %d ; @f%d SET .\n" % (i, i) for i in range(20)) + ": 1 ; DUP ! POP @late SET . : f9 ! f19 ! ; ! .\n"
+        _, _, errors = self.script(text, options=["--profile"])
+        self.assertEqual({row[4] for row in FUNCTION.findall(errors)},
+                         {"late (s.morvik:21)", "f9 (s.morvik:10)", "f19 (s.morvik:20)", "(no name) (s.morvik:21)"})
+
     def test_folded_stacks(self):
         _, output, errors = self.script(SCRIPT, options=["--profile=folded"])
         self.assertEqual(output, " 4000\n")

@@ -7,7 +7,7 @@ import subprocess
 import time
 import unittest
 
-from scripts import BINARY, LIMIT, Scripts
+from scripts import BINARY, LIMIT, Scripts, version
 
 
 class Running(Scripts):
@@ -197,6 +197,13 @@ class Unusable(Scripts):
         self.write("s", "1 PRINT .\n2 PRINT\0 .\n")
         self.refuses("s:2: a byte 0 stands here: this is no text\n", "s")
 
+    def test_a_byte_0_is_found_before_all_is_read(self):
+        with open(self.folder / "s", "wb") as file:
+            file.truncate(250 << 20)
+        command = 'ulimit -v 200000; "$0" s'
+        done = subprocess.run(["sh", "-c", command, BINARY], cwd=self.folder, capture_output=True, timeout=LIMIT)
+        self.assertEqual((done.returncode, done.stderr), (2, b"s:1: a byte 0 stands here: this is no text\n"))
+
     def test_a_gigabyte(self):
         with open(self.folder / "s", "wb") as file:
             file.truncate(1 << 30)
@@ -324,8 +331,8 @@ class Help(Scripts):
         for option in ("--library", "--keep-going", "--echo", "--check", "--processors", "--unconstrained", "--confine",
                        "--profile", "--help", "--version", "MORVIK_PATH", "ARGUMENTS", "130"):
             self.assertIn(option, output)
-        self.assertEqual(self.run_words("--version"), (0, "morvik-run 0.8\n", ""))
-        self.assertEqual(self.run_words("-v"), (0, "morvik-run 0.8\n", ""))
+        for option in ("--version", "-v"):
+            self.assertEqual(self.run_words(option), (0, "morvik-run " + version(), ""))
 
 
 class Libraries(Scripts):
@@ -344,6 +351,35 @@ class Libraries(Scripts):
     def test_an_end_of_a_library_is_not_the_scripts(self):
         self.write("lib/l.morvik", "1 PRINT")
         self.passes("2 PRINT .", " 1\n 2\n", options=["-l", "l"], environment={"MORVIK_PATH": "lib"})
+
+    def test_what_a_library_needs_is_loaded_ahead_of_it_and_once(self):
+        for name, text in (("a", "'a' PRINT"), ("b", "\"It says b.\" \"NEEDS a\" 'b' PRINT"),
+                           ("c", "\n\"\n NEEDS b\n a \"\n'c' PRINT")):
+            self.write("lib/%s.morvik" % name, text + " .\n")
+        environment = {"MORVIK_PATH": "lib"}
+        self.passes("'s' PRINT .", "a\nb\nc\ns\n", options=["-l", "c", "-l", "a"], environment=environment)
+        self.passes("#!run\n\"NEEDS c\" 's' PRINT .", "a\nb\nc\ns\n", environment=environment)
+        self.passes("'s' PRINT \"NEEDS c\" .", "s\n", environment=environment)
+        self.passes("\"NEEDSc\" \"NEEDS\" 's' PRINT .", "s\n", environment=environment)
+
+    def test_libraries_may_need_each_other(self):
+        self.write("lib/a.morvik", '"NEEDS b a" \'a\' PRINT .\n')
+        self.write("lib/b.morvik", '"NEEDS a" \'b\' PRINT .\n')
+        self.passes("'s' PRINT .", "b\na\ns\n", options=["-l", "a"], environment={"MORVIK_PATH": "lib"})
+
+    def test_a_need_that_is_not_there(self):
+        self.assertEqual(self.script('"NEEDS none" 1 PRINT .'),
+                         (2, "", "morvik-run: none: there is no such library in MORVIK_PATH, ../share/morvik/lib or ../lib\n"
+                          "morvik-run: s.morvik: it needs a library that is not there\n"))
+        self.assertEqual(self.script('"NEEDS \'a"')[0], 2)
+
+    def test_the_libraries_that_come_with_it_need_nothing_said(self):
+        for name, text, output in (("csv", "'a,b' csv:parse ENLIST PRINT .", "ab\n\n"),
+                                   ("dates", "(2000 1 1) dates:weekday PRINT .", " 6\n"),
+                                   ("matrix", "(1 2 3 4)[2 2] matrix:determinant PRINT .", " -2\n"),
+                                   ("text", "'a b' text:words SHAPE PRINT .", " 2\n\n"),
+                                   ("quaternion", "(0 0 1) #PI quaternion:rotation quaternion:axis PRINT .", " 0 0 1\n\n")):
+            self.passes(text, output, options=["-l", name])
 
     def test_a_library_that_is_not_there(self):
         self.assertEqual(self.script("1 PRINT .", options=["-l", "none"]),
