@@ -128,18 +128,24 @@ Element *joined(const Side &left, const Side &right) {
   return made;
 }
 
+Element *grown(Element *block, std::size_t count) {
+  Element *const larger = trygrow(block, count);
+  if (!larger) outofstorage();
+  return larger;
+}
+
 // The right behind the left, in the left's own block.
 Element *appended(Point &left, const Side &right) {
   const std::size_t total = std::size_t{left.elements} + right.count;
   if (right.transfer != Transfer::COPIED) {
-    left.data_pointer = Reallocate(left.data_pointer, total);
+    left.data_pointer = grown(left.data_pointer, total);
     copyrecords(left.data_pointer + left.elements, right.records, right.count, right.transfer == Transfer::PLAIN);
     return left.data_pointer;
   }
   Making m;
   startmaking(m, right.count);
   makecopies(m, right.records, 1, right.count);
-  left.data_pointer = Reallocate(left.data_pointer, total);
+  left.data_pointer = grown(left.data_pointer, total);
   Element *copies = endmaking(m);
   copyrecords(left.data_pointer + left.elements, copies, right.count, false);
   freeblock(copies);
@@ -175,10 +181,10 @@ void join(Point &left, Point &right, Side &l, Side &r, std::uint32_t total) {
   result.shape_pointer = joinedshape(left, right, total, result.rank);
   Custody making;
   takecustody(making, releaseblock, result.shape_pointer);
-  const bool grown = growsinplace(left, l, r);
-  result.data_pointer = grown ? appended(left, r) : joined(l, r);
+  const bool grows = growsinplace(left, l, r);
+  result.data_pointer = grows ? appended(left, r) : joined(l, r);
   endcustody(making);
-  if (grown) l.point.data_pointer = nullptr;
+  if (grows) l.point.data_pointer = nullptr;
   releaseoperand(l);
   releaseoperand(r);
   result.type = joinedtype(l.bits | (left.type & ISPROBABLE), r.bits | (right.type & ISPROBABLE), result.rank);

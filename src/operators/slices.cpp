@@ -125,12 +125,6 @@ int unknownkept(const Point &space) {
   if (!isunique(space) && space.rank == ranks::VECTOR) looked.elements = 1;
   return unknownkind(looked);
 }
-// The same of REST, where so many records go.
-int unknownbehind(const Point &space, std::uint32_t dropped) {
-  Point looked = space;
-  if (iscut(space, dropped)) looked.elements = 1;
-  return unknownkind(looked);
-}
 
 // Kept: what REST leaves of one element is empty and no more, without rank bits and of depth 0.
 void emptyrest(Point &space, std::int32_t rank, Element *shape) {
@@ -186,7 +180,7 @@ int rest(Point &space) {
   const std::int32_t last = space.rank - 1;
   const std::int64_t extent = space.shape_pointer[last].integer;
   const auto slice = static_cast<std::uint32_t>(space.elements / extent);
-  if (const int fault = unknownbehind(space, slice)) return fault;
+  if (const int fault = unknownkind(space)) return fault;
   Element *shape = copyshape(space.shape_pointer, space.rank);
   shape[last].integer = extent - 1;
   if (extent == 1)
@@ -203,7 +197,7 @@ int restelements(Point &space) {
     emptyrest(space, ranks::VECTOR, zeroshape(1));
     return 0;
   }
-  if (const int fault = unknownbehind(space, 1)) return fault;
+  if (const int fault = unknownkind(space)) return fault;
   keeprest(space, 1, ranks::VECTOR, newshape(space.elements - 1));
   return 0;
 }
