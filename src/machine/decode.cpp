@@ -63,6 +63,8 @@ Quick quickof(const Point &p) {
       return Quick::CHECK;
     case instructions::JUMP:
       return Quick::JUMP;
+    case instructions::FIRST:
+      return p.modifier == instructions::FIRST ? Quick::SLOW : Quick::FIRST;
     default:
       return Quick::SLOW;
   }

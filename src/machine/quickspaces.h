@@ -94,4 +94,19 @@ inline bool appendtop(Point &bound, Point &top) {
   return step(q, 3);
 }
 
+// Of a vector whose records own nothing.
+[[gnu::always_inline]] inline Then quick_FIRST(Quickly &q) {
+  if (!holds(q, 1)) return Then::SLOW;
+  const Point vector = *q.sp;
+  if (vector.rank != ranks::VECTOR || !vector.data_pointer || (vector.type & ISSCALAR) != 0 || mayown(vector))
+    return Then::SLOW;
+  const Element &e = *vector.data_pointer;
+  if ((e.tag != tags::INTEGER && e.tag != tags::REAL) || e.attributes != 0) return Then::SLOW;
+  putloose(*q.sp, LOOSE | ISSCALAR | kindbit(e.tag), e.form, static_cast<std::uint64_t>(e.integer));
+  noteloose(q.sp);
+  release(vector.data_pointer);
+  release(vector.shape_pointer);
+  return step(q, 1);
+}
+
 }  // namespace morvik
