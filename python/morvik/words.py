@@ -7,8 +7,8 @@ from . import signs, vocabulary
 
 
 class Word:
-    def __init__(self, spellings, needs, effect, meaning):
-        self.spellings, self.needs, self.effect, self.meaning = spellings, needs, effect, meaning
+    def __init__(self, spellings, needs, effect, meaning, session=""):
+        self.spellings, self.needs, self.effect, self.meaning, self.session = spellings, needs, effect, meaning, session
 
     def signed(self):
         """Its spellings as people type them."""
@@ -23,8 +23,8 @@ def withsigns(spelling):
 
 
 def allwords():
-    for spellings, needs, effect, meaning in vocabulary.WORDS:
-        yield Word(spellings, needs, effect, meaning)
+    for row in vocabulary.WORDS:
+        yield Word(*row)
     for spellings, meaning in vocabulary.STRUCTURE:
         yield Word([part for spelling in spellings for part in [spelling.split()[0]]], 0, "", meaning)
     for spellings, meaning in vocabulary.CONSTANTS:

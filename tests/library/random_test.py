@@ -26,8 +26,8 @@ ALPHABET = "ab ,x\"'1-\n"
 FEW, MANY = 3000, 30000
 # What is computed in another order than Python's.
 INEXACT = re.compile("arrays:round|matrix:|quaternion:")
-# Ten times as many numbers take some twelve times as long; a quadratic way would take a hundred times as long.
-GROWTH = 40
+# Ten times as many numbers take some thirteen times as much work; a quadratic way would take a hundred times as much.
+GROWTH = 20
 
 
 def vector(values):
@@ -181,21 +181,19 @@ def same(found, expected, exact):
         x == y or not exact and abs(x - y) <= 1e-9 * max(1.0, abs(y)) for x, y in zip(found, expected))
 
 
-def run(binary, source):
+def run(binary, source, *options):
     with tempfile.TemporaryDirectory(prefix="morvik-") as scratch:
         loaded = b"".join((LIBRARIES / (name + ".morvik")).read_bytes() + b" .\n" for name in NAMES)
-        done = subprocess.run([str(pathlib.Path(binary).resolve()), "-q"], input=loaded + source.encode("latin-1"), cwd=scratch,
+        done = subprocess.run([str(pathlib.Path(binary).resolve()), "-q", *options], input=loaded + source.encode("latin-1"), cwd=scratch,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300, check=False)
     return done.stdout.decode("latin-1")
 
 
-def sorttime(binary, count):
-    """The seconds that a sort and a grade of so many numbers take, the best of three runs."""
-    source = ("7 SEED %d .. 0 * 1.5 + RANDOM @x SET 3 : TIME x arrays:sort x arrays:grade DISCARD DISCARD TIME SWAP - 86400 *"
-              " DISASSEMBLE '=' SWAP , PRINT ; REPEAT .\n" % count)
-    times = [float(time) for time in re.findall("= *(.*)", run(binary, source))]
-    assert len(times) == 3, "the sorts were not timed"
-    return min(times)
+def sortwork(binary, count):
+    """How many words a sort and a grade of so many numbers run, and on how many elements."""
+    source = "7 SEED %d .. 0 * 1.5 + RANDOM @x SET x arrays:sort x arrays:grade DISCARD DISCARD .\n" % count
+    words, elements = re.findall(r"Executed (\d+) operators, (\d+) operations", run(binary, source, "-p"))[-1]
+    return int(words) + int(elements)
 
 
 def main():
@@ -212,11 +210,11 @@ def main():
         if answer is None or not same(flat(answer), [float(x) for x in expected], not INEXACT.search(case)):
             failed += 1
             print("%s\n  expected: %s\n  found:    %s" % (case[:600], expected, answer))
-    few, many = (sorttime(sys.argv[1], count) for count in (FEW, MANY))
+    few, many = (sortwork(sys.argv[1], count) for count in (FEW, MANY))
     if many > GROWTH * few:
-        print("a sort and a grade of %d numbers take %.3f s, of %d %.3f s" % (FEW, few, MANY, many))
+        print("a sort and a grade of %d numbers take %d steps, of %d %d" % (FEW, few, MANY, many))
         failed += 1
-    print("%d cases, %d wrong; a sort and a grade of %d numbers: %.2f s" % (len(cases), failed, MANY, many))
+    print("%d cases, %d wrong; a sort and a grade of %d numbers: %d steps" % (len(cases), failed, MANY, many))
     return 1 if failed or len(cases) < 300 else 0
 
 

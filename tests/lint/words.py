@@ -2,6 +2,7 @@
 """The page and the data of words are the ones that the tables make, no word stands under a count of operands that is not
 its own, and each private byte has a sign of its own."""
 import pathlib
+import re
 import subprocess
 import sys
 import unicodedata
@@ -12,18 +13,25 @@ import tables  # noqa: E402  pylint: disable=wrong-import-position
 
 PAGE = ROOT / "docs" / "words.md"
 NO_KEYWORD = {0xAF, 0xBC}  # the high minus of numbers, the delimiter of comments
-COUNTS = {"one operand": "1", "two operands": "2"}
+COUNTS = {"one operand": 1, "two operands": 2}
+EFFECT = re.compile("`([^`]*) ?--[^`]*` &nbsp;")
 
 
 def misplaced():
-    title = ""
+    section, word, seen = "", "", 0
     for line in PAGE.read_text(encoding="utf-8").splitlines():
         if line.startswith("## "):
-            title = line[3:]
-        row = [cell.strip() for cell in line.replace("\\|", "").split("|")]
+            section = line[3:]
+        elif line.startswith("### "):
+            word = line[4:]
+        effect = EFFECT.match(line)
         for words, count in COUNTS.items():
-            if title.endswith(words) and row[1:2] and row[1].startswith("`") and row[3] != count:
-                yield "docs/words.md: %s asks for %s under %r" % (row[1], row[3] or "none", title)
+            if effect and section.endswith(words):
+                seen += 1
+                if len(effect[1].split()) != count:
+                    yield "docs/words.md: %s takes %s under %r" % (word, effect[1], section)
+    if not seen:
+        yield "docs/words.md: no words under a count of operands"
 
 
 def badsigns():

@@ -7,10 +7,11 @@ A session is a fenced block whose info line is `morvik`, with the options of the
 with the session before it on the page. What follows `Morvik [n]> ` is typed, and so are the lines after it until one ends
 with `.` or `END`; what follows `Inspect [n]: ` is typed too. The rest is expected. Blank lines at the end of a block, and
 blanks at the end of a line, count for nothing. Where the run has options, measured figures stand for any others. The option
-`lib=NAME` reads lib/NAME.morvik before the session begins, and is none of the run.
+`lib=NAME` reads lib/NAME.morvik before the session begins, `editor=COMMAND` is what `EDIT` starts; they are none of the run.
 --update writes what the sessions show into the pages; it is to be read, and derived, before it is committed.
 """
 import difflib
+import os
 import pathlib
 import re
 import shutil
@@ -20,6 +21,7 @@ sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "terminal")
 from terminal import Silence, Terminal  # noqa: E402
 
 LIBRARY = "lib="
+EDITOR = "editor="
 LIBRARIES = pathlib.Path(__file__).resolve().parents[2] / "lib"
 FENCE = re.compile(r"^```(\S*) *(.*)$")
 PROMPT = re.compile(r"^(?:Morvik \[\d+\]>|Inspect \[\d+\]:) ?")
@@ -99,7 +101,8 @@ def checksession(binary, page, options, blocks, changed):
     """Complaints about a session. `changed` takes, by the number of its first line, what a block should have shown."""
     complaints = []
     libraries = [word.removeprefix(LIBRARY) for word in options if word.startswith(LIBRARY)]
-    options = [word for word in options if not word.startswith(LIBRARY)]
+    os.environ["$EDITOR"] = next((word.removeprefix(EDITOR) for word in options if word.startswith(EDITOR)), "false")
+    options = [word for word in options if not word.startswith((LIBRARY, EDITOR))]
     with Terminal(binary, *options) as terminal:
         prompt = loadlibraries(terminal, libraries)
         prompt = prompt[prompt.rindex("Morvik [") :]

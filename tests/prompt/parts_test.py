@@ -126,11 +126,18 @@ class Help(unittest.TestCase):
         self.assertIn("ASIN", words.answer("?inverse of the sine"))
         self.assertIn("Is it", words.answer("?INTERVALL"))
 
-    def test_examples_run_without_a_fault(self):
+    def test_examples_are_those_of_the_page(self):
         shown = {word.spellings[-1]: examples.session(BINARY, word) for word in words.WORDS if word.spellings[-1] in
-                 ("ADD", "SINUS", "CATENATE", "SHAPE", "LENGTH", "EXPONENTIAL", "OFF", "READ")}
-        self.assertEqual(shown["ADD"], "Morvik [0]> 3 2 ADD .\n 5")
-        self.assertIsNone(shown["READ"])
+                 ("ADD", "SET", "READ", "ENDPROCESS", "STEP", "SCAN")}
+        self.assertEqual(shown["ADD"], "Morvik [0]> (1 2 3) 10 + .\n 11 12 13")
+        self.assertEqual(shown["SET"], "Morvik [0]> 5 @width SET . width .\n-\n\n 5")
+        self.assertTrue(shown["READ"].endswith(" 42"))
+        self.assertEqual([shown[name] for name in ("ENDPROCESS", "STEP", "SCAN")], [None] * 3)
+
+    def test_every_example_ends(self):
+        for word in words.WORDS:
+            if word.session:
+                self.assertIsNotNone(examples.session(BINARY, word), word.session)
 
 
 class Options(unittest.TestCase):

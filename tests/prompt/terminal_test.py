@@ -254,7 +254,7 @@ class Running(Session):
 
 class Help(Session):
     def test_words_messages_and_how_to_find_things(self):
-        self.assertRegex(self.say("?SIN"), r"SIN  SINUS\n +x -- y .*\n +the sine\n\n +Morvik \[0\]> 3 SIN \.\n +0\.1411")
+        self.assertRegex(self.say("?SIN"), r"SIN  SINUS\n +x -- y .*\n +the sine\n\n +Morvik \[0\]> \(0 1\) SIN \.\n +0 0\.8414")
         self.assertIn("x times y", self.say("?×"))
         self.assertIn("23 - this name has no meaning yet", self.say("?23"))
         self.assertIn("what a word means", self.say("?"))

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Writes docs/messages.md: every numbered message, from the table that the interpreter takes them from.
+"""Writes docs/messages.md: every numbered message, from the table that the interpreter takes them from, and the words that
+were found to raise it.
 
     messages.py            writes the page; what its sessions show is kept, and tests/pages/run.py --update runs new ones
     messages.py --check    says where the page is not the one that the table makes, or a session does not show its message
@@ -8,6 +9,7 @@ import re
 import sys
 
 import tables
+import words
 
 TARGET = tables.ROOT / "docs" / "messages.md"
 SESSION = re.compile(r"^```morvik\nMorvik \[0\]> (.*?) \.\n(.*?)^```$", re.M | re.S)
@@ -17,7 +19,7 @@ OPENING = """# Messages
 Every failure has a number, and its text is written to standard error, with the word at work under it. What ends a word
 that works on elements or arrays (those sessions go on with `Exception processing:...`) ends the whole text; what ends
 another word ends the function that it is in, and the caller goes on. Nothing is lost: what was set stays set, and the
-stack keeps what is told here.
+stack keeps what is said here.
 
 Some texts speak of another number than their own, or of none; the number here is the one that counts.
 
@@ -35,12 +37,29 @@ BANDS = [(0, "Arrays and the language"), (200, "The whole process"), (700, "File
          (949, "Control"), (1000, "Encapsulation and shapes")]
 
 
+# Raised by no word of its own: greetings, what any word may report, and what is found while a text is compiled.
+UNBOUND = {0, 27, 74, 150, 151, 152, 200, 205, 206, 806, 807, 808, 809, 810, 993, 999}
+FEW = 12  # words that a line names
+
+
+def raisers():
+    """By number, the words that were found to raise a message."""
+    found = {}
+    for title, (_, _, numbers) in words.findings().items():
+        for number in numbers:
+            found.setdefault(number, []).append(title)
+    return found
+
+
 def session(row, shown):
     return "\n```morvik\nMorvik [0]> %s .\n%s```\n" % (row.session, shown.get(row.session, ""))
 
 
-def entry(row, shown):
+def entry(row, shown, raised):
     made = "\n### %d\n\n    %s\n\n%s" % (row.number, row.text.replace("\n", "\n    "), row.when)
+    if raised:
+        told = ", ".join("[`%s`](words.md#%s)" % (title, title.lower()) for title in raised)
+        made += "\n\n*Words:* %s" % (told if len(raised) <= FEW else "%d; [their page](words.md) names it at each." % len(raised))
     if row.left:
         made += "\n\n*Left:* %s%s" % (row.left[0].lower(), row.left[1:])
     if row.cure:
@@ -49,11 +68,11 @@ def entry(row, shown):
 
 
 def page(shown):
-    parts, bands = [OPENING], list(BANDS)
+    parts, bands, raised = [OPENING], list(BANDS), raisers()
     for row in sorted(tables.messages()):
         while bands and row.number >= bands[0][0] and row.number != 999:
             parts.append("\n## %s\n" % bands.pop(0)[1])
-        parts.append(entry(row, shown))
+        parts.append(entry(row, shown, raised.get(row.number)))
     parts.append(KEPT + "".join("| %d | %s |\n" % (number, text.replace("|", "\\|").replace("\n", " "))
                                 for number, text in tables.keptmessages()))
     return "".join(parts)
@@ -69,6 +88,8 @@ def main():
     faults = [] if made == present else ["docs/messages.md is not what the table makes: run tools/reference/messages.py"]
     faults += ["docs/messages.md: the session of %d does not show it" % row.number for row in tables.messages()
                if row.session and row.text.split("\n")[0] not in shown.get(row.session, "")]
+    faults += ["docs/messages.md: no word raises %d" % row.number for row in tables.messages()
+               if (row.number in raisers()) == (row.number in UNBOUND)]
     print(*faults, sep="\n", end="\n" if faults else "")
     return 1 if faults else 0
 

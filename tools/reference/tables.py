@@ -9,7 +9,7 @@ COLUMN = re.compile(r'\s*((?:"(?:[^"\\]|\\.)*"\s*)+|[^",()]+(?:\([^()]*\))?)\s*(
 ESCAPE = re.compile(r"\\(?:x([0-9A-Fa-f]{2})|(.))")
 # Handlers that stand for no work of their own.
 RESERVED = {"NOTIMPLEMENTED": "reserved: message 993", "RESTRICTED": "reserved: message 994",
-            "NOTHING": "reserved: does nothing, and keeps its operands"}
+            "SPACE(group)": "reserved: message 994", "NOTHING": "reserved: does nothing, and keeps its operands"}
 
 
 class Instruction(NamedTuple):
@@ -19,7 +19,7 @@ class Instruction(NamedTuple):
     key: str
     handler: str  # MONADIC(f), HANDLER(f) ..., or one of RESERVED
     effect: str
-    meaning: str
+    meaning: str  # of a reserved one: what to write instead
 
     def kind(self):
         return self.handler.split("(")[0]
