@@ -7,6 +7,7 @@
 
 #include <climits>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -82,6 +83,15 @@ TEST_F(Replacements, NamesThatAreNone) {
   EXPECT_FALSE(write("missing/x", "new"));
   EXPECT_FALSE(write(std::string(PATH_MAX, 'x'), "new"));
   EXPECT_EQ(files(), 1U);
+}
+
+// Whatever was where the record is: there is no stream before one is open.
+TEST_F(Replacements, WhatCannotBeBegunLeavesNothing) {
+  for (const char *name : {"", "/", "/missing/there"}) {
+    Replacement file;
+    std::memset(static_cast<void *>(&file), 0xFF, sizeof file);
+    EXPECT_FALSE(begin(file, name)) << name;
+  }
 }
 
 // The name fits, and no other beside it does.
