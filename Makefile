@@ -2,7 +2,10 @@
 #
 #   make run      builds and starts the prompt, or runs what is piped in (ARGS="-q" passes options on)
 #   make prompt   builds and starts the prompt with history, completion and help (ARGS="--vi -- -c4" passes options on)
+#   make docs     builds the pages as a site, build/site/index.html
 #   make install  puts all of it below PREFIX (/usr/local), DESTDIR ahead of that; make uninstall takes it away again
+#   make package  builds build-package/morvik_*.deb and .tar.gz, the same bytes from the same commit; test-package builds it
+#                 twice, compares, and installs it into a bare Debian
 #   make test     every test; test-debug, test-loop, test-asan, test-tsan, test-checking: the same in those builds
 #                 (TESTS="REGEX" chooses by name)
 #   make bless    rewrites expectations of transcripts (NAMES="folder folder/name.morvik" chooses); bless-lists: the lists
@@ -27,7 +30,7 @@ JOBS ?= $(shell nproc)
 export JOBS
 
 .DEFAULT_GOAL := build
-.PHONY: build run prompt install uninstall test bless bless-lists lint format fuzz campaign bench mutate clean
+.PHONY: build run prompt docs install uninstall package test-package test bless bless-lists lint format fuzz campaign bench mutate clean
 
 build:
 	@tools/need build
@@ -44,6 +47,10 @@ prompt:
 	@tools/build -q release programs
 	@exec tools/python prompt_toolkit pygments -- python/morvik-prompt --interpreter build/morvik $(ARGS)
 
+docs:
+	@tools/need docs
+	@tools/python mkdocs pygments -- -B web/build build/site
+
 install:
 	@tools/need build
 	@tools/build -q release installable
@@ -51,6 +58,19 @@ install:
 
 uninstall:
 	@cmake -P '$(DESTDIR)$(PREFIX)/share/morvik/uninstall.cmake'
+
+# The time that a package bears is that of its commit, where there is one.
+package: export SOURCE_DATE_EPOCH ?= $(or $(shell git log -1 --format=%ct 2>/dev/null),$(shell date +%s))
+package:
+	@tools/need build docs package
+	@tools/build package
+	@cd build-package && rm -f *.deb *.tar.gz && cpack -G DEB && cpack -G TGZ
+	@rm -rf build-package/_CPack_Packages
+	@ls build-package/*.deb build-package/*.tar.gz
+
+test-package:
+	@tools/need build docs package test-package
+	@python3 -B tests/packages/run.py
 
 test:
 	@tools/need build test

@@ -45,6 +45,20 @@ PROGRAMMES = {
         "for n = 1, 100 do y = {} for i = 1, 100000 do y[i] = inc(x[i]) end end "
         "local s = 0 for i = 1, 100000 do s = s + y[i] end print(s)",
     ),
+    "a million numbers appended to a name": (
+        "1000000",
+        "#NIL @a SET 1000000 NILADIC a 1 , @a SET ; LOOP a SHAPE .",
+        "def f():\n  a = []\n  for i in range(1000000): a.append(1)\n  return a\nprint(len(f()))",
+        "local a = {} for i = 1, 1000000 do a[#a + 1] = 1 end print(#a)",
+    ),
+    "a million numbers summed from the front, one taken after the other": (
+        "500000500000",
+        "1000001 INTERVAL @a SET 0 @s SET 1000000 NILADIC a FIRST s + @s SET a REST @a SET ; LOOP s .",
+        "from collections import deque\ndef f():\n  a, s = deque(range(1, 1000002)), 0\n"
+        "  for i in range(1000000): s += a.popleft()\n  return s\nprint(f())",
+        "local a, s, first = {}, 0, 1 for i = 1, 1000001 do a[i] = i end "
+        "for i = 1, 1000000 do s = s + a[first] a[first] = nil first = first + 1 end print(s)",
+    ),
 }
 
 

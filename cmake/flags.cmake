@@ -3,6 +3,9 @@
 # No contraction: a product and a sum round twice on every machine, so that results do not depend on the compiler.
 add_library(morvik_build INTERFACE)
 target_compile_options(morvik_build INTERFACE -ffp-contract=off)
+if(MORVIK_PACKAGE)
+  target_compile_options(morvik_build INTERFACE -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
+endif()
 if(NOT MORVIK_QUICK)
   target_compile_definitions(morvik_build INTERFACE MORVIK_NO_QUICK_LOOP)
 endif()

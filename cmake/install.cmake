@@ -41,10 +41,10 @@ if(Python3_FOUND AND NOT CMAKE_CROSSCOMPILING)
        python/morvik/options.py python/morvik/signs.py)
   add_custom_command(OUTPUT ${pages}/made COMMAND ${Python3_EXECUTABLE} -B packaging/generate ${pages} ${CMAKE_BINARY_DIR}
                      COMMAND ${CMAKE_COMMAND} -E touch ${pages}/made WORKING_DIRECTORY ${CMAKE_SOURCE_DIR}
-                     DEPENDS morvik morvik-run morvik-check ${makers} CMakeLists.txt VERBATIM)
+                     DEPENDS morvik morvik-confined morvik-run morvik-check ${makers} CMakeLists.txt VERBATIM)
   file(GLOB_RECURSE extension CONFIGURE_DEPENDS editors/vscode/*)
   add_custom_command(OUTPUT morvik.vsix COMMAND ${Python3_EXECUTABLE} -B editors/package ${CMAKE_BINARY_DIR}/morvik.vsix
-                     WORKING_DIRECTORY ${CMAKE_SOURCE_DIR} DEPENDS editors/package ${extension} CMakeLists.txt VERBATIM)
+                     WORKING_DIRECTORY ${CMAKE_SOURCE_DIR} DEPENDS ${extension} CMakeLists.txt VERBATIM)
   add_custom_target(pages ALL DEPENDS ${pages}/made morvik.vsix)
   add_dependencies(installable pages)
   install(DIRECTORY ${pages}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
@@ -61,6 +61,11 @@ install(FILES editors/emacs/morvik.el editors/emacs/morvik-grammar.el DESTINATIO
 # The pages as they are read in the tree, and the site where `make docs` has built it.
 install(FILES README.md CHANGELOG.md DESTINATION ${documents})
 install(DIRECTORY docs examples DESTINATION ${documents} PATTERN "*.expected" EXCLUDE)
+if(MORVIK_PACKAGE)
+  add_custom_target(site ALL COMMAND tools/python mkdocs pygments -- -B web/build ${CMAKE_BINARY_DIR}/site
+                    WORKING_DIRECTORY ${CMAKE_SOURCE_DIR} VERBATIM)
+  add_dependencies(installable site)
+endif()
 install(DIRECTORY ${CMAKE_BINARY_DIR}/site/ DESTINATION ${documents}/html OPTIONAL)
 
 # Last, since it lists what stands above.

@@ -45,7 +45,7 @@ def flags(option):
 
 
 def optionlist(options):
-    rows = "\n".join("\n".join(filter(None, [flags(option), sentences(option.text)])) for option in options)
+    rows = "\n".join("%s\n%s" % (flags(option), sentences(option.text)) for option in options)
     return ".Bl -tag -width Ds\n%s\n.El" % rows
 
 

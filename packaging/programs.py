@@ -69,14 +69,10 @@ def tabbed(text):
     return [option._replace(text=option.text[:1].upper() + option.text[1:]) for option in found]
 
 
-def bracketed(text):
-    """Options as a line of usage has them: [-l NAME]."""
-    return [Option((name,), argument, "") for name, argument in re.findall(r"\[(--?[a-z][\w-]*)(?: ([A-Z]+))?\]", text)]
-
-
 def described(name, command):
-    text = help_of(command, "-h" if name == "morvik" else "--help")
-    options = tabbed(text) if name == "morvik" else rowed(text) or bracketed(text)
+    """The program of that name, which `command` starts. Only the interpreter has a help of its own kind."""
+    own = name in ("morvik", "morvik-confined")
+    options = tabbed(help_of(command, "-h")) if own else rowed(help_of(command, "--help"))
     if not options:
         raise SystemExit("%s: its help shows no options" % name)
     return Program(name, options)

@@ -127,7 +127,7 @@ class Editor:
                                    auto_suggest=AutoSuggestFromHistory() if self.options.suggesting else None,
                                    complete_while_typing=self.options.completing, enable_history_search=False,
                                    validator=Meanings(self.expanded), validate_while_typing=False,
-                                   multiline=True, prompt_continuation=self.continuation, **common)
+                                   multiline=True, prompt_continuation=self.continuation, enable_suspend=True, **common)
         self.answers = PromptSession(history=InMemoryHistory(), complete_while_typing=False, **common)
         self.lines = PromptSession(history=DummyHistory(), key_bindings=self.linekeys(),
                                    color_depth=common["color_depth"], editing_mode=common["editing_mode"])

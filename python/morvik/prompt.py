@@ -19,7 +19,10 @@ LONG = 1.0  # seconds after which the time of a text is told
 
 
 def interpreter(named):
-    for place in [named, os.environ.get("MORVIK"), *PLACES]:
+    """Its path; None where there is none. One that is named is that one or none."""
+    if named:
+        return shutil.which(named)
+    for place in [os.environ.get("MORVIK"), *PLACES]:
         if place and os.access(place, os.X_OK):
             return str(place)
     return shutil.which("morvik")
@@ -142,10 +145,13 @@ class Prompt:
             self.interrupted = 0
         self.screen.tick()
 
-    def restart(self):
+    def how(self):
+        """How the process ended."""
         status = self.process.process.returncode
-        how = "killed by signal %d" % -status if status < 0 else "gone with status %d" % status
-        self.screen.note("the interpreter is %s, and is started again: its stack and names are empty" % how)
+        return "killed by signal %d" % -status if status < 0 else "gone with status %d" % status
+
+    def restart(self):
+        self.screen.note("the interpreter is %s, and is started again: its stack and names are empty" % self.how())
         self.process.close()
         self.process.start()
         wanted = self.process.converse()
@@ -225,6 +231,7 @@ class Prompt:
         self.wanted, title = self.begin_quietly()
         if self.wanted.state == engine.ENDED:
             sys.stdout.write(signs.shown(bytes(self.screen.kept)))
+            print("morvik-prompt: %s ended before its first prompt: %s" % (self.command[0], self.how()), file=sys.stderr)
             return self.process.process.returncode or 1
         print("%s   ? helps, Ctrl-D ends" % title)
         for complaint in self.options.complaints:
@@ -268,7 +275,8 @@ def main(arguments=None):
     given, options = parsed(arguments)
     binary = interpreter(given.interpreter)
     if not binary:
-        print("morvik-prompt: no morvik found; --interpreter names one", file=sys.stderr)
+        print("morvik-prompt: %s" % ("%s is no program that can be run" % given.interpreter if given.interpreter
+                                     else "no morvik found; --interpreter names one"), file=sys.stderr)
         return 1
     if options.confine:
         binary = str(pathlib.Path(binary).resolve().with_name("morvik-confined"))

@@ -6,10 +6,10 @@
  * alone may be called at any time, from any thread and from a signal handler.
  *
  * No call ends the process, and none jumps over frames of its caller: what fails comes back as a status. The library
- * sets no signal handler, changes no limit and no folder of the process, and its names begin with morvik_. A thread that
- * calls has a stack of its own of 64 KB at least; with less left of it, a call gives MORVIK_NO_STORAGE. A callback must
- * return: it may not leave by a jump or an exception. It may come when a recursion has used the stack up, and finds an
- * eighth of it left, or 64 KB, or half where it is smaller than 128 KB.
+ * sets no signal handler, changes no limit and no folder of the process, and its names begin with morvik_. A thread
+ * that calls has a stack of its own of 64 KB at least; with less left of it, a call gives MORVIK_NO_STORAGE. A callback
+ * must return: it may not leave by a jump or an exception. It may come when a recursion has used the stack up, and
+ * finds an eighth of it left, or 64 KB, or half where it is smaller than 128 KB.
  *
  * Every call returns a status unless its comment says otherwise. Sizes count records (elements of a space), lengths
  * count bytes, extents count records along an axis, the fastest axis first, as SHAPE gives them. What a call returns

@@ -1,5 +1,5 @@
-// morvik-confined: Morvik with its files confined to the folder that it starts in, wherever links lead, and no editor. For
-// a front end that runs what it does not know.
+// morvik-confined: Morvik with its files confined to the folder that it starts in, wherever links lead, and no editor.
+// For a front end that runs what it does not know.
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>

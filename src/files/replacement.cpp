@@ -182,7 +182,7 @@ bool beginreplacement(Replacement &file, char *name) {
   int descriptor = openpresent(file);
   if (descriptor >= 0)
     descriptor = openover(file, descriptor);
-  else if (descriptor < 0 && errno == ENOENT && name[0] != '\0')
+  else if (errno == ENOENT && name[0] != '\0')
     descriptor = opennew(file);
   if (descriptor >= 0) file.stream = fdopen(descriptor, "w");
   if (file.stream) return true;

@@ -63,6 +63,8 @@ Quick quickof(const Point &p) {
       return Quick::CHECK;
     case instructions::JUMP:
       return Quick::JUMP;
+    case instructions::FIRST:
+      return p.modifier == instructions::FIRST ? Quick::SLOW : Quick::FIRST;
     default:
       return Quick::SLOW;
   }
@@ -76,6 +78,16 @@ void decodedecided(Op &op, const Point &p) {
     op.code = Quick::IF;
 }
 
+// What makes a new value for the name that its old one came from.
+Quick replacing(const Point &p) {
+  if (p.instruction == instructions::CATENATE) return Quick::CATENATE_STORE;
+  if (p.instruction == instructions::REST && p.modifier != instructions::REDUCE) return Quick::REST_STORE;
+  return Quick::SLOW;
+}
+bool isstore(const Point *p) {
+  return p[0].rank == ranks::ADDRESS && !isconditional(p[0]) && isinstruction(p[1], instructions::SET);
+}
+
 void decodeoperator(Op &op, const Point &p) {
   if (isdecided(p)) return decodedecided(op, p);
   if (const Scalar *s = scalarof(p)) {
@@ -87,6 +99,7 @@ void decodeoperator(Op &op, const Point &p) {
     return;
   }
   op.code = quickof(p);
+  if (op.code == Quick::SLOW && isstore(&p + 1)) op.code = replacing(p);
 }
 
 void decodeliteral(const Body &body, Op &op, const Point &p, const Point &next) {
@@ -147,7 +160,7 @@ void decodepoint(const Body &body, std::ptrdiff_t i) {
   }
   if (isspace(p)) return decodeliteral(body, op, p, next);
   if (p.rank == ranks::VARIABLE) return decodename(op, next);
-  if (p.rank == ranks::ADDRESS && isinstruction(next, instructions::SET)) op.code = Quick::STORE;
+  if (isstore(&p)) op.code = Quick::STORE;
 }
 
 Op *decodebody(Point *start) {

@@ -7,6 +7,7 @@
 #include "frontend/remember.h"
 #include "frontend/symtab.h"
 #include "machine/calls.h"
+#include "machine/exactflags.h"
 #include "machine/leave.h"
 #include "machine/level.h"
 #include "spaces/instructions.h"
@@ -136,6 +137,7 @@ Point *destination(Level &level) {
 
 // The old value goes last: its release may wipe the very name.
 void replace(Point &bound, const Point &value) {
+  forgetexact(bound);
   Point old = bound;
   bound = value;
   dereferencepoint(&old);

@@ -13,6 +13,7 @@
 #include "machine/machine.h"
 #include "machine/quickflow.h"
 #include "machine/quickscalars.h"
+#include "machine/quickspaces.h"
 #include "machine/quickvalues.h"
 
 namespace morvik {

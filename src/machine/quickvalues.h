@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "machine/exactflags.h"
 #include "machine/quickstate.h"
 #include "spaces/symbols.h"
 
@@ -58,6 +59,7 @@ inline const Point *boundvalue(const Level &level, const Point &name) {
   Point value = *level.sp;
   if (isloose(value)) giverecord(value, newelements(1));
   --level.sp;
+  forgetexact(bound);
   Point old = bound;
   bound = value;
   dereferencepoint(&old);

@@ -128,18 +128,24 @@ Element *joined(const Side &left, const Side &right) {
   return made;
 }
 
+Element *grown(Element *block, std::size_t count) {
+  Element *const larger = trygrow(block, count);
+  if (!larger) outofstorage();
+  return larger;
+}
+
 // The right behind the left, in the left's own block.
 Element *appended(Point &left, const Side &right) {
   const std::size_t total = std::size_t{left.elements} + right.count;
   if (right.transfer != Transfer::COPIED) {
-    left.data_pointer = Reallocate(left.data_pointer, total);
+    left.data_pointer = grown(left.data_pointer, total);
     copyrecords(left.data_pointer + left.elements, right.records, right.count, right.transfer == Transfer::PLAIN);
     return left.data_pointer;
   }
   Making m;
   startmaking(m, right.count);
   makecopies(m, right.records, 1, right.count);
-  left.data_pointer = Reallocate(left.data_pointer, total);
+  left.data_pointer = grown(left.data_pointer, total);
   Element *copies = endmaking(m);
   copyrecords(left.data_pointer + left.elements, copies, right.count, false);
   freeblock(copies);
@@ -164,20 +170,24 @@ bool growsinplace(const Point &left, const Side &l, const Side &r) {
   return l.transfer == Transfer::MOVED || r.count <= l.count / SHORT_SHARE;
 }
 
+// The flag word of what has the records of both.
+std::uint32_t joinedtype(std::uint32_t left, std::uint32_t right, std::int32_t rank) {
+  const std::uint32_t kinds = (left | right) & (ELEMENT_BITS | STRUCTURED | ISSTRUCTURE);
+  return kinds | complexed(kinds) | ((left | right) & ISPROBABLE) | (rank > 1 ? ISARRAY : ISVECTOR);
+}
+
 void join(Point &left, Point &right, Side &l, Side &r, std::uint32_t total) {
   Point result{};
   result.shape_pointer = joinedshape(left, right, total, result.rank);
   Custody making;
   takecustody(making, releaseblock, result.shape_pointer);
-  const bool grown = growsinplace(left, l, r);
-  result.data_pointer = grown ? appended(left, r) : joined(l, r);
+  const bool grows = growsinplace(left, l, r);
+  result.data_pointer = grows ? appended(left, r) : joined(l, r);
   endcustody(making);
-  if (grown) l.point.data_pointer = nullptr;
+  if (grows) l.point.data_pointer = nullptr;
   releaseoperand(l);
   releaseoperand(r);
-  result.type = ((l.bits | r.bits) & (ELEMENT_BITS | STRUCTURED | ISSTRUCTURE)) |
-                ((left.type | right.type) & ISPROBABLE) | (result.rank > 1 ? ISARRAY : ISVECTOR);
-  result.type |= complexed(result.type);
+  result.type = joinedtype(l.bits | (left.type & ISPROBABLE), r.bits | (right.type & ISPROBABLE), result.rank);
   result.depth = std::max({l.depth, r.depth, std::int16_t{1}});
   result.elements = total;
   left = result;
@@ -210,6 +220,53 @@ int catenate(Point &left, Point &right) {
   if (total > MOST_ELEMENTS) outofstorage();
   join(left, right, l, r, static_cast<std::uint32_t>(total));
   return 0;
+}
+
+bool appendrecords(Point &vector, const Element *records, std::uint32_t count, std::uint32_t type, std::int16_t depth) {
+  const std::uint64_t total = std::uint64_t{vector.elements} + count;
+  if (total > MOST_ELEMENTS) return false;
+  Element *shape = vector.shape_pointer;
+  if (referencecount(shape) != 1) shape = static_cast<Element *>(tryblock(sizeof(Element)));
+  Element *const data = shape ? trygrow(vector.data_pointer, total) : nullptr;
+  if (!data) {
+    if (shape != vector.shape_pointer) freeblock(shape);
+    return false;
+  }
+  std::memcpy(data + vector.elements, records, count * sizeof(Element));
+  setinteger(*shape, static_cast<std::int64_t>(total));
+  if (shape != vector.shape_pointer) release(vector.shape_pointer);
+  vector.shape_pointer = shape;
+  vector.data_pointer = data;
+  vector.type = joinedtype(vector.type, type, ranks::VECTOR);
+  vector.depth = std::max({vector.depth, depth, std::int16_t{1}});
+  vector.elements = static_cast<std::uint32_t>(total);
+  vector.link = nullptr;
+  return true;
+}
+
+namespace {
+
+// Can a record that others hold too be copied without storage?
+bool issharedeasily(const Element &e) {
+  return e.tag == tags::SUBARRAY || isplainrecord(e);
+}
+
+}  // namespace
+
+bool appendvalue(Point &vector, Point &value) {
+  constexpr std::uint32_t SHORT = 256;
+  if (!isspace(value) || value.rank > ranks::VECTOR || isnothing(value) || value.elements > SHORT) return false;
+  ensurekinds(value);
+  Side part;
+  if (makepart(part, value) != 0) return false;
+  const Element *const end = part.records + part.count;
+  const bool copied = part.transfer == Transfer::COPIED;
+  if (copied && !std::all_of(part.records, end, issharedeasily)) return false;
+  if (!appendrecords(vector, part.records, part.count, part.bits | (value.type & ISPROBABLE), part.depth)) return false;
+  if (copied) referencedataelems(vector.data_pointer + vector.elements - part.count, part.count);
+  releaseoperand(part);
+  value = {};
+  return true;
 }
 
 }  // namespace morvik

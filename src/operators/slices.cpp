@@ -17,6 +17,7 @@ using records::copyshape;
 using records::ensurekinds;
 using records::isunique;
 using records::keeprecords;
+using records::owns;
 using records::recordbits;
 using records::refreshflags;
 using records::refreshkinds;
@@ -53,6 +54,25 @@ void takemember(Point &space) {
   space = member;
 }
 
+// Of how deep a space does a record give account?
+std::int16_t depthby(const Element &e) {
+  if (e.tag != tags::SUBARRAY || !isspace(*e.subarray)) return 1;
+  return static_cast<std::int16_t>(std::min(std::max(e.subarray->depth, std::int16_t{0}) + 1, int{INT16_MAX}));
+}
+
+// Would the flag word and the depth of a vector be the same without its first record? The others are looked at one by
+// one, as far as it takes.
+bool addsnothing(const Point &vector) {
+  const Element *e = vector.data_pointer, *const end = e + vector.elements;
+  std::uint32_t missing = recordbits(*e);
+  bool deeper = vector.depth > 1 && depthby(*e) >= vector.depth;
+  while (++e < end && (missing != 0 || deeper)) {
+    missing &= ~recordbits(*e);
+    deeper = deeper && depthby(*e) < vector.depth;
+  }
+  return missing == 0 && !deeper;
+}
+
 void setshape(Point &space, std::uint32_t count, std::int32_t rank, Element *shape) {
   dereference(space.shape_pointer);
   space.shape_pointer = shape;
@@ -72,8 +92,24 @@ void keepfirst(Point &space, std::uint32_t count, std::int32_t rank, Element *sh
   refreshkinds(space);
 }
 
+// May the first records be cut off the block? Nobody else sees it, and they own nothing, or there is only one.
+bool iscut(const Point &space, std::uint32_t dropped) {
+  return isunique(space) && (dropped == 1 || !owns(space));
+}
+
+// Keeps the records behind the first `dropped` where they are.
+void cutrest(Point &space, std::uint32_t dropped, std::int32_t rank, Element *shape) {
+  const bool owned = owns(space);
+  Element gone = *space.data_pointer;
+  setshape(space, space.elements - dropped, rank, shape);
+  space.data_pointer = cutrecords(space.data_pointer, dropped, space.elements);
+  if (owned) dereferencedataelems(&gone, 1);
+  refreshflags(space);
+}
+
 // Keeps the records behind the first `dropped`, `shape` being the new one.
 void keeprest(Point &space, std::uint32_t dropped, std::int32_t rank, Element *shape) {
+  if (iscut(space, dropped)) return cutrest(space, dropped, rank, shape);
   const std::uint32_t count = space.elements - dropped;
   Custody making;
   takecustody(making, releaseblock, shape);
@@ -81,6 +117,13 @@ void keeprest(Point &space, std::uint32_t dropped, std::int32_t rank, Element *s
   endcustody(making);
   setshape(space, count, rank, shape);
   refreshflags(space);
+}
+
+// 994 where a record that FIRST releases, or copies with care, is of no known kind.
+int unknownkept(const Point &space) {
+  Point looked = space;
+  if (!isunique(space) && space.rank == ranks::VECTOR) looked.elements = 1;
+  return unknownkind(looked);
 }
 
 // Kept: what REST leaves of one element is empty and no more, without rank bits and of depth 0.
@@ -100,8 +143,7 @@ Element *zeroshape(std::int32_t rank) {
 
 int first(Point &space) {
   if (!isspace(space) || space.rank == 0 || (space.type & ISSCALAR) != 0 || !space.data_pointer) return 0;
-  ensurekinds(space);
-  if (const int fault = unknownkind(space)) return fault;
+  if (const int fault = unknownkept(space)) return fault;
   if (space.rank > 1) {
     const std::int32_t rank = space.rank - 1;
     const auto count = static_cast<std::uint32_t>(space.elements / space.shape_pointer[rank].integer);
@@ -116,8 +158,7 @@ int first(Point &space) {
 
 int firstelement(Point &space) {
   if (!isspace(space) || space.rank == 0 || !space.data_pointer) return 0;
-  ensurekinds(space);
-  if (const int fault = unknownkind(space)) return fault;
+  if (const int fault = unknownkept(space)) return fault;
   if (space.data_pointer->tag == tags::SUBARRAY)
     takemember(space);
   else if (space.data_pointer->tag < 0)
@@ -136,15 +177,16 @@ int rest(Point &space) {
     emptyrest(space, rank, zeroshape(rank));
     return 0;
   }
-  if (const int fault = unknownkind(space)) return fault;
   const std::int32_t last = space.rank - 1;
   const std::int64_t extent = space.shape_pointer[last].integer;
+  const auto slice = static_cast<std::uint32_t>(space.elements / extent);
+  if (const int fault = unknownkind(space)) return fault;
   Element *shape = copyshape(space.shape_pointer, space.rank);
   shape[last].integer = extent - 1;
   if (extent == 1)
     emptyrest(space, space.rank, shape);
   else
-    keeprest(space, static_cast<std::uint32_t>(space.elements / extent), space.rank, shape);
+    keeprest(space, slice, space.rank, shape);
   return 0;
 }
 
@@ -158,6 +200,27 @@ int restelements(Point &space) {
   if (const int fault = unknownkind(space)) return fault;
   keeprest(space, 1, ranks::VECTOR, newshape(space.elements - 1));
   return 0;
+}
+
+Flags restflags(const Point &vector, bool exact) {
+  Point left = vector;
+  ++left.data_pointer;
+  --left.elements;
+  if (exact && (left.type & (COMPLEXED | STRUCTURED)) != 0 && addsnothing(vector))
+    left.type = (left.type & ~(RANK_BITS | ISEMPTY)) | ISVECTOR | (left.elements == 1 ? ISONEELEMENT : 0);
+  else
+    refreshflags(left);
+  return {left.type, left.depth};
+}
+
+Element takefirst(Point &vector, const Flags &flags) {
+  const Element gone = *vector.data_pointer;
+  --vector.elements;
+  vector.data_pointer = cutrecords(vector.data_pointer, 1, vector.elements);
+  vector.type = flags.type;
+  vector.depth = flags.depth;
+  vector.link = nullptr;
+  return gone;
 }
 
 }  // namespace morvik

@@ -16,4 +16,15 @@ int rest(Point &space);
 // All but the first element as a vector.
 int restelements(Point &space);
 
+// The flag word and the depth of what REST leaves of a vector of two elements or more. With `exact` its own are known
+// to be those that its records ask for, so that in most cases few records need be looked at. An interrupt jumps.
+struct Flags {
+  std::uint32_t type;
+  std::int16_t depth;
+};
+Flags restflags(const Point &vector, bool exact);
+// Takes the first record from a vector that nobody else sees, gives it these flags, and returns the record, which owns
+// what it did. Nothing fails.
+Element takefirst(Point &vector, const Flags &flags);
+
 }  // namespace morvik

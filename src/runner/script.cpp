@@ -120,8 +120,8 @@ bool opentexts(const char *path) {
   return false;
 }
 
-// Reads everything before anything runs, so that a missing file is reported at once. A library that is asked for twice is
-// loaded once.
+// Reads everything before anything runs, so that a missing file is reported at once. A library that is asked for twice
+// is loaded once.
 bool openall(const Choices &choices) {
   for (const char *name : choices.libraries)
     if (!openlibrary(name, std::strlen(name))) return false;

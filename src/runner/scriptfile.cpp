@@ -103,9 +103,9 @@ bool readscript(Source &source, const char *path) {
   const char *fault = readfile(path, bytes);
   if (!fault) dropreturns(bytes);
   if (!fault && !endlastline(bytes)) fault = NO_STORAGE;
-  bool whole = !fault && istextual(path, bytes);
+  const char *const name = std::strcmp(path, "-") == 0 ? "standard input" : path;
+  bool whole = !fault && istextual(name, bytes);
   if (whole) {
-    const char *name = std::strcmp(path, "-") == 0 ? "standard input" : path;
     whole = opensource(source, name, bytes.records, bytes.count);
     if (!whole) fault = NO_STORAGE;
   }

@@ -3,6 +3,8 @@
 // see whether somebody still writes to them.
 #include "spaces/blocks.h"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cassert>
 #include <cstdio>
@@ -277,6 +279,29 @@ Element *tryreallocate(Element *block, std::size_t count) {
   assert(referencecount(block) == 1);
   return count > LARGEST_BLOCK / sizeof(Element) ? nullptr
                                                  : static_cast<Element *>(resizeblock(block, count * sizeof(Element)));
+}
+
+Element *trygrow(Element *block, std::size_t count) {
+#ifdef MORVIK_CHECKING
+  return tryreallocate(block, count);
+#else
+  constexpr std::size_t SPARE_SHARE = 4;
+  if (count <= (malloc_usable_size(refer(block)) - BLOCK_PREFIX) / sizeof(Element)) return block;
+  return tryreallocate(block, count + count / SPARE_SHARE);
+#endif
+}
+
+Element *cutrecords(Element *block, std::size_t dropped, std::size_t kept) {
+  assert(referencecount(block) == 1);
+#if defined(MORVIK_SYSTEM_HEAP) || defined(MORVIK_CHECKING)
+  std::memmove(block, block + dropped, kept * sizeof(Element));
+#else
+  char *const start = static_cast<char *>(cutpayload(refer(block), dropped * sizeof(Element)));
+  block = reinterpret_cast<Element *>(start + BLOCK_PREFIX);
+  *refer(block) = 1;
+#endif
+  Element *const less = tryreallocate(block, kept);
+  return less ? less : block;  // one that can't be shortened serves as well
 }
 
 Element *Reallocate(Element *block, std::size_t count) {

@@ -91,6 +91,13 @@ Element *newshape(std::int64_t extent);
 Element *Reallocate(Element *block, std::size_t count);
 // The same for a block and a count that are not null; null where there is no storage.
 Element *tryreallocate(Element *block, std::size_t count);
+// The same for a block that grows bit by bit: where it must move it gets space to spare, so that each record costs the
+// same on the average, however many there are.
+Element *trygrow(Element *block, std::size_t count);
+// Takes so many records off the front of a block that has others behind them, whose number is given too, and returns
+// the block to use from now on. The others stay where they are, as long as what lies idle is not too much beside them;
+// so taking one after the other costs the same on the average, however many there are. The count must be 1.
+Element *cutrecords(Element *block, std::size_t dropped, std::size_t kept);
 
 // A counted copy of a zero-terminated text, or of the first bytes of one.
 char *stringdup(const char *text);

@@ -231,6 +231,13 @@ std::size_t Heap::capacity(void *payload) {
   return (std::size_t{1} << bucketinheader(whole)) - BLOCK_HEADER - off;
 }
 
+void *Heap::cutfront(void *payload, std::size_t bytes) {
+  const auto *const whole = static_cast<char *>(wholepayload(payload));
+  char *const inside = static_cast<char *>(payload) + bytes;
+  setheaderword(inside, static_cast<std::uint64_t>(inside - whole) << BUCKET_BITS | INSIDE_BLOCK);
+  return inside;
+}
+
 bool Heap::resizes(void *payload, std::size_t size, bool &moves) {
   if (ismisaligned(payload)) {
     writetext(STDOUT_FILENO, "BRRRRRrealloc ");
@@ -331,6 +338,10 @@ bool ispower(std::size_t n) {
 }
 
 }  // namespace
+
+void *cutpayload(void *payload, std::size_t bytes) {
+  return Heap::cutfront(payload, bytes);
+}
 
 }  // namespace morvik
 

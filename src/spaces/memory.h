@@ -49,6 +49,9 @@ struct Heap {
   static bool resizes(void *payload, std::size_t size, bool &moves);
   // How many bytes the payload holds.
   static std::size_t capacity(void *payload);
+  // Gives up the first bytes of a payload, a multiple of the header: what is behind them is the payload from now on.
+  // The block stays as large as it is.
+  static void *cutfront(void *payload, std::size_t bytes);
 
  private:
   bool refill(unsigned k);
@@ -60,6 +63,11 @@ struct Heap {
 
 // The bucket of a size; LARGEST_BUCKET + 1 for one that no block can hold.
 unsigned bucketof(std::size_t size);
+
+#ifndef MORVIK_SYSTEM_HEAP
+// Heap::cutfront on the heap of the process.
+void *cutpayload(void *payload, std::size_t bytes);
+#endif
 
 // For the start and the end of a process: the heap needs nothing done at either, so nobody has to call them.
 void morvik_allocator_init();

@@ -151,6 +151,14 @@ class Code(Editors):
                        "comment.block.morvik  + ", "keyword.operator.morvik -", "keyword.control.morvik ."):
             self.assertIn(wanted, said)
 
+    def test_indentation(self):
+        for source, indented in ((SOURCE, INDENTED), ("(1 2\n3\n) .\n", "(1 2\n  3\n) .\n"),
+                                 (": 1 'a;b' +\n2\n; .\n3 .\n", ": 1 'a;b' +\n  2\n; .\n3 .\n"),
+                                 ("1 : 2 ; POP (3) .\n4 .\n", "1 : 2 ; POP (3) .\n4 .\n"),
+                                 ("MONADIC\n@a SET\nFUNCTIONEND .", "MONADIC\n  @a SET\nFUNCTIONEND .")):
+            done = run("node", HERE / "indent.js", EDITORS / "vscode" / "language-configuration.json", given=source)
+            self.assertEqual((done.returncode, done.stdout), (0, indented), done.stderr)
+
     def test_hover_and_completion(self):
         done = run("node", HERE / "extension.js", EDITORS / "vscode" / "extension.js", given="1 SIN × \xb9 nothing DUP.")
         self.assertEqual(done.returncode, 0, done.stderr)

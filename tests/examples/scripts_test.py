@@ -3,8 +3,8 @@
 
     scripts_test.py MORVIK [MORVIK_RUN]
 
-With one argument, the first line of a script is taken off, the libraries that it names go before it, and the prompt runs it; with
-two, the second program runs the file as it stands.
+With one argument, the first line of a script is taken off, the libraries that it needs go before it, and the prompt runs it; with
+two, the second program runs the file as it stands, and finds nothing to warn of.
 """
 import csv
 import decimal
@@ -181,10 +181,15 @@ PROGRAMMES = (accounts, rotation, newton, statistics, menu, elimination, hanoi, 
 INPUTS = {"menu": CHOICES, "units": QUESTIONS}
 
 
+def needs(text):
+    found = re.search('"NEEDS ([a-z ]*)"', text)
+    return found.group(1).split() if found else []
+
+
 def byprompt(script):
     """The input that has the prompt run a script: its libraries first, a mark, and the script without its first line."""
-    first, rest = script.read_text().split("\n", 1)
-    libraries = "".join((LIBRARIES / (name + ".morvik")).read_text() + " .\n" for name in re.findall(r"-l (\w+)", first))
+    rest = script.read_text().split("\n", 1)[1]
+    libraries = "".join((LIBRARIES / (name + ".morvik")).read_text() + " .\n" for name in needs(rest))
     return "%s'%s' PRINT\n%s .\n" % (libraries, BEGIN, rest)
 
 
@@ -194,12 +199,13 @@ def perform(name, binary, runner, folder):
     (folder / "sales.csv").write_text(SALES)
     script, typed = SCRIPTS / (name + ".morvik"), INPUTS.get(name, "")
     command = [runner, str(script)] if runner else [binary, "-q"]
+    settings = dict(os.environ, MORVIK_PATH=str(LIBRARIES))
     if runner:
-        libraries = re.findall(r"-l (\w+)", script.read_text().split("\n", 1)[0])
-        command[1:1] = [word for library in libraries for word in ("-l", library)]
+        check = subprocess.run([runner, "--check", str(script)], capture_output=True, env=settings, timeout=120, check=False)
+        assert check.returncode == 0, check.stderr.decode("latin-1")
     run = subprocess.run(command, input=(typed if runner else byprompt(script) + typed).encode("latin-1"), cwd=folder, timeout=120,
                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False,
-                         env=dict(os.environ, MORVIK_PATH=str(LIBRARIES)))
+                         env=settings)
     assert run.returncode == 0, "status %d: %s" % (run.returncode, run.stdout[-500:])
     told = run.stdout.decode("latin-1")
     if not runner:

@@ -15,13 +15,20 @@ PREFIX = "/opt/morvik"
 PROGRAMS = ["morvik", "morvik-check", "morvik-confined", "morvik-prompt", "morvik-run", "morvik-signs"]
 EVERYBODYS = {"bin", "include", "lib", "share"}
 LIMIT = 120
+
+
+def longoptions(table):
+    text = (SOURCE / "src/runner/choices.cpp").read_text()
+    return ["--" + name for name in re.search(r"^constexpr option %s\[.*?\};" % table, text, re.M | re.S).group().split('"')[1::2]]
+
+
 # Each option, as the sources that read them have it.
 OPTIONS = {
     "morvik": re.findall(r"-\w+", re.search(r'"Usage: %s (.*?)-i\{', (SOURCE / "src/driver/options.cpp").read_text()).group(1)) +
               ["-i", "-if", "-it", "-is"],
-    "morvik-run": ["--" + name for name in re.findall(r'^constexpr option OPTIONS.*?\};', (SOURCE / "src/runner/choices.cpp").read_text(),
-                                                      re.M | re.S)[0].split('"')[1::2]],
-    "morvik-check": ["-l"],
+    "morvik-confined": ["-h", "-c"],
+    "morvik-run": longoptions("OPTIONS"),
+    "morvik-check": longoptions("CHECK_OPTIONS"),
     "morvik-prompt": re.findall(r'add_argument\("(--[\w-]+)"', (SOURCE / "python/morvik/prompt.py").read_text()),
     "morvik-signs": re.findall(r'add_argument\("(--[\w-]+)"', (SOURCE / "python/morvik/signs.py").read_text()),
 }
@@ -75,7 +82,8 @@ class Programs(Installed):
         self.assertEqual(sorted(path.name for path in self.bin.iterdir()), PROGRAMS)
 
     def test_the_interpreter(self):
-        self.assertIn("\n 3\n", self.passes(self.bin / "morvik", "-q", given="1 2 + .\n"))
+        for name in ("morvik", "morvik-confined"):
+            self.assertIn("\n 3\n", self.passes(self.bin / name, "-q", given="1 2 + .\n"))
 
     def test_the_runner_finds_each_library(self):
         names = sorted(path.stem for path in (SOURCE / "lib").glob("*.morvik"))

@@ -7,7 +7,9 @@ import tempfile
 import time
 import unittest
 
-from package import BINARY
+import pexpect
+
+from package import BINARY, ROOT
 from person import Person
 
 CTRL = {letter: chr(ord(letter) - 64) for letter in "ABCDEFGHIJKLMNOPQRSTUVWXYZ"}
@@ -326,6 +328,44 @@ class Confined(Session):
         run = subprocess.run([os.sys.executable, script, "--interpreter", "/bin/sh", "--confine"], capture_output=True, check=False)
         self.assertEqual(run.returncode, 1)
         self.assertIn(b"morvik-prompt: --confine needs ", run.stderr)
+
+
+class Interpreters(unittest.TestCase):
+    def test_what_is_no_interpreter_is_told(self):
+        with Person("/bin/true") as person:
+            self.assertEqual(person.ending(), 1)
+            self.assertIn("morvik-prompt: /bin/true ended before its first prompt: gone with status 0", person.text())
+        with Person("/nowhere/morvik") as person:
+            self.assertEqual(person.ending(), 1)
+            self.assertIn("morvik-prompt: /nowhere/morvik is no program that can be run", person.text())
+
+
+class Suspending(unittest.TestCase):
+    def test_control_z_gives_the_shell_back_and_keeps_the_text(self):
+        """Under a shell that has jobs, while a text is typed and while one runs."""
+        folder = tempfile.TemporaryDirectory(prefix="morvik-")
+        self.addCleanup(folder.cleanup)
+        settings = dict(os.environ, TERM="xterm", HOME=folder.name, PS1="SHELL> ", NO_COLOR="1")
+        shell = pexpect.spawn("bash", ["--norc", "-i"], env=settings, timeout=60, dimensions=(30, 100))
+        self.addCleanup(shell.close, True)
+        shell.expect("SHELL> ")
+        shell.sendline("%s %s --interpreter %s --no-toolbar" % (os.sys.executable, ROOT / "python" / "morvik-prompt", BINARY))
+        shell.expect(r"\[0\]")
+        shell.send("\x1b[1;1R1 2")  # where the cursor is, as the prompt asks
+        shell.expect("2")
+        shell.send(CTRL["Z"])
+        shell.expect("Stopped")
+        shell.expect("SHELL> ")
+        shell.sendline("fg")
+        shell.expect(r"\[0\]")
+        shell.send("\x1b[1;1R + .\r")
+        shell.expect(r"[^\d]3\r\n")
+        shell.send("3 SLEEP 8 .\r")
+        time.sleep(1)
+        shell.send(CTRL["Z"])
+        shell.expect("Stopped")
+        shell.sendline("fg")
+        shell.expect(r"[^\d]8\r\n")
 
 
 class Plain(Session):

@@ -20,13 +20,14 @@ SANITIZED = os.environ.get("MORVIK_SANITIZED") == "1"
 PROGRAMMES = int(os.environ.get("MORVIK_PROGRAMMES", 600 if SANITIZED else 10000))
 SEED = int(os.environ.get("MORVIK_SEED", 1))
 IN_A_SESSION = 40  # programmes that one process runs one after the other
+WITH_POOL = 8  # one session of so many has coprocessors
 CPU_SECONDS = 20 if SANITIZED else 5  # a session that takes more, as a jump leads back now and then, tells nothing
 
 NAMES = ["a", "b", "c", "$d", "_e"]
 FUNCTIONS = ["f", "g", "h"]  # each calls those that stand behind it
 LITERALS = ["0", "1", "2", "-3", "7", "0.5", "2.5", "-0.25", "1E300", "9223372036854775807", "4611686018427387904", "T",
             "F", "'x'", "'text'", "(1 2 3)", "(1.5 2 -7)", "(4 5.5)", "2i3", "1i2j3k4", "#NIL", "(1 (2 3))", "0#101",
-            "3p0", "#PI", "(7)", "Inf", "1l2", "(0)[3 2]"]
+            "3p0", "#PI", "(7)", "Inf", "1l2", "(0)[3 2]", "(1 2.5 'x')", "((1 2) (3) (4 (5)))", "9 INTERVAL", "1i2j3k4l5m6n7o8"]
 NUMBERS = ["0", "1", "2", "3", "-1", "5", "10", "1.5", "0.25", "-2.5", "T", "F", "100000000000"]
 DYADIC = ["+", "-", "*", "/", "<", "<=", "=", ">=", ">", "MIN", "MAX", "RESIDUE", "AND", "OR", "NAND", "IDENTICAL", "**",
           "BINOMIAL", "LOGARITHM", "STRONGAND", "NOTEQUIVALENT"]
@@ -65,9 +66,36 @@ class Writer:
     def function(self, depth, functions, kinds=(":", "NILADIC", "MONADIC", "DYADIC", "VARS 1 MONADIC")):
         return "%s %s ;" % (self.r.choice(kinds), self.body(depth - 1, functions))
 
+    def growth(self, rounds=1):
+        """The value of a name that becomes another one: what is appended, what is taken, and who else holds it. What
+        doubles a value is not for many rounds."""
+        r = self.r
+        name, other = r.choice(NAMES), r.choice(NAMES)
+        what = ["1", "2.5", "'x'", "'text'", "(1 2) ENCLOSE", "(1 (2 3))", "(((1) 2) 3) ENCLOSE", "1i2j3k4l5m6n7o8",
+                "(1 2i3)", "#NIL", "f", "(0)[3 2]", "T", "3 INTERVAL", "1 2 +", "7 0 /", "(1 2 3 4)[2 2]", "x",
+                name + " FIRST", "@" + other]
+        forms = ["{n} {w} , @{n} SET"] * 6 + ["{n} REST @{n} SET"] * 4 + [
+            "{n} {w} , @{n} SET {n} {w} , @{n} SET", "{n} RREST @{n} SET", "{n} FIRST {n} REST @{n} SET",
+            "{n} {w} , @{o} SET", "{n} @{o} SET {n} {w} , @{n} SET", "{n} @{o} SET {n} REST @{n} SET",
+            "{n} {n} {w} , @{n} SET", "{n} {n} REST @{n} SET", "{w} {n} SWAP , @{n} SET", "{w} {n} , @{n} SET",
+            "{n} ENCLOSE {n} {w} , @{n} SET", "{n} RAVEL {w} , @{n} SET", "{n} COLLECT {n} {w} , @{n} SET",
+            "{n} 2 (1) RESHAPE REST @{n} SET", "{n} {w} , @{n} ASSIGN", "{n} {w} , RAVEL @{n} SET",
+            "{n} {w} , @{n} SET {n} DEPTH", "{n} REST @{n} SET {n} SHAPE", "{n} {w} @{n} FORGET , @{n} SET",
+            "{n} 3 RESHAPE @{n} SET", "{n} + // @{n} SET", "{n} REVERSE @{n} SET", "@{n} GET REST @{n} SET {n} SHAPE"]
+        if rounds <= 3:
+            what += [other, name, other + " ENCLOSE", "DUP"]
+            forms += ["{n} {n} , @{n} SET", "{n} MONADIC {n} SWAP , @{n} SET 1 ; EACH",
+                      "{n} MONADIC DISCARD {n} REST @{n} SET 1 ; EACH"]
+        return r.choice(forms).format(n=name, o=other, w=r.choice(what))
+
     def loop(self, depth, functions):
         r = self.r
         count = r.choice([0, 1, 2, 3, 5, 17])
+        if r.random() < 0.25:
+            rounds = r.choice([3, 5, 17, 40])
+            text = " ".join(self.growth(rounds) for _ in range(r.choice([1, 1, 2, 3])))
+            kind = r.choice(["%d NILADIC %s ; LOOP", "%d : %s ; REPEAT", "(1 2 3)[%d] MONADIC %s ; EACH"])
+            return kind % (rounds, text)
         kind = r.randrange(6)
         if kind == 0:
             return "%d %s REPEAT" % (count, self.function(depth, functions, (":",)))
@@ -107,8 +135,10 @@ class Writer:
         if x < 0.77:
             word = r.choice(STACK)
             return word, 1, {"DUP": 1, "DISCARD": -1, "RIGHT": -1, "SWAP": 0, "CLEAR": -height, "COLLECT": 1 - height}.get(word, 1)
-        if x < 0.79:
+        if x < 0.78:
             return r.choice(SPACES), 3, 0
+        if x < 0.79:
+            return self.growth(40), 9, 1
         if x < 0.86:
             return self.condition() + " " + self.decided(depth, functions), 7, -1
         if x < 0.88:
@@ -145,12 +175,25 @@ class Writer:
         text.append(self.loop(3, FUNCTIONS))
         return " ".join(text) + " .\n"
 
+    def lists(self):
+        """Nested and mixed values that grow and shrink in the same rounds, and how deep they are in each."""
+        r = self.r
+        values = ["(1 (2 3) 4)", "((1 2) (3) (4 (5 6)))", "(1 2.5 'x')", "('ab' 1 ((((2)))))", "9 INTERVAL", "#NIL",
+                  "(1 2i3 1i2j3k4l5m6n7o8 4)", "(1 (2 3) 4) 2 RESHAPE", "(1 ((((2)))) (3) 4 (5))",
+                  "(1 2 2.5 3 'x' 4)", "(1 2 3 'x') 3 RESHAPE", "((1 2) (3 4) (5 6)) + //", "MARK 1 (1 (2 3)) 'x' COLLECT", "'some text'"]
+        text = ["%s @%s SET" % (r.choice(values), name) for name in NAMES[:3]]
+        steps = " ".join(r.choice([self.growth(40), self.growth(40), "%s DEPTH" % r.choice(NAMES[:3]),
+                                   "%s (1 2 3 4 5 6 7) COMPRESS" % r.choice(NAMES[:3]),
+                                   "%s %s MATCH" % (r.choice(NAMES[:3]), r.choice(values[:-1]))])
+                         for _ in range(r.choice([2, 3, 5, 8])))
+        return "%s %d NILADIC %s ; LOOP a DEPTH b DEPTH c DEPTH .\n" % (" ".join(text), r.choice([2, 4, 9, 30]), steps)
+
 
 def session(seed):
     r = random.Random(seed)
     lines = ["1 SEED : 0 ; DUP @f SET DUP @g SET @h SET 1 @a SET 2 @b SET 3 @c SET 4 @$d SET 5 @_e SET .\n"]
     for _ in range(IN_A_SESSION):
-        lines.append(Writer(r).programme())
+        lines.append(Writer(r).programme() if r.random() < 0.75 else Writer(r).lists())
         # Depth of the stack, all values, and what the names hold.
         lines.append("COUNTSTACK . DISCARD . " + r.choice(["", "", "CLEAR . "]) + "a . CLEAR b . CLEAR c . CLEAR .\n")
     return "".join(lines)
@@ -163,13 +206,13 @@ def limitprocessor():
     resource.setrlimit(resource.RLIMIT_CPU, (CPU_SECONDS, CPU_SECONDS))
 
 
-def run(text, quick):
+def run(text, quick, options=()):
     environment = dict(os.environ)
     environment.pop("MORVIK_QUICK", None)
     if not quick:
         environment["MORVIK_QUICK"] = "off"
     with tempfile.TemporaryDirectory() as folder:
-        done = subprocess.run([BINARY, "-q", "-p"], input=text.encode("latin-1"), capture_output=True, timeout=300,
+        done = subprocess.run([BINARY, "-q", "-p", *options], input=text.encode("latin-1"), capture_output=True, timeout=300,
                               check=False, cwd=folder, env=environment, preexec_fn=limitprocessor)
     return done.returncode, VARYING.sub(b"", done.stdout), VARYING.sub(b"", done.stderr)
 
@@ -180,10 +223,10 @@ ENDLESS = (-signal.SIGXCPU, -signal.SIGKILL)
 class Differential(unittest.TestCase):
     maxDiff = None
 
-    def agree(self, text, seed):
+    def agree(self, text, seed, options=()):
         """What both of them give; None where one ran too long."""
-        without = run(text, False)
-        withit = run(text, True) if without[0] not in ENDLESS else without
+        without = run(text, False, options)
+        withit = run(text, True, options) if without[0] not in ENDLESS else without
         if without[0] in ENDLESS or withit[0] in ENDLESS:
             return None
         if without == withit:
@@ -202,7 +245,7 @@ class Differential(unittest.TestCase):
         for i in range(sessions):
             seed = SEED * 1000003 + i
             with self.subTest(seed=seed):
-                endless += self.agree(session(seed), seed) is None
+                endless += self.agree(session(seed), seed, ("-c2",) if i % WITH_POOL == 0 else ()) is None
         self.assertLessEqual(endless, 1 + sessions // 20)
 
     def test_the_test_sees_a_difference(self):

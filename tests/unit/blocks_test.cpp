@@ -56,6 +56,40 @@ TEST_F(Blocks, ThePrefix) {
   release(block);
 }
 
+TEST_F(Blocks, LoseRecordsAtTheFront) {
+  constexpr std::int64_t COUNT = 3000;
+  Element *block = newelements(COUNT);
+  for (std::int64_t i = 0; i < COUNT; ++i) setinteger(block[i], i);
+  for (std::int64_t gone = 0, cut = 1; gone + cut < COUNT; gone += cut, cut = cut % 3 + 1) {
+    block = cutrecords(block, static_cast<std::size_t>(cut), static_cast<std::size_t>(COUNT - gone - cut));
+    ASSERT_EQ(referencecount(block), 1);
+    ASSERT_EQ(block[0].integer, gone + cut);
+    ASSERT_EQ(block[COUNT - gone - cut - 1].integer, COUNT - 1);
+  }
+  EXPECT_EQ(liveblocks(), before + 1);
+  release(block);
+}
+
+// A queue: as many records are taken as are put. The block moves now and then only.
+TEST_F(Blocks, GrowWithSpaceToSpare) {
+  for (const std::size_t length : {3, 100, 819, 1638, 1639, 5000}) {
+    Element *block = newelements(length);
+    for (std::size_t i = 0; i < length; ++i) setinteger(block[i], static_cast<std::int64_t>(i));
+    int moves = 0;
+    for (std::size_t round = 0; round < 4 * length; ++round) {
+      Element *const cut = cutrecords(block, 1, length - 1);
+      block = trygrow(cut, length);
+      moves += block != cut;
+      setinteger(block[length - 1], static_cast<std::int64_t>(round + length));
+      ASSERT_EQ(block[0].integer, static_cast<std::int64_t>(round + 1));
+    }
+#if !defined(MORVIK_CHECKING) && !defined(MORVIK_SYSTEM_HEAP)
+    EXPECT_LE(moves, 20) << length;
+#endif
+    release(block);
+  }
+}
+
 TEST_F(Blocks, AreCountedWhileTheyLive) {
   void *a = newblock(1), *b = newblock(0);
   EXPECT_EQ(liveblocks(), before + 2);

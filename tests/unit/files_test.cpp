@@ -7,7 +7,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -20,7 +19,6 @@
 #include "driver/system.h"
 #include "failure/jump.h"
 #include "files/persist.h"
-#include "files/replacement.h"
 #include "machine/machine.h"
 #include "points.h"
 #include "spaces/copies.h"
@@ -34,19 +32,6 @@ namespace {
 
 using namespace points;
 namespace fs = std::filesystem;
-
-// ---- What replaces a file.
-
-// Whatever was where the record is: there is no stream before one is open.
-TEST(Replacements, WhatCannotBeBegunLeavesNothing) {
-  const std::int64_t alive = liveblocks();
-  for (const char *name : {"", "/", "/missing/there"}) {
-    Replacement file;
-    std::memset(static_cast<void *>(&file), 0xFF, sizeof file);
-    EXPECT_FALSE(beginreplacement(file, stringdup(name))) << name;
-  }
-  EXPECT_EQ(liveblocks(), alive);
-}
 
 // ---- The path constraint.
 

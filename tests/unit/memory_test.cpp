@@ -255,6 +255,25 @@ TEST_F(HeapTest, ShrinkingToleratesTheLessTheLargerTheBlock) {
   }
 }
 
+TEST_F(HeapTest, WhatIsCutOffTheFrontStaysWithItsBlock) {
+  char *const whole = static_cast<char *>(heap.allocate(1000));
+  std::memset(whole, 7, 1016);
+  char *const once = static_cast<char *>(Heap::cutfront(whole, 40));
+  EXPECT_EQ(once, whole + 40);
+  EXPECT_EQ(Heap::capacity(once), 1016u - 40);
+  char *const twice = static_cast<char *>(Heap::cutfront(once, 80));
+  EXPECT_EQ(twice, whole + 120);
+  EXPECT_EQ(Heap::capacity(twice), 1016u - 120);
+  for (int i = 0; i < 1016 - 120; ++i) ASSERT_EQ(twice[i], 7);
+  bool moves;
+  EXPECT_TRUE(Heap::resizes(twice, 1016 - 120, moves));
+  EXPECT_FALSE(moves);
+  EXPECT_TRUE(Heap::resizes(twice, 1016 - 119, moves));
+  EXPECT_TRUE(moves);
+  heap.freepayload(twice);
+  EXPECT_EQ(heap.allocate(1000), whole);
+}
+
 TEST_F(HeapTest, AlignedPayloads) {
   for (std::size_t alignment = 8; alignment <= 65536; alignment *= 2)
     for (const std::size_t size : {0, 1, 100, 5000}) {

@@ -4,64 +4,22 @@
 #include <random>
 #include <vector>
 
-#include "arithmetic/cores.h"
-#include "arithmetic/monadic.h"
 #include "arithmetic/pairs.h"
 #include "arithmetic/pairwalk.h"
 #include "points.h"
 #include "recount.h"
-#include "spaces/instructions.h"
+#include "scalar_tables.h"
 #include "spaces/refderef.h"
 #include "unit/lists.h"
 
-namespace morvik {
-#define MONADIC(f) extern const Monadic f##monadic;
-#define DRAWING(f) MONADIC(f)
-#define DYADIC(f)
-#define SPACE(f)
-#define HANDLER(f)
-#define NOTIMPLEMENTED
-#define RESTRICTED
-#define NOTHING
-#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) handler
-#include "tables/instructions.def"
-#undef INSTRUCTION
-#undef MONADIC
-}  // namespace morvik
 using namespace morvik;
 
 namespace {
 
 using points::Elements;
-
-template <class Cores>
-struct Instruction {
-  const char *name;
-  const Cores *cores;
-};
-
-std::vector<Instruction<Dyadic>> dyadics() {
-  std::vector<Instruction<Dyadic>> found;
-#define MONADIC(f)
-#define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) \
-  if (dyadiccores(number)) found.push_back({#name, dyadiccores(number)});
-#include "tables/instructions.def"
-#undef INSTRUCTION
-#undef MONADIC
-  return found;
-}
-
-std::vector<Instruction<Monadic>> monadics() {
-  std::vector<Instruction<Monadic>> found;
-#define MONADIC(f) found.push_back({name, &f##monadic});
-#define DRAWING(f) MONADIC(f)
-#define INSTRUCTION(number, word, argumentclass, key, handler, effect, meaning) \
-  [&]([[maybe_unused]] const char *name) { handler; }(#word);
-#include "tables/instructions.def"
-#undef INSTRUCTION
-#undef MONADIC
-  return found;
-}
+using scalars::dyadics;
+using scalars::Instruction;
+using scalars::monadics;
 
 template <class Cores>
 lists::Lines namesof(const std::vector<Instruction<Cores>> &instructions) {

@@ -77,7 +77,9 @@ TEST_F(StructureCases, Interrupted) {
         const int landed = landingof([=] { run(*p); });
         testing::internal::GetCapturedStdout();
         interrupted = 0;
-        if (!(run == enlist && plain) && !(run == first && plain && !shared)) EXPECT_EQ(landed, -1002);
+        // What is cut off a block that nobody else sees takes no time.
+        const bool atonce = run == enlist || (!shared && (run == first || run == rest || run == restelements));
+        if (!(plain && atonce)) EXPECT_EQ(landed, -1002);
         expectexact();
         letgo();
       }
