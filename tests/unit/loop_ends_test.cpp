@@ -353,7 +353,20 @@ TEST_F(LoopEnds, OneOperandByPlaces) {
 
 // ---- Without storage. The blocks of octonions are taken away, all but some.
 
-#ifndef MORVIK_SYSTEM_HEAP
+#if defined(MORVIK_CHECKING) || !defined(MORVIK_SYSTEM_HEAP)
+
+#ifdef MORVIK_CHECKING
+
+// An allocation fails on demand.
+class Shortage {
+ public:
+  explicit Shortage(std::size_t granted) { failallocation(static_cast<std::int64_t>(granted)); }
+  ~Shortage() { failallocation(-1); }
+  Shortage(const Shortage &) = delete;
+  Shortage &operator=(const Shortage &) = delete;
+};
+
+#else
 
 class Shortage {
  public:
@@ -392,6 +405,8 @@ class Shortage {
   rlimit limit{};
   void *taken = nullptr;
 };
+
+#endif
 
 struct Ended {
   std::size_t done;
