@@ -25,6 +25,7 @@ struct List {
     if (count + more <= capacity) return true;
     std::size_t larger = capacity == 0 ? FIRST_CAPACITY : 2 * capacity;
     if (larger < count + more) larger = count + more;
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): a record may be a pointer
     void *block = std::realloc(static_cast<void *>(records), larger * sizeof(T));
     if (!block) return false;
     records = static_cast<T *>(block);

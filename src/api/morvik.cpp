@@ -375,8 +375,8 @@ bool isusable(const morvik_options *given) {
 morvik_status opensession() {
   foreignsignals = true;
   conversing = 0;
-  echoing = options.echo != 0;
-  constraindirectories = options.unconstrained == 0;
+  echoing = options.echo != 0 ? 1 : 0;
+  constraindirectories = options.unconstrained == 0 ? 1 : 0;
   hearreport = hear;
   if (openstreams()) {
     if (startsession(options.processors + 1)) return MORVIK_OK;

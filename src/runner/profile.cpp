@@ -3,6 +3,7 @@
 #include "runner/profile.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -271,7 +272,7 @@ void writestack(const Node &node, const char *script) {
 void writefolded(const char *script) {
   constexpr double MICRO = 1e6;
   for (const Node &node : nodes.rows) {
-    const auto time = static_cast<long>(node.own * MICRO + 0.5);
+    const auto time = std::lround(node.own * MICRO);
     if (time == 0) continue;
     writestack(node, script);
     std::fprintf(stderr, " %ld\n", time);

@@ -187,8 +187,8 @@ int runscript(const Choices &choices) {
   raisestack();
   goeson = choices.keepgoing;
   begintelling(goeson || choices.check);
-  echoing = choices.echo;
-  constraindirectories = !choices.unconstrained;
+  echoing = choices.echo ? 1 : 0;
+  constraindirectories = choices.unconstrained ? 0 : 1;
   if (choices.confined && !confinefiles()) {
     refusefile(".", std::strerror(errno));
     return STATUS_UNUSABLE;
