@@ -45,10 +45,9 @@ inline bool appendtop(Point &bound, Point &top) {
 }
 
 [[gnu::noinline]] inline bool appendtoname(Point &bound, const Point &mention, Point &top) {
-  constexpr std::uint32_t FEW = 16;
-  bool exact = ismixed(bound) && (isexact(bound) || saysexactly(bound));
+  bool exact = isexact(bound) || ((bound.type & STRUCTURED) != 0 && saysexactly(bound));
   if ((bound.type & STRUCTURED) != 0 && !exact) return false;
-  exact = exact && (isloose(top) || (isspace(top) && top.data_pointer && top.elements <= FEW && saysexactly(top)));
+  exact = exact && (isloose(top) || (isspace(top) && top.data_pointer && saysexactly(top)));
   giveup(mention);
   const bool done = appendtop(bound, top);
   if (!done) referencepoint(&mention);

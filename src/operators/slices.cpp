@@ -177,16 +177,15 @@ int rest(Point &space) {
     emptyrest(space, rank, zeroshape(rank));
     return 0;
   }
+  if (const int fault = unknownkind(space)) return fault;
   const std::int32_t last = space.rank - 1;
   const std::int64_t extent = space.shape_pointer[last].integer;
-  const auto slice = static_cast<std::uint32_t>(space.elements / extent);
-  if (const int fault = unknownkind(space)) return fault;
   Element *shape = copyshape(space.shape_pointer, space.rank);
   shape[last].integer = extent - 1;
   if (extent == 1)
     emptyrest(space, space.rank, shape);
   else
-    keeprest(space, slice, space.rank, shape);
+    keeprest(space, static_cast<std::uint32_t>(space.elements / extent), space.rank, shape);
   return 0;
 }
 
