@@ -22,6 +22,7 @@ namespace {
 using points::Elements;
 using scalars::dyadics;
 using scalars::monadics;
+using scalars::same;
 
 // ---- Records.
 
@@ -56,17 +57,6 @@ Elements recordsof(std::int32_t tag, std::size_t count) {
   Elements records;
   for (std::size_t i = 0; i < count; ++i) records.push_back(recordof(tag, i));
   return records;
-}
-
-bool same(double a, double b) {
-  return std::isnan(a) ? std::isnan(b) : std::memcmp(&a, &b, sizeof a) == 0;
-}
-bool same(const Element &a, const Element &b) {
-  if (headingof(a) != headingof(b)) return false;
-  const std::vector<double> left = points::partsof(a), right = points::partsof(b);
-  if (left.empty()) return a.integer == b.integer;
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](double x, double y) { return same(x, y); });
 }
 
 void drop(Elements &records) {

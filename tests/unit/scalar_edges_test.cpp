@@ -15,17 +15,7 @@ using namespace morvik;
 namespace {
 
 using points::Elements;
-
-bool same(double a, double b) {
-  return std::isnan(a) ? std::isnan(b) : std::memcmp(&a, &b, sizeof a) == 0;
-}
-bool same(const Element &a, const Element &b) {
-  if (headingof(a) != headingof(b)) return false;
-  const std::vector<double> left = points::partsof(a), right = points::partsof(b);
-  if (left.empty()) return a.integer == b.integer;
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](double x, double y) { return same(x, y); });
-}
+using scalars::same;
 
 // What a loop makes of one record or of two.
 struct Made {

@@ -1,11 +1,16 @@
 // Every scalar instruction as the loops that it is made of, from the table of the instructions.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
+#include <cstring>
 #include <string>
 #include <vector>
 
 #include "arithmetic/cores.h"
+#include "arithmetic/kinds.h"
 #include "arithmetic/monadic.h"
+#include "points.h"
 #include "spaces/instructions.h"
 
 namespace morvik {
@@ -51,6 +56,16 @@ inline std::vector<Instruction<morvik::Monadic>> monadics() {
 #undef INSTRUCTION
 #undef MONADIC
   return found;
+}
+
+// Are two records equal to the bit? One NaN is as good as another.
+inline bool same(const morvik::Element &a, const morvik::Element &b) {
+  if (morvik::headingof(a) != morvik::headingof(b)) return false;
+  const std::vector<double> left = points::partsof(a), right = points::partsof(b);
+  if (left.empty()) return a.integer == b.integer;
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](double x, double y) {
+    return std::isnan(x) ? std::isnan(y) : std::memcmp(&x, &y, sizeof x) == 0;
+  });
 }
 
 }  // namespace scalars
