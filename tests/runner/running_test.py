@@ -2,7 +2,6 @@
 """morvik-run: what a script writes, reads and leaves, and its status:  running_test.py BINARY"""
 import os
 import re
-import resource
 import signal
 import subprocess
 import time
@@ -271,18 +270,6 @@ class Surroundings(Scripts):
             self.assertEqual((child.returncode, b" 2" in output), (130, False), text)
             if not typed:
                 self.assertTrue(errors.startswith(b"s.morvik:1: interrupted\n"), errors)
-
-
-class Speed(Scripts):
-    def test_a_script_is_no_slower_than_the_same_at_the_prompt(self):
-        prompt = os.path.join(os.path.dirname(BINARY), "morvik")
-        for text in ("1 2 + POP .\n" * 30000, ": 0 %s ; @f SET . 500 : f ! POP ; REPEAT ." % ("1 +\n" * 15000)):
-            self.write("s.morvik", text)
-            before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
-            with open(self.folder / "s.morvik", "rb") as piped:
-                subprocess.run([prompt, "-q"], stdin=piped, stdout=subprocess.DEVNULL, timeout=LIMIT, check=True)
-            piped = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before
-            self.assertLess(self.usertime(text), 1.25 * piped + 0.1)
 
 
 class Files(Scripts):

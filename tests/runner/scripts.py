@@ -1,7 +1,6 @@
 """What the tests of morvik-run share: a folder of its own for each test, and the run of a script in it."""
 import os
 import pathlib
-import resource
 import subprocess
 import sys
 import tempfile
@@ -40,12 +39,6 @@ class Scripts(unittest.TestCase):
     def script(self, text, *words, options=(), name="s.morvik", **more):
         self.write(name, text)
         return self.run_words(*options, name, *words, **more)
-
-    def usertime(self, text, *options):
-        """The processor's seconds that a run of the script takes."""
-        before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
-        self.script(text, options=options)
-        return resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before
 
     def passes(self, text, output, *words, **more):
         """Runs the script; it is to give this output, nothing else, and status 0."""
