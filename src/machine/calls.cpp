@@ -45,7 +45,8 @@ inline Level makeinner(Level &outer, Point *start, Point *header, Point *frame, 
   reservestack();
   const bool ownsframe = frame != outer.frame || floor != outer.floor;
   Entry *const names = header ? localnames(header[header->elements]) : nullptr;
-  return Level({&outer, start, header, names, frame, floor, outer.memory, outer.level + 1, outer.slot, ownsframe});
+  return Level(
+      {&outer, start, header, names, frame, floor, outer.memory, outer.level + 1, outer.slot, outer.vacant, ownsframe});
 }
 
 }  // namespace
@@ -82,16 +83,17 @@ void runframed(Level &level, const Point &function) {
   runinnerloose(inner, nullptr);
 }
 
-void dropbody(Point *programme) {
-  Point function{};
-  function.programme = programme;
-  dereferencefun(&function);
-}
 void releasebody(Custody &c) {
   dropbody(static_cast<Point *>(c.held));
 }
 
 }  // namespace
+
+void dropbody(Point *programme) {
+  Point function{};
+  function.programme = programme;
+  dereferencefun(&function);
+}
 
 void callheld(Level &level, const Point &function) {
   runframed(level, function);

@@ -11,6 +11,8 @@ Next call(Level &level);
 void callheld(Level &level, const Point &function);
 // The same, held by the call itself for as long as the body runs. May leave loose values.
 void callkept(Level &level, const Point &function);
+// Gives up one reference of a body, which may be the last.
+void dropbody(Point *programme);
 // Runs what is on top as EXECUTE does: a FUNCTION, or the text of a character space. 995 for anything else.
 Next executetop(Level &level);
 

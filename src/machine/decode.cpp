@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "machine/quick.h"
 #include "spaces/instructions.h"
 #include "spaces/loose.h"
 
@@ -23,6 +24,27 @@ struct Scalar {
 constexpr Scalar Scalars[instructions::COUNT] = {
 #include "tables/instructions.def"
 };
+
+// Where an operation finds its right operand.
+enum class Right { ON_STACK, LITERAL, NAME };
+
+// The operation that works a dyadic scalar instruction.
+Quick dyadiccode(const Point &p, Right right) {
+  static_assert(static_cast<int>(Quick::NAME_ADD) - static_cast<int>(Quick::ADD) == static_cast<int>(Right::NAME) &&
+                static_cast<int>(Quick::NAME_DYADIC) - static_cast<int>(Quick::DYADIC) ==
+                    static_cast<int>(Right::NAME));
+  Quick code = Quick::DYADIC;
+  switch (p.instruction) {
+#define QUICK_SCALAR(name, core) \
+  case instructions::name:       \
+    code = Quick::name;          \
+    break;
+#include "tables/quick.def"
+    default:
+      break;
+  }
+  return static_cast<Quick>(static_cast<int>(code) + static_cast<int>(right));
+}
 
 bool isinstruction(const Point &p, std::uint16_t number) {
   return isoperator(p) && p.instruction == number;
@@ -91,7 +113,7 @@ bool isstore(const Point *p) {
 void decodeoperator(Op &op, const Point &p) {
   if (isdecided(p)) return decodedecided(op, p);
   if (const Scalar *s = scalarof(p)) {
-    op.code = s->monadic ? Quick::MONADIC : Quick::DYADIC;
+    op.code = s->monadic ? Quick::MONADIC : dyadiccode(p, Right::ON_STACK);
     if (s->monadic)
       op.monadic = s->monadic;
     else
@@ -113,7 +135,7 @@ void decodeliteral(const Body &body, Op &op, const Point &p, const Point &next) 
   op.form = p.data_pointer->form;
   op.value = p.data_pointer->integer;
   if (const Scalar *s = scalarof(next); s && s->dyadic) {
-    op.code = Quick::LITERAL_DYADIC;
+    op.code = dyadiccode(next, Right::LITERAL);
     op.dyadic = s->dyadic;
   } else if (isinstruction(next, instructions::JUMP) && type == LOOSE_INTEGER && op.value > 0 &&
              op.value - 1 <= body.end) {
@@ -126,7 +148,7 @@ void decodename(Op &op, const Point &next) {
   op.code = Quick::NAME;
   if (isinstruction(next, instructions::EXECUTE)) op.code = Quick::NAME_CALL;
   if (const Scalar *s = scalarof(next); s && s->dyadic) {
-    op.code = Quick::NAME_DYADIC;
+    op.code = dyadiccode(next, Right::NAME);
     op.dyadic = s->dyadic;
   }
 }
@@ -169,7 +191,11 @@ Op *decodebody(Point *start) {
   auto *ops = static_cast<Op *>(tryblock((static_cast<std::size_t>(end) + 1) * sizeof(Op)));
   if (!ops) return nullptr;
   const Body body{start, ops, end};
-  for (std::ptrdiff_t i = 0; i <= end; ++i) decodepoint(body, i);
+  const void *const *const places = placesofoperations();
+  for (std::ptrdiff_t i = 0; i <= end; ++i) {
+    decodepoint(body, i);
+    ops[i].place = places[static_cast<unsigned>(ops[i].code)];
+  }
   return ops;
 }
 

@@ -11,12 +11,12 @@ namespace morvik {
 enum class Quick : std::uint16_t {
 #define QUICK(name, replaces, effect, meaning) name,
 #include "tables/quick.def"
-#undef QUICK
 };
 
 // One operation. It is at the index of the first Point that it replaces; those of the others follow it, for a
 // jump that ends there.
 struct Op {
+  const void *place;  // where the quick loop does it
   Quick code;
   std::uint16_t form;  // of a literal
   std::uint32_t type;  // of a literal, as a loose scalar has it; of what is decided: the decision that lets it run

@@ -19,6 +19,7 @@ inline constexpr std::size_t STACK_POINTS = 16584;
 extern Point *stacktop;
 
 struct Level;
+struct Call;
 
 // Where a Programme runs, as often as it does.
 struct Activation {
@@ -31,6 +32,7 @@ struct Activation {
   Entry **memory;
   int level;
   int slot;
+  Call *vacant;    // where the next call of the quick loop has its record
   bool ownsframe;  // frame and floor are not the caller's: the end of the level cleans them
 };
 
@@ -48,6 +50,7 @@ struct Level : Activation {
   double stamp, operated;  // the clock and the count of operations when the instruction began; only with opstime
   Point rotation;          // an instruction under IF_YES or IF_NO, as it reads without them
 
+  constexpr Level() = default;
   explicit Level(const Activation &place) : Activation(place) {}
 };
 

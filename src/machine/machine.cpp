@@ -28,6 +28,7 @@
 #include "machine/level.h"
 #include "machine/naming.h"
 #include "machine/quick.h"
+#include "machine/quickcalls.h"
 #include "machine/timing.h"
 #include "spaces/counters.h"
 #include "spaces/loose.h"
@@ -283,7 +284,8 @@ void runinnerloose(Level &inner, Rounds *rounds) {
 Point *machine(Point *start, Context *meaning, Point *frame, Point *floor, Point *sp, Entry **memory, int level,
                int slot) {
   const bool ownsframe = !running || frame != running->frame || floor != running->floor;
-  Level self({running, start, nullptr, nullptr, frame, floor, memory, level, slot, ownsframe});
+  Call *const vacant = running ? running->vacant : calls;
+  Level self({running, start, nullptr, nullptr, frame, floor, memory, level, slot, vacant, ownsframe});
   beginlevel(self, meaning, sp);
   running = &self;
   if (level == 0)

@@ -55,18 +55,21 @@ bool iswatchedrun(const Level &level) {
 
 // Begins another round if there is one to run. What only the caller can do, or report, ends the rounds.
 [[gnu::always_inline]] inline bool beginround(Quickly &q, Rounds &rounds) {
-  if (rounds.index >= rounds.count || (rounds.expected && q.sp != rounds.expected)) return false;
-  if (isinterrupted() || resultinflight) [[unlikely]]
+  if (rounds.index >= rounds.count || isinterrupted()) return false;
+  if (!rounds.expected)
+    q.level->caller->sp = q.sp;
+  else if (q.sp != rounds.expected)
     return false;
-  if (rounds.elements && !nextelement(q, rounds)) return false;
-  if (rounds.indexed) {
-    if (q.sp < rounds.least || isfull(q)) return false;
-    pushloose(q, LOOSE_INTEGER, forms::NUMBER, rounds.index + 1);
+  if (!q.plain) {
+    if (resultinflight) return false;
+    q.level->trace = q.level->step = false;
+    q.plain = true;
   }
+  if (rounds.elements && !nextelement(q, rounds)) return false;
+  // There was room for the index of the first round, and what stands below it.
+  if (rounds.indexed) pushloose(q, LOOSE_INTEGER, forms::NUMBER, rounds.index + 1);
   ++rounds.index;
-  q.level.caller->sp = q.sp;
-  q.level.decision = -1;
-  q.level.trace = q.level.step = false;
+  q.level->decision = -1;
   q.op = q.ops;
   return true;
 }
@@ -83,57 +86,80 @@ enum class Left { LEVEL, LOOP };
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wpedantic"
 
-// Runs operations until the level is left, or is to go on in the loop of the machine.
-Left runoperations(Level &level, const Op *ops, Rounds *rounds) {
+// Runs operations until the level is left, or is to go on in the loop of the machine. Levels of calls that it makes by
+// itself come and go inside.
+[[gnu::flatten]] Left runoperations(Level *base, const Op *ops, Rounds *rounds, const void *const **placesfound) {
   static const void *const places[] = {
 #define QUICK(name, replaces, effect, meaning) &&at_##name,
 #include "tables/quick.def"
-#undef QUICK
   };
+  if (!base) {
+    *placesfound = places;
+    return Left::LEVEL;
+  }
   if (isinterrupted()) {
-    makewhole(level.sp);
+    makewhole(base->sp);
     safepoint();
   }
-  Quickly q{level, ops, ops + (level.current - level.start), level.sp, 0, 0, 0};
+  Quickly q{base, ops, ops + (base->current - base->start),           base->sp, 0,
+            0,    0,   !base->ownsframe || base->frame == base->floor};
   Then then = Then::LOOK;
-  goto look;
+  if (resultinflight) goto look;
 
 next:
-  goto *places[static_cast<unsigned>(q.op->code)];
-#define QUICK(name, replaces, effect, meaning)       \
-  at_##name : then = quick_##name(q);                \
-  if (then == Then::NEXT) [[likely]]                 \
-    goto *places[static_cast<unsigned>(q.op->code)]; \
-  goto rest;
+  goto *q.op->place;
+#define QUICK_SCALAR(name, core)                                              \
+  at_##name : if (workslots<core>(q)) [[likely]] goto *q.op->place;           \
+  goto at_DYADIC;                                                             \
+  at_LITERAL_##name : if (workliteral<core>(q)) [[likely]] goto *q.op->place; \
+  goto at_LITERAL_DYADIC;                                                     \
+  at_NAME_##name : if (workname<core>(q)) [[likely]] goto *q.op->place;       \
+  goto at_NAME_DYADIC;
+#define QUICK(name, replaces, effect, meaning)               \
+  at_##name : then = quick_##name(q);                        \
+  if (then == Then::NEXT) [[likely]]                         \
+    goto *q.op->place;                                       \
+  if (then == Then::LEFT || then == Then::ENDED) goto leave; \
+  goto look;
 #include "tables/quick.def"
-#undef QUICK
 
-rest:
-  if ((then == Then::LEFT || then == Then::ENDED) && rounds && leaveseasily(level) && beginround(q, *rounds)) goto next;
-  if (then != Then::LOOK) synchronise(q);  // a call that returned was synchronised before
-look:
-  level.current = q.op->point;
-  switch (then) {
-    case Then::LOOK:
-      if (resultinflight && !isend(*level.current) && !runslowly(level)) return Left::LEVEL;
-      break;
-    case Then::LEFT:
-    case Then::ENDED:
-      level.instruction = level.current;
-      if (then == Then::ENDED)
-        reachend(level);
-      else
-        endlevel(level);
-      if (!rounds) return Left::LEVEL;
-      q.sp = level.sp;
-      if (beginround(q, *rounds)) goto next;
-      return Left::LEVEL;
-    default:
-      if (!runslowly(level)) return Left::LEVEL;
+leave:
+  if (!q.plain && !leaveseasily(*q.level)) {
+    synchronise(q);
+    q.level->instruction = q.level->current = q.op->point;
+    then == Then::ENDED ? reachend(*q.level) : endlevel(*q.level);
+    q.sp = q.level->sp;
   }
-  if (iswatchedrun(level)) return Left::LOOP;
-  q.sp = level.sp;
-  q.op = ops + (level.current - level.start);
+  if (q.level == base) {
+    if (rounds && beginround(q, *rounds)) goto next;
+    synchronise(q);
+    return Left::LEVEL;
+  }
+
+returned:
+  leavecall(q);
+  if (q.plain || (!resultinflight && !stepping)) [[likely]]
+    goto next;
+  then = Then::LOOK;
+
+look:
+  synchronise(q);
+  q.plain = false;
+  q.level->current = q.op->point;
+  if (then == Then::SLOW || (resultinflight && !isend(*q.level->current))) {
+    const bool left = !runslowly(*q.level);
+    q.sp = q.level->sp;
+    if (left && q.level != base) goto returned;
+    if (left) return Left::LEVEL;
+  }
+  if (iswatchedrun(*q.level)) [[unlikely]] {
+    if (q.level == base) return Left::LOOP;
+    makewhole(q.sp);
+    runpoints(*q.level);
+    q.sp = q.level->sp;
+    goto returned;
+  }
+  q.op = q.ops + (q.level->current - q.level->start);
   goto next;
 }
 
@@ -141,8 +167,14 @@ look:
 
 }  // namespace
 
+const void *const *placesofoperations() {
+  const void *const *places = nullptr;
+  runoperations(nullptr, nullptr, nullptr, &places);
+  return places;
+}
+
 void runbody(Level &level, const Op *ops, Rounds *rounds) {
-  if (ops && !iswatchedrun(level) && runoperations(level, ops, rounds) == Left::LEVEL) return;
+  if (ops && !iswatchedrun(level) && runoperations(&level, ops, rounds, nullptr) == Left::LEVEL) return;
   makewhole(level.sp);
   runpoints(level);
 }

@@ -24,6 +24,9 @@ struct Rounds {
   std::uint32_t kinds = 0;
 };
 
+// Where the quick loop does each operation, in the order of the table.
+const void *const *placesofoperations();
+
 // Runs a level that was made ready, to its end: by the quick loop as far as that goes, and by the loop of the machine
 // from there on. What it leaves on the stack may be loose. `rounds` null: one round.
 void runbody(Level &level, const Op *ops, Rounds *rounds);

@@ -3,6 +3,7 @@
 
 #include "failure/signals.h"
 #include "machine/calls.h"
+#include "machine/quickcalls.h"
 #include "machine/quickvalues.h"
 
 namespace morvik {
@@ -22,21 +23,21 @@ namespace morvik {
 [[gnu::always_inline]] inline Then quick_CHECK(Quickly &q) {
   if (!holds(q, 1) || !quickloosen(*q.sp)) return Then::SLOW;
   if (q.sp->type == LOOSE_INTEGER) {
-    q.level.decision = looseinteger(*q.sp) > 0 ? 1 : 0;
+    q.level->decision = looseinteger(*q.sp) > 0 ? 1 : 0;
   } else {
     const double truth = loosereal(*q.sp);
     if (!(truth >= 1 || truth <= 0)) return Then::SLOW;
-    q.level.decision = truth >= 1 ? 1 : 0;
+    q.level->decision = truth >= 1 ? 1 : 0;
   }
   --q.sp;
   return step(q, 1);
 }
 
 [[gnu::always_inline]] inline bool isdecided(const Quickly &q) {
-  return q.level.decision >= 0;
+  return q.level->decision >= 0;
 }
 [[gnu::always_inline]] inline bool isallowed(const Quickly &q) {
-  return q.level.decision == static_cast<int>(q.op->type);
+  return q.level->decision == static_cast<int>(q.op->type);
 }
 
 [[gnu::always_inline]] inline Then quick_IF(Quickly &q) {
@@ -72,15 +73,19 @@ namespace morvik {
 
 // May a function be called without being pushed? Where anything is amiss, the call itself reports it.
 [[gnu::always_inline]] inline bool iscallable(const Quickly &q, const Point &function) {
-  if (isfull(q) || isinterrupted()) return false;
-  return function.arguments < 0 || (holds(q, function.arguments) && q.sp + function.locals <= stacktop);
+  if (isfull(q) || isinterrupted()) [[unlikely]]
+    return false;
+  return function.arguments < 0 ||
+         (holdsmany(q, function.arguments) && (function.locals == 0 || q.sp + function.locals <= stacktop));
 }
 [[gnu::always_inline]] inline Then callbody(Quickly &q, const Point &function, int count) {
+  if (entercall(q, function, count)) [[likely]]
+    return Then::NEXT;
   static_cast<void>(step(q, count));
   synchronise(q);
-  q.level.instruction = q.level.current = q.op[-1].point;
-  callkept(q.level, function);
-  q.sp = q.level.sp;
+  q.level->instruction = q.level->current = q.op[-1].point;
+  callkept(*q.level, function);
+  q.sp = q.level->sp;
   return Then::LOOK;
 }
 
@@ -93,7 +98,7 @@ namespace morvik {
   return quick_CALL(q);
 }
 [[gnu::always_inline]] inline Then quick_NAME_CALL(Quickly &q) {
-  const Point *const value = boundvalue(q.level, *q.op->point);
+  const Point *const value = boundvalue(*q.level, *q.op->point);
   if (!value || !isfunction(*value)) return quick_NAME(q);
   if ((value->programme->type & ISOPERATOR) != 0 || !iscallable(q, *value)) return Then::SLOW;
   return callbody(q, *value, 2);

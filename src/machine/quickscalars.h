@@ -1,13 +1,17 @@
-// Quick operations on numbers.
+// Quick operations on numbers. The commonest are worked in the operation itself: for two integers or two reals, where
+// the result says what the instruction's own function would say. All else is left to that, by the general operation.
 #pragma once
 
+#include "arithmetic/comparison.h"
 #include "machine/quickvalues.h"
+#include "spaces/sysvars.h"
 
 namespace morvik {
 
+// Counts one scalar instruction that took so many flops.
 [[gnu::always_inline]] inline Then stepworked(Quickly &q, std::uint64_t flops, int count) {
   q.work += 1;
-  q.flops += static_cast<std::int64_t>(flops);
+  q.moreflops += static_cast<std::int64_t>(flops) - 1;
   return step(q, count);
 }
 
@@ -34,11 +38,98 @@ namespace morvik {
 }
 
 [[gnu::always_inline]] inline Then quick_NAME_DYADIC(Quickly &q) {
-  const Point *const value = boundvalue(q.level, *q.op->point);
+  const Point *const value = boundvalue(*q.level, *q.op->point);
   const std::uint32_t type = value ? loosetype(*value) : 0;
   if (type == 0 || !holds(q, 1) || isfull(q) || !quickloosen(*q.sp)) return quick_NAME(q);
   const std::uint64_t done = q.op->dyadic(*q.sp, type, value->data_pointer->integer);
   return done != 0 ? stepworked(q, done, 2) : quick_NAME(q);
+}
+
+// ---- What is worked at once: over a loose slot of that kind, false with nothing done.
+
+[[gnu::always_inline]] inline bool giveinteger(Point &slot, std::uint16_t form, std::int64_t value) {
+  slot.type = LOOSE_INTEGER;
+  slot.locals = form;
+  setword(slot, offsetof(Point, link), static_cast<std::uint64_t>(value));
+  return true;
+}
+[[gnu::always_inline]] inline bool givereal(Point &slot, double value) {
+  slot.locals = forms::COMPUTED;
+  setword(slot, offsetof(Point, link), std::bit_cast<std::uint64_t>(value));
+  return true;
+}
+
+struct Sum {
+  [[gnu::always_inline]] static bool work(Point &left, std::int64_t a, std::int64_t b) {
+    return summable({a}, {b}) && giveinteger(left, forms::NUMBER, a + b);
+  }
+  [[gnu::always_inline]] static bool work(Point &left, double a, double b) { return givereal(left, a + b); }
+};
+struct Difference {
+  [[gnu::always_inline]] static bool work(Point &left, std::int64_t a, std::int64_t b) {
+    return summable({a}, {b}) && giveinteger(left, forms::NUMBER, a - b);
+  }
+  [[gnu::always_inline]] static bool work(Point &left, double a, double b) { return givereal(left, a - b); }
+};
+struct Product {
+  [[gnu::always_inline]] static bool issmall(std::int64_t a) { return a == static_cast<std::int32_t>(a); }
+  [[gnu::always_inline]] static bool work(Point &left, std::int64_t a, std::int64_t b) {
+    return issmall(a) && issmall(b) && summable({a * b}, {0}) && giveinteger(left, forms::NUMBER, a * b);
+  }
+  [[gnu::always_inline]] static bool work(Point &left, double a, double b) {
+    const double product = a * b;
+    return (product < 0 || product > 0) && givereal(left, product);
+  }
+};
+
+// What tolerancein says, read where it is.
+[[gnu::always_inline]] inline double presenttolerance() {
+  const Point &ct = quads[CT_SLOT];
+  if (isspace(ct) && ct.data_pointer && ct.data_pointer->tag == tags::REAL) [[likely]]
+    return ct.data_pointer->real;
+  return tolerance(quads);
+}
+template <class Test>
+struct Compared {
+  template <class Number>
+  [[gnu::always_inline]] static bool work(Point &left, Number a, Number b) {
+    return giveinteger(left, forms::BOOLEAN,
+                       Test::holds(static_cast<double>(a), static_cast<double>(b), presenttolerance()) ? 1 : 0);
+  }
+};
+
+template <class Core>
+[[gnu::always_inline]] inline bool workboth(Quickly &q, Point &left, std::uint32_t type, std::int64_t right,
+                                            int count) {
+  if (left.type == LOOSE_INTEGER && type == LOOSE_INTEGER) {
+    if (!Core::work(left, looseinteger(left), right)) return false;
+    stepworked(q, 1, count);
+    return true;
+  }
+  if (left.type != LOOSE_REAL || type != LOOSE_REAL || !Core::work(left, loosereal(left), std::bit_cast<double>(right)))
+    return false;
+  stepworked(q, 2, count);
+  return true;
+}
+
+template <class Core>
+[[gnu::always_inline]] inline bool workslots(Quickly &q) {
+  if (!holds(q, 2)) return false;
+  --q.sp;
+  if (workboth<Core>(q, q.sp[0], q.sp[1].type, looseinteger(q.sp[1]), 1)) [[likely]]
+    return true;
+  ++q.sp;
+  return false;
+}
+template <class Core>
+[[gnu::always_inline]] inline bool workliteral(Quickly &q) {
+  return holds(q, 1) && !isfull(q) && workboth<Core>(q, *q.sp, q.op->type, q.op->value, 2);
+}
+template <class Core>
+[[gnu::always_inline]] inline bool workname(Quickly &q) {
+  const Point *const value = boundvalue(*q.level, *q.op->point);
+  const std::uint32_t type = value ? loosetype(*value) : 0;
+  return type != 0 && holds(q, 1) && !isfull(q) && workboth<Core>(q, *q.sp, type, value->data_pointer->integer, 2);
 }
 
 }  // namespace morvik

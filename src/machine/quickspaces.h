@@ -14,7 +14,7 @@ namespace morvik {
 // The value of the name that the operation before `q.op[1]` stores to, where `mention` is a vector that the name and
 // the stack alone hold; null otherwise.
 inline Point *mentioned(const Quickly &q, const Point &mention) {
-  Point *const bound = boundpoint(q.level, *q.op[1].point);
+  Point *const bound = boundpoint(*q.level, *q.op[1].point);
   if (!bound || !mention.data_pointer || bound->data_pointer != mention.data_pointer ||
       bound->shape_pointer != mention.shape_pointer || bound->type != mention.type || mention.rank != ranks::VECTOR ||
       bound->rank != ranks::VECTOR || bound->elements != mention.elements ||
@@ -88,8 +88,8 @@ inline bool appendtop(Point &bound, Point &top) {
   Point *const bound = mentioned(q, q.sp[0]);
   if (!bound) return Then::SLOW;
   synchronise(q);
-  if (!takefromname(q.level, *bound)) return Then::SLOW;
-  q.sp = q.level.sp;
+  if (!takefromname(*q.level, *bound)) return Then::SLOW;
+  q.sp = q.level->sp;
   return step(q, 3);
 }
 

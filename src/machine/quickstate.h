@@ -19,12 +19,14 @@ enum class Then { NEXT, SLOW, LOOK, ENDED, LEFT };
 
 // One run of the quick loop. Its parts live in registers: it is given to functions that are inlined alone.
 struct Quickly {
-  Level &level;
+  Level *level;
   const Op *ops;
   const Op *op;
   Point *sp;
   // What ran since the counters of the machine were brought up to date.
-  std::int64_t points, work, flops;
+  std::int64_t points, work, moreflops;  // beyond one flop for each work
+  // Nothing but operations ran since the level began: no level here has contexts to go back from.
+  bool plain;
 };
 
 [[gnu::always_inline]] inline Then step(Quickly &q, int count) {
@@ -35,17 +37,21 @@ struct Quickly {
 
 // Brings the counters up to date, and stores the top: before all that may jump, and before all that looks.
 [[gnu::always_inline]] inline void synchronise(Quickly &q) {
-  q.level.sp = q.sp;
+  q.level->sp = q.sp;
   operators += static_cast<double>(q.points);
   if (q.work != 0) {
     operations += static_cast<double>(q.work);
-    from_coprocessor[0].total_flops += static_cast<double>(q.flops);
+    from_coprocessor[0].total_flops += static_cast<double>(q.work + q.moreflops);
   }
-  q.points = q.work = q.flops = 0;
+  q.points = q.work = q.moreflops = 0;
 }
 
-[[gnu::always_inline]] inline bool holds(const Quickly &q, std::ptrdiff_t count) {
-  return q.sp + 1 >= q.level.floor + count;
+// Are there one or two values for the level to consume?
+[[gnu::always_inline]] inline bool holds(const Quickly &q, int count) {
+  return count == 1 ? q.sp >= q.level->floor : q.sp > q.level->floor;
+}
+[[gnu::always_inline]] inline bool holdsmany(const Quickly &q, std::ptrdiff_t count) {
+  return q.sp + 1 >= q.level->floor + count;
 }
 [[gnu::always_inline]] inline bool isfull(const Quickly &q) {
   return q.sp >= stacktop;

@@ -15,12 +15,12 @@ namespace morvik {
 }
 
 // A name as it is bound, where nothing has to be looked up again; null otherwise.
-inline Point *boundpoint(const Level &level, const Point &name) {
+[[gnu::always_inline]] inline Point *boundpoint(const Level &level, const Point &name) {
   if (name.modifier == instructions::SGIG) return name.target;
   return name.context && sametable(name.context, level.meaning) ? name.target : nullptr;
 }
 // What a name means so; null for a name without a value too.
-inline const Point *boundvalue(const Level &level, const Point &name) {
+[[gnu::always_inline]] inline const Point *boundvalue(const Level &level, const Point &name) {
   const Point *const value = boundpoint(level, name);
   return value && !isend(*value) ? value : nullptr;
 }
@@ -41,7 +41,7 @@ inline const Point *boundvalue(const Level &level, const Point &name) {
 }
 
 [[gnu::always_inline]] inline Then quick_NAME(Quickly &q) {
-  const Point *const value = boundvalue(q.level, *q.op->point);
+  const Point *const value = boundvalue(*q.level, *q.op->point);
   if (!value || isfull(q)) [[unlikely]]
     return Then::SLOW;
   if (const std::uint32_t type = loosetype(*value); type != 0) [[likely]] {
@@ -66,7 +66,7 @@ inline const Point *boundvalue(const Level &level, const Point &name) {
 }
 
 [[gnu::always_inline]] inline Then quick_STORE(Quickly &q) {
-  Point *const bound = boundpoint(q.level, *q.op->point);
+  Point *const bound = boundpoint(*q.level, *q.op->point);
   if (!bound || isend(*bound) || !holds(q, 1) || isfull(q)) [[unlikely]]
     return Then::SLOW;
   const Point &value = *q.sp;
@@ -78,21 +78,22 @@ inline const Point *boundvalue(const Level &level, const Point &name) {
   }
   if (!isspace(value)) return Then::SLOW;
   synchronise(q);
-  replacevalue(q.level, *bound);
-  q.sp = q.level.sp;
+  replacevalue(*q.level, *bound);
+  q.sp = q.level->sp;
   return step(q, 2);
 }
 
 [[gnu::always_inline]] inline Then quick_DUPLICATE(Quickly &q) {
-  if (!holds(q, 1) || isfull(q) || !isspace(*q.sp)) [[unlikely]]
+  if (!holds(q, 1) || isfull(q)) [[unlikely]]
     return Then::SLOW;
-  Point *const top = q.sp++;
+  Point *const top = q.sp;
   if (isloose(*top)) [[likely]] {
-    copylooseslot(*q.sp, *top);
+    copylooseslot(*++q.sp, *top);
     return step(q, 1);
   }
+  if (!isspace(*top)) return Then::SLOW;
   referencepoint(top);
-  *q.sp = *top;
+  *++q.sp = *top;
   return step(q, 1);
 }
 
@@ -102,13 +103,34 @@ inline const Point *boundvalue(const Level &level, const Point &name) {
     --q.sp;
     return step(q, 1);
   }
-  q.level.sp = q.sp - 1;
+  q.level->sp = q.sp - 1;
   dereferencepoint(q.sp--);
   return step(q, 1);
 }
 
+// What differs between two loose slots.
+struct LooseWords {
+  std::uint32_t type;
+  std::uint16_t form;
+  std::int64_t value;
+};
+[[gnu::always_inline]] inline LooseWords loosewords(const Point &slot) {
+  return {slot.type, looseform(slot), looseinteger(slot)};
+}
+[[gnu::always_inline]] inline void setloosewords(Point &slot, const LooseWords &words) {
+  slot.type = words.type;
+  slot.locals = words.form;
+  setword(slot, offsetof(Point, link), static_cast<std::uint64_t>(words.value));
+}
+
 [[gnu::always_inline]] inline Then quick_SWAP(Quickly &q) {
   if (!holds(q, 2)) return step(q, 1);
+  if (isloose(q.sp[0]) && isloose(q.sp[-1])) [[likely]] {
+    const LooseWords top = loosewords(q.sp[0]);
+    setloosewords(q.sp[0], loosewords(q.sp[-1]));
+    setloosewords(q.sp[-1], top);
+    return step(q, 1);
+  }
   std::swap(q.sp[0], q.sp[-1]);
   if (isloose(q.sp[-1])) noteloose(q.sp - 1);
   return step(q, 1);
@@ -117,7 +139,10 @@ inline const Point *boundvalue(const Level &level, const Point &name) {
 [[gnu::always_inline]] inline Then quick_RIGHT(Quickly &q) {
   if (!holds(q, 2)) return step(q, 1);
   if (!isloose(q.sp[-1])) return Then::SLOW;
-  q.sp[-1] = q.sp[0];
+  if (isloose(q.sp[0])) [[likely]]
+    setloosewords(q.sp[-1], loosewords(q.sp[0]));
+  else
+    q.sp[-1] = q.sp[0];
   --q.sp;
   return step(q, 1);
 }
