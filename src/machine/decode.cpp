@@ -25,14 +25,14 @@ constexpr Scalar Scalars[instructions::COUNT] = {
 #include "tables/instructions.def"
 };
 
-// Where an operation finds its right operand.
-enum class Right { ON_STACK, LITERAL, NAME };
+// Where an operation finds its right operand; BOTH: it is a name, and the left one too.
+enum class Right { ON_STACK, LITERAL, NAME, BOTH };
 
 // The operation that works a dyadic scalar instruction.
 Quick dyadiccode(const Point &p, Right right) {
-  static_assert(static_cast<int>(Quick::NAME_ADD) - static_cast<int>(Quick::ADD) == static_cast<int>(Right::NAME) &&
-                static_cast<int>(Quick::NAME_DYADIC) - static_cast<int>(Quick::DYADIC) ==
-                    static_cast<int>(Right::NAME));
+  static_assert(static_cast<int>(Quick::NAMES_ADD) - static_cast<int>(Quick::ADD) == static_cast<int>(Right::BOTH) &&
+                static_cast<int>(Quick::NAMES_DYADIC) - static_cast<int>(Quick::DYADIC) ==
+                    static_cast<int>(Right::BOTH));
   Quick code = Quick::DYADIC;
   switch (p.instruction) {
 #define QUICK_SCALAR(name, core) \
@@ -151,6 +151,9 @@ void decodename(Op &op, const Point &next) {
     op.code = dyadiccode(next, Right::NAME);
     op.dyadic = s->dyadic;
   }
+  if (next.rank != ranks::VARIABLE || isconditional(next)) return;
+  const Point &after = (&next)[1];
+  if (const Scalar *s = scalarof(after); s && s->dyadic) op.code = dyadiccode(after, Right::BOTH);
 }
 
 void decodefunction(Op &op, const Point &p, const Point &next) {

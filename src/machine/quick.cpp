@@ -53,21 +53,24 @@ bool iswatchedrun(const Level &level) {
   return true;
 }
 
-// Begins another round if there is one to run. What only the caller can do, or report, ends the rounds.
+// Begins another round if there is one to run. What only the caller can do, or report, ends the rounds. There was room
+// for the index of the first round, and what stands below it.
 [[gnu::always_inline]] inline bool beginround(Quickly &q, Rounds &rounds) {
-  if (rounds.index >= rounds.count || isinterrupted()) return false;
+  if (rounds.index >= rounds.count || isinterrupted()) [[unlikely]]
+    return false;
   if (!rounds.expected)
     q.level->caller->sp = q.sp;
-  else if (q.sp != rounds.expected)
+  else if (q.sp != rounds.expected) [[unlikely]]
     return false;
   if (!q.plain) {
     if (resultinflight) return false;
     q.level->trace = q.level->step = false;
     q.plain = true;
   }
-  if (rounds.elements && !nextelement(q, rounds)) return false;
-  // There was room for the index of the first round, and what stands below it.
-  if (rounds.indexed) pushloose(q, LOOSE_INTEGER, forms::NUMBER, rounds.index + 1);
+  if (rounds.indexed)
+    pushloose(q, LOOSE_INTEGER, forms::NUMBER, rounds.index + 1);
+  else if (rounds.elements && !nextelement(q, rounds))
+    return false;
   ++rounds.index;
   q.level->decision = -1;
   q.op = q.ops;
@@ -114,7 +117,9 @@ next:
   at_LITERAL_##name : if (workliteral<core>(q)) [[likely]] goto *q.op->place; \
   goto at_LITERAL_DYADIC;                                                     \
   at_NAME_##name : if (workname<core>(q)) [[likely]] goto *q.op->place;       \
-  goto at_NAME_DYADIC;
+  goto at_NAME_DYADIC;                                                        \
+  at_NAMES_##name : if (worknames<core>(q)) [[likely]] goto *q.op->place;     \
+  goto at_NAMES_DYADIC;
 #define QUICK(name, replaces, effect, meaning)               \
   at_##name : then = quick_##name(q);                        \
   if (then == Then::NEXT) [[likely]]                         \
@@ -124,22 +129,30 @@ next:
 #include "tables/quick.def"
 
 leave:
-  if (!q.plain && !leaveseasily(*q.level)) {
+  if (q.plain) [[likely]] {
+    if (q.level != base) {
+      leavecall(q);
+      goto *q.op->place;
+    }
+    if (beginround(q, *rounds)) goto *q.op->place;
+    synchronise(q);
+    return Left::LEVEL;
+  }
+  if (!leaveseasily(*q.level)) {
     synchronise(q);
     q.level->instruction = q.level->current = q.op->point;
     then == Then::ENDED ? reachend(*q.level) : endlevel(*q.level);
     q.sp = q.level->sp;
   }
   if (q.level == base) {
-    if (rounds && beginround(q, *rounds)) goto next;
+    if (beginround(q, *rounds)) goto next;
     synchronise(q);
     return Left::LEVEL;
   }
 
 returned:
   leavecall(q);
-  if (q.plain || (!resultinflight && !stepping)) [[likely]]
-    goto next;
+  if (!resultinflight && !stepping) goto next;
   then = Then::LOOK;
 
 look:
@@ -174,7 +187,8 @@ const void *const *placesofoperations() {
 }
 
 void runbody(Level &level, const Op *ops, Rounds *rounds) {
-  if (ops && !iswatchedrun(level) && runoperations(&level, ops, rounds, nullptr) == Left::LEVEL) return;
+  Rounds one{1, 1, nullptr, nullptr, false};
+  if (ops && !iswatchedrun(level) && runoperations(&level, ops, rounds ? rounds : &one, nullptr) == Left::LEVEL) return;
   makewhole(level.sp);
   runpoints(level);
 }

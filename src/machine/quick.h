@@ -15,8 +15,8 @@ struct Rounds {
   const Point *expected;  // where the top must be after each round; null: anywhere
   const Point *least;     // where it must be before the index is pushed
   bool indexed;           // is the index pushed before each round?
-  // Of EACH: what the function is given, its flags, where the results go, how many there are, and their kinds. Null: of
-  // a loop.
+  // Of EACH, which hands out elements instead: what the function is given, its flags, where the results go, how many
+  // there are, and their kinds. Null: of a loop.
   const Element *elements = nullptr;
   std::uint32_t flags = 0;
   Element *results = nullptr;

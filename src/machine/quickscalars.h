@@ -38,11 +38,15 @@ namespace morvik {
 }
 
 [[gnu::always_inline]] inline Then quick_NAME_DYADIC(Quickly &q) {
-  const Point *const value = boundvalue(*q.level, *q.op->point);
+  const Point *const value = boundpoint(*q.level, *q.op->point);
   const std::uint32_t type = value ? loosetype(*value) : 0;
   if (type == 0 || !holds(q, 1) || isfull(q) || !quickloosen(*q.sp)) return quick_NAME(q);
   const std::uint64_t done = q.op->dyadic(*q.sp, type, value->data_pointer->integer);
   return done != 0 ? stepworked(q, done, 2) : quick_NAME(q);
+}
+
+[[gnu::always_inline]] inline Then quick_NAMES_DYADIC(Quickly &q) {
+  return quick_NAME(q);
 }
 
 // ---- What is worked at once: over a loose slot of that kind, false with nothing done.
@@ -101,7 +105,7 @@ struct Compared {
 template <class Core>
 [[gnu::always_inline]] inline bool workboth(Quickly &q, Point &left, std::uint32_t type, std::int64_t right,
                                             int count) {
-  if (left.type == LOOSE_INTEGER && type == LOOSE_INTEGER) {
+  if (left.type == LOOSE_INTEGER && type == LOOSE_INTEGER) [[likely]] {
     if (!Core::work(left, looseinteger(left), right)) return false;
     stepworked(q, 1, count);
     return true;
@@ -127,9 +131,22 @@ template <class Core>
 }
 template <class Core>
 [[gnu::always_inline]] inline bool workname(Quickly &q) {
-  const Point *const value = boundvalue(*q.level, *q.op->point);
+  const Point *const value = boundpoint(*q.level, *q.op->point);
   const std::uint32_t type = value ? loosetype(*value) : 0;
   return type != 0 && holds(q, 1) && !isfull(q) && workboth<Core>(q, *q.sp, type, value->data_pointer->integer, 2);
+}
+
+template <class Core>
+[[gnu::always_inline]] inline bool worknames(Quickly &q) {
+  const Point *const left = boundpoint(*q.level, *q.op->point), *const right = boundpoint(*q.level, *q.op[1].point);
+  const std::uint32_t lefttype = left ? loosetype(*left) : 0, righttype = right ? loosetype(*right) : 0;
+  if (lefttype == 0 || righttype == 0 || q.sp + 1 >= stacktop) [[unlikely]]
+    return false;
+  pushloose(q, lefttype, left->data_pointer->form, left->data_pointer->integer);
+  if (workboth<Core>(q, *q.sp, righttype, right->data_pointer->integer, 3)) [[likely]]
+    return true;
+  --q.sp;
+  return false;
 }
 
 }  // namespace morvik

@@ -41,14 +41,14 @@ namespace morvik {
 }
 
 [[gnu::always_inline]] inline Then quick_NAME(Quickly &q) {
-  const Point *const value = boundvalue(*q.level, *q.op->point);
+  const Point *const value = boundpoint(*q.level, *q.op->point);
   if (!value || isfull(q)) [[unlikely]]
     return Then::SLOW;
   if (const std::uint32_t type = loosetype(*value); type != 0) [[likely]] {
     pushloose(q, type, value->data_pointer->form, value->data_pointer->integer);
     return step(q, 1);
   }
-  if (!isspace(*value)) return Then::SLOW;
+  if (isend(*value) || !isspace(*value)) return Then::SLOW;
   referencepoint(value);
   *++q.sp = *value;
   return step(q, 1);
@@ -65,18 +65,31 @@ namespace morvik {
   dereferencepoint(&old);
 }
 
+// Gives a plain scalar of one loose type the value of another. What stays as it was is not written: narrow stores would
+// be in the way of whoever reads the whole word next.
+[[gnu::always_inline]] inline void overwrite(Point &bound, std::uint32_t type, const Point &value) {
+  Element &record = *bound.data_pointer;
+  if (value.type == type) [[likely]] {
+    record.form = looseform(value);
+    record.integer = looseinteger(value);
+    return;
+  }
+  setrecord(record, value);
+  bound.type = value.type & ~LOOSE;
+}
+
 [[gnu::always_inline]] inline Then quick_STORE(Quickly &q) {
   Point *const bound = boundpoint(*q.level, *q.op->point);
-  if (!bound || isend(*bound) || !holds(q, 1) || isfull(q)) [[unlikely]]
+  if (!bound || !holds(q, 1) || isfull(q)) [[unlikely]]
     return Then::SLOW;
   const Point &value = *q.sp;
-  if (isloose(value) && loosetype(*bound) != 0 && referencecount(bound->data_pointer) == 1) [[likely]] {
-    setrecord(*bound->data_pointer, value);
-    bound->type = value.type & ~LOOSE;
+  const std::uint32_t type = isloose(value) ? loosetype(*bound) : 0;
+  if (type != 0 && referencecount(bound->data_pointer) == 1) [[likely]] {
+    overwrite(*bound, type, value);
     --q.sp;
     return step(q, 2);
   }
-  if (!isspace(value)) return Then::SLOW;
+  if (!isspace(value) || isend(*bound)) return Then::SLOW;
   synchronise(q);
   replacevalue(*q.level, *bound);
   q.sp = q.level->sp;

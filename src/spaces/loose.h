@@ -39,6 +39,11 @@ inline std::uint16_t looseform(const Point &p) {
 inline void setword(Point &slot, std::size_t offset, std::uint64_t word) {
   std::memcpy(reinterpret_cast<char *>(&slot) + offset, &word, sizeof word);
 }
+inline std::uint64_t wordof(const Point &p, std::size_t offset) {
+  std::uint64_t word;
+  std::memcpy(&word, reinterpret_cast<const char *>(&p) + offset, sizeof word);
+  return word;
+}
 inline void putloose(Point &slot, std::uint32_t type, std::uint16_t form, std::uint64_t value) {
   static_assert(ranks::SCALAR == 0 && offsetof(Point, locals) == 18 && offsetof(Point, elements) == 20);
   setword(slot, 0, std::uint64_t{type} << 32);
@@ -52,18 +57,19 @@ inline void copylooseslot(Point &to, const Point &from) {
   putloose(to, from.type, looseform(from), static_cast<std::uint64_t>(looseinteger(from)));
 }
 
+// Is a Point of the flag word of a plain number all that such a one is: a scalar with one record, whose tag agrees?
+inline bool isplainnumber(const Point &p, std::int32_t tag) {
+  constexpr std::uint64_t ONE_ELEMENT = std::uint64_t{1} << 32;
+  return !p.shape_pointer && wordof(p, offsetof(Point, depth)) == ONE_ELEMENT && !p.link && p.data_pointer &&
+         p.data_pointer->tag == tag && p.data_pointer->attributes == 0;
+}
 // The type of the loose scalar that says the same as a Point; 0 for a Point that none does: anything but a scalar of
 // one kind, an integer or a real, without marks and without a name.
 inline std::uint32_t loosetype(const Point &p) {
-  std::uint64_t words[4];
-  std::memcpy(words, &p, sizeof words);
-  constexpr std::uint64_t ONE_ELEMENT = std::uint64_t{1} << 32;
-  if ((words[1] | (words[2] ^ ONE_ELEMENT) | words[3]) != 0 || !p.data_pointer) return 0;
-  const bool integer = words[0] == std::uint64_t{ISSCALAR | HASINTEGER} << 32;
-  if (!integer && words[0] != std::uint64_t{ISSCALAR | HASREAL} << 32) return 0;
-  const Element &e = *p.data_pointer;
-  if (e.tag != (integer ? tags::INTEGER : tags::REAL) || e.attributes != 0) return 0;
-  return integer ? LOOSE_INTEGER : LOOSE_REAL;
+  const std::uint64_t heading = wordof(p, 0);
+  if (heading == std::uint64_t{ISSCALAR | HASINTEGER} << 32) return isplainnumber(p, tags::INTEGER) ? LOOSE_INTEGER : 0;
+  if (heading == std::uint64_t{ISSCALAR | HASREAL} << 32) return isplainnumber(p, tags::REAL) ? LOOSE_REAL : 0;
+  return 0;
 }
 // Makes a slot the loose scalar that says what a Point of such a type does. Nothing is released.
 inline void copyloose(Point &slot, std::uint32_t type, const Point &scalar) {

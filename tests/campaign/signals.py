@@ -30,6 +30,9 @@ WORK = [
     b"20000 .. ENLIST (100 200) RESHAPE TRANSPOSE SUM .", b"(1 2 3) 2000 : DUP , ; REPEAT .", b"60 @x SET 'x' AT 5 SWAP SET .",
     b"'nosuch' READ nosuch 1 ?Y 'a' 1 + .", b"[. 5000 : 7 ; REPEAT ..] SUM .", b"5000 FACTORIAL 3000 .. FACTORIAL BINOMIAL .",
     b"1 2 100000 : SWAP ; REPEAT .",
+    b"MONADIC DUP 1 < CHECK RETURN ?Y 1 - r ! 1 + ; @r SET 300 : 1500 r ! DISCARD ; REPEAT .",
+    b"MONADIC DUP 2 < CHECK RETURN ?Y DUP 1 - q ! SWAP 2 - q ! + ; @q SET 24 q ! .",
+    b"0 1000000 DYADIC DISCARD f ! ; LOOP DISCARD .", b": : 1 DISCARD ; @g SET g ! ; @g SET 300000 : g ! ; REPEAT .",
 ]
 ENDING = {signal.SIGTERM: -signal.SIGTERM}
 ENDURED = 2  # faults in a process

@@ -29,6 +29,10 @@ LITERALS = ["0", "1", "2", "-3", "7", "0.5", "2.5", "-0.25", "1E300", "922337203
             "F", "'x'", "'text'", "(1 2 3)", "(1.5 2 -7)", "(4 5.5)", "2i3", "1i2j3k4", "#NIL", "(1 (2 3))", "0#101",
             "3p0", "#PI", "(7)", "Inf", "1l2", "(0)[3 2]", "(1 2.5 'x')", "((1 2) (3) (4 (5)))", "9 INTERVAL", "1i2j3k4l5m6n7o8"]
 NUMBERS = ["0", "1", "2", "3", "-1", "5", "10", "1.5", "0.25", "-2.5", "T", "F", "100000000000"]
+# Where a sum, a difference or a product of integers is worked in another way, or is no integer any more.
+BOUNDS = ["2147483647", "2147483648", "-2147483649", "3037000500", "94906266", "4503599627370495", "4503599627370496",
+          "-4503599627370496", "-4503599627370497", "9007199254740993", "Inf", "-Inf", "1E-300", "-0.0"]
+TOLERANCES = ["0", "1E-12", "0.5", "1", "3", "-1", "2i1", "'x'", "(1 2)"]
 DYADIC = ["+", "-", "*", "/", "<", "<=", "=", ">=", ">", "MIN", "MAX", "RESIDUE", "AND", "OR", "NAND", "IDENTICAL", "**",
           "BINOMIAL", "LOGARITHM", "STRONGAND", "NOTEQUIVALENT"]
 MONADIC = ["NEGATIVE", "MAGNITUDE", "SIGNUM", "FLOOR", "CEILING", "NOT", "RECIPROCAL", "BOOLEAN", "ISBOOLEAN", "BINARY",
@@ -65,6 +69,31 @@ class Writer:
 
     def function(self, depth, functions, kinds=(":", "NILADIC", "MONADIC", "DYADIC", "VARS 1 MONADIC")):
         return "%s %s ;" % (self.r.choice(kinds), self.body(depth - 1, functions))
+
+    def recursion(self):
+        """Functions that call themselves and each other as often as `k` says, and lose or change their meaning meanwhile.
+        What runs before `k` falls does not jump over it."""
+        r = self.r
+
+        def some(most):
+            return " ".join(self.step(1, FUNCTIONS, 1000, 1)[0] for _ in range(r.randrange(most + 1)))
+
+        def change():
+            return r.choice(["", "", "", "", ": 5 ; @r SET", "MONADIC 1 + ; @s SET", "s @r SET", "@r FORGET", "2 @s SET",
+                             "1 @.p SET .p DISCARD", "NEWCONTEXT", "PREVIOUS CONTEXT", "r DISCARD", "r OPERATOR DISCARD"])
+
+        def call():
+            return r.choice(["r !", "r !", "r !", "s !", "s !", "r RESULT", "T CHECK : r ! ; ?Y", "r DIP", "2 : r ! ; REPEAT",
+                             "(1 2) @r GET EACH DISCARD", "'r !' !", "3 2 MONADIC + r ! ; LOOP", "r ! s !"])
+
+        def body():
+            return "%s %s k 1 - @k SET k 1 < CHECK RETURN ?Y %s %s %s %s" % (
+                r.choice(["NEADIC", "NILADIC", "MONADIC", "MONADIC", "DYADIC", "VARS 1 MONADIC"]).replace("NEADIC", ":"),
+                some(1), some(3), change(), call(), some(3))
+
+        deep = 1500 if r.random() < 0.03 else r.choice([3, 5, 9, 17])
+        return "%s ; @r SET %s ; @s SET %d @k SET 7 9 %s %d @k SET %d : r ! ; REPEAT" % (
+            body(), body(), deep, r.choice(["r !", "s !", "r ! s !"]), deep, r.choice([2, 3, 40]))
 
     def growth(self, rounds=1):
         """The value of a name that becomes another one: what is appended, what is taken, and who else holds it. What
@@ -122,7 +151,7 @@ class Writer:
         if height < need and r.random() < 0.97:
             x = r.random() * 0.34
         if x < 0.22:
-            return (self.number() if r.random() < 0.85 else r.choice(LITERALS)), 1, 1
+            return (self.number() if r.random() < 0.82 else r.choice(BOUNDS if r.random() < 0.2 else LITERALS)), 1, 1
         if x < 0.34:
             return name, 1, 1
         if x < 0.44:
@@ -151,7 +180,7 @@ class Writer:
             return self.function(depth, functions) + r.choice([" !", " !", "", " DIP"]), 2, 0
         return r.choice(["'1 a +' !", "PRINT", "'b' GET", "SMALL CONTEXT", "PREVIOUS CONTEXT", "1 2 IF",
                          "WIPE" if r.random() < 0.1 else "NOOP", "OPERATOR", "0.5 CHECK 1 ?Y", "TIME DISCARD",
-                         "1 'x' +", "NIHIL"]), 5, 0
+                         "1 'x' +", "NIHIL", "%s @#CT SET" % r.choice(TOLERANCES) if r.random() < 0.2 else "NOOP"]), 5, 0
 
     def body(self, depth, functions, height=1, place=0):
         text = []
@@ -171,6 +200,8 @@ class Writer:
         for name in NAMES[:3]:
             if r.random() < 0.4:
                 text.append("%s @%s SET" % (r.choice(LITERALS + NUMBERS * 3), name))
+        if r.random() < 0.2:
+            text.append(self.recursion())
         text.append(self.body(3, FUNCTIONS, place=1000))  # jumps there end the text
         text.append(self.loop(3, FUNCTIONS))
         return " ".join(text) + " .\n"
@@ -191,11 +222,11 @@ class Writer:
 
 def session(seed):
     r = random.Random(seed)
-    lines = ["1 SEED : 0 ; DUP @f SET DUP @g SET @h SET 1 @a SET 2 @b SET 3 @c SET 4 @$d SET 5 @_e SET .\n"]
+    lines = ["1 SEED : 0 ; DUP @f SET DUP @g SET DUP @h SET DUP @r SET @s SET 0 @k SET 1 @a SET 2 @b SET 3 @c SET 4 @$d SET 5 @_e SET .\n"]
     for _ in range(IN_A_SESSION):
         lines.append(Writer(r).programme() if r.random() < 0.75 else Writer(r).lists())
         # Depth of the stack, all values, and what the names hold.
-        lines.append("COUNTSTACK . DISCARD . " + r.choice(["", "", "CLEAR . "]) + "a . CLEAR b . CLEAR c . CLEAR .\n")
+        lines.append("1E-13 @#CT SET COUNTSTACK . DISCARD . " + r.choice(["", "", "CLEAR . "]) + "a . CLEAR b . CLEAR c . CLEAR .\n")
     return "".join(lines)
 
 
