@@ -46,6 +46,18 @@ Quick dyadiccode(const Point &p, Right right) {
   return static_cast<Quick>(static_cast<int>(code) + static_cast<int>(right));
 }
 
+// The operation that works a comparison with a literal and decides by it; `otherwise` where there is none.
+Quick checkcode(const Point &p, Quick otherwise) {
+  switch (p.instruction) {
+#define QUICK_CHECK(name, core) \
+  case instructions::name:      \
+    return Quick::CHECK_##name;
+#include "tables/quick.def"
+    default:
+      return otherwise;
+  }
+}
+
 bool isinstruction(const Point &p, std::uint16_t number) {
   return isoperator(p) && p.instruction == number;
 }
@@ -137,6 +149,7 @@ void decodeliteral(const Body &body, Op &op, const Point &p, const Point &next) 
   if (const Scalar *s = scalarof(next); s && s->dyadic) {
     op.code = dyadiccode(next, Right::LITERAL);
     op.dyadic = s->dyadic;
+    if (isinstruction((&next)[1], instructions::CHECK)) op.code = checkcode(next, op.code);
   } else if (isinstruction(next, instructions::JUMP) && type == LOOSE_INTEGER && op.value > 0 &&
              op.value - 1 <= body.end) {
     op.target = body.ops + (op.value - 1);

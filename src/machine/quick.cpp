@@ -120,6 +120,9 @@ next:
   goto at_NAME_DYADIC;                                                        \
   at_NAMES_##name : if (worknames<core>(q)) [[likely]] goto *q.op->place;     \
   goto at_NAMES_DYADIC;
+#define QUICK_CHECK(name, core)                                              \
+  at_CHECK_##name : if (checkliteral<core>(q)) [[likely]] goto *q.op->place; \
+  goto at_LITERAL_##name;
 #define QUICK(name, replaces, effect, meaning)               \
   at_##name : then = quick_##name(q);                        \
   if (then == Then::NEXT) [[likely]]                         \

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "failure/custody.h"
+#include "failure/signals.h"
 #include "machine/calls.h"
 #include "machine/level.h"
 #include "machine/quickstate.h"
@@ -63,11 +64,19 @@ void releasecalled(Custody &body);
 }
 
 // Goes on with the body of a function in a level of its own, after so many Points. False, with nothing done, where that
-// takes more than a record.
+// takes more than a record, or anything is amiss.
 [[gnu::always_inline]] inline bool entercall(Quickly &q, const Point &function, int points) {
   Level &outer = *q.level;
   Call *const call = outer.vacant;
-  if (!isquicklycalled(function) || call == calls + MOST_CALLS) return false;
+  if (!isquicklycalled(function) || call == calls + MOST_CALLS || isfull(q) || isinterrupted()) [[unlikely]]
+    return false;
+  Point *frame = q.sp - function.arguments + 1, *floor = frame;
+  if (function.arguments < 0) {
+    frame = outer.frame;
+    floor = outer.floor;
+  } else if (frame < outer.floor) {
+    return false;
+  }
   Point *const header = function.programme;
   holdbody(header);
   takecustody(call->body, releasecalled, header);
@@ -75,8 +84,8 @@ void releasecalled(Custody &body);
   outer.instruction = outer.current = q.op->point + (points - 1);
   call->callerops = q.ops;
   call->after = q.op + points;
-  call->frame = call->floor = q.sp - function.arguments + 1;
-  if (function.arguments < 0) call->frame = outer.frame, call->floor = outer.floor;
+  call->frame = frame;
+  call->floor = floor;
   call->sp = q.sp;
   begincall(*call, outer, header);
   running = q.level = call;

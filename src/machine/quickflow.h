@@ -75,12 +75,12 @@ namespace morvik {
 [[gnu::always_inline]] inline bool iscallable(const Quickly &q, const Point &function) {
   if (isfull(q) || isinterrupted()) [[unlikely]]
     return false;
-  return function.arguments < 0 ||
-         (holdsmany(q, function.arguments) && (function.locals == 0 || q.sp + function.locals <= stacktop));
+  return function.arguments < 0 || (holdsmany(q, function.arguments) && q.sp + function.locals <= stacktop);
 }
 [[gnu::always_inline]] inline Then callbody(Quickly &q, const Point &function, int count) {
   if (entercall(q, function, count)) [[likely]]
     return Then::NEXT;
+  if (!iscallable(q, function)) return Then::SLOW;
   static_cast<void>(step(q, count));
   synchronise(q);
   q.level->instruction = q.level->current = q.op[-1].point;
@@ -90,7 +90,7 @@ namespace morvik {
 }
 
 [[gnu::always_inline]] inline Then quick_CALL(Quickly &q) {
-  return iscallable(q, *q.op->point) ? callbody(q, *q.op->point, 2) : Then::SLOW;
+  return callbody(q, *q.op->point, 2);
 }
 [[gnu::always_inline]] inline Then quick_CALL_IF(Quickly &q) {
   if (!isdecided(q) || isfull(q)) return Then::SLOW;
@@ -100,7 +100,7 @@ namespace morvik {
 [[gnu::always_inline]] inline Then quick_NAME_CALL(Quickly &q) {
   const Point *const value = boundvalue(*q.level, *q.op->point);
   if (!value || !isfunction(*value)) return quick_NAME(q);
-  if ((value->programme->type & ISOPERATOR) != 0 || !iscallable(q, *value)) return Then::SLOW;
+  if ((value->programme->type & ISOPERATOR) != 0) return Then::SLOW;
   return callbody(q, *value, 2);
 }
 

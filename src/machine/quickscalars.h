@@ -96,9 +96,12 @@ struct Product {
 template <class Test>
 struct Compared {
   template <class Number>
+  [[gnu::always_inline]] static bool holds(Number a, Number b) {
+    return Test::holds(static_cast<double>(a), static_cast<double>(b), presenttolerance());
+  }
+  template <class Number>
   [[gnu::always_inline]] static bool work(Point &left, Number a, Number b) {
-    return giveinteger(left, forms::BOOLEAN,
-                       Test::holds(static_cast<double>(a), static_cast<double>(b), presenttolerance()) ? 1 : 0);
+    return giveinteger(left, forms::BOOLEAN, holds(a, b) ? 1 : 0);
   }
 };
 
@@ -147,6 +150,21 @@ template <class Core>
     return true;
   --q.sp;
   return false;
+}
+
+// A comparison and the decision by it.
+template <class Core>
+[[gnu::always_inline]] inline bool checkliteral(Quickly &q) {
+  if (!holds(q, 1) || isfull(q)) return false;
+  const std::uint32_t type = q.sp->type;
+  if (type != q.op->type || (type != LOOSE_INTEGER && type != LOOSE_REAL)) return false;
+  if (type == LOOSE_INTEGER) [[likely]]
+    q.level->decision = Core::holds(looseinteger(*q.sp), q.op->value) ? 1 : 0;
+  else
+    q.level->decision = Core::holds(loosereal(*q.sp), std::bit_cast<double>(q.op->value)) ? 1 : 0;
+  --q.sp;
+  stepworked(q, type == LOOSE_INTEGER ? 1 : 2, 3);
+  return true;
 }
 
 }  // namespace morvik
