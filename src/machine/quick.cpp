@@ -104,8 +104,8 @@ enum class Left { LEVEL, LOOP };
     makewhole(base->sp);
     safepoint();
   }
-  Quickly q{base, ops, ops + (base->current - base->start),           base->sp, 0,
-            0,    0,   !base->ownsframe || base->frame == base->floor};
+  const bool plain = !base->ownsframe || base->frame == base->floor;
+  Quickly q{base, ops, ops + (base->current - base->start), base->sp, 0, 0, 0, plain};
   Then then = Then::LOOK;
   if (resultinflight) goto look;
 
@@ -132,29 +132,23 @@ next:
 #include "tables/quick.def"
 
 leave:
-  if (q.plain) [[likely]] {
-    if (q.level != base) {
-      leavecall(q);
-      goto *q.op->place;
-    }
-    if (beginround(q, *rounds)) goto *q.op->place;
-    synchronise(q);
-    return Left::LEVEL;
-  }
-  if (!leaveseasily(*q.level)) {
+  if (!q.plain && !leaveseasily(*q.level)) [[unlikely]] {
     synchronise(q);
     q.level->instruction = q.level->current = q.op->point;
     then == Then::ENDED ? reachend(*q.level) : endlevel(*q.level);
     q.sp = q.level->sp;
   }
   if (q.level == base) {
-    if (beginround(q, *rounds)) goto next;
+    if (beginround(q, *rounds)) [[likely]]
+      goto next;
     synchronise(q);
     return Left::LEVEL;
   }
 
 returned:
   leavecall(q);
+  if (q.plain) [[likely]]
+    goto next;
   if (!resultinflight && !stepping) goto next;
   then = Then::LOOK;
 

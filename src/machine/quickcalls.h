@@ -17,7 +17,11 @@ struct Call : Level {
 };
 
 // Where they are full, a call takes frames of C++ as one from elsewhere does.
+#ifdef MORVIK_CHECKING
+inline constexpr std::ptrdiff_t MOST_CALLS = 3;
+#else
 inline constexpr std::ptrdiff_t MOST_CALLS = 1024;
+#endif
 extern Call calls[MOST_CALLS];
 
 void releasecalled(Custody &body);
