@@ -4,7 +4,8 @@
 A table is printed as docs/performance.md has it. Each figure is time of the processor, user's and system's: the median of
 several runs in turns, without what the programme takes to start and to prepare. How often the work is done is raised until
 it takes long enough. Every run checks its answer. A peer that is not installed leaves its column empty. The rows are in
-peers/rows.py; a word chooses those with it in their titles. With --quick the runs are short and few.
+peers/rows.py; a word chooses those with it in their titles. With --quick the runs are
+short and few, and storage is not measured.
 """
 import datetime
 import os
@@ -128,7 +129,7 @@ def measure(row, commands, quick):
         for work in works.values():
             work.turn()
     yield row.title, row.unit[0], {peer: work.figure() for peer, work in works.items()}, row.goal, row.then
-    if row.memory:
+    if row.memory and not quick:
         most = {peer: statistics.median(work.memory) for peer, work in works.items()}
         yield "the same, peak of memory", MEGABYTES, most, row.memory, None
 
