@@ -184,8 +184,10 @@ const void *const *placesofoperations() {
 }
 
 void runbody(Level &level, const Op *ops, Rounds *rounds) {
-  Rounds one{1, 1, nullptr, nullptr, false};
-  if (ops && !iswatchedrun(level) && runoperations(&level, ops, rounds ? rounds : &one, nullptr) == Left::LEVEL) return;
+  if (ops && !iswatchedrun(level)) {
+    Rounds one{1, 1, nullptr, nullptr, false};
+    if (runoperations(&level, ops, rounds ? rounds : &one, nullptr) == Left::LEVEL) return;
+  }
   makewhole(level.sp);
   runpoints(level);
 }

@@ -84,7 +84,7 @@ inline bool appendtop(Point &bound, Point &top) {
 }
 
 [[gnu::always_inline]] inline Then quick_REST_STORE(Quickly &q) {
-  if (!holds(q, 1)) return Then::SLOW;
+  if (!holds(q, 1) || isfull(q)) return Then::SLOW;
   Point *const bound = mentioned(q, q.sp[0]);
   if (!bound) return Then::SLOW;
   synchronise(q);

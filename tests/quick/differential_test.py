@@ -21,6 +21,7 @@ PROGRAMMES = int(os.environ.get("MORVIK_PROGRAMMES", 600 if SANITIZED else 10000
 SEED = int(os.environ.get("MORVIK_SEED", 1))
 IN_A_SESSION = 40  # programmes that one process runs one after the other
 WITH_POOL = 8  # one session of so many has coprocessors
+STACK_POINTS = 16584
 CPU_SECONDS = 20 if SANITIZED else 5  # a session that takes more, as a jump leads back now and then, tells nothing
 
 NAMES = ["a", "b", "c", "$d", "_e"]
@@ -278,6 +279,15 @@ class Differential(unittest.TestCase):
             with self.subTest(seed=seed):
                 endless += self.agree(session(seed), seed, ("-c2",) if i % WITH_POOL == 0 else ()) is None
         self.assertLessEqual(endless, 1 + sessions // 20)
+
+    def test_a_full_stack(self):
+        """Each Point that finds no room says so, also where one operation does the work of several."""
+        for body in ("a REST @a SET", "a 1 , @a SET", "b 1 + @b SET", "b b + @b SET", "b b < CHECK 1 ?Y", "b 2 < CHECK 1 ?Y",
+                     "b DUP SWAP RIGHT", "f !", "2 f ! @b SET"):
+            text = ["(1 2 3 4 5 6 7) @a SET 7 @b SET : 5 ; @f SET f ! f ! .\n"]
+            for height in range(STACK_POINTS - 9, STACK_POINTS + 1):
+                text.append("CLEAR 7 %d : DUP ; REPEAT 2 : 8 8 %s ; REPEAT COUNTSTACK CLEAR a b .\n" % (height, body))
+            self.agree("".join(text), body)
 
     def test_the_test_sees_a_difference(self):
         """The counts of -p are in what is compared."""
