@@ -77,7 +77,7 @@ double layweights(Work &w) {
 // What the data are found to be while they are laid out.
 struct Findings {
   std::uint32_t others;     // not 0 where a record is of another kind
-  std::uint64_t magnitude;  // of integers: not below any, and below twice the largest
+  std::uint64_t magnitude;  // of integers: one more is not below any, and not above twice the largest
   bool infinite;            // a real is no finite number
   bool areplain() const { return others == 0 && !infinite; }
 };
@@ -252,7 +252,7 @@ bool layout(Work &w) {
   const double weight = layweights(w);
   if (weight < 0) return false;
   const Findings found = laydata(w);
-  return found.areplain() && static_cast<double>(found.magnitude) * weight < MOST_SUM;
+  return found.areplain() && (static_cast<double>(found.magnitude) + 1) * weight < MOST_SUM;
 }
 
 }  // namespace

@@ -137,6 +137,7 @@ TEST_F(Neighbours, OnlyPlainNumbers) {
   expect(false, numbers({1, 1LL << 60}), numbers({1, 2, 1}));
   expect(true, numbers({1, 1LL << 59}), numbers({1, 2, 1}));
   expect(false, numbers({1, INT64_MIN}), numbers({0, 1, 0}));
+  expect(false, numbers({-1, -1}), numbers({1LL << 61, 1LL << 61, 1}));
 }
 
 // The work is given back.
