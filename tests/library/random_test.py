@@ -203,8 +203,8 @@ def sortwork(binary, count):
 
 
 def cutwork(binary, count):
-    """What it takes to cut a text into so many words, and into so many pieces."""
-    return workof(binary, "'word, ' %d RESHAPE @t SET t text:words t ', ' text:split DISCARD DISCARD .\n" % (6 * count))
+    """What it takes to cut a text of so many characters into words, and into pieces."""
+    return workof(binary, "'word, ' %d RESHAPE @t SET t text:words t ', ' text:split DISCARD DISCARD .\n" % count)
 
 
 def main():
