@@ -39,12 +39,13 @@ FILE_BYTES = 16 << 20
 TALKATIVE = 2 << 20  # bytes said, after which an interrupt is sent
 SANITIZER_OPTIONS = ("exitcode=98:allocator_may_return_null=1:max_allocation_size_mb=256:soft_rss_limit_mb=3000:"
                      "quarantine_size_mb=64:detect_stack_use_after_return=0")
-PATIENCE = 0.5  # seconds of the processor without a word said, before an interrupt is sent
-PATIENT = 1.5   # the same, where a run that is interrupted says nothing
+PATIENCE = 0.25  # seconds of the processor without a word said, before an interrupt is sent
+PATIENT = 1.5  # the same, where a run that is interrupted says nothing
 BUSY = 6.0      # seconds of the processor, whatever is said
 RESTING = 4.0   # seconds in all without a word
-BETWEEN = 0.25  # between interrupts after that
-LONGEST = 240.0  # seconds for a run, in all
+BETWEEN = 0.1  # between interrupts after that
+LONGEST = 120.0  # seconds without an answer to interrupts
+ENDLESS = 10     # times that, for a run in all
 
 
 class Run(NamedTuple):
@@ -89,8 +90,9 @@ def processorseconds(pid):
 
 
 def watch(process, said, patience, longest):
-    """Waits for the end. Where nothing is said for long, interrupts. Returns how many were sent, and whether all was in vain."""
-    sent, size, heard, spent, busy, since, began = 0, -1, 0, 0.0, 0.0, time.monotonic(), time.monotonic()
+    """Waits for the end. Where nothing is said for long, interrupts. Returns how many were sent, and whether all was in vain:
+    whether none was answered for so long, or the end did not come in many times that."""
+    sent, size, heard, spent, busy, since, began, asked = 0, -1, 0, 0.0, 0.0, time.monotonic(), time.monotonic(), None
     pause = 0.005
     while True:
         try:
@@ -99,17 +101,17 @@ def watch(process, said, patience, longest):
         except subprocess.TimeoutExpired:
             pause = min(pause * 1.5, 0.1)
         now, here = time.monotonic(), sum(os.fstat(stream).st_size for stream in said)
-        if here != size and now - began < longest / 2:
-            size, since, spent = here, now, processorseconds(process.pid)
-        if now - began > longest:
+        if here != size:
+            size, since, spent, asked = here, now, processorseconds(process.pid), None
+        if (asked is not None and now - asked > longest) or now - began > ENDLESS * longest:
             process.kill()
             process.wait()
             return sent, True
         worked = processorseconds(process.pid)
         if (worked - spent > patience or worked - busy > BUSY or now - since > RESTING or size - heard > TALKATIVE
-                or now - began > longest / 2) and process.poll() is None:
+                or now - began > ENDLESS * longest / 2) and process.poll() is None:
             process.send_signal(signal.SIGINT)
-            sent, heard, busy = sent + 1, size, worked
+            sent, heard, busy, asked = sent + 1, size, worked, asked or now
             time.sleep(BETWEEN)
 
 
