@@ -1,99 +1,186 @@
 #!/usr/bin/env python3
-"""Whole programmes beside the same in CPython and, where it is installed, Lua: programmes.py FOLDER.
+"""Whole programmes beside the same in other languages:  programmes.py [--quick] FOLDER [WORD...]
 
-Each is run in turn with the others, several times; the ratio of the medians of user time is printed, as it is and without
-what the language takes to start and to end. Every run checks its answer.
+A table is printed as docs/performance.md has it. Each figure is time of the processor, user's and system's: the median of
+several runs in turns, without what the programme takes to start and to prepare. How often the work is done is raised until
+it takes long enough. Every run checks its answer. A peer that is not installed leaves its column empty. The rows are in
+peers/rows.py; a word chooses those with it in their titles. With --quick the runs are
+short and few, and storage is not measured.
 """
-import resource
+import datetime
+import os
+import pathlib
+import platform
+import re
 import shutil
 import statistics
 import subprocess
 import sys
+import tempfile
 
-RUNS = 7
-NOTHING = ("1", "1 .", "print(1)", "print(1)")
-PROGRAMMES = {
-    "a million sums of two names into a third": (
-        "7",
-        "3 @a SET 4 @b SET 0 @c SET 1000000 : a b + @c SET ; REPEAT c .",
-        "def f():\n  a, b = 3, 4\n  for i in range(1000000): c = a + b\n  return c\nprint(f())",
-        "local a, b, c = 3, 4, 0 for i = 1, 1000000 do c = a + b end print(c)",
-    ),
-    "a million additions in a loop": (
-        "500000500000",
-        "0 1000000 DYADIC + ; LOOP .",
-        "def f():\n  s = 0\n  for i in range(1, 1000001): s = s + i\n  return s\nprint(f())",
-        "local s = 0 for i = 1, 1000000 do s = s + i end print(s)",
-    ),
-    "naive Fibonacci of 24": (
-        "46368",
-        "MONADIC DUP 2 < CHECK RETURN ?Y DUP 1 - f ! SWAP 2 - f ! + ; @f SET 24 f ! .",
-        "def f(n): return n if n < 2 else f(n - 1) + f(n - 2)\nprint(f(24))",
-        "local function f(n) if n < 2 then return n end return f(n - 1) + f(n - 2) end print(f(24))",
-    ),
-    "a million calls of one argument": (
-        "1000000",
-        "MONADIC 1 + ; @inc SET 0 1000000 DYADIC DISCARD inc ! ; LOOP .",
-        "def inc(x): return x + 1\ndef f():\n  s = 0\n  for i in range(1000000): s = inc(s)\n  return s\nprint(f())",
-        "local function inc(x) return x + 1 end local s = 0 for i = 1, 1000000 do s = inc(s) end print(s)",
-    ),
-    "a function over 100000 elements, 100 times": (
-        "100000",
-        "(0)[100000] @v SET MONADIC 1 + ; @inc SET 1 100 DYADIC DISCARD v @inc GET EACH DISCARD ; LOOP v @inc GET EACH SUM .",
-        "x = [0] * 100000\ninc = lambda x: x + 1\nfor i in range(100): y = list(map(inc, x))\nprint(sum(map(inc, x)))",
-        "local x, y = {}, {} for i = 1, 100000 do x[i] = 0 end local function inc(x) return x + 1 end "
-        "for n = 1, 100 do y = {} for i = 1, 100000 do y[i] = inc(x[i]) end end "
-        "local s = 0 for i = 1, 100000 do s = s + y[i] end print(s)",
-    ),
-    "a million numbers appended to a name": (
-        "1000000",
-        "#NIL @a SET 1000000 NILADIC a 1 , @a SET ; LOOP a SHAPE .",
-        "def f():\n  a = []\n  for i in range(1000000): a.append(1)\n  return a\nprint(len(f()))",
-        "local a = {} for i = 1, 1000000 do a[#a + 1] = 1 end print(#a)",
-    ),
-    "a million numbers summed from the front, one taken after the other": (
-        "500000500000",
-        "1000001 INTERVAL @a SET 0 @s SET 1000000 NILADIC a FIRST s + @s SET a REST @a SET ; LOOP s .",
-        "from collections import deque\ndef f():\n  a, s = deque(range(1, 1000002)), 0\n"
-        "  for i in range(1000000): s += a.popleft()\n  return s\nprint(f())",
-        "local a, s, first = {}, 0, 1 for i = 1, 1000001 do a[i] = i end "
-        "for i = 1, 1000000 do s = s + a[first] a[first] = nil first = first + 1 end print(s)",
-    ),
-}
+from peers.rows import LIBRARIES, MEGABYTES, ROWS
+
+PEERS = ("Morvik", "CPython", "NumPy", "Lua", "gforth")
+ENOUGH, QUICK = 0.3, 0.05  # seconds that the work is to take, and no less than the start
+MOST = 10**8
+EPILOGUE = re.compile(r"\n--- Spent: [^\n]*\n*\Z")
 
 
-def usertime(command, text, answer):
-    before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
-    run = subprocess.run(command, input=text, capture_output=True, text=True, check=True)
-    if answer not in run.stdout.split():
-        raise SystemExit("%s answered %r" % (command[0], run.stdout))
-    return resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before
+def line(words):
+    return "| %s |" % " | ".join(words)
 
 
-def medians(languages, programme):
-    times = {name: [] for name, _, _ in languages}
-    for _ in range(RUNS):
-        for name, command, index in languages:
-            times[name].append(usertime(command, programme[index], programme[0]))
-    return {name: statistics.median(found) for name, found in times.items()}
+HEAD = line(["Programme", "unit", *PEERS, "goal", "then"]) + "\n|" + "---|" * (len(PEERS) + 4)
 
 
-def ratio(ours, theirs):
-    return max(ours, 1e-4) / max(theirs, 1e-4)
+class Wrong(Exception):
+    pass
+
+
+def pythons():
+    """The Python that has NumPy, for both columns; without one, this Python for its own."""
+    chooser = pathlib.Path(__file__).resolve().parents[1] / "tools" / "python"
+    found = subprocess.run([chooser, "numpy", "--", "-c", "import sys; print(sys.executable)"], capture_output=True, text=True,
+                           check=False)
+    return (found.stdout.strip(), True) if found.returncode == 0 else (sys.executable, False)
+
+
+def peers(morvik):
+    """What runs a file of each language, without the file; only of those that are installed."""
+    python, numpy = pythons()
+    found = {"Morvik": [os.path.abspath(morvik), "-q"], "CPython": [python, "-I"], "NumPy": [numpy and python, "-I"],
+             "Lua": [shutil.which("lua5.4")], "gforth": [shutil.which("gforth-fast") or shutil.which("gforth")]}
+    return {peer: command for peer, command in found.items() if command[0]}
+
+
+def versions(commands):
+    asked = {"CPython": ["-V"], "NumPy": ["-c", "import numpy; print(numpy.__version__)"], "Lua": ["-v"], "gforth": ["--version"]}
+    for peer in PEERS[1:]:
+        if peer in commands:
+            run = subprocess.run([commands[peer][0], *asked[peer]], capture_output=True, text=True, check=True)
+            yield peer + " " + re.search(r"\d[\d.]*\d", run.stdout + run.stderr).group()
+
+
+def run(command, peer, text, answer):
+    """Runs a programme in the present folder. Returns the seconds of the processor, and the most memory in MB."""
+    morvik, forth = peer == "Morvik", peer == "gforth"
+    with open("programme", "w+", encoding="utf-8") as programme, open("answer", "w+", encoding="utf-8") as output:
+        programme.write(text + "\n")
+        programme.seek(0)
+        words = command if morvik else [*command, "programme", *(["-e", "bye"] if forth else [])]
+        typed = programme if morvik else subprocess.DEVNULL
+        child = subprocess.Popen(words, stdin=typed, stdout=output, stderr=subprocess.STDOUT)
+        _, status, used = os.wait4(child.pid, 0)
+        child.returncode = os.waitstatus_to_exitcode(status)
+        output.seek(0)
+        said = EPILOGUE.sub("", output.read()).strip()
+    if child.returncode != 0 or said != answer:
+        raise Wrong("%s, status %d, answered %r in place of %r:\n%s" % (peer, child.returncode, said[-300:], answer, text))
+    return used.ru_utime + used.ru_stime, used.ru_maxrss / 1024
+
+
+class Work:
+    """A row in one language."""
+
+    def __init__(self, row, peer, command, size):
+        self.row, self.peer, self.command, self.size = row, peer, command, size
+        self.n, self.starts, self.times, self.memory = 1, [], [], []
+
+    def run(self, n):
+        for name, content in self.row.files(n, self.size).items():
+            pathlib.Path(name).write_bytes(content)
+        text = self.row.programmes[self.peer].replace("<n>", str(n)).replace("<size>", str(self.size))
+        return run(self.command, self.peer, text, self.row.answer(n, self.size))
+
+    def choose(self, least, enough):
+        """Raises n until the work takes long enough; of two starts the slower one tells. The peak of memory is for one n."""
+        self.n = least
+        if self.row.memory:
+            return
+        start = max(self.run(1)[0] for _ in range(2))
+        while self.n < MOST:
+            took, wanted = self.run(self.n)[0] - start, max(enough, start)
+            if took >= 0.8 * wanted:
+                break
+            self.n = min(MOST, int(self.n * min(100, max(2, 1.1 * wanted / max(took, 1e-4)))))
+
+    def turn(self):
+        self.starts.append(self.run(1)[0])
+        took, memory = self.run(self.n)
+        self.times.append(took)
+        self.memory.append(memory)
+
+    def figure(self):
+        net = statistics.median(self.times) - statistics.median(self.starts)
+        return max(net, 0) / ((self.n - 1) * self.row.each(self.size)) / self.row.unit[1]
+
+
+def prepare():
+    """What the programmes may find in their folder beside the files of their rows."""
+    for library in LIBRARIES.glob("*.morvik"):
+        shutil.copy(library, ".")
+
+
+def measure(row, commands, quick):
+    works = {peer: Work(row, peer, commands[peer], row.size) for peer in PEERS if peer in row.programmes and peer in commands}
+    for work in works.values():
+        work.choose(*((2, QUICK) if quick else (row.least, ENOUGH)))
+    for _ in range(1 if quick else row.runs):
+        for work in works.values():
+            work.turn()
+    yield row.title, row.unit[0], {peer: work.figure() for peer, work in works.items()}, row.goal, row.then
+    if row.memory and not quick:
+        most = {peer: statistics.median(work.memory) for peer, work in works.items()}
+        yield "the same, peak of memory", MEGABYTES, most, row.memory, None
+
+
+def digits(figure):
+    return "%.0f" % figure if figure >= 99.5 else "%.*g" % (2 if figure < 10 else 3, figure)
+
+
+def cells(title, unit, figures, goal, then):
+    """One line of the table. What misses its goal is set in bold."""
+    shown = {peer: digits(figure) for peer, figure in figures.items()}
+    limit = figures.get(goal) if isinstance(goal, str) else goal
+    if limit is not None and figures["Morvik"] > limit:
+        shown["Morvik"] = "**%s**" % shown["Morvik"]
+    return [title, unit, *(shown.get(peer, "") for peer in PEERS), *("" if word is None else str(word) for word in (goal, then))]
+
+
+def titles():
+    """What stands at the sides of the figures, line by line: title, unit, goal and what comes then."""
+    for row in ROWS:
+        yield (row.title, row.unit[0], *cells("", "", {"Morvik": 0}, row.goal, row.then)[-2:])
+        if row.memory:
+            yield "the same, peak of memory", MEGABYTES, str(row.memory), ""
+
+
+def surroundings(commands, morvik):
+    told = subprocess.run([morvik, "-v"], input="", capture_output=True, text=True, check=True).stdout
+    with open("/proc/cpuinfo", encoding="ascii") as cpuinfo:
+        processor = re.search(r"^model name\s*: (.*)$", cpuinfo.read(), re.MULTILINE)
+    return "%s; %s, %d processors, load %.1f; Morvik by%s; %s" % (
+        datetime.date.today(), processor.group(1) if processor else platform.machine(), os.cpu_count(), os.getloadavg()[0],
+        re.search(r"with\s*( .*)", told).group(1), ", ".join(versions(commands)))
 
 
 def main():
-    languages = [("morvik", [sys.argv[1] + "/morvik", "-q"], 1), ("python3", [sys.executable, "-"], 2)]
-    if shutil.which("lua5.4"):
-        languages.append(("lua5.4", ["lua5.4", "-"], 3))
-    start = medians(languages, NOTHING)
-    for title, programme in PROGRAMMES.items():
-        found = medians(languages, programme)
-        net = {name: found[name] - start[name] for name in found}
-        ratios = ", ".join("%.2f of %s (%.2f without the start)" % (ratio(found["morvik"], found[name]), name,
-                                                                   ratio(net["morvik"], net[name]))
-                           for name, _, _ in languages[1:])
-        print("%-42s %6.0f ms: %s" % (title, found["morvik"] * 1000, ratios))
+    quick = "--quick" in sys.argv
+    folder, *words = [word for word in sys.argv[1:] if word != "--quick"]
+    morvik = os.path.join(folder, "morvik")
+    commands = peers(morvik)
+    for peer in PEERS:
+        if peer not in commands:
+            print("%s is not installed: its column stays empty.\n" % peer)
+    print(surroundings(commands, morvik) + "\n\n" + HEAD, flush=True)
+    with tempfile.TemporaryDirectory() as scratch:
+        os.chdir(scratch)
+        prepare()
+        for row in ROWS:
+            if all(word in row.title for word in words):
+                for found in measure(row, commands, quick):
+                    print(line(cells(*found)), flush=True)
+        os.chdir("/")
 
 
 if __name__ == "__main__":

@@ -28,7 +28,7 @@ class Part(NamedTuple):
 
 
 PARTS = [
-    Part("programmes, address sanitizer", 24, ASAN, "fuzz/hunt.py", ["--findings", "5"]),
+    Part("programmes, address sanitizer", 24, ASAN, "fuzz/hunt.py", ["--findings", "5", "--texts", "1000"]),
     Part("programmes, checking build", 16, CHECKING, "fuzz/hunt.py", ["--findings", "5"]),
     Part("programmes, serial against the pool", 16, RELEASE, "fuzz/hunt.py", ["--findings", "5", "--pool", "2,4"]),
     Part("programmes, thread sanitizer", 6, TSAN, "fuzz/hunt.py", ["--findings", "5", "--option=-c2"], sampled=False),

@@ -26,23 +26,26 @@ class Hunt:
         self.pooling = ["-c" + slots for slots in options.pool.split(",")] if options.pool else []
         self.ends = time.monotonic() + options.seconds if options.seconds else float("inf")
         self.lock = threading.Lock()
-        self.sessions = self.interrupted = 0
+        self.sessions = self.texts = self.interrupted = 0
         self.found = {}
 
     def faultof(self, text):
+        """What is wrong with a session, or nothing, and the run that tells how far it came, or None."""
         if self.pooling:
-            return judge.compared(self.binary, text, self.pooling), 0
+            return judge.compared(self.binary, text, self.pooling)
         run = judge.perform(self.binary, text, self.options.option, longest=self.options.longest)
-        return judge.fault(run), run.interrupted
+        return judge.fault(run), run
 
     def session(self, number):
         if time.monotonic() > self.ends or len(self.found) >= self.options.findings:
             return
         lines = programmes.session(self.options.seed * 1000000 + number, self.options.texts, bool(self.pooling))
-        wrong, interrupted = self.faultof(programmes.written(lines))
+        wrong, run = self.faultof(programmes.written(lines))
         with self.lock:
             self.sessions += 1
-            self.interrupted += interrupted
+            if run:
+                self.texts += programmes.reached(run.out)
+                self.interrupted += run.interrupted
             if not wrong or alike(wrong) in self.found or len(self.found) >= self.options.findings:
                 return
             self.found[alike(wrong)] = wrong
@@ -74,7 +77,7 @@ def main():
     parser.add_argument("--seconds", type=float, default=0)
     parser.add_argument("--findings", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
-    parser.add_argument("--longest", type=float, default=judge.LONGEST, help="seconds of a run")
+    parser.add_argument("--longest", type=float, default=judge.LONGEST, help="seconds without an answer to interrupts")
     parser.add_argument("--asked", type=int, default=600, help="how many runs may thin out a finding")
     parser.add_argument("--pool", default="", help="as 2,4: compare -c2 and -c4 with the serial run")
     parser.add_argument("--option", action="append", default=[], help="of the binary")
@@ -94,8 +97,8 @@ def main():
                     each.result()
         for each in running:
             each.result()
-    print("seed %d: %d sessions of %d texts, %d interrupts sent, %d findings" %
-          (options.seed, hunt.sessions, options.texts, hunt.interrupted, len(hunt.found)))
+    print("seed %d: %d sessions of %d texts, %d texts run, %d interrupts sent, %d findings" %
+          (options.seed, hunt.sessions, options.texts, hunt.texts, hunt.interrupted, len(hunt.found)))
     return 1 if hunt.found or not hunt.sessions else 0
 
 

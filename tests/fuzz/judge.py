@@ -23,24 +23,29 @@ FAULTS = (b"UNKNOWN SIGNAL", b"Floating point exception", b"Counted block", b"ru
 STACK_ENDS = b"\nSEGMENTATION VIOLATION\n"
 NO_STORAGE = b"27 - out of main storage."
 STOPPED = b"--- PROCESSING STOPPED ---"
-SANITIZER_STACK = b"AddressSanitizer: stack-overflow"
+SANITIZER_STACK = b"Sanitizer: stack-overflow"
 NESTED = b"AddressSanitizer: nested bug"
-CALLS = re.compile(rb"#\d+ 0x\w+ in morvik::(?:\(anonymous namespace\)::)?(?:machine|runinner\w*|runbody)\b")
+CALLS = re.compile(rb"#\d+ (?:0x\w+ in )?(?:morvik::)?(?:\(anonymous namespace\)::)?(?:machine|runinner\w*|runbody)\b")
 # A sum of what does not fit together gives it, as described.
 IMPOSSIBLE = re.compile(rb"991 - [^\n]*\n\nInstruction:\n \. (?!OPERATOR:\t\t(?:\+|ADD|SUM|[^\n]*(?:REDUCE|/|\xab)))[^\n]*")
 TRACE = re.compile(rb"#\d+ 0x\w+ in (?:morvik::)?([\w:~<>() ]+?)[ (][^\n]*/src/")
 
 STACK_BYTES = 256 << 20
+# What the sanitizer for addresses forgets of frames that a jump leaves is less than 64 MiB; that for threads holds 2^16 calls.
+ADDRESSES_STACK_BYTES = 60 << 20
+THREADS_STACK_BYTES = 5 << 20
 DATA_BYTES = 1 << 30
 FILE_BYTES = 16 << 20
 TALKATIVE = 2 << 20  # bytes said, after which an interrupt is sent
 SANITIZER_OPTIONS = ("exitcode=98:allocator_may_return_null=1:max_allocation_size_mb=256:soft_rss_limit_mb=3000:"
                      "quarantine_size_mb=64:detect_stack_use_after_return=0")
-PATIENCE = 1.5  # seconds of the processor without a word said, before an interrupt is sent
+PATIENCE = 0.25  # seconds of the processor without a word said, before an interrupt is sent
+PATIENT = 1.5  # the same, where a run that is interrupted says nothing
 BUSY = 6.0      # seconds of the processor, whatever is said
 RESTING = 4.0   # seconds in all without a word
-BETWEEN = 0.25  # between interrupts after that
-LONGEST = 240.0  # seconds for a run, in all
+BETWEEN = 0.1  # between interrupts after that
+LONGEST = 120.0  # seconds without an answer to interrupts
+ENDLESS = 10     # times that, for a run in all
 
 
 class Run(NamedTuple):
@@ -52,24 +57,27 @@ class Run(NamedTuple):
 
 
 @functools.lru_cache(None)
-def storagelimit(binary):
-    """What bounds the storage of a binary. What a sanitizer maps for itself would count, and it has a bound of its own; the
-    checking build recounts only where no limit may keep it from ending the count."""
+def limits(binary):
+    """What bounds the stack and the storage of a binary. What a sanitizer maps for itself would count, and it has a bound of its
+    own; the checking build recounts only where no limit may keep it from ending the count."""
     code = pathlib.Path(binary).read_bytes()
-    if b"__asan_" in code or b"__tsan_" in code:
-        return []
-    return [(resource.RLIMIT_AS, 6 * DATA_BYTES)] if b"MORVIK_FAIL_ALLOCATION" in code else [(resource.RLIMIT_DATA, DATA_BYTES)]
+    if b"__asan_" in code:
+        return [(resource.RLIMIT_STACK, ADDRESSES_STACK_BYTES)]
+    if b"__tsan_" in code:
+        return [(resource.RLIMIT_STACK, THREADS_STACK_BYTES)]
+    checking = b"MORVIK_FAIL_ALLOCATION" in code
+    storage = (resource.RLIMIT_AS, 6 * DATA_BYTES) if checking else (resource.RLIMIT_DATA, DATA_BYTES)
+    return [(resource.RLIMIT_STACK, STACK_BYTES), storage]
 
 
 def lower(binary):
-    for which, size in [(resource.RLIMIT_STACK, STACK_BYTES), (resource.RLIMIT_FSIZE, FILE_BYTES), (resource.RLIMIT_CORE, 0),
-                        *storagelimit(binary)]:
+    for which, size in [(resource.RLIMIT_FSIZE, FILE_BYTES), (resource.RLIMIT_CORE, 0), *limits(binary)]:
         resource.setrlimit(which, (size, size))
 
 
 def variables(home):
     kept = {name: os.environ[name] for name in ("PATH", "UBSAN_OPTIONS") if name in os.environ}
-    return {**kept, "ASAN_OPTIONS": SANITIZER_OPTIONS, "TSAN_OPTIONS": "exitcode=98", "HOME": home, "LC_ALL": "C",
+    return {**kept, "ASAN_OPTIONS": SANITIZER_OPTIONS, "TSAN_OPTIONS": "exitcode=98:allocator_may_return_null=1", "HOME": home, "LC_ALL": "C",
             "$EDITOR": "true"}
 
 
@@ -82,8 +90,9 @@ def processorseconds(pid):
 
 
 def watch(process, said, patience, longest):
-    """Waits for the end. Where nothing is said for long, interrupts. Returns how many were sent, and whether all was in vain."""
-    sent, size, heard, spent, busy, since, began = 0, -1, 0, 0.0, 0.0, time.monotonic(), time.monotonic()
+    """Waits for the end. Where nothing is said for long, interrupts. Returns how many were sent, and whether all was in vain:
+    whether none was answered for so long, or the end did not come in many times that."""
+    sent, size, heard, spent, busy, since, began, asked = 0, -1, 0, 0.0, 0.0, time.monotonic(), time.monotonic(), None
     pause = 0.005
     while True:
         try:
@@ -92,17 +101,17 @@ def watch(process, said, patience, longest):
         except subprocess.TimeoutExpired:
             pause = min(pause * 1.5, 0.1)
         now, here = time.monotonic(), sum(os.fstat(stream).st_size for stream in said)
-        if here != size and now - began < longest / 2:
-            size, since, spent = here, now, processorseconds(process.pid)
-        if now - began > longest:
+        if here != size:
+            size, since, spent, asked = here, now, processorseconds(process.pid), None
+        if (asked is not None and now - asked > longest) or now - began > ENDLESS * longest:
             process.kill()
             process.wait()
             return sent, True
         worked = processorseconds(process.pid)
         if (worked - spent > patience or worked - busy > BUSY or now - since > RESTING or size - heard > TALKATIVE
-                or now - began > longest / 2) and process.poll() is None:
+                or now - began > ENDLESS * longest / 2) and process.poll() is None:
             process.send_signal(signal.SIGINT)
-            sent, heard, busy = sent + 1, size, worked
+            sent, heard, busy, asked = sent + 1, size, worked, asked or now
             time.sleep(BETWEEN)
 
 
@@ -125,7 +134,7 @@ def performonce(binary, text, options, patience, longest, files):
         with tempfile.TemporaryFile() as given, tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
             given.write(text)
             given.seek(0)
-            storagelimit(binary)
+            limits(binary)
             with subprocess.Popen([binary, "-q", *options], stdin=given, stdout=out, stderr=errors, cwd=place,
                                   env=variables(scratch), preexec_fn=lambda: lower(binary)) as process:
                 interrupted, hung = watch(process, (out.fileno(), errors.fileno()), patience, longest)
@@ -170,19 +179,20 @@ def iscomparable(run):
 
 
 def compared(binary, text, poolings):
-    """Where a run with each of these options differs from one without, or its own fault."""
-    serial = perform(binary, text)
+    """Where a run with each of these options differs from one without, or its own fault, and the run without, where it could be
+    compared."""
+    serial = perform(binary, text, patience=PATIENT)
     wrong = fault(serial)
     if wrong or not iscomparable(serial):
-        return wrong
+        return wrong, None
     for pooling in poolings:
-        shared = perform(binary, text, (pooling,))
+        shared = perform(binary, text, (pooling,), PATIENT)
         wrong = fault(shared)
         if wrong:
-            return pooling + " " + wrong
+            return pooling + " " + wrong, serial
         if not iscomparable(shared):
             continue
         for name, one, other in (("output", serial.out, shared.out), ("messages", serial.errors, shared.errors)):
             if CLOSING.sub(b"", one) != CLOSING.sub(b"", other):
-                return "%s differs in %s" % (pooling, name)
-    return ""
+                return "%s differs in %s" % (pooling, name), serial
+    return "", serial

@@ -12,6 +12,7 @@ import argparse
 import importlib.util
 import pathlib
 import random
+import re
 import sys
 
 TESTS = pathlib.Path(__file__).resolve().parents[1]
@@ -31,9 +32,11 @@ def load(name, path):
 LITERALS = load("literals", TESTS / "pool" / "programmes.py").KINDS
 
 # What takes the texts that follow for something else, waits or forks: how often it may stand beside the others.
-RARE = {"ENDPROCESS": 0.03, "STEP": 0.03, "EDIT": 0.02, "SLEEP": 0.2, "INPUT": 0.2, "QUOTEDIN": 0.3, "TRACE": 0.2,
+RARE = {"ENDPROCESS": 0, "STEP": 0.03, "EDIT": 0.02, "SLEEP": 0.2, "INPUT": 0.2, "QUOTEDIN": 0.3, "TRACE": 0.2,
         "WIPE": 0.4, "CLEAR": 0.4, "LOAD": 0.3, "PARALLEL": 0.5, "SERIAL": 0.5}
 RESERVED = 0.1  # a word that does nothing yet
+ENDING, LAST = 3, 10  # how often what ends the process stands in a text, and in how many at the end of a session
+MILESTONE = 50  # texts, after which their number is said
 COMMON = {"EACH": 4, "MASK": 2, "LOOP": 4, "DIP": 3, "DEEP": 2, "EXECUTE": 4, "ASSEMBLE": 3, "RESULT": 2, "DO": 3, "GET": 2,
           "IF": 2, "CHECK": 2, "OPERATOR": 2, "COLLECT": 3, "CATENATE": 2, "RESHAPE": 2, "ENCLOSE": 2, "INTERVAL": 2}
 # What shows when it ran, what was drawn, how many threads there are, or what the main thread did meanwhile.
@@ -99,6 +102,10 @@ class Writer:
         self.words = [word for word in WORDS if not comparable or word.name not in INCOMPARABLE]
         self.weights = [word.weight for word in self.words]
         self.known = []
+
+    def mayend(self):
+        """From here on texts may end the process."""
+        self.weights = [ENDING if word.name == "ENDPROCESS" else word.weight for word in self.words]
 
     # Values. Each is a list of tokens that leaves one value.
 
@@ -327,13 +334,23 @@ class Writer:
 
 
 def session(seed, texts, comparable=False):
-    """So many texts, and what sets the pool to work on small spaces before them."""
+    """So many texts, and what sets the pool to work on small spaces before them. Among them are some that say how many were
+    run; only the last may end the process."""
     r = random.Random(seed)
     writer = Writer(r, comparable)
     lines = [[b"%d" % r.choice([1, 1, 4, 100]), b"SERIAL", b"."]]
-    while len(lines) <= texts:
+    for number in range(1, texts + 1):
+        if number == texts - LAST:
+            writer.mayend()
         lines.append(writer.line())
+        if number % MILESTONE == 0:
+            lines.append([b"'~%d~'" % number, b"."])
     return lines
+
+
+def reached(out):
+    """How many texts were run, by what a session said: less rather than more."""
+    return max((int(number) for number in re.findall(rb"~(\d+)~", out)), default=0)
 
 
 def written(lines):

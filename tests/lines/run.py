@@ -68,13 +68,18 @@ def answer(output):
     return "\\n".join(map(expectation.encodeline, text.split("\n"))).replace("\\0", "!")
 
 
+def session(cases, arguments):
+    """What one process reads for all cases, after the libraries that they need, and its arguments."""
+    libraries = [word.removeprefix(LIBRARY) for word in arguments if word.startswith(LIBRARY)]
+    source = b"".join((LIBRARIES / (name + ".morvik")).read_bytes() + b" .\n" for name in libraries)
+    source += b"".join((SEPARATOR % case.number).encode() + case.text + b" ." for case in cases)
+    return source, [word for word in arguments if not word.startswith(LIBRARY)]
+
+
 def perform(binary, cases, arguments, timeout):
     """Runs all cases in one process. Returns the answer of each, None where there was none, and what is wrong beside."""
     marks = [MARKED % case.number for case in cases]
-    libraries = [word.removeprefix(LIBRARY) for word in arguments if word.startswith(LIBRARY)]
-    arguments = [word for word in arguments if not word.startswith(LIBRARY)]
-    source = b"".join((LIBRARIES / (name + ".morvik")).read_bytes() + b" .\n" for name in libraries)
-    source += b"".join((SEPARATOR % case.number).encode() + case.text + b" ." for case in cases)
+    source, arguments = session(cases, arguments)
     with tempfile.TemporaryDirectory(prefix="morvik-") as scratch:
         environment = transcripts.environment(pathlib.Path(scratch) / "none", scratch)
         run = subprocess.run([binary, *arguments], input=source, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,

@@ -28,6 +28,9 @@ class Check(Scripts):
         self.assertEqual(self.warnings("@value SET value .\n")[:1],
                          [(1, "value reads as v alue: it begins with a word that needs nothing behind it")])
 
+    def test_a_symbol_that_stands_alone(self):
+        self.assertEqual(self.warnings("1 0 v 2 v."), [])
+
     def test_a_name_that_nothing_sets(self):
         self.assertEqual(self.warnings("1 @known SET known .\n nowhere nowhere .\n: _global $lost ; POP ."),
                          [(2, "nothing here sets nowhere"), (3, "nothing here sets global"), (3, "nothing here sets lost")])
@@ -49,6 +52,10 @@ class Check(Scripts):
     def test_bytes_outside_of_quotes(self):
         self.assertEqual(self.warnings("1 \xfe ."), [(1, "a byte FE stands outside of a quote: it is a word or part of a name here"),
                                                      (1, "nothing here sets \xfe")])
+        # Of a character of several bytes the first tells, and a name once.
+        for text in ("\xc3\xa9", "\xe2\x8c\x8a", "\xe2\x8c\x8a\xe2\x8c\x8a"):
+            told = [(line, said[:9]) for line, said in self.warnings("1 %s ." % text) if said.startswith("a byte")]
+            self.assertEqual(told, [(1, "a byte %02X" % ord(text[0]))], text)
         self.assertEqual(self.warnings("'\xe9\xbc' POP \"\xe9\" 1 ."), [])
 
     def test_the_comment_byte(self):
@@ -63,11 +70,22 @@ class Check(Scripts):
         self.assertEqual(self.warnings("1 CHECK ?Y 'yes' ."), [(1, "the mark decides CHECK itself: a mark follows what it decides")])
         self.assertEqual(self.warnings("1 CHECK 'yes' PRINT ?Y ."),
                          [(1, "the mark decides PRINT ?Y alone: what stands between it and CHECK runs in any case")])
+        for text, what in ((": 1 ;", "the function"), ("3", "the value"), ("(1 2)", "the value"), ("x", "x")):
+            self.assertEqual(self.warnings("1 @x SET 1 CHECK 'yes' PRINT %s ?Y ." % text),
+                             [(1, "the mark decides %s alone: what stands between it and CHECK runs in any case" % what)])
         self.assertEqual(self.warnings("1 CHECK 'yes' ?Y PRINT ?Y 'no' ?N PRINT ?N .\n1 CHECK : 1 PRINT ; ?Y ."), [])
 
     def test_arguments(self):
         self.assertEqual(self.warnings("MONADIC @a SET @b SET a b + ; @f SET ."), [(1, "the function names 2 arguments and takes 1")])
         self.assertEqual(self.warnings("DYADIC @a SET @b SET a b + ; @f SET : @c SET @d SET c d ; @g SET ."), [])
+
+        # Only names that are set at once are those of arguments.
+        for body in ("@a 5", "@a", "", "@a GET"):
+            self.assertEqual(self.warnings("NILADIC %s ; @f SET ." % body), [])
+
+    def test_of_a_library_only_the_names_count(self):
+        self.write("lib/l.morvik", "3 TAKE nowhere \xe9 1 CHECK ?Y MONADIC @a SET @b SET ; POP @known SET .\n")
+        self.assertEqual(self.warnings("known .", options=["-l", "l"], environment={"MORVIK_PATH": "lib"}), [])
 
     def test_messages_of_the_compiler_are_told_with_their_place(self):
         found = self.warnings("1 // .\n&1 .")

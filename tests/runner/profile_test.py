@@ -65,6 +65,30 @@ class Profile(Scripts):
         self.assertEqual({row[4] for row in FUNCTION.findall(errors)},
                          {"late (s.morvik:21)", "f9 (s.morvik:10)", "f19 (s.morvik:20)", "(no name) (s.morvik:21)"})
 
+    def counted(self, text):
+        _, _, errors = self.script(text, options=["--profile"])
+        return {(row[4], int(row[3])) for row in FUNCTION.findall(errors)}
+
+    def test_a_function_that_was_assembled_is_known_by_its_name(self):
+        self.assertEqual(self.counted("'1 +' ASSEMBLE @f SET\n1 : f ! f ! ; ! ."),
+                         {("f (s.morvik:2)", 2), ("(no name) (s.morvik:2)", 1)})
+
+    def test_names_in_a_context_that_a_function_opens(self):
+        self.assertEqual(self.counted(": NEWCONTEXT : 2 ; @$inner SET $inner ! POP ; @f SET\nf ! f ! .\n"),
+                         {("f (s.morvik:1)", 2), ("inner (s.morvik:1)", 2)})
+
+    def test_a_script_without_a_function(self):
+        status, output, errors = self.script("1 PRINT .", options=["--profile"])
+        self.assertEqual((status, output, FUNCTION.findall(errors)), (0, " 1\n", []))
+        self.assertEqual([row[2:] for row in LINE.findall(errors)], [("1", "s.morvik:1")])
+
+    def test_functions_far_below_each_other_are_counted(self):
+        count = 150  # more than the profile follows
+        text = ": 0 ; @f0 SET .\n" + "".join(": f%d ! 1 + ; @f%d SET .\n" % (i - 1, i) for i in range(1, count))
+        text += "f%d ! PRINT ." % (count - 1)
+        self.passes(text, " %d\n" % (count - 1))
+        self.assertEqual({calls for _, calls in self.counted(text)}, {1})
+
     def test_folded_stacks(self):
         _, output, errors = self.script(SCRIPT, options=["--profile=folded"])
         self.assertEqual(output, " 4000\n")

@@ -30,6 +30,12 @@ class Running(Scripts):
     def test_carriage_returns_ahead_of_line_feeds_mean_nothing(self):
         self.passes("1 PRINT .\r\n'a\r\nb' SHAPE PRINT .\r\n", " 1\n 3\n\n")
 
+    def test_a_carriage_return_elsewhere_is_a_byte_of_its_own(self):
+        self.passes("'a\rb' SHAPE PRINT .\r", " 3\n\n")
+
+    def test_what_is_no_regular_file_is_read_too(self):
+        self.assertEqual(self.run_words("/dev/null"), (0, "", ""))
+
     def test_a_byte_order_mark_means_nothing(self):
         self.passes("\xef\xbb\xbf#!run\n1 PRINT .", " 1\n")
 
@@ -121,6 +127,35 @@ class Messages(Scripts):
         _, _, errors = self.script("'\x1b[31m' POP 'a' 1 + .")
         self.assertNotIn("\x1b", errors)
 
+        _, _, errors = self.script("'\x7f' POP 'a' 1 + .\r\r\n2 PRINT .")
+        self.assertEqual(errors.split("\n")[1:3], ["    '?' POP 'a' 1 + .", "    " + " " * len("'?' POP 'a' 1 ") + "^"])
+        _, _, errors = self.script("'no\x1b/\x7f' READ .")
+        self.assertTrue(errors.split("\n")[0].endswith(" (no?/?)"), errors)
+
+    def test_the_place_is_counted_in_characters(self):
+        _, _, errors = self.script("'\xc3\xa9\xe2\x8c\x8a' POP 'a' 1 + .")
+        self.assertEqual(errors.split("\n")[2], "    " + " " * len("'__' POP 'a' 1 ") + "^")
+
+    def test_a_function_without_a_name(self):
+        for text in (": 'a' 1 + ; ! .", "'''a'' 1 +' ASSEMBLE ! .", ": NEWCONTEXT 'a' 1 + ; ! ."):
+            _, _, errors = self.script(text)
+            self.assertTrue(errors.endswith("^\n  in a function without a name, line 1\n  in s.morvik, line 1\n"), errors)
+
+    def test_a_function_is_named_beyond_a_context_that_it_opened(self):
+        _, _, errors = self.script(": NEWCONTEXT 'a' 1 + ; @f SET . f ! .")
+        self.assertTrue(errors.endswith("^\n  in f, line 1\n  in s.morvik, line 1\n"), errors)
+
+    def test_a_function_that_was_assembled_has_its_name_and_the_place_where_it_runs(self):
+        _, _, errors = self.script("'nowhere' ASSEMBLE @f SET\n: f ! ; @g SET . g ! .")
+        self.assertTrue(errors.startswith("s.morvik:2: 23 - "), errors)
+        self.assertTrue(errors.endswith("^\n  in f, line 2\n  in g, line 2\n  in s.morvik, line 2\n"), errors)
+
+    def test_a_caller_in_another_file_is_named_with_it(self):
+        self.write("lib/l.morvik", ": ! ;\n@apply SET .")
+        _, _, errors = self.script("\n: 'a' 1 + ; apply ! .", options=["-l", "l"], environment={"MORVIK_PATH": "lib"})
+        self.assertTrue(errors.endswith("^\n  in a function without a name, line 2\n  in apply, lib/l.morvik:1\n"
+                                        "  in s.morvik, line 2\n"), errors)
+
     def test_of_a_deep_recursion_the_ends_are_shown(self):
         status, output, errors = self.script(": r ! 1 + ; @r SET . r ! .")
         self.assertEqual((status, output), (1, ""))
@@ -131,11 +166,17 @@ class Messages(Scripts):
     def test_messages_about_files_name_the_file(self):
         for text, number in (("'none.txt' READ .", 710), ("'none.txt' TEXTREAD .", 710),
                              ("1 'no/such.txt' SAVE .", 713), ("1 'no/such.txt' WRITE .", 711),
-                             ("'../such.txt' READ .", 720)):
+                             ("1 'no/such.txt' DUMPSTACK .", 723), ("'no/such.txt' REMEMBER .", 726),
+                             ("1 'no/such.txt' TEXTWRITE .", 712), ("1 'no/such.txt' APPEND .", 712),
+                             ("'none.txt' 0 OPEN .", 712), ("'../such.txt' READ .", 720)):
             name = re.search("'(.*)'", text).group(1)
             status, _, errors = self.script(text)
             self.assertEqual(status, 1)
             self.assertRegex(errors, r"^s\.morvik:1: %d - .*\(%s\)\n" % (number, re.escape(name)))
+
+    def test_the_name_of_a_file_is_cut_where_it_is_long(self):
+        _, _, errors = self.script("'%s' READ ." % ("0" * 200))
+        self.assertTrue(errors.split("\n")[0].endswith(" (%s)" % ("0" * 160)), errors)
 
     def test_the_first_message_ends_the_script(self):
         status, output, errors = self.script(": 'a' 1 + ; @f SET . f ! 1 PRINT . 2 PRINT .")
@@ -180,6 +221,19 @@ class Open(Scripts):
 class Unusable(Scripts):
     def refuses(self, why, *words):
         self.assertEqual(self.run_words(*words), (2, "", why))
+
+    def test_a_folder_on_the_input(self):
+        folder = os.open(self.folder, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        done = subprocess.run([BINARY, "-"], stdin=folder, capture_output=True, timeout=LIMIT)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (2, b"", b"morvik-run: -: Is a directory\n"))
+
+    def test_a_folder_that_is_gone_confines_nothing(self):
+        self.write("s", "1 PRINT .")
+        command = 'mkdir gone && cd gone && rmdir ../gone && exec "$0" --confine "$1"'
+        done = subprocess.run(["sh", "-c", command, BINARY, self.folder / "s"], cwd=self.folder, capture_output=True,
+                              timeout=LIMIT)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (2, b"", b"morvik-run: .: No such file or directory\n"))
 
     def test_a_missing_file(self):
         self.refuses("morvik-run: none.morvik: No such file or directory\n", "none.morvik")
@@ -252,6 +306,15 @@ class Surroundings(Scripts):
             done = subprocess.run(["sh", "-c", command, BINARY], cwd=self.folder, stderr=subprocess.PIPE, timeout=LIMIT)
             self.assertEqual((done.returncode, done.stderr), answer)
 
+    def test_a_closed_input_is_no_file_that_the_script_opens(self):
+        self.write("data", "kept\n")
+        self.write("s.morvik", "'data' 0 OPEN QUOTEDIN SHAPE PRINT .")
+        for closing, answer in (("<&-", (0, b" 0\n\n", b"")), ("<&- 2>&-", (0, b" 0\n\n", b"")),
+                                ("<&- >&-", (2, b"", b"morvik-run: standard output: closed\n"))):
+            done = subprocess.run(["sh", "-c", 'exec "$0" s.morvik ' + closing, BINARY], cwd=self.folder, capture_output=True,
+                                  timeout=LIMIT)
+            self.assertEqual((done.returncode, done.stdout, done.stderr), answer, closing)
+
     def test_a_reader_who_leaves_ends_the_script(self):
         self.write("s.morvik", "".join("(1 TO 100) PRINT .\n" for _ in range(20000)))
         done = subprocess.run(["sh", "-c", '{ "$0" s.morvik; echo "status $?" >&2; } | head -1', BINARY],
@@ -270,6 +333,14 @@ class Surroundings(Scripts):
             self.assertEqual((child.returncode, b" 2" in output), (130, False), text)
             if not typed:
                 self.assertTrue(errors.startswith(b"s.morvik:1: interrupted\n"), errors)
+
+    def test_a_quit_is_an_interrupt(self):
+        self.write("s.morvik", "1 PRINT 100 SLEEP 2 PRINT .")
+        child = subprocess.Popen([BINARY, "s.morvik"], cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        time.sleep(0.5)
+        child.send_signal(signal.SIGQUIT)
+        output, errors = child.communicate(timeout=LIMIT)
+        self.assertEqual((child.returncode, output, errors.split(b"\n")[0]), (130, b" 1\n", b"s.morvik:1: interrupted"))
 
 
 class Files(Scripts):
@@ -348,6 +419,26 @@ class Libraries(Scripts):
                          (1, "lib/l.morvik:2: 17 - dyadic function arguments are not conformable.\n    'a' 1 + ; @f SET .\n"
                              "          ^\n  in f, line 2\n  in s.morvik, line 2\n"))
 
+    def test_the_beginning_of_a_name_is_another_library(self):
+        self.write("lib/ab.morvik", "1 PRINT .")
+        self.write("lib/a.morvik", "2 PRINT .")
+        self.passes("3 PRINT .", " 1\n 2\n 3\n", options=["-l", "ab", "-l", "a"], environment={"MORVIK_PATH": "lib"})
+
+    def test_an_empty_folder_in_the_path_is_the_present_one(self):
+        self.write("l.morvik", "1 PRINT .")
+        (self.folder / "lib" / "l.morvik").mkdir(parents=True)  # a folder is no library
+        for path in (":none", "none:", "lib::none"):
+            self.passes("2 PRINT .", " 1\n 2\n", options=["-l", "l"], environment={"MORVIK_PATH": path})
+
+    def test_an_empty_path_is_none(self):
+        self.write("l.morvik", "1 PRINT .")
+        self.assertEqual(self.script("2 PRINT .", options=["-l", "l"], environment={"MORVIK_PATH": ""})[0], 2)
+
+    def test_comments_that_say_no_need(self):
+        self.passes("\"HELLO none\" \"NEED none\" \"\" 's' PRINT .", "s\n")
+        _, _, errors = self.script('"It is open')
+        self.assertEqual(errors.split("\n")[0], "s.morvik:1: the file ends inside a comment opened at line 1")
+
     def test_an_end_of_a_library_is_not_the_scripts(self):
         self.write("lib/l.morvik", "1 PRINT")
         self.passes("2 PRINT .", " 1\n 2\n", options=["-l", "l"], environment={"MORVIK_PATH": "lib"})
@@ -384,8 +475,9 @@ class Libraries(Scripts):
     def test_a_library_that_is_not_there(self):
         self.assertEqual(self.script("1 PRINT .", options=["-l", "none"]),
                          (2, "", "morvik-run: none: there is no such library in MORVIK_PATH, ../share/morvik/lib or ../lib\n"))
-        self.assertEqual(self.script("1 PRINT .", options=["-l", "../s"]),
-                         (2, "", "morvik-run: ../s: this is no name of a library: letters, digits, - and _\n"))
+        for name in ("../s", "", "a b"):
+            self.assertEqual(self.script("1 PRINT .", options=["-l", name]),
+                             (2, "", "morvik-run: %s: this is no name of a library: letters, digits, - and _\n" % name))
 
 
 if __name__ == "__main__":

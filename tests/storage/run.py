@@ -3,7 +3,7 @@
 
 Whatever the failure hits, the process ends in order: with status 0 and its closing line, or with status 1 and message 27
 where it hits the start. A block that is left over (status 99), a fault or an abort is an error. The walk ends where the
-programme has no allocation left to fail, so that it runs as it does undisturbed.
+programme has no allocation left to fail, so that it runs as it does undisturbed. A file of one-line tests is a programme too.
 
 With --random so many programmes are written anew, of words of every kind, for a run with the pool and one without. Of these
 the first allocations alone fail in turn. What does not run alike twice, or not to its end, is passed over.
@@ -20,10 +20,11 @@ import time
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "fuzz"))
 import programmes  # noqa: E402
 
+LINES = programmes.load("lines", pathlib.Path(__file__).resolve().parents[1] / "lines" / "run.py")
 MESSAGE = b"27 - out of main storage."
 FAULT = re.compile(rb"^(?:SEGMENTATION VIOLATION|Bus error|Floating point exception)", re.M)
 CLOSING = re.compile(rb"--- Spent: \d\d:\d\d:\d\d\.\d{6} ---\n\n$")
-MOST = 20000
+MOST = 200000
 MOST_RANDOM = 250
 PASSED_OVER = 1  # seconds that a random programme may take at most
 CALM = 5  # undisturbed runs in a row that end a walk: one failure may go unnoticed
@@ -86,6 +87,14 @@ def randomtexts(binary, seed):
             yield number, text
 
 
+def programmeof(path):
+    """What a file has the binary read, and the options for that."""
+    if path.suffix != ".lines":
+        return path.read_bytes(), ()
+    parsed, arguments = LINES.read(path)
+    return LINES.session([line for line in parsed if isinstance(line, LINES.Case)], arguments)
+
+
 def show(name, faults, count):
     print("%s: %d allocations failed in turn, %d faults" % (name, count, len(faults)), flush=True)
     for fault in faults[:SPOKEN]:
@@ -104,7 +113,8 @@ def main():
     binary = os.path.abspath(given.binary)
     failed = walks = 0
     for path in given.programmes:
-        failed += show(path.name, *walk(binary, path.read_bytes()))
+        text, options = programmeof(path)
+        failed += show(path.name, *walk(binary, text, options=options))
     ends = time.monotonic() + (given.seconds or 1e9)
     for _, (number, text) in zip(range(given.random), randomtexts(binary, given.seed)):
         if time.monotonic() > ends:

@@ -147,6 +147,32 @@ TEST(RoundTripFunctions, NamesLikeOtherThings) {
   EXPECT_GT(names, 1500);
 }
 
+// Brackets stand where the text would be read as something else, and only there.
+TEST(RoundTripFunctions, NamesThatBeginAsNumbersAndHeads) {
+  Reader reader;
+  const auto isbracketed = [&reader](const std::string &name) {
+    expectreadsback(reader, ": \2" + name + "\3 @\2" + name + "\3 ;");
+    std::vector<Point> points = reader.read(": \2" + name + "\3 ;");
+    const std::string printed = print(points[0], true);
+    for (Point &p : points) drop(p);
+    EXPECT_NE(printed.find(name), std::string::npos);
+    return printed.find("\2" + name + "\3") != std::string::npos;
+  };
+  for (const char *name : {"r-Infi2", "#-Info2", "rnani2", "dInfp1", "r1e5i2", "r1E-5i2", "r1E+5i2", "r1E\xAF\x35i2",
+                           "ARGS3VARS2", "VARS3ARGS2", "ARGS-1FUNCTION", "_\2x", "$\2x", "%\2x"})
+    EXPECT_TRUE(isbracketed(name)) << name;
+  for (const char *name :
+       {"r-NaNi2", "r-nani2", "rInfx", "r1Exi2", "r1E+xi2", "r1x", "ARGS3x", "VARSx", "_", "$", "x_\2"})
+    EXPECT_FALSE(isbracketed(name)) << name;
+}
+
+// A word that was given a meaning is written as the word.
+TEST(RoundTripFunctions, WordsThatAreNames) {
+  Reader reader;
+  for (const std::string word : {"**", "+", "<=", "SIN", "MAX"})
+    expectreadsback(reader, ": @" + word + " " + word + " ;");
+}
+
 TEST(RoundTripFunctions, LabelsLocalsAndComments) {
   Reader reader;
   expectreadsback(reader, ": %here 1 \"a note, with . and ;\" @%here JUMP @%there \xC5% %there ;");
