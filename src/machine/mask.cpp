@@ -5,9 +5,14 @@
 #include "arithmetic/frame.h"
 #include "arithmetic/pairwalk.h"
 #include "failure/custody.h"
+#include "failure/jump.h"
 #include "machine/gather.h"
+#include "machine/inspect.h"
 #include "machine/leave.h"
+#include "machine/timing.h"
+#include "operators/neighbours.h"
 #include "spaces/copies.h"
+#include "spaces/counters.h"
 #include "spaces/messages.h"
 #include "spaces/parts.h"
 
@@ -135,10 +140,46 @@ void pushneighbourhood(Level &level, const Gathering &g, Dimension *dimensions, 
   level.sp->type = (weights.type & RANK_BITS) | kinds | complexed(kinds);
 }
 
-Next maskspace(Level &level) {
-  Gathering g;
-  begingathering(level, g, 3);
-  Level inner = gatheringlevel(level, g);
+bool isinstruction(const Point &p, std::uint16_t number) {
+  return isoperator(p) && p.instruction == number;
+}
+
+// The Points of a body that adds up a neighbourhood and does no more, as `RAVEL SUM` does, and `SUM` where it is a
+// vector; 0 for any other body.
+std::uint32_t pointsofsum(const Point *body, std::int32_t rank) {
+  const Point *p = body;
+  if (isinstruction(*p, instructions::RAVEL))
+    ++p;
+  else if (rank != ranks::VECTOR)
+    return 0;
+  if (!isinstruction(*p, instructions::REDUCE) || p->modifier != instructions::ADD) return 0;
+  ++p;
+  if (isinstruction(*p, instructions::FUNCTIONEND)) ++p;
+  return isend(*p) ? static_cast<std::uint32_t>(p - body) : 0;
+}
+
+// Makes all sums at once where the function does nothing else, no more than the quick loop may run it, and counts what
+// the calls would have.
+bool sumspace(const Level &inner, Gathering &g) {
+  if (g.data.elements == 0 || g.function.locals != 0 || inner.names || opstime || (stepping && (Trace || Step)))
+    return false;
+  const std::uint32_t points = pointsofsum(inner.start, g.data.rank);
+  NeighbourSums found;
+  if (points == 0 || inner.caller->instruction->modifier != 0 || !decoded(inner, true) ||
+      !sumneighbourhoods(g.data, g.weights, g.result.data_pointer, found))
+    return false;
+  const double called = g.data.elements, placed = called * g.weights.elements;
+  g.result.elements = g.data.elements;
+  g.kinds = found.kinds;
+  operators += called * points;
+  operations += placed;
+  countwork(placed, found.sumflops);
+  countwork(called, found.productflops);
+  return true;
+}
+
+void callforeach(Level &inner, Gathering &g) {
+  Level &level = *inner.caller;
   Dimension *dimensions = makedimensions(g.data, g.weights);
   Custody walked;
   takecustody(walked, releaseblock, dimensions);
@@ -153,6 +194,13 @@ Next maskspace(Level &level) {
   countwork(g.data.elements, tally.flops);
   endcustody(walked);
   freeblock(dimensions);
+}
+
+Next maskspace(Level &level) {
+  Gathering g;
+  begingathering(level, g, 3);
+  Level inner = gatheringlevel(level, g);
+  if (!sumspace(inner, g)) callforeach(inner, g);
   endgathering(level, g, KEPT_FLAGS);
   return Next::FETCH;
 }

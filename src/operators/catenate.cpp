@@ -5,6 +5,7 @@
 #include <bit>
 
 #include "failure/custody.h"
+#include "failure/signals.h"
 #include "operators/records.h"
 #include "spaces/blocks.h"
 #include "spaces/messages.h"
@@ -254,8 +255,7 @@ bool issharedeasily(const Element &e) {
 }  // namespace
 
 bool appendvalue(Point &vector, Point &value) {
-  constexpr std::uint32_t SHORT = 256;
-  if (!isspace(value) || value.rank > ranks::VECTOR || isnothing(value) || value.elements > SHORT) return false;
+  if (!isspace(value) || value.rank > ranks::VECTOR || isnothing(value) || value.elements > POLL_INTERVAL) return false;
   ensurekinds(value);
   Side part;
   if (makepart(part, value) != 0) return false;

@@ -67,13 +67,11 @@ bool isbeside(List<char> &path, const char *name) {
 }  // namespace
 
 bool findlibrary(List<char> &path, const char *name) {
-  if (*name == 0 || name[std::strspn(name, NAME_BYTES)] != 0) {
-    refusefile(name, "this is no name of a library: letters, digits, - and _");
-    return false;
-  }
+  if (*name == 0 || name[std::strspn(name, NAME_BYTES)] != 0)
+    return refusefile(name, "this is no name of a library: letters, digits, - and _");
+  if (!path.reserve(PATH_MAX)) return refusefile(name, NO_STORAGE);
   if (isalong(path, std::getenv("MORVIK_PATH"), name) || isbeside(path, name)) return true;
-  refusefile(name, "there is no such library in MORVIK_PATH, ../share/morvik/lib or ../lib");
-  return false;
+  return refusefile(name, "there is no such library in MORVIK_PATH, ../share/morvik/lib or ../lib");
 }
 
 const char *findneeds(const char *text) {

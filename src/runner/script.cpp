@@ -89,24 +89,20 @@ bool openlibrary(const char *name, std::size_t length) {
   char *const own = strndup(name, length);
   if (!own || !libraries.append(own)) {
     std::free(own);
-    return false;
+    return refusefile("libraries", NO_STORAGE);
   }
   List<char> path;
-  if (!findlibrary(path, own) || !paths.append(path.records)) {
-    path.clear();
-    return false;
-  }
-  return opentexts(path.records);
+  const bool found = findlibrary(path, own);
+  if (found && paths.append(path.records)) return opentexts(path.records);
+  path.clear();
+  return found && refusefile(own, NO_STORAGE);
 }
 
 // The libraries that a text says it needs.
 bool openneeds(const Source &source) {
   const char *names = findneeds(source.read);
   while (const std::size_t length = names ? findneed(names) : 0) {
-    if (!openlibrary(names, length)) {
-      refusefile(source.name, "it needs a library that is not there");
-      return false;
-    }
+    if (!openlibrary(names, length)) return refusefile(source.name, "it needs a library that is not there");
     names += length;
   }
   return true;
@@ -115,7 +111,9 @@ bool openneeds(const Source &source) {
 bool opentexts(const char *path) {
   Source source;
   if (!readscript(source, path)) return false;
-  if (openneeds(source) && sources.append(source)) return true;
+  const bool needed = openneeds(source);
+  if (needed && sources.append(source)) return true;
+  if (needed) refusefile(source.name, NO_STORAGE);
   dropscript(source);
   return false;
 }

@@ -19,7 +19,6 @@ namespace {
 constexpr std::size_t LARGEST_SCRIPT = std::size_t{256} << 20;
 constexpr char TOO_LARGE[] = "larger than a script may be (256 MiB)";
 constexpr std::size_t CHUNK = 65536;
-constexpr char NO_STORAGE[] = "out of storage";
 
 // All bytes of a descriptor, or those up to one after which it is no text. Returns what hindered it, null for nothing.
 const char *readall(int descriptor, List<char> &bytes) {
@@ -94,8 +93,9 @@ bool istextual(const char *path, const List<char> &bytes) {
 
 }  // namespace
 
-void refusefile(const char *what, const char *why) {
+bool refusefile(const char *what, const char *why) {
   std::fprintf(stderr, "%s: %s: %s\n", program_invocation_short_name, what, why);
+  return false;
 }
 
 bool readscript(Source &source, const char *path) {

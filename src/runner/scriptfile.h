@@ -13,7 +13,8 @@ namespace morvik {
 bool readscript(Source &source, const char *path);
 void dropscript(Source &source);
 
-// Complains on standard error: "morvik-run: WHAT: WHY".
-void refusefile(const char *what, const char *why);
+// Complains on standard error: "morvik-run: WHAT: WHY". Returns false.
+bool refusefile(const char *what, const char *why);
+inline constexpr char NO_STORAGE[] = "out of storage";
 
 }  // namespace morvik

@@ -28,6 +28,8 @@ FEW, MANY = 3000, 30000
 INEXACT = re.compile("arrays:round|matrix:|quaternion:")
 # Ten times as many numbers take some thirteen times as much work; a quadratic way would take a hundred times as much.
 GROWTH = 20
+# What goes once through a text takes ten times as much.
+CUT_GROWTH = 10.5
 
 
 def vector(values):
@@ -189,11 +191,20 @@ def run(binary, source, *options):
     return done.stdout.decode("latin-1")
 
 
-def sortwork(binary, count):
-    """How many words a sort and a grade of so many numbers run, and on how many elements."""
-    source = "7 SEED %d .. 0 * 1.5 + RANDOM @x SET x arrays:sort x arrays:grade DISCARD DISCARD .\n" % count
+def workof(binary, source):
+    """How many words a text runs, and on how many elements."""
     words, elements = re.findall(r"Executed (\d+) operators, (\d+) operations", run(binary, source, "-p"))[-1]
     return int(words) + int(elements)
+
+
+def sortwork(binary, count):
+    """What a sort and a grade of so many numbers take."""
+    return workof(binary, "7 SEED %d .. 0 * 1.5 + RANDOM @x SET x arrays:sort x arrays:grade DISCARD DISCARD .\n" % count)
+
+
+def cutwork(binary, count):
+    """What it takes to cut a text of so many characters into words, and into pieces."""
+    return workof(binary, "'word, ' %d RESHAPE @t SET t text:words t ', ' text:split DISCARD DISCARD .\n" % count)
 
 
 def main():
@@ -210,11 +221,12 @@ def main():
         if answer is None or not same(flat(answer), [float(x) for x in expected], not INEXACT.search(case)):
             failed += 1
             print("%s\n  expected: %s\n  found:    %s" % (case[:600], expected, answer))
-    few, many = (sortwork(sys.argv[1], count) for count in (FEW, MANY))
-    if many > GROWTH * few:
-        print("a sort and a grade of %d numbers take %d steps, of %d %d" % (FEW, few, MANY, many))
-        failed += 1
-    print("%d cases, %d wrong; a sort and a grade of %d numbers: %d steps" % (len(cases), failed, MANY, many))
+    for work, growth in ((sortwork, GROWTH), (cutwork, CUT_GROWTH)):
+        few, many = (work(sys.argv[1], count) for count in (FEW, MANY))
+        if many > growth * few:
+            print("%s %d take %d steps, %d take %d" % (work.__doc__, FEW, few, MANY, many))
+            failed += 1
+    print("%d cases, %d wrong" % (len(cases), failed))
     return 1 if failed or len(cases) < 300 else 0
 
 

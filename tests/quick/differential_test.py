@@ -248,6 +248,32 @@ class Differential(unittest.TestCase):
                 endless += self.agree(session(seed), seed, ("-c2",) if i % WITH_POOL == 0 else ()) is None
         self.assertLessEqual(endless, 1 + sessions // 20)
 
+    def test_masks(self):
+        """MASK with bodies that are known, that nearly are, and that fail, over numbers of each kind."""
+        r = random.Random(SEED)
+        bodies = ["RAVEL SUM", "RAVEL SUM", "RAVEL + //", "SUM", "RAVEL SUM 3 =", "RAVEL MAX //", "RAVEL SUMROWS", "ENLIST SUM",
+                  "RAVEL SUM RETURN", "RAVEL SUM @a SET a", "RAVEL SUM 'x' +", "SUM RAVEL", "VARS 1 MONADIC RAVEL SUM", ""]
+        kinds = [["0", "1", "2", "-1", "5", "T"], ["0.5", "-0.25", "2.5", "1E-300", "-0.0"], ["1", "0.5", "3"],
+                 ["1", "4611686018427387904"], ["0", "2i3"], ["1", "'x'"], ["1.5", "Inf"]]
+        lines = []
+        for _ in range(max(PROGRAMMES // 10, 60)):
+            wide, high = r.choice([1, 2, 3, 9, 20]), r.choice([1, 1, 2, 5])
+            columns, rows = r.choice([1, 3, 3, 5]), r.choice([1, 3, 3])
+
+            def numbers(count, kind):
+                return "(%s)" % " ".join(r.choice(kind) for _ in range(count))
+
+            if high == 1:
+                rows = 1
+            one, other = (("(%d)" if high == 1 else "(%d %d)") % shape[:1 if high == 1 else 2] for shape in ((wide, high), (columns, rows)))
+            weights = numbers(columns * rows, r.choice([kinds[0], kinds[0], *kinds]))
+            lines.append("%s %s RESHAPE @a SET a %s %s RESHAPE %s ; MASK @b SET b .\nCLEAR b 1.5 = .\nCLEAR .\n" % (
+                numbers(wide * high, r.choice(kinds[:3] + kinds)), one, weights, other,
+                ("MONADIC " + r.choice(bodies)).replace("MONADIC VARS", "VARS")))
+        status, out, _ = self.agree("".join(lines), "of masks") or (None, b"", b"")
+        self.assertEqual(status, 0)
+        self.assertGreater(out.count(b"Executed"), 2 * len(lines))
+
     def test_the_test_sees_a_difference(self):
         """The counts of -p are in what is compared."""
         status, out, _ = self.agree("0 10 DYADIC + ; LOOP .\n", "none")

@@ -2,12 +2,15 @@
 """morvik-run: what a script writes, reads and leaves, and its status:  running_test.py BINARY"""
 import os
 import re
+import resource
 import signal
 import subprocess
 import time
 import unittest
 
 from scripts import BINARY, LIMIT, Scripts, version
+
+SANITIZED = os.environ.get("MORVIK_SANITIZED") == "1"
 
 
 class Running(Scripts):
@@ -478,6 +481,30 @@ class Libraries(Scripts):
         for name in ("../s", "", "a b"):
             self.assertEqual(self.script("1 PRINT .", options=["-l", name]),
                              (2, "", "morvik-run: %s: this is no name of a library: letters, digits, - and _\n" % name))
+
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more storage than the limit leaves")
+    def test_without_storage_it_says_so(self):
+        """The limit on storage goes up page by page from where the system starts the process at all."""
+        self.write("s.morvik", "1 PRINT .\n")
+
+        def runs(pages, words):
+            limit = pages * resource.getpagesize()
+            return self.run_words(*words, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_DATA, (limit, limit)))
+
+        for words in (("s.morvik",), ("-l", "arrays", "s.morvik")):
+            few, enough = 0, 1 << 16
+            while enough - few > 1:
+                pages = (few + enough) // 2
+                if runs(pages, words)[0] in (0, 1, 2):
+                    enough = pages
+                else:
+                    few = pages
+            refused = [runs(pages, words) for pages in range(enough, enough + 130)]
+            refused = [(status, errors) for status, _, errors in refused if status == 2]
+            self.assertGreater(len(refused), 50)
+            for _, errors in refused:
+                self.assertRegex(errors, r"(?m)^morvik-run: (.*: )?(out of storage|27 - out of main storage\.)$")
+                self.assertNotIn("there is no such library", errors)
 
 
 if __name__ == "__main__":
