@@ -151,7 +151,6 @@ Complex cleanedfunction(std::int64_t number, const Complex &z) {
 
 struct Circular : FlopCounter {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
-  static constexpr std::size_t pollinterval = SLOW_POLL_INTERVAL;
   static std::int32_t refusal(std::int32_t, std::int32_t right) {
     return right == tags::INTEGER ? messages::INCOMPATIBLE_TYPES : messages::CIRCULAR_NUMBER;
   }

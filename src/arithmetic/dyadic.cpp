@@ -80,14 +80,6 @@ std::int32_t chooseblock(const Dyadic &d, const Point &left, const Point &right,
   return message;
 }
 
-// Where sums, products and their like of octonions go into new blocks, taking and giving back the blocks is most of the
-// time, and the main thread's alone: the pool gains nothing. What refuses no operand makes truths or a choice, and what
-// is slow looks for interrupts more often: these go to it.
-bool isblockbound(const Dyadic &d, const Point &left, const Point &right, ResultBlock block) {
-  return block == ResultBlock::NEW && d.refused != 0 && d.pollinterval == POLL_INTERVAL && isuniform(left) &&
-         isuniform(right) && ((left.type | right.type) & HASOCTONION) != 0;
-}
-
 // ---- On the stack.
 
 // The empty rule: of two operands an empty one is dropped, and the other is the result. Was one of them empty?
@@ -241,7 +233,7 @@ void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const
   tally.stopped = isinterrupted;
   if (d.tolerant) tally.tolerance = tolerancein(context);
   bool inpool = false;
-  if (parallel && !isdeep(left) && !isdeep(right) && !isblockbound(d, left, right, block)) {
+  if (parallel && !isdeep(left) && !isdeep(right)) {
     describeoperands(run, left, right);
     inpool = postrun(run, instruction, *stack - 1, tally);
   }

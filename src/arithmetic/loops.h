@@ -349,10 +349,11 @@ using StraightLoop = Stretch (*)(const Element *left, const Element *right, Elem
                                  bool fresh, Tally &tally);
 enum Lone : unsigned { NO_LONE, LONE_LEFT, LONE_RIGHT, LONES };
 
-// Integers and reals take so little that looking for the end would be a good part of it: so many go between two looks.
+// Arithmetic of reals takes so little that looking for the end would be a good part of it: so many go between two looks.
+// What chooses or tells truths, which refuses no operand, is slower so.
 inline constexpr std::size_t UNROLLED = 4;
-template <std::int32_t L, std::int32_t R>
-inline constexpr bool ISBRIEF = L == R && (L == tags::INTEGER || L == tags::REAL);
+template <class Core, std::int32_t L, std::int32_t R>
+inline constexpr bool ISBRIEF = L == tags::REAL && R == tags::REAL && Core::refused != 0;
 
 // The tag as the loop compares it: in a register, which the processor does in one step with the branch.
 template <std::int32_t tag>
@@ -385,7 +386,7 @@ Stretch straightloop(const Element *left, const Element *right, Element *result,
     });
   };
   bool expected = true;
-  if constexpr (ISBRIEF<L, R>)
+  if constexpr (ISBRIEF<Core, L, R>)
     while (expected && count - done >= UNROLLED) {
       [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
         expected = ((at(done + i) || (done += i, false)) && ...);

@@ -5,13 +5,11 @@
 
 #include "arithmetic/complexfunctions.h"
 #include "arithmetic/loops.h"
-#include "failure/signals.h"
 
 namespace morvik {
 
 struct Power : FlopCounter {
   static constexpr std::uint32_t refused = ISADDRESS | HASASCII | HASUNICODE;
-  static constexpr std::size_t pollinterval = SLOW_POLL_INTERVAL;
 
   static constexpr std::size_t fixedflops(Formula<double, double>) { return 1; }
 

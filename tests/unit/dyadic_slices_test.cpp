@@ -180,32 +180,4 @@ TEST_F(Dyadics, WithoutAPoolTheCallerWorksAllSlices) {
   }
 }
 
-// What the pool gains nothing by does not go there: octonions into new blocks, but for functions that are slow.
-TEST_F(Dyadics, OctonionsIntoNewBlocksStayOnTheMainThreadWhereTheyAreQuick) {
-  static int posts;
-  const Pool pool(3, 2);
-  const auto posted = postcoprocessors;
-  postcoprocessors = [] {
-    ++posts;
-    return false;
-  };
-  const auto postsof = [&](DyadicFunction *work, int kind, bool shared) {
-    Stack stack;
-    push(stack, operand(kind, {23}), shared);
-    push(stack, operand(kind, {23}, 2), shared);
-    posts = 0;
-    EXPECT_EQ(run(work, stack), 0);
-    clear(stack);
-    drop();
-    return posts;
-  };
-  EXPECT_EQ(postsof(multiply, OCTONION, true), 0);
-  EXPECT_EQ(postsof(add, OCTONION, true), 0);
-  EXPECT_EQ(postsof(multiply, OCTONION, false), 1);
-  EXPECT_EQ(postsof(multiply, QUATERNION, true), 1);
-  EXPECT_EQ(postsof(power, OCTONION, true), 1);
-  EXPECT_EQ(postsof(identical, OCTONION, true), 1);
-  postcoprocessors = posted;
-}
-
 }  // namespace
