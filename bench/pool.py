@@ -10,13 +10,14 @@ import sys
 import time
 
 RUNS = 5
-START = "1000000 .. 1E-6 * @x SET x 1l1 * @o SET x 1 + @y SET 0 @n SET . "
+START = "1000000 .. 1E-6 * @x SET x 1l1 * @o SET x 1 + @y SET 0 @n SET . 10000 .. 1E-4 * 1l1 * @p SET . "
 # title: answer, text. What is measured is repeated, so that the start is little beside it.
 PROGRAMMES = {
     "CIRCULAR of reals": ("0.8414709848", "40 : x SIN DISCARD ; REPEAT x SIN MIRROR FIRST ."),
     "POWER of reals": ("1", "20 : x 1.5 ** DISCARD ; REPEAT x 1.5 ** MIRROR FIRST ."),
     "MULTIPLY of octonions": ("1i0j0k0l1", "o 1 * 20 : 0l1 * ; REPEAT MIRROR FIRST ."),
     "the same into new blocks": ("0i0j0k0l2", "10 : o o * DISCARD ; REPEAT o o * MIRROR FIRST ."),
+    "the same, ten thousand": ("0i0j0k0l2", "500 : p p * DISCARD ; REPEAT p p * MIRROR FIRST ."),
     "ADD of reals": ("3", "100 : x y + DISCARD ; REPEAT x y + MIRROR FIRST ."),
     "small spaces": ("4000000", "0 2000000 DYADIC DISCARD 1 + 1 + ; LOOP ."),
 }

@@ -48,8 +48,8 @@ std::int32_t checkrecords(const Dyadic &d, const Run &run, bool &owning) {
   return 0;
 }
 
-ResultBlock candidateblock(const Point &left, const Point &right, const OperandFit &fit) {
-  const bool leftowned = isowned(left), rightowned = isowned(right);
+inline ResultBlock candidateblock(const Point &left, const Point &right, const OperandFit &fit, bool leftowned,
+                                  bool rightowned) {
   const bool leftserves = !fit.leftextends || fit.rightextends, rightserves = !fit.rightextends || fit.leftextends;
   if (leftowned && leftserves) return ResultBlock::LEFT;
   if (rightowned && rightserves) return ResultBlock::RIGHT;
@@ -61,7 +61,7 @@ ResultBlock candidateblock(const Point &left, const Point &right, const OperandF
 // May the result overwrite an operand, and which? 0, or the message that the records give before anything is written.
 std::int32_t chooseblock(const Dyadic &d, const Point &left, const Point &right, const OperandFit &fit, const Run &run,
                          ResultBlock &block) {
-  block = candidateblock(left, right, fit);
+  block = candidateblock(left, right, fit, isowned(left), isowned(right));
   if (block == ResultBlock::NEW) return 0;
   const std::int32_t lefttag = run.left->tag, righttag = run.right->tag;
   const std::int32_t blocktag = block == ResultBlock::LEFT ? lefttag : righttag;
@@ -133,7 +133,86 @@ Element *resultblock(Element *left, Element *right) {
   return block;
 }
 
+namespace {
+
+// Works what is left of a run, all of it on the main thread or its slice, and ends the instruction.
+void finishframe(const Dyadic &d, Point **stack, const Point *instruction, const OperandFit &fit, ResultBlock block,
+                 bool inpool, Run &run, Tally &tally) {
+  if (const std::int32_t message = work(d, run, tally); message != 0) {
+    if (inpool) recallrun(run);
+    abandonrun(run);
+    failwith(message, stack, instruction);
+  }
+  putresult(stack, resultpoint((*stack)[-1], **stack, fit, run), block, inpool);
+  countwork(fit.count + tally.operations, 1 + tally.flops + hypercomplexflops);
+}
+
+// The same where both operands are plain and one loop did it all: the result has the shape of one of them, and the rest
+// of the two is given up.
+inline void finishplain(Point **stack, const OperandFit &fit, ResultBlock block, Element *records, std::uint32_t kinds,
+                        const Tally &tally) {
+  Point &left = (*stack)[-1];
+  const Point &right = **stack;
+  const bool asleft = fit.shaped == &left;
+  Element *const leftdata = left.data_pointer, *const rightdata = right.data_pointer;
+  Element *const spentshape = asleft ? right.shape_pointer : left.shape_pointer;
+  const std::int16_t depth = std::max(left.depth, right.depth);
+  const std::uint32_t type = plaintype(*fit.shaped, kinds);
+  if (!asleft) left = right;
+  left.type = type;
+  left.depth = depth;
+  left.data_pointer = records;
+  --*stack;
+  if (block != ResultBlock::RIGHT) release(rightdata);
+  if (block != ResultBlock::LEFT) release(leftdata);
+  release(spentshape);
+  countwork(fit.count, 1 + tally.flops + hypercomplexflops);
+}
+
+// The short way of two plain spaces that fit. False, with nothing done, where the frame has to look closer.
+bool workplain(const Dyadic &d, Point **stack, const Point *instruction, const Point *context) {
+  const Point &left = (*stack)[-1], &right = **stack;
+  const unsigned leftkind = plainkind(left), rightkind = plainkind(right);
+  OperandFit fit;
+  if (leftkind == PLAIN_COUNT || rightkind == PLAIN_COUNT || !fitshapes(left, right, fit) ||
+      !isshort(fit.count, d.pollinterval) || mayownname(left) || mayownname(right))
+    return false;
+  const Lone lone = fit.leftextends == fit.rightextends ? NO_LONE : fit.leftextends ? LONE_LEFT : LONE_RIGHT;
+  const StraightLoop loop = d.straight[leftkind][rightkind][lone];
+  if (!loop) return false;
+  const ResultBlock block =
+      candidateblock(left, right, fit, referencecount(left.data_pointer) == 1, referencecount(right.data_pointer) == 1);
+  const bool fresh = block == ResultBlock::NEW;
+  Element *const records = fresh                        ? static_cast<Element *>(tryblock(fit.count * sizeof(Element)))
+                           : block == ResultBlock::LEFT ? left.data_pointer
+                                                        : right.data_pointer;
+  if (!records) failwith(messages::OUT_OF_STORAGE, stack, instruction);
+  Tally tally;
+  tally.stopped = isinterrupted;
+  if (d.tolerant) tally.tolerance = tolerancein(context);
+  hypercomplexflops = 0;
+  const Stretch stretch = loop(left.data_pointer, right.data_pointer, records, fit.count, fresh, tally);
+  if (stretch.done == fit.count) [[likely]] {
+    finishplain(stack, fit, block, records, stretch.kinds, tally);
+    return true;
+  }
+  if (stretch.done == 0) {
+    if (fresh) freeblock(records);
+    return false;
+  }
+  Run run = makerun(left, right, fit);
+  run.result = records;
+  run.fresh = fresh;
+  run.kinds = stretch.kinds;
+  run.done = stretch.done;
+  finishframe(d, stack, instruction, fit, block, false, run, tally);
+  return true;
+}
+
+}  // namespace
+
 void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const Point *context, bool nested) {
+  if (!nested && workplain(d, stack, instruction, context)) return;
   if (applyemptyrule(stack)) return;
   const Point &left = (*stack)[-1], &right = **stack;
   const bool parallel = goesparallel(std::max(left.elements, right.elements));
@@ -158,13 +237,7 @@ void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const
     describeoperands(run, left, right);
     inpool = postrun(run, instruction, *stack - 1, tally);
   }
-  if (const std::int32_t message = work(d, run, tally); message != 0) {
-    if (inpool) recallrun(run);
-    abandonrun(run);
-    failwith(message, stack, instruction);
-  }
-  putresult(stack, resultpoint(left, right, fit, run), block, inpool);
-  countwork(fit.count + tally.operations, 1 + tally.flops + hypercomplexflops);
+  finishframe(d, stack, instruction, fit, block, inpool, run, tally);
 }
 
 std::int32_t dyadicslice(const Dyadic &d, std::uint32_t index) noexcept {

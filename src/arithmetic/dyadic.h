@@ -34,6 +34,18 @@ constexpr void setloops(Dyadic &d) {
   if constexpr (Checked<Core, Kind<L>, Kind<R>>) d.checks[kindof(L, R)] = &check<Core, L, R>;
 }
 
+template <class Core, std::int32_t L, std::int32_t R>
+constexpr void setstraight(Dyadic &d) {
+  if constexpr (Supported<Core, Kind<L>, Kind<R>> && !Checked<Core, Kind<L>, Kind<R>>) {
+    StraightLoop(&loops)[LONES] = d.straight[plainkindof(L)][plainkindof(R)];
+    loops[NO_LONE] = &straightloop<Core, L, R, NO_LONE>;
+    if constexpr (HASLONE<Core, L, R>) {
+      loops[LONE_LEFT] = &straightloop<Core, L, R, LONE_LEFT>;
+      loops[LONE_RIGHT] = &straightloop<Core, L, R, LONE_RIGHT>;
+    }
+  }
+}
+
 template <class Core>
 constexpr Dyadic dyadic() {
   Dyadic d{};
@@ -58,6 +70,12 @@ constexpr Dyadic dyadic() {
     (setloops<Core, tagof(cell / LOOP_TAGS), tagof(cell % LOOP_TAGS)>(d), ...);
   }
   (std::make_index_sequence<LOOP_TAGS * LOOP_TAGS>{});
+  [&]<std::size_t... pair>(std::index_sequence<pair...>) {
+    (setstraight<Core, tags::INTEGER + static_cast<std::int32_t>(pair / PLAIN_COUNT),
+                 tags::INTEGER + static_cast<std::int32_t>(pair % PLAIN_COUNT)>(d),
+     ...);
+  }
+  (std::make_index_sequence<PLAIN_COUNT * PLAIN_COUNT>{});
   return d;
 }
 

@@ -12,12 +12,6 @@ void releaseoverwritten(const Run &run, Element &result) {
   if (!run.fresh) dereferencedataelems(&result, 1);
 }
 
-bool newrecords(Run &run) {
-  run.fresh = true;
-  run.result = run.count == 0 ? nullptr : static_cast<Element *>(tryblock(run.count * sizeof(Element)));
-  return run.result || run.count == 0;
-}
-
 void abandonrun(Run &run) {
   if (!run.fresh || !run.result) return;
   dereferencedataelems(run.result, run.done);

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 
 #include "arithmetic/loops.h"
+#include "failure/signals.h"
 #include "spaces/counters.h"
 #include "spaces/work.h"
 
@@ -47,17 +49,50 @@ inline bool isuniform(const Point &p) {
   return (p.type & (COMPLEXED | STRUCTURED)) == 0 && (p.type & ELEMENT_BITS) == kind && kind != 0;
 }
 
-// May the records be written over without loss? The name of a scalar may be counted.
+// The name of a scalar may be counted; all others are permanent.
+inline bool mayownname(const Point &p) {
+  return p.rank == ranks::SCALAR && (p.data_pointer->attributes & attributes::NAMED) != 0;
+}
+// May the records be written over without loss?
 inline bool isowned(const Point &p) {
-  const bool named = p.rank == 0 && (p.data_pointer->attributes & attributes::NAMED) != 0;
-  return referencecount(p.data_pointer) == 1 && !named;
+  return referencecount(p.data_pointer) == 1 && !mayownname(p);
+}
+
+// ---- Plain spaces: the flag word promises one kind of numbers whose records own nothing, and says no more. Nearly all
+// that programmes work on; it goes to its loop without a detour, as the loop looks at each tag anyway.
+
+inline constexpr std::uint32_t PLAIN_KINDS = HASINTEGER | HASREAL | HASCOMPLEX | HASQUATERNION;
+inline constexpr unsigned PLAIN_COUNT = 4;
+
+// The kind that the word promises so, counted from the integers; PLAIN_COUNT where it does not.
+inline constexpr unsigned plainkindof(std::int32_t tag) {
+  return static_cast<unsigned>(tag - tags::INTEGER);
+}
+inline unsigned plainkind(const Point &p) {
+  constexpr std::uint8_t NONE = PLAIN_COUNT, BY_BITS[] = {NONE, 0,    1,    NONE, 2,    NONE, NONE, NONE,
+                                                          3,    NONE, NONE, NONE, NONE, NONE, NONE, NONE};
+  const bool plain = (p.type & ~(RANK_BITS | PLAIN_KINDS)) == 0 && isspace(p);
+  return plain ? BY_BITS[(p.type & PLAIN_KINDS) / HASINTEGER] : NONE;
+}
+// So few elements that neither the pool nor an interrupt has a say before they are done? There must be some.
+inline bool isshort(std::uint32_t count, std::size_t pollinterval) {
+  return count - 1 < pollinterval && !goesparallel(count) && interrupted == 0;
+}
+// The flag word of what plain operands became, in the shape of this one.
+inline std::uint32_t plaintype(const Point &shaped, std::uint32_t kinds) {
+  const std::uint32_t type = (shaped.type & RANK_BITS) | kinds;
+  return shaped.elements > 1 ? type | complexed(kinds) : type;
 }
 
 // What a record of the result owns, where the result is written over it.
 void releaseoverwritten(const Run &run, Element &result);
 
 // New records for the result of a run. False where there is no storage.
-bool newrecords(Run &run);
+inline bool newrecords(Run &run) {
+  run.fresh = true;
+  run.result = run.count == 0 ? nullptr : static_cast<Element *>(tryblock(run.count * sizeof(Element)));
+  return run.result || run.count == 0;
+}
 // Gives back what a run that failed made; nothing where it wrote over an operand.
 void abandonrun(Run &run);
 

@@ -302,14 +302,12 @@ inline std::int32_t checkpair(const Element &left, const Element &right) {
     return Core{}.check(valueof<L>(left), valueof<R>(right));
 }
 
-// Works one pair: reads it before it writes the result, which may be one of the two. Passes the HAS bit of the result
-// to `note`. False where the pair is not for this formula, or fails, which sets `failure`.
+// Works one pair, whose tags are these: reads it before it writes the result, which may be one of the two. Passes the
+// HAS bit of the result to `note`. False where the pair fails, which sets `failure`.
 template <class Core, std::int32_t L, std::int32_t R, class Note>
-[[gnu::always_inline]] inline bool workpair(Core &core, const Element &left, const Element &right, Element &result,
-                                            bool fresh, std::int32_t &failure, Note &&note) {
+[[gnu::always_inline]] inline bool workvalues(Core &core, const Element &left, const Element &right, Element &result,
+                                              bool fresh, std::int32_t &failure, Note &&note) {
   using Result = ResultFor<Core, Kind<L>, Kind<R>>;
-  if (left.tag != L || right.tag != R) [[unlikely]]
-    return false;
   if constexpr (Checked<Core, Kind<L>, Kind<R>>) {
     failure = checkpair<Core, L, R>(left, right);
     if (failure != 0) [[unlikely]]
@@ -330,52 +328,108 @@ template <class Core, std::int32_t L, std::int32_t R, class Note>
               [&](const auto &value) { note(writeresult<L, R>(result, lefthead, righthead, value, fresh, target)); });
   return true;
 }
+// The same of any pair: false too where it is not for this formula.
+template <class Core, std::int32_t L, std::int32_t R, class Note>
+[[gnu::always_inline]] inline bool workpair(Core &core, const Element &left, const Element &right, Element &result,
+                                            bool fresh, std::int32_t &failure, Note &&note) {
+  if (left.tag != L || right.tag != R) [[unlikely]]
+    return false;
+  return workvalues<Core, L, R>(core, left, right, result, fresh, failure, note);
+}
 
-// Under a flag word that is not exact a space may hold any record: each is looked at, and the first that is not
-// expected ends the loop.
+// Loops along records side by side, of which one operand may be a lone record instead. Under a flag word that is not
+// exact a space may hold any record: each is looked at, and the first that is not expected ends the loop.
+
+// How far one came, and which kinds it wrote.
+struct Stretch {
+  std::size_t done;
+  std::uint32_t kinds;
+};
+using StraightLoop = Stretch (*)(const Element *left, const Element *right, Element *result, std::size_t count,
+                                 bool fresh, Tally &tally);
+enum Lone : unsigned { NO_LONE, LONE_LEFT, LONE_RIGHT, LONES };
+
+// Arithmetic of reals takes so little that looking for the end would be a good part of it: so many go between two looks.
+// What chooses or tells truths, which refuses no operand, is slower so.
+inline constexpr std::size_t UNROLLED = 4;
 template <class Core, std::int32_t L, std::int32_t R>
-std::size_t pairloop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
+inline constexpr bool ISBRIEF = L == tags::REAL && R == tags::REAL && Core::refused != 0;
+
+// The tag as the loop compares it: in a register, which the processor does in one step with the branch.
+template <std::int32_t tag>
+[[gnu::always_inline]] inline std::int32_t heldtag() {
+  std::int32_t held = tag;
+  asm("" : "+r"(held));
+  return held;
+}
+
+template <class Core, std::int32_t L, std::int32_t R, Lone lone>
+Stretch straightloop(const Element *left, const Element *right, Element *result, std::size_t count, bool fresh,
+                     Tally &tally) {
   using Result = ResultFor<Core, Kind<L>, Kind<R>>;
   Core core = startcore<Core>(tally);
-  const bool fresh = run.fresh;
   std::uint32_t kinds = 0;  // of the results that are not of the usual kind, of which there are
-  std::size_t others = 0;
+  std::size_t others = 0, done = 0;
   std::int32_t failure = 0;
-  const auto one = [&](const Element &left, const Element &right, Element &result) __attribute__((always_inline)) {
-    return workpair<Core, L, R>(core, left, right, result, fresh, failure, [&](std::uint32_t kind) {
+  Element copy;
+  if constexpr (lone != NO_LONE) copy = lone == LONE_LEFT ? *left : *right;
+  const std::int32_t lefttag = heldtag<L>(), righttag = L == R ? lefttag : heldtag<R>();
+  const auto at = [&](std::size_t i) __attribute__((always_inline)) {
+    const Element &l = lone == LONE_LEFT ? copy : left[i], &r = lone == LONE_RIGHT ? copy : right[i];
+    if (l.tag != lefttag || r.tag != righttag) [[unlikely]]
+      return false;
+    return workvalues<Core, L, R>(core, l, r, result[i], fresh, failure, [&](std::uint32_t kind) {
       if (kind != USUAL_BIT<Result>) [[unlikely]] {
         kinds |= kind;
         ++others;
       }
     });
   };
+  bool expected = true;
+  if constexpr (ISBRIEF<Core, L, R>)
+    while (expected && count - done >= UNROLLED) {
+      [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
+        expected = ((at(done + i) || (done += i, false)) && ...);
+      }
+      (std::make_index_sequence<UNROLLED>{});
+      if (expected) done += UNROLLED;
+    }
+  while (expected && done < count && at(done)) ++done;
+  tally.failure = failure;
+  tally.flops += static_cast<double>(core.flops + fixedflopsof<Core, Kind<L>, Kind<R>>() * done);
+  return {done, done > others ? kinds | USUAL_BIT<Result> : kinds};
+}
 
+// Has a pair of kinds such loops for a lone operand too? The higher numbers do without.
+template <class Core, std::int32_t L, std::int32_t R>
+inline constexpr bool HASLONE = !Hyper<ResultFor<Core, Kind<L>, Kind<R>>>;
+
+// The same for any steps: nearly all there is to do is straight.
+template <class Core, std::int32_t L, std::int32_t R>
+std::size_t pairloop(Run &run, std::size_t from, std::size_t to, Tally &tally) {
   const std::size_t leftstep = run.leftstep, rightstep = run.rightstep, resultstep = run.resultstep;
+  const Element *left = run.left + from * leftstep, *right = run.right + from * rightstep;
   Element *result = run.result + from * resultstep;
-  // Records to records one by one, and steps that the compiler knows: nearly all there is to do.
-  const auto along = [&](const Element *left, const Element *right, auto leftby, auto rightby) {
-    left += from * leftby;
-    right += from * rightby;
-    Element *const first = result, *const end = result + (to - from);
-    while (result != end && one(*left, *right, *result)) left += leftby, right += rightby, ++result;
-    return from + static_cast<std::size_t>(result - first);
+  const auto along = [&](StraightLoop loop) {
+    const Stretch stretch = loop(left, right, result, to - from, run.fresh, tally);
+    run.kinds |= stretch.kinds;
+    return from + stretch.done;
   };
-  constexpr std::integral_constant<std::size_t, 0> none;
-  constexpr std::integral_constant<std::size_t, 1> unit;
-  std::size_t i = from;
-  if (leftstep == 1 && rightstep == 1 && resultstep == 1) {
-    i = along(run.left, run.right, unit, unit);
-  } else if (!Hyper<Result> && leftstep == 1 && rightstep == 0 && resultstep == 1) {
-    const Element lone = *run.right;
-    i = along(run.left, &lone, unit, none);
-  } else if (!Hyper<Result> && leftstep == 0 && rightstep == 1 && resultstep == 1) {
-    const Element lone = *run.left;
-    i = along(&lone, run.right, none, unit);
-  } else {
-    const Element *left = run.left + from * leftstep, *right = run.right + from * rightstep;
-    for (; i < to && one(*left, *right, *result); ++i) left += leftstep, right += rightstep, result += resultstep;
+  if (leftstep == 1 && rightstep == 1 && resultstep == 1) return along(&straightloop<Core, L, R, NO_LONE>);
+  if constexpr (HASLONE<Core, L, R>) {
+    if (leftstep == 1 && rightstep == 0 && resultstep == 1) return along(&straightloop<Core, L, R, LONE_RIGHT>);
+    if (leftstep == 0 && rightstep == 1 && resultstep == 1) return along(&straightloop<Core, L, R, LONE_LEFT>);
   }
-  run.kinds |= i - from > others ? kinds | USUAL_BIT<Result> : kinds;
+  Core core = startcore<Core>(tally);
+  std::uint32_t kinds = 0;
+  std::int32_t failure = 0;
+  std::size_t i = from;
+  while (i < to && workpair<Core, L, R>(core, *left, *right, *result, run.fresh, failure,
+                                        [&](std::uint32_t kind) { kinds |= kind; })) {
+    left += leftstep, right += rightstep, result += resultstep;
+    ++i;
+  }
+  run.kinds |= kinds;
   tally.failure = failure;
   tally.flops += static_cast<double>(core.flops + fixedflopsof<Core, Kind<L>, Kind<R>>() * (i - from));
   return i;

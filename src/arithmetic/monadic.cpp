@@ -162,8 +162,59 @@ std::int32_t work(const Monadic &m, Run &run, Tally &tally) noexcept {
   return walk(MonadicFamily{m}, run, tally);
 }
 
+namespace {
+
+// Works what is left of a run, all of it on the main thread or its slice, and ends the instruction.
+void finishframe(const Monadic &m, Point *point, const Point *instruction, bool inpool, Run &run, Tally &tally) {
+  std::uint64_t *const state = tally.state;
+  const std::uint64_t undrawn = state ? *state : 0;
+  if (const std::int32_t message = work(m, run, tally); message != 0) {
+    if (state) *state = undrawn;
+    if (inpool) recallrun(run);
+    abandonrun(run);
+    Point *top = point;
+    failwith(message, &top, instruction);
+  }
+  putresult(point, run, inpool);
+  countwork(point->elements + tally.operations, 1 + tally.flops + hypercomplexflops);
+}
+
+// The short way of a plain space. False, with nothing done, where the frame has to look closer.
+bool workplain(const Monadic &m, Point *point, const Point *instruction, const Point *context) {
+  const unsigned plain = plainkind(*point);
+  if (plain == PLAIN_COUNT || !isshort(point->elements, POLL_INTERVAL) || mayownname(*point)) return false;
+  const std::size_t kind = kindof(tags::INTEGER) + plain;
+  const Kernel kernel = m.kernels[kind];
+  if (!kernel || m.checks[kind] || m.failslate) return false;
+  Run run = makerun(*point);
+  Element *const operand = run.result = point->data_pointer;
+  if (referencecount(operand) != 1 && !newrecords(run)) failwith(messages::OUT_OF_STORAGE, &point, instruction);
+  Tally tally;
+  tally.stopped = isinterrupted;
+  if (m.tolerant && context) tally.tolerance = tolerance(context);
+  if (m.counting && context) tally.origin = indexorigin(context);
+  hypercomplexflops = 0;
+  run.done = kernel(run, 0, run.count, tally);
+  if (run.done == 0) {
+    abandonrun(run);
+    return false;
+  }
+  if (run.done < run.count) [[unlikely]] {
+    finishframe(m, point, instruction, false, run, tally);
+    return true;
+  }
+  point->type = plaintype(*point, run.kinds);
+  point->data_pointer = run.result;
+  if (run.fresh) release(operand);
+  countwork(point->elements, 1 + tally.flops + hypercomplexflops);
+  return true;
+}
+
+}  // namespace
+
 void monadicframe(const Monadic &m, Point *point, const Point *instruction, const Point *context, bool nested,
                   std::uint64_t *state) {
+  if (!nested && !state && workplain(m, point, instruction, context)) return;
   Point *top = point;
   if (!isspace(*point)) failwith(messages::RESTRICTION, &top, instruction);
   if (hasnoelements(*point)) return;
@@ -189,15 +240,7 @@ void monadicframe(const Monadic &m, Point *point, const Point *instruction, cons
     inpool = postrun(run, instruction, point, tally);
     if (inpool) notedraws(0, state);
   }
-  const std::uint64_t undrawn = state ? *state : 0;
-  if (const std::int32_t message = work(m, run, tally); message != 0) {
-    if (state) *state = undrawn;
-    if (inpool) recallrun(run);
-    abandonrun(run);
-    failwith(message, &top, instruction);
-  }
-  putresult(point, run, inpool);
-  countwork(point->elements + tally.operations, 1 + tally.flops + hypercomplexflops);
+  finishframe(m, point, instruction, inpool, run, tally);
 }
 
 std::int32_t monadicslice(const Monadic &m, std::uint32_t index, std::uint64_t *state) noexcept {

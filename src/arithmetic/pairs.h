@@ -10,6 +10,7 @@ namespace morvik {
 
 // One instruction as data: its loops, by pairs of kinds.
 struct Dyadic : Loops<KINDS * KINDS + 1> {
+  StraightLoop straight[PLAIN_COUNT][PLAIN_COUNT][LONES];          // of plain kinds; null where there is none
   std::uint32_t refused;                                           // flags of operands that make them not conformable
   bool tolerant;                                                   // compares under #CT
   std::size_t pollinterval;                                        // elements between two looks at an interrupt

@@ -226,6 +226,11 @@ void dereferencepoint(Point *point) {
   if (!point) return;
   if (ownsoneblock(*point)) [[likely]]
     return dereference(point->data_pointer);
+  // The same of a space of rank 1 or more whose records own nothing: two counts.
+  if (point->rank > ranks::SCALAR && !mayown(*point)) [[likely]] {
+    dereference(point->data_pointer);
+    return dereference(point->shape_pointer);
+  }
   const Point held = *point;
   point->shape_pointer = nullptr;
   point->data_pointer = nullptr;

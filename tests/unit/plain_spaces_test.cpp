@@ -1,0 +1,244 @@
+// The short way of plain spaces through the frames: it makes what the frames make of the same operands when they may
+// not take it, whatever the number of elements, the shapes, who holds the operands, and what the flag words hide.
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "dyadic_operands.h"
+#include "scalar_tables.h"
+#include "spaces/messages.h"
+
+namespace {
+
+using namespace arithmetic;
+using scalars::same;
+
+// Around the lengths at which loops look for their end, and what fits one bit each into a word.
+constexpr std::size_t COUNTS[] = {1, 2, 3, 4, 5, 7, 8, 9, 63, 64, 65, 100};
+constexpr int PLAIN[] = {INTEGER, REAL, COMPLEX, QUATERNION};
+
+struct Member {
+  const char *name;
+  DyadicFunction *work;
+};
+constexpr Member MEMBERS[] = {{"ADD", add},       {"SUBTRACT", subtract}, {"MULTIPLY", multiply},
+                              {"DIVIDE", divide}, {"MINIMUM", minimum},   {"RESIDUE", residue},
+                              {"LESS", less},     {"AND", And},           {"IDENTICAL", identical}};
+
+// What an instruction leaves: its value, and what it counted.
+struct Left {
+  int message;
+  Point value;
+  double operations, flops, total;
+};
+
+class PlainSpaces : public Dyadics {
+ protected:
+  // Runs it over copies of two values, each held by somebody else too or not.
+  Left run(DyadicFunction *work, const Point &left, bool leftshared, const Point &right, bool rightshared,
+           bool nested) {
+    Stack stack;
+    push(stack, leftshared ? sharedcopy(left) : owncopy(left), false);
+    push(stack, rightshared ? sharedcopy(right) : owncopy(right), false);
+    const double operationsbefore = operations, totalbefore = from_coprocessor[0].total_flops;
+    Left made{};
+    made.message = arithmetic::run(work, stack, nested ? 1 : 0);
+    made.operations = operations - operationsbefore;
+    made.total = from_coprocessor[0].total_flops - totalbefore;
+    made.flops = flopos;
+    made.value = *stack.top;
+    if (made.message != 0) clear(stack);
+    return made;
+  }
+  static Point sharedcopy(Point p) {
+    referencepoint(&p);
+    return p;
+  }
+  // Blocks of its own.
+  static Point owncopy(const Point &p) {
+    Point copy = p;
+    copy.data_pointer = newelements(p.elements);
+    std::copy_n(p.data_pointer, p.elements, copy.data_pointer);
+    if (p.shape_pointer) {
+      const auto axes = static_cast<std::size_t>(p.rank);
+      copy.shape_pointer = newelements(axes);
+      std::copy_n(p.shape_pointer, axes, copy.shape_pointer);
+    }
+    return copy;
+  }
+  // The same value and the same counts, by both ways; the operands that others hold are as they were.
+  void expectsame(const Member &member, const Point &left, const Point &right, const std::string &what) {
+    for (const bool leftshared : {false, true})
+      for (const bool rightshared : {false, true}) {
+        SCOPED_TRACE(std::string(member.name) + " of " + what + (leftshared ? ", left shared" : "") +
+                     (rightshared ? ", right shared" : ""));
+        const std::vector<Element> wasleft(left.data_pointer, left.data_pointer + left.elements);
+        const std::vector<Element> wasright(right.data_pointer, right.data_pointer + right.elements);
+        Left quick = run(member.work, left, leftshared, right, rightshared, false);
+        Left thorough = run(member.work, left, true, right, true, true);
+        ASSERT_EQ(quick.message, thorough.message);
+        for (std::size_t i = 0; i < wasleft.size(); ++i) ASSERT_TRUE(same(left.data_pointer[i], wasleft[i])) << i;
+        for (std::size_t i = 0; i < wasright.size(); ++i) ASSERT_TRUE(same(right.data_pointer[i], wasright[i])) << i;
+        if (quick.message != 0) continue;
+        EXPECT_EQ(quick.operations, thorough.operations);
+        EXPECT_EQ(quick.flops, thorough.flops);
+        EXPECT_EQ(quick.total, thorough.total);
+        expectequal(quick.value, thorough.value);
+        dereferencepoint(&quick.value);
+        dereferencepoint(&thorough.value);
+      }
+  }
+  static void expectequal(const Point &a, const Point &b) {
+    EXPECT_EQ(a.rank, b.rank);
+    EXPECT_EQ(a.type, b.type);
+    EXPECT_EQ(a.depth, b.depth);
+    ASSERT_EQ(a.elements, b.elements);
+    for (std::int32_t axis = 0; axis < a.rank; ++axis)
+      EXPECT_EQ(a.shape_pointer[axis].integer, b.shape_pointer[axis].integer);
+    for (std::uint32_t i = 0; i < a.elements; ++i) EXPECT_TRUE(same(a.data_pointer[i], b.data_pointer[i])) << i;
+  }
+};
+
+TEST_F(PlainSpaces, EveryPairOfKindsAndEveryLength) {
+  for (const Member &member : MEMBERS)
+    for (const int leftkind : PLAIN)
+      for (const int rightkind : PLAIN)
+        for (const std::size_t count : COUNTS) {
+          const std::vector<std::int64_t> shape = {static_cast<std::int64_t>(count)};
+          Point vector = operand(leftkind, shape), other = operand(rightkind, shape, 3), lone = operand(rightkind, {});
+          Point one = operand(rightkind, {1});
+          const std::string what =
+              std::to_string(leftkind) + ", " + std::to_string(rightkind) + ", " + std::to_string(count) + " elements";
+          expectsame(member, vector, other, what);
+          expectsame(member, vector, lone, what + " and a scalar");
+          expectsame(member, lone, vector, what + " after a scalar");
+          expectsame(member, vector, one, what + " and one element");
+          expectsame(member, one, vector, what + " after one element");
+          for (Point *p : {&vector, &other, &lone, &one}) points::drop(*p);
+        }
+}
+
+TEST_F(PlainSpaces, ShapesFitOrAreRefused) {
+  for (const auto &leftshape : SHAPES)
+    for (const auto &rightshape : SHAPES) {
+      Point left = operand(REAL, leftshape), right = operand(REAL, rightshape, 2);
+      expectsame(MEMBERS[0], left, right, "shapes");
+      points::drop(left);
+      points::drop(right);
+    }
+  Point left = operand(REAL, {3, 2}), right = operand(REAL, {2, 3});
+  EXPECT_EQ(run(add, left, true, right, true, false).message, messages::NOT_CONFORMABLE);
+  points::drop(left);
+  points::drop(right);
+}
+
+TEST_F(PlainSpaces, ASumTooLargeInTheMiddleIsAReal) {
+  constexpr std::int64_t GREATEST = std::numeric_limits<std::int64_t>::max();
+  for (const std::size_t place : {0, 3, 4, 6, 8}) {
+    Elements records(9, points::whole(1));
+    records[place] = points::whole(GREATEST);
+    Point left = points::vector(records), right = points::vector(records);
+    expectsame(MEMBERS[0], left, right, "a large sum at " + std::to_string(place));
+    Left made = run(add, left, true, right, true, false);
+    EXPECT_EQ(made.value.type, ISVECTOR | HASINTEGER | HASREAL | COMPLEXED);
+    EXPECT_EQ(made.value.data_pointer[place].tag, tags::REAL);
+    EXPECT_EQ(made.value.data_pointer[place].real, 0x1p64);
+    EXPECT_EQ(made.value.data_pointer[place == 0 ? 1 : 0].integer, 2);
+    dereferencepoint(&made.value);
+    points::drop(left);
+    points::drop(right);
+  }
+}
+
+// A flag word that is not exact: a record of another kind at any place, which may even be refused.
+TEST_F(PlainSpaces, RecordsThatTheFlagWordHides) {
+  for (const int hidden : {INTEGER, COMPLEX, ASCII, NESTED})
+    for (std::size_t place = 0; place < 9; ++place)
+      for (const bool atleft : {true, false}) {
+        Point odd = operand(REAL, {9}), plain = operand(REAL, {9}, 4);
+        odd.data_pointer[place] = element(hidden, place);
+        Left quick = run(add, atleft ? odd : plain, true, atleft ? plain : odd, true, false);
+        Left thorough = run(add, atleft ? odd : plain, true, atleft ? plain : odd, true, true);
+        ASSERT_EQ(quick.message, thorough.message) << hidden << " at " << place;
+        EXPECT_EQ(quick.message, hidden == ASCII ? messages::INCOMPATIBLE_TYPES : 0);
+        if (quick.message == 0) {
+          EXPECT_EQ(quick.value.type, thorough.value.type);
+          EXPECT_EQ(points::source(quick.value), points::source(thorough.value));
+        }
+        odd.type |= STRUCTURED;  // so that what it encloses goes too
+        points::drop(odd);
+        points::drop(plain);
+      }
+}
+
+// Over the left operand, nothing that the loop has left is lost where it ended.
+TEST_F(PlainSpaces, AnotherKindAheadOfTheEndOverAnOperand) {
+  for (std::size_t place = 0; place < 9; ++place) {
+    Point left = operand(REAL, {9}), right = operand(REAL, {9}, 4);
+    left.data_pointer[place] = points::whole(5);
+    Left quick = run(add, left, false, right, true, false), thorough = run(add, left, true, right, true, true);
+    ASSERT_EQ(quick.message, 0);
+    for (std::uint32_t i = 0; i < 9; ++i)
+      EXPECT_TRUE(same(quick.value.data_pointer[i], thorough.value.data_pointer[i])) << place << " " << i;
+    dereferencepoint(&quick.value);
+    dereferencepoint(&thorough.value);
+    points::drop(left);
+    points::drop(right);
+  }
+}
+
+// The name of a scalar may be counted, and goes with its last holder.
+TEST_F(PlainSpaces, ANamedScalarIsGivenUpWithItsName) {
+  for (const bool atleft : {true, false}) {
+    const Point vector = operand(REAL, {9}), lone = points::scalar(points::named(points::real(3), "three"));
+    const double first = vector.data_pointer[0].real;
+    Stack stack;
+    push(stack, atleft ? lone : vector, false);
+    push(stack, atleft ? vector : lone, false);
+    ASSERT_EQ(arithmetic::run(add, stack), 0);
+    EXPECT_EQ(stack.left().data_pointer[0].real, first + 3);
+    clear(stack);
+  }
+}
+
+TEST_F(PlainSpaces, OneOperand) {
+  for (const int kind : PLAIN)
+    for (const std::size_t count : COUNTS)
+      for (const bool shared : {false, true}) {
+        Point vector = operand(kind, {static_cast<std::int64_t>(count)});
+        Point quick = shared ? sharedcopy(vector) : owncopy(vector), thorough = sharedcopy(vector);
+        const Element *const block = quick.data_pointer;
+        negative(&quick, nullptr, nullptr, 0);
+        negative(&thorough, nullptr, nullptr, 1);
+        EXPECT_EQ(quick.data_pointer == block, !shared);
+        expectequal(quick, thorough);
+        EXPECT_TRUE(same(vector.data_pointer[0], element(kind, 1)));
+        dereferencepoint(&quick);
+        dereferencepoint(&thorough);
+        points::drop(vector);
+      }
+}
+
+#ifdef MORVIK_CHECKING
+TEST_F(PlainSpaces, WithoutStorageTheOperandsAreWhole) {
+  Point left = operand(REAL, {9}), right = operand(REAL, {9}, 4);
+  Stack stack;
+  push(stack, left, true);
+  push(stack, right, true);
+  failallocation(0);
+  EXPECT_EQ(arithmetic::run(add, stack), messages::OUT_OF_STORAGE);
+  failallocation(-1);
+  ASSERT_EQ(stack.height(), 2);
+  EXPECT_TRUE(same(stack.slots[1].data_pointer[8], element(REAL, 9)));
+  EXPECT_TRUE(same(stack.slots[2].data_pointer[8], element(REAL, 12)));
+  const auto negated = [](Point **top, const Point *, Point *, char) { negative(*top, nullptr, nullptr, 0); };
+  failallocation(0);
+  EXPECT_EQ(arithmetic::run(negated, stack), messages::OUT_OF_STORAGE);
+  failallocation(-1);
+  EXPECT_TRUE(same(stack.slots[2].data_pointer[8], element(REAL, 12)));
+  clear(stack);
+  drop();
+}
+#endif
+
+}  // namespace
