@@ -349,11 +349,11 @@ using StraightLoop = Stretch (*)(const Element *left, const Element *right, Elem
                                  bool fresh, Tally &tally);
 enum Lone : unsigned { NO_LONE, LONE_LEFT, LONE_RIGHT, LONES };
 
-// Arithmetic of reals takes so little that looking for the end would be a good part of it: so many go between two looks.
-// What chooses or tells truths, which refuses no operand, is slower so.
+// Arithmetic of reals takes so little that looking for the end would be a good part of it: so many go between two
+// looks. What chooses or tells truths, which refuses no operand, is slower so.
 inline constexpr std::size_t UNROLLED = 4;
 template <class Core, std::int32_t L, std::int32_t R>
-inline constexpr bool ISBRIEF = L == tags::REAL && R == tags::REAL && Core::refused != 0;
+inline constexpr bool ISBRIEF = L == tags::REAL &&R == tags::REAL &&Core::refused != 0;
 
 // The tag as the loop compares it: in a register, which the processor does in one step with the branch.
 template <std::int32_t tag>
