@@ -3,7 +3,7 @@
 
 namespace morvik {
 
-constinit Call calls[MOST_CALLS];
+Call calls[MOST_CALLS];
 
 void releasecalled(Custody &body) {
   dropbody(static_cast<Point *>(body.held));
