@@ -75,7 +75,7 @@ constexpr Dyadic dyadic() {
                  tags::INTEGER + static_cast<std::int32_t>(pair % PLAIN_COUNT)>(d),
      ...);
   }
-  (std::make_index_sequence<PLAIN_COUNT * PLAIN_COUNT>{});
+  (std::make_index_sequence<std::size_t{PLAIN_COUNT} * PLAIN_COUNT>{});
   return d;
 }
 

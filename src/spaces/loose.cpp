@@ -11,8 +11,8 @@ namespace {
 
 // The lowest slot that could not be made whole; null where all of them are.
 Point *wholeupto(Point *top) {
-  for (Point *slot = reinterpret_cast<Point *>(lowestloose); slot <= top;
-       ++slot) {  // NOLINT(performance-no-int-to-ptr)
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
+  for (Point *slot = reinterpret_cast<Point *>(lowestloose); slot <= top; ++slot) {
     if (!isloose(*slot)) continue;
     auto *const record = static_cast<Element *>(tryblock(sizeof(Element)));
     if (!record) return slot;
