@@ -46,6 +46,7 @@ RESTING = 4.0   # seconds in all without a word
 BETWEEN = 0.1  # between interrupts after that
 LONGEST = 120.0  # seconds without an answer to interrupts
 ENDLESS = 10     # times that, for a run in all
+DEAF = 5.0       # instead, where the sanitizer for threads hands an interrupt over at calls of the library alone
 
 
 class Run(NamedTuple):
@@ -53,7 +54,8 @@ class Run(NamedTuple):
     out: bytes
     errors: bytes
     interrupted: int  # how many interrupts it took to come to the end
-    hung: bool
+    hung: bool        # it took none, and was killed
+    deaf: bool        # and need not
 
 
 @functools.lru_cache(None)
@@ -73,6 +75,11 @@ def limits(binary):
 def lower(binary):
     for which, size in [(resource.RLIMIT_FSIZE, FILE_BYTES), (resource.RLIMIT_CORE, 0), *limits(binary)]:
         resource.setrlimit(which, (size, size))
+
+
+@functools.lru_cache(None)
+def isdeaf(binary):
+    return b"__tsan_" in pathlib.Path(binary).read_bytes()
 
 
 def variables(home):
@@ -134,15 +141,16 @@ def performonce(binary, text, options, patience, longest, files):
         with tempfile.TemporaryFile() as given, tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
             given.write(text)
             given.seek(0)
-            limits(binary)
+            limits(binary), isdeaf(binary)
             with subprocess.Popen([binary, "-q", *options], stdin=given, stdout=out, stderr=errors, cwd=place,
                                   env=variables(scratch), preexec_fn=lambda: lower(binary)) as process:
-                interrupted, hung = watch(process, (out.fileno(), errors.fileno()), patience, longest)
+                interrupted, hung = watch(process, (out.fileno(), errors.fileno()), patience,
+                                          min(longest, DEAF) if isdeaf(binary) else longest)
             streams = []
             for stream in (out, errors):
                 stream.seek(0)
                 streams.append(stream.read())
-        return Run(process.returncode, *streams, interrupted, hung)
+        return Run(process.returncode, *streams, interrupted, hung, isdeaf(binary))
 
 
 def calledforever(run):
@@ -155,7 +163,7 @@ def calledforever(run):
 def fault(run):
     """What is wrong with a run, in a line, or nothing."""
     if run.hung:
-        return "took no interrupt"
+        return "" if run.deaf else "took no interrupt"
     if calledforever(run):
         return ""
     if run.status != 0:
