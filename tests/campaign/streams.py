@@ -9,6 +9,7 @@ import os
 import pathlib
 import pty
 import random
+import select
 import signal
 import subprocess
 import sys
@@ -45,6 +46,21 @@ def waitfor(process):
             process.send_signal(signal.SIGINT)
 
 
+def readsome(process, stream, most):
+    """Reads some of what the process says, after interrupts where it takes long to say it."""
+    while most > 0 and process.poll() is None:
+        if not select.select([stream], [], [], 2)[0]:
+            process.send_signal(signal.SIGINT)
+            continue
+        try:
+            said = os.read(stream, most)
+        except OSError:  # how a terminal says that nobody is at its other end
+            return
+        if not said:
+            return
+        most -= len(said)
+
+
 def full(binary, options, given):
     with open("/dev/full", "wb") as nowhere:
         return waitfor(start(binary, options, given, stdout=nowhere, stderr=nowhere)), RIGHT
@@ -67,7 +83,7 @@ def broken(binary, options, given):
 
 def breaking(binary, options, given):
     process = start(binary, options, given, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-    process.stdout.read(300)
+    readsome(process, process.stdout.fileno(), 300)
     process.stdout.close()
     return waitfor(process), RIGHT
 
@@ -76,10 +92,7 @@ def terminal(binary, options, given):
     outer, inner = pty.openpty()
     process = start(binary, options, given, stdout=inner, stderr=inner, start_new_session=True)
     os.close(inner)
-    try:
-        os.read(outer, 500)
-    except OSError:
-        pass
+    readsome(process, outer, 500)
     os.close(outer)
     return waitfor(process), GONE
 
