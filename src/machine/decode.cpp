@@ -58,9 +58,6 @@ Quick checkcode(const Point &p, Quick otherwise) {
   }
 }
 
-bool isinstruction(const Point &p, std::uint16_t number) {
-  return isoperator(p) && p.instruction == number;
-}
 bool isdecided(const Point &p) {
   return isinstruction(p, instructions::IF_YES) || isinstruction(p, instructions::IF_NO);
 }
