@@ -86,18 +86,11 @@ struct Product {
   }
 };
 
-// What tolerancein says, read where it is.
-[[gnu::always_inline]] inline double presenttolerance() {
-  const Point &ct = quads[CT_SLOT];
-  if (isspace(ct) && ct.data_pointer && ct.data_pointer->tag == tags::REAL) [[likely]]
-    return ct.data_pointer->real;
-  return tolerance(quads);
-}
 template <class Test>
 struct Compared {
   template <class Number>
   [[gnu::always_inline]] static bool holds(Number a, Number b) {
-    return Test::holds(static_cast<double>(a), static_cast<double>(b), presenttolerance());
+    return Test::holds(static_cast<double>(a), static_cast<double>(b), tolerance(quads));
   }
   template <class Number>
   [[gnu::always_inline]] static bool work(Point &left, Number a, Number b) {
