@@ -11,6 +11,7 @@ import termios
 import time
 
 PATIENCE = 60.0
+PARTING = 1.0
 PROMPT = re.compile(r"\n\nMorvik \[\d+\]> $")
 ANYPROMPT = re.compile(r"\n(?:\nMorvik \[\d+\]> |Inspect \[\d+\]: )$")
 
@@ -44,11 +45,23 @@ class Terminal:
         return self
 
     def __exit__(self, *_):
+        self.end()
+        os.close(self.master)
+        self.scratch.cleanup()
+
+    def end(self):
+        """Lets a process at its prompt end in order, so that its counters of what it reached are written; kills any other."""
+        if self.process.poll() is None:
+            self.type("\x04")
+            self.ended(PARTING)
         if self.process.poll() is None:
             self.process.send_signal(signal.SIGKILL)
         self.process.wait()
-        os.close(self.master)
-        self.scratch.cleanup()
+
+    def ended(self, seconds):
+        end = time.monotonic() + seconds
+        while self.process.poll() is None and time.monotonic() < end:
+            self.read(0.02)
 
     def read(self, seconds):
         """Adds what came within the time to the text. Returns whether the terminal is still open."""
