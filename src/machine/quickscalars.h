@@ -33,11 +33,11 @@ namespace morvik {
 // The instruction over two values, of which those that are given are borrowed and the others are on the stack. False,
 // with nothing done, where they are no short plain spaces. A failure finds the level as the loop of the machine has it.
 [[gnu::noinline]] inline bool workspaces(Level &level, const Op &op, int count, const Point *left, const Point *right) {
+  level.instruction = level.current = op.point + (count - 1);
   makewhole(level.sp);
   Point *const top = level.sp;
   if (left) *++level.sp = *left;
   if (right) *++level.sp = *right;
-  level.instruction = level.current = op.point + (count - 1);
   operators += count;
   if (workplain(*op.dyadic, &level.sp, level.instruction, quads, static_cast<unsigned>(level.sp - top))) return true;
   operators -= count;
