@@ -58,6 +58,14 @@ inline ResultBlock candidateblock(const Point &left, const Point &right, const O
   return sameblock && arrays && !mayown(left) && !mayown(right) ? ResultBlock::LEFT : ResultBlock::NEW;
 }
 
+// The same of two plain spaces, of which so many are borrowed: those are never written over.
+inline ResultBlock plainblock(const Point &left, const Point &right, const OperandFit &fit, unsigned borrowed) {
+  const bool leftowned = referencecount(left.data_pointer) == 1;
+  if (borrowed == 0) return candidateblock(left, right, fit, leftowned, referencecount(right.data_pointer) == 1);
+  const bool leftserves = !fit.leftextends || fit.rightextends;
+  return borrowed == 1 && leftowned && leftserves ? ResultBlock::LEFT : ResultBlock::NEW;
+}
+
 // May the result overwrite an operand, and which? 0, or the message that the records give before anything is written.
 std::int32_t chooseblock(const Dyadic &d, const Point &left, const Point &right, const OperandFit &fit, const Run &run,
                          ResultBlock &block) {
@@ -150,12 +158,12 @@ void finishframe(const Dyadic &d, Point **stack, const Point *instruction, const
 // The same where both operands are plain and one loop did it all: the result has the shape of one of them, and the rest
 // of the two is given up.
 inline void finishplain(Point **stack, const OperandFit &fit, ResultBlock block, Element *records, std::uint32_t kinds,
-                        const Tally &tally) {
+                        const Tally &tally, unsigned borrowed) {
   Point &left = (*stack)[-1];
   const Point &right = **stack;
   const bool asleft = fit.shaped == &left;
   Element *const leftdata = left.data_pointer, *const rightdata = right.data_pointer;
-  Element *const spentshape = asleft ? right.shape_pointer : left.shape_pointer;
+  Element *const leftshape = left.shape_pointer, *const rightshape = right.shape_pointer;
   const std::int16_t depth = std::max(left.depth, right.depth);
   const std::uint32_t type = plaintype(*fit.shaped, kinds);
   if (!asleft) left = right;
@@ -163,14 +171,26 @@ inline void finishplain(Point **stack, const OperandFit &fit, ResultBlock block,
   left.depth = depth;
   left.data_pointer = records;
   --*stack;
-  if (block != ResultBlock::RIGHT) release(rightdata);
-  if (block != ResultBlock::LEFT) release(leftdata);
-  release(spentshape);
+  if (borrowed > (asleft ? 1 : 0)) reference(asleft ? leftshape : rightshape);
+  if (borrowed < 1) {
+    if (block != ResultBlock::RIGHT) release(rightdata);
+    if (asleft) release(rightshape);
+  }
+  if (borrowed < 2) {
+    if (block != ResultBlock::LEFT) release(leftdata);
+    if (!asleft) release(leftshape);
+  }
   countwork(fit.count, 1 + tally.flops + hypercomplexflops);
 }
 
-// The short way of two plain spaces that fit. False, with nothing done, where the frame has to look closer.
-bool workplain(const Dyadic &d, Point **stack, const Point *instruction, const Point *context) {
+// Borrowed operands get their counts: from here on they are the stack's, as all others are.
+void countborrowed(Point *top, unsigned borrowed) {
+  for (; borrowed > 0; --borrowed) referencepoint(top--);
+}
+
+}  // namespace
+
+bool workplain(const Dyadic &d, Point **stack, const Point *instruction, const Point *context, unsigned borrowed) {
   const Point &left = (*stack)[-1], &right = **stack;
   const unsigned leftkind = plainkind(left), rightkind = plainkind(right);
   OperandFit fit;
@@ -180,39 +200,37 @@ bool workplain(const Dyadic &d, Point **stack, const Point *instruction, const P
   const Lone lone = fit.leftextends == fit.rightextends ? NO_LONE : fit.leftextends ? LONE_LEFT : LONE_RIGHT;
   const StraightLoop loop = d.straight[leftkind][rightkind][lone];
   if (!loop) return false;
-  const ResultBlock block =
-      candidateblock(left, right, fit, referencecount(left.data_pointer) == 1, referencecount(right.data_pointer) == 1);
+  const ResultBlock block = plainblock(left, right, fit, borrowed);
   const bool fresh = block == ResultBlock::NEW;
   Element *const records = fresh                        ? static_cast<Element *>(tryblock(fit.count * sizeof(Element)))
                            : block == ResultBlock::LEFT ? left.data_pointer
                                                         : right.data_pointer;
-  if (!records) failwith(messages::OUT_OF_STORAGE, stack, instruction);
+  if (!records) {
+    countborrowed(*stack, borrowed);
+    failwith(messages::OUT_OF_STORAGE, stack, instruction);
+  }
   Tally tally;
   tally.stopped = isinterrupted;
   if (d.tolerant) tally.tolerance = tolerancein(context);
   hypercomplexflops = 0;
   const Stretch stretch = loop(left.data_pointer, right.data_pointer, records, fit.count, fresh, tally);
   if (stretch.done == fit.count) [[likely]] {
-    finishplain(stack, fit, block, records, stretch.kinds, tally);
+    finishplain(stack, fit, block, records, stretch.kinds, tally, borrowed);
     return true;
   }
-  if (stretch.done == 0) {
-    if (fresh) freeblock(records);
-    return false;
-  }
+  if (fresh) freeblock(records);
+  if (fresh || stretch.done == 0) return false;
+  countborrowed(*stack, borrowed);
   Run run = makerun(left, right, fit);
   run.result = records;
-  run.fresh = fresh;
   run.kinds = stretch.kinds;
   run.done = stretch.done;
   finishframe(d, stack, instruction, fit, block, false, run, tally);
   return true;
 }
 
-}  // namespace
-
 void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const Point *context, bool nested) {
-  if (!nested && workplain(d, stack, instruction, context)) return;
+  if (!nested && workplain(d, stack, instruction, context, 0)) return;
   if (applyemptyrule(stack)) return;
   const Point &left = (*stack)[-1], &right = **stack;
   const bool parallel = goesparallel(std::max(left.elements, right.elements));

@@ -22,6 +22,10 @@ namespace morvik {
 // flags, flops and failure go into its reply; its message number is returned.
 void dyadicframe(const Dyadic &d, Point **stack, const Point *instruction, const Point *context, bool nested);
 std::int32_t dyadicslice(const Dyadic &d, std::uint32_t index) noexcept;
+// The short way on the stack, of two plain spaces that fit and are small. Of the upper ones so many may be borrowed:
+// what names or bodies hold, copied to their slots without a count. False, with nothing done, where the frame has to
+// look closer. Fails as the frame does, with all operands counted.
+bool workplain(const Dyadic &d, Point **stack, const Point *instruction, const Point *context, unsigned borrowed);
 // What #CT holds, as sysvars.h reads it; 0 without a context.
 double tolerancein(const Point *context);
 
@@ -47,8 +51,12 @@ constexpr void setstraight(Dyadic &d) {
 }
 
 template <class Core>
+std::uint64_t workloose(Point &left, std::uint32_t righttype, std::int64_t right);
+
+template <class Core>
 constexpr Dyadic dyadic() {
   Dyadic d{};
+  d.loose = &workloose<Core>;
   d.refused = Core::refused;
   d.tolerant = requires(Core core) {
     core.tolerance;
@@ -153,7 +161,7 @@ inline std::uint64_t workloosepair(Point &left, const Element &a, const Element 
 }
 
 template <class Core>
-inline std::uint64_t workloose(Point &left, std::uint32_t righttype, std::int64_t right) {
+std::uint64_t workloose(Point &left, std::uint32_t righttype, std::int64_t right) {
   Tally tally;
   if constexpr (requires(Core core) { core.tolerance; }) tally.tolerance = tolerancein(quads);
   Element a, b;
@@ -168,14 +176,10 @@ inline std::uint64_t workloose(Point &left, std::uint32_t righttype, std::int64_
 }
 
 #define DYADIC_SCALAR(name, Core)                                                           \
-  extern const Dyadic name##cores;                                                          \
   constinit const Dyadic name##cores = dyadic<Core>();                                      \
   void name(Point **stack, const Point *instruction, Point *context, char nested) {         \
     if (nested == 0 && workscalars<Core>(stack, context)) return;                           \
     dyadicframe(name##cores, stack, instruction, context, nested != 0);                     \
-  }                                                                                         \
-  std::uint64_t loose_##name(Point &left, std::uint32_t righttype, std::int64_t right) {    \
-    return workloose<Core>(left, righttype, right);                                         \
   }                                                                                         \
   std::int32_t vec_##name(Point **, const Point *, Point *, std::uint32_t index) noexcept { \
     return dyadicslice(name##cores, index);                                                 \

@@ -350,10 +350,17 @@ using StraightLoop = Stretch (*)(const Element *left, const Element *right, Elem
 enum Lone : unsigned { NO_LONE, LONE_LEFT, LONE_RIGHT, LONES };
 
 // Arithmetic of reals takes so little that looking for the end would be a good part of it: so many go between two
-// looks. What chooses or tells truths, which refuses no operand, is slower so.
-inline constexpr std::size_t UNROLLED = 4;
+// looks. What ends such a group leaves the loop to work it again, one by one: nothing may be counted, or written over
+// an operand. What only chooses, which refuses no operand, is slower so.
+inline constexpr std::size_t GROUP = 4;
 template <class Core, std::int32_t L, std::int32_t R>
-inline constexpr bool ISBRIEF = L == tags::REAL &&R == tags::REAL &&Core::refused != 0;
+constexpr bool isbrief() {
+  if constexpr (L == tags::REAL && R == tags::REAL && !Checked<Core, double, double>)
+    return std::same_as<ResultFor<Core, double, double>, double> && fixedflopsof<Core, double, double>() > 0 &&
+           Core::refused != 0;
+  else
+    return false;
+}
 
 // The tag as the loop compares it: in a register, which the processor does in one step with the branch.
 template <std::int32_t tag>
@@ -385,16 +392,14 @@ Stretch straightloop(const Element *left, const Element *right, Element *result,
       }
     });
   };
-  bool expected = true;
-  if constexpr (ISBRIEF<Core, L, R>)
-    while (expected && count - done >= UNROLLED) {
-      [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
-        expected = ((at(done + i) || (done += i, false)) && ...);
-      }
-      (std::make_index_sequence<UNROLLED>{});
-      if (expected) done += UNROLLED;
-    }
-  while (expected && done < count && at(done)) ++done;
+  if constexpr (isbrief<Core, L, R>()) {
+    const auto group = [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
+      return (at(done + i) && ...);
+    };
+    if (fresh)
+      while (count - done >= GROUP && group(std::make_index_sequence<GROUP>{})) done += GROUP;
+  }
+  while (done < count && at(done)) ++done;
   tally.failure = failure;
   tally.flops += static_cast<double>(core.flops + fixedflopsof<Core, Kind<L>, Kind<R>>() * done);
   return {done, done > others ? kinds | USUAL_BIT<Result> : kinds};

@@ -23,11 +23,11 @@ using MonadicSlice = std::int32_t(Point *, const Point *, Point *, std::uint32_t
 using DrawingSlice = std::int32_t(Point *, const Point *, Point *, std::uint32_t, std::uint64_t *) noexcept;
 using DyadicSlice = std::int32_t(Point **, const Point *, Point *, std::uint32_t) noexcept;
 
-// The twin loose_f of those that draw nothing works loose scalars (spaces/loose.h), the result in the place of the
-// first; of the second it gets the type and the value. It returns 1 and its flops; 0 where f itself is to look closer,
-// with everything as it was.
+// The twin loose_f of the monadic ones works a loose scalar (spaces/loose.h) in its place. It returns 1 and its flops;
+// 0 where f itself is to look closer, with everything as it was. What the quick loop asks of the dyadic ones is in
+// their tables, fcores (arithmetic/pairs.h).
 using LooseMonadic = std::uint64_t(Point &);
-using LooseDyadic = std::uint64_t(Point &, std::uint32_t, std::int64_t);
+struct Dyadic;
 
 #define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) handler
 #define MONADIC(f)        \
@@ -37,9 +37,9 @@ using LooseDyadic = std::uint64_t(Point &, std::uint32_t, std::int64_t);
 #define DRAWING(f)   \
   DrawingFunction f; \
   DrawingSlice vec_##f;
-#define DYADIC(f)        \
-  DyadicFunction f;      \
-  LooseDyadic loose_##f; \
+#define DYADIC(f)               \
+  DyadicFunction f;             \
+  extern const Dyadic f##cores; \
   DyadicSlice vec_##f;
 #include "tables/instructions.def"
 

@@ -15,11 +15,11 @@ namespace {
 
 struct Scalar {
   LooseMonadic *monadic;
-  LooseDyadic *dyadic;
+  const Dyadic *dyadic;
 };
 // By instruction number.
 #define MONADIC(f) loose_##f, nullptr
-#define DYADIC(f) nullptr, loose_##f
+#define DYADIC(f) nullptr, &f##cores
 #define INSTRUCTION(number, name, argumentclass, key, handler, effect, meaning) {handler},
 constexpr Scalar Scalars[instructions::COUNT] = {
 #include "tables/instructions.def"
@@ -58,9 +58,6 @@ Quick checkcode(const Point &p, Quick otherwise) {
   }
 }
 
-bool isinstruction(const Point &p, std::uint16_t number) {
-  return isoperator(p) && p.instruction == number;
-}
 bool isdecided(const Point &p) {
   return isinstruction(p, instructions::IF_YES) || isinstruction(p, instructions::IF_NO);
 }
@@ -166,7 +163,10 @@ void decodename(Op &op, const Point &next) {
   }
   if (next.rank != ranks::VARIABLE || isconditional(next)) return;
   const Point &after = (&next)[1];
-  if (const Scalar *s = scalarof(after); s && s->dyadic) op.code = dyadiccode(after, Right::BOTH);
+  if (const Scalar *s = scalarof(after); s && s->dyadic) {
+    op.code = dyadiccode(after, Right::BOTH);
+    op.dyadic = s->dyadic;
+  }
 }
 
 void decodefunction(Op &op, const Point &p, const Point &next) {

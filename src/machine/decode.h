@@ -27,7 +27,7 @@ struct Op {
   };
   union {
     LooseMonadic *monadic;
-    LooseDyadic *dyadic;
+    const Dyadic *dyadic;
   };
 };
 

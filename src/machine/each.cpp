@@ -57,7 +57,7 @@ Next monadiceach(Level &level) {
   Gathering g;
   begingathering(level, g, 2);
   Level inner = gatheringlevel(level, g);
-  Rounds rounds{0, g.data.elements, g.base + 1, nullptr, false};
+  Rounds rounds{0, g.data.elements, g.base + 1, false};
   rounds.elements = g.data.data_pointer;
   rounds.flags = g.data.type & PURITY_BITS;
   rounds.results = g.result.data_pointer;

@@ -158,7 +158,7 @@ void runstream(Level &level, std::FILE *stream) {
     // No storage even to read on: the same text would fail for ever.
     if (points == 0 && pendingproblem != 0) jump(-1);
     pendingproblem = problem;
-    if (isoperator(*text.programme) && text.programme->instruction == instructions::ENDPROCESS) break;
+    if (isinstruction(*text.programme, instructions::ENDPROCESS)) break;
     runtext(level, text, level.frame, level.floor);
   }
   closetext(text);

@@ -48,7 +48,7 @@ void pushindex(Level &level, Loop &loop, std::int64_t index) {
 // the message that ends the loop, 0 for none.
 int runround(Level &inner, Loop &loop, Rounds &rounds) {
   Level &level = *inner.caller;
-  if (level.sp < rounds.least) return messages::TOO_FEW_ARGUMENTS;
+  if (level.sp < level.floor + (loop.function.arguments - 2)) return messages::TOO_FEW_ARGUMENTS;
   if (rounds.indexed) {
     if (stackfull(level)) return messages::STACK_FULL;
     pushindex(level, loop, rounds.index);
@@ -66,10 +66,9 @@ int runrounds(Level &level, Loop &loop, std::int64_t count, bool indexed) {
   const int arguments = loop.function.arguments, below = std::max(arguments - 1, 0);  // without the index
   Point *const floor = indexed ? level.sp - below + 1 : level.floor;
   Level inner = innerlevel(level, loop.function, indexed ? floor : level.frame, floor);
-  Rounds rounds{0, count, nullptr, nullptr, false};
+  Rounds rounds{0, count, nullptr, false};
   if (indexed) {
     rounds.expected = floor + (arguments > 0 ? arguments - 2 : -1);
-    rounds.least = level.floor + (arguments - 2);
     rounds.indexed = arguments > 0;
   }
   int failure = 0;

@@ -140,10 +140,6 @@ void pushneighbourhood(Level &level, const Gathering &g, Dimension *dimensions, 
   level.sp->type = (weights.type & RANK_BITS) | kinds | complexed(kinds);
 }
 
-bool isinstruction(const Point &p, std::uint16_t number) {
-  return isoperator(p) && p.instruction == number;
-}
-
 // The Points of a body that adds up a neighbourhood and does no more, as `RAVEL SUM` does, and `SUM` where it is a
 // vector; 0 for any other body.
 std::uint32_t pointsofsum(const Point *body, std::int32_t rank) {

@@ -185,7 +185,7 @@ const void *const *placesofoperations() {
 
 void runbody(Level &level, const Op *ops, Rounds *rounds) {
   if (ops && !iswatchedrun(level)) {
-    Rounds one{1, 1, nullptr, nullptr, false};
+    Rounds one{1, 1, nullptr, false};
     if (runoperations(&level, ops, rounds ? rounds : &one, nullptr) == Left::LEVEL) return;
   }
   makewhole(level.sp);

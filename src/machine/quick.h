@@ -13,7 +13,6 @@ struct Rounds {
   std::int64_t index;  // of the present round; where the loop ends, of the last one that ran
   std::int64_t count;
   const Point *expected;  // where the top must be after each round; null: anywhere
-  const Point *least;     // where it must be before the index is pushed
   bool indexed;           // is the index pushed before each round?
   // Of EACH, which hands out elements instead: what the function is given, its flags, where the results go, how many
   // there are, and their kinds. Null: of a loop.

@@ -1,8 +1,10 @@
 // Quick operations on numbers. The commonest are worked in the operation itself: for two integers or two reals, where
-// the result says what the instruction's own function would say. All else is left to that, by the general operation.
+// the result says what the instruction's own function would say. All else is left to that, by the general operation,
+// which also gives short plain spaces to their loops.
 #pragma once
 
 #include "arithmetic/comparison.h"
+#include "arithmetic/dyadic.h"
 #include "machine/quickvalues.h"
 #include "spaces/sysvars.h"
 
@@ -21,9 +23,42 @@ namespace morvik {
   return done != 0 ? stepworked(q, done, 1) : Then::SLOW;
 }
 
+// ---- Short plain spaces. What a name or the body holds is borrowed from there: it gets a slot, but no counts.
+
+// Could it be a plain space, or a loose one?
+[[gnu::always_inline]] inline bool seemsplain(const Point &p) {
+  return (p.type & ~(RANK_BITS | PLAIN_KINDS | LOOSE)) == 0 && isspace(p);
+}
+
+// The instruction over two values, of which those that are given are borrowed and the others are on the stack. False,
+// with nothing done, where they are no short plain spaces. A failure finds the level as the loop of the machine has it.
+[[gnu::noinline]] inline bool workspaces(Level &level, const Op &op, int count, const Point *left, const Point *right) {
+  level.instruction = level.current = op.point + (count - 1);
+  makewhole(level.sp);
+  Point *const top = level.sp;
+  if (left) *++level.sp = *left;
+  if (right) *++level.sp = *right;
+  operators += count;
+  if (workplain(*op.dyadic, &level.sp, level.instruction, quads, static_cast<unsigned>(level.sp - top))) return true;
+  operators -= count;
+  level.sp = top;
+  return false;
+}
+[[gnu::always_inline]] inline bool quickspaces(Quickly &q, int count, const Point *left, const Point *right) {
+  synchronise(q);
+  if (!workspaces(*q.level, *q.op, count, left, right)) return false;
+  q.sp = q.level->sp;
+  q.op += count;
+  return true;
+}
+
 [[gnu::always_inline]] inline Then quick_DYADIC(Quickly &q) {
-  if (!holds(q, 2) || !quickloosen(q.sp[-1]) || !quickloosen(q.sp[0])) return Then::SLOW;
-  const std::uint64_t done = q.op->dyadic(q.sp[-1], q.sp[0].type, looseinteger(q.sp[0]));
+  if (!holds(q, 2)) return Then::SLOW;
+  if (!quickloosen(q.sp[-1]) || !quickloosen(q.sp[0])) {
+    const bool plain = seemsplain(q.sp[-1]) && seemsplain(q.sp[0]);
+    return plain && quickspaces(q, 1, nullptr, nullptr) ? Then::NEXT : Then::SLOW;
+  }
+  const std::uint64_t done = q.op->dyadic->loose(q.sp[-1], q.sp[0].type, looseinteger(q.sp[0]));
   if (done == 0) [[unlikely]]
     return Then::SLOW;
   --q.sp;
@@ -32,21 +67,34 @@ namespace morvik {
 
 // Where the numbers are not for it, the push is done by itself.
 [[gnu::always_inline]] inline Then quick_LITERAL_DYADIC(Quickly &q) {
-  if (!holds(q, 1) || isfull(q) || !quickloosen(*q.sp)) return quick_LITERAL(q);
-  const std::uint64_t done = q.op->dyadic(*q.sp, q.op->type, q.op->value);
+  if (!holds(q, 1) || isfull(q)) return quick_LITERAL(q);
+  if (!quickloosen(*q.sp))
+    return seemsplain(*q.sp) && quickspaces(q, 2, nullptr, q.op->point) ? Then::NEXT : quick_LITERAL(q);
+  const std::uint64_t done = q.op->dyadic->loose(*q.sp, q.op->type, q.op->value);
   return done != 0 ? stepworked(q, done, 2) : quick_LITERAL(q);
 }
 
 [[gnu::always_inline]] inline Then quick_NAME_DYADIC(Quickly &q) {
-  const Point *const value = boundpoint(*q.level, *q.op->point);
-  const std::uint32_t type = value ? loosetype(*value) : 0;
-  if (type == 0 || !holds(q, 1) || isfull(q) || !quickloosen(*q.sp)) return quick_NAME(q);
-  const std::uint64_t done = q.op->dyadic(*q.sp, type, value->data_pointer->integer);
+  const Point *const value = boundvalue(*q.level, *q.op->point);
+  if (!value || !holds(q, 1) || isfull(q)) return quick_NAME(q);
+  const std::uint32_t type = loosetype(*value);
+  if (type == 0 || !quickloosen(*q.sp)) {
+    const bool plain = seemsplain(*q.sp) && seemsplain(*value);
+    return plain && quickspaces(q, 2, nullptr, value) ? Then::NEXT : quick_NAME(q);
+  }
+  const std::uint64_t done = q.op->dyadic->loose(*q.sp, type, value->data_pointer->integer);
   return done != 0 ? stepworked(q, done, 2) : quick_NAME(q);
 }
 
+// Is there room for two more values?
+[[gnu::always_inline]] inline bool hasroomfortwo(const Quickly &q) {
+  return q.sp + 1 < stacktop;
+}
+// Two numbers are left to the operations that follow.
 [[gnu::always_inline]] inline Then quick_NAMES_DYADIC(Quickly &q) {
-  return quick_NAME(q);
+  const Point *const left = boundvalue(*q.level, *q.op->point), *const right = boundvalue(*q.level, *q.op[1].point);
+  const bool plain = left && right && left->rank + right->rank > 0 && seemsplain(*left) && seemsplain(*right);
+  return plain && hasroomfortwo(q) && quickspaces(q, 3, left, right) ? Then::NEXT : quick_NAME(q);
 }
 
 // ---- What is worked at once: over a loose slot of that kind, false with nothing done.
@@ -86,18 +134,11 @@ struct Product {
   }
 };
 
-// What tolerancein says, read where it is.
-[[gnu::always_inline]] inline double presenttolerance() {
-  const Point &ct = quads[CT_SLOT];
-  if (isspace(ct) && ct.data_pointer && ct.data_pointer->tag == tags::REAL) [[likely]]
-    return ct.data_pointer->real;
-  return tolerance(quads);
-}
 template <class Test>
 struct Compared {
   template <class Number>
   [[gnu::always_inline]] static bool holds(Number a, Number b) {
-    return Test::holds(static_cast<double>(a), static_cast<double>(b), presenttolerance());
+    return Test::holds(static_cast<double>(a), static_cast<double>(b), tolerance(quads));
   }
   template <class Number>
   [[gnu::always_inline]] static bool work(Point &left, Number a, Number b) {
@@ -143,7 +184,7 @@ template <class Core>
 [[gnu::always_inline]] inline bool worknames(Quickly &q) {
   const Point *const left = boundpoint(*q.level, *q.op->point), *const right = boundpoint(*q.level, *q.op[1].point);
   const std::uint32_t lefttype = left ? loosetype(*left) : 0, righttype = right ? loosetype(*right) : 0;
-  if (lefttype == 0 || righttype == 0 || q.sp + 1 >= stacktop) [[unlikely]]
+  if (lefttype == 0 || righttype == 0 || !hasroomfortwo(q)) [[unlikely]]
     return false;
   pushloose(q, lefttype, left->data_pointer->form, left->data_pointer->integer);
   if (workboth<Core>(q, *q.sp, righttype, right->data_pointer->integer, 3)) [[likely]]

@@ -16,7 +16,7 @@ namespace morvik {
 namespace {
 
 bool ismark(const Point &point) {
-  return isoperator(point) && point.instruction == instructions::MARK;
+  return isinstruction(point, instructions::MARK);
 }
 
 // The MARK nearest to the top, or the slot below the floor.

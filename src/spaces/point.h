@@ -195,6 +195,9 @@ inline bool isfunction(const Point &p) {
 inline bool isoperator(const Point &p) {
   return p.rank == ranks::OPERATOR;
 }
+inline bool isinstruction(const Point &p, std::uint16_t number) {
+  return isoperator(p) && p.instruction == number;
+}
 // A space of characters alone, whose bytes can serve as text.
 inline bool istext(const Point &p) {
   return isspace(p) && (p.type & (HASASCII | COMPLEXED | STRUCTURED)) == HASASCII;

@@ -222,12 +222,21 @@ void referencesymbolic(const Point &point) {
   reference(point.data_pointer);
 }
 
+namespace {
+
+// Coprocessors might let go of it in between.
+inline bool isheldbyothers(const Point &space) {
+  return isspace(space) && !coprocessors_running && referencecount(space.data_pointer) > 1;
+}
+
+}  // namespace
+
 void dereferencepoint(Point *point) {
   if (!point) return;
   if (ownsoneblock(*point)) [[likely]]
     return dereference(point->data_pointer);
-  // The same of a space of rank 1 or more whose records own nothing: two counts.
-  if (point->rank > ranks::SCALAR && !mayown(*point)) [[likely]] {
+  // The same of a space whose records own nothing, or stay with whoever holds its block too: two counts.
+  if ((point->rank > ranks::SCALAR && !mayown(*point)) || isheldbyothers(*point)) [[likely]] {
     dereference(point->data_pointer);
     return dereference(point->shape_pointer);
   }

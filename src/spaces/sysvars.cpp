@@ -20,9 +20,9 @@ std::int64_t indexorigin(const Point *context) {
   return io && io->tag == tags::REAL ? saturate(io->real) : 1;
 }
 
-double tolerance(const Point *context) {
-  const Element *ct = valueelement(context[CT_SLOT]);
-  return ct ? realpart(*ct) : 0;
+double unusualtolerance(const Point &ct) {
+  const Element *value = valueelement(ct);
+  return value ? realpart(*value) : 0;
 }
 
 Point *quads;

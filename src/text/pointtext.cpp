@@ -201,7 +201,7 @@ const char *closing(const Point &p) {
 void putbody(Point *programme, int indent) {
   bool ended = false;
   for (Point *p = programme; !isend(*p); ++p) {
-    ended = isoperator(*p) && p->instruction == instructions::FUNCTIONEND;
+    ended = isinstruction(*p, instructions::FUNCTIONEND);
     if (const char *close = closing(*p)) {
       putspace(*p, true, false, close);
       ++p;

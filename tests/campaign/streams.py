@@ -47,8 +47,9 @@ def waitfor(process):
 
 
 def readsome(process, stream, most):
-    """Reads some of what the process says, after interrupts where it takes long to say it."""
-    while most > 0 and process.poll() is None:
+    """Reads some of what the process says, after interrupts where it takes long to say it, as long as there is patience."""
+    ends = time.monotonic() + PATIENCE
+    while most > 0 and process.poll() is None and time.monotonic() < ends:
         if not select.select([stream], [], [], 2)[0]:
             process.send_signal(signal.SIGINT)
             continue

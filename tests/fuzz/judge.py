@@ -40,13 +40,16 @@ TALKATIVE = 2 << 20  # bytes said, after which an interrupt is sent
 SANITIZER_OPTIONS = ("exitcode=98:allocator_may_return_null=1:max_allocation_size_mb=256:soft_rss_limit_mb=3000:"
                      "quarantine_size_mb=64:detect_stack_use_after_return=0")
 PATIENCE = 0.25  # seconds of the processor without a word said, before an interrupt is sent
-PATIENT = 1.5  # the same, where a run that is interrupted says nothing
+PATIENT = 1.5   # the same, where a run that is interrupted says nothing
 BUSY = 6.0      # seconds of the processor, whatever is said
 RESTING = 4.0   # seconds in all without a word
-BETWEEN = 0.1  # between interrupts after that
+BETWEEN = 0.1   # between interrupts after that
 LONGEST = 120.0  # seconds without an answer to interrupts
 ENDLESS = 10     # times that, for a run in all
 DEAF = 5.0       # instead, where the sanitizer for threads hands an interrupt over at calls of the library alone
+
+
+IDLE, WORKING = "idle", "working"
 
 
 class Run(NamedTuple):
@@ -54,8 +57,8 @@ class Run(NamedTuple):
     out: bytes
     errors: bytes
     interrupted: int  # how many interrupts it took to come to the end
-    hung: bool        # it took none, and was killed
-    deaf: bool        # and need not
+    hung: bool        # it took none where it had to, and was killed
+    deaf: bool        # it took none where it need not, and was killed
 
 
 @functools.lru_cache(None)
@@ -78,14 +81,15 @@ def lower(binary):
 
 
 @functools.lru_cache(None)
-def isdeaf(binary):
+def maybedeaf(binary):
+    """Does it take interrupts at calls of the library alone? At work, that is: whoever waits has made such a call."""
     return b"__tsan_" in pathlib.Path(binary).read_bytes()
 
 
 def variables(home):
     kept = {name: os.environ[name] for name in ("PATH", "UBSAN_OPTIONS") if name in os.environ}
-    return {**kept, "ASAN_OPTIONS": SANITIZER_OPTIONS, "TSAN_OPTIONS": "exitcode=98:allocator_may_return_null=1", "HOME": home, "LC_ALL": "C",
-            "$EDITOR": "true"}
+    return {**kept, "ASAN_OPTIONS": SANITIZER_OPTIONS, "TSAN_OPTIONS": "exitcode=98:allocator_may_return_null=1",
+            "HOME": home, "LC_ALL": "C", "$EDITOR": "true"}
 
 
 def processorseconds(pid):
@@ -97,23 +101,25 @@ def processorseconds(pid):
 
 
 def watch(process, said, patience, longest):
-    """Waits for the end. Where nothing is said for long, interrupts. Returns how many were sent, and whether all was in vain:
-    whether none was answered for so long, or the end did not come in many times that."""
+    """Waits for the end. Where nothing is said for long, interrupts. Returns how many were sent, and where all was in vain,
+    IDLE or WORKING, which the process was then: where none was answered for so long, or the end did not come in many
+    times that."""
     sent, size, heard, spent, busy, since, began, asked = 0, -1, 0, 0.0, 0.0, time.monotonic(), time.monotonic(), None
     pause = 0.005
     while True:
         try:
             process.wait(timeout=pause)
-            return sent, False
+            return sent, None
         except subprocess.TimeoutExpired:
             pause = min(pause * 1.5, 0.1)
         now, here = time.monotonic(), sum(os.fstat(stream).st_size for stream in said)
         if here != size:
             size, since, spent, asked = here, now, processorseconds(process.pid), None
         if (asked is not None and now - asked > longest) or now - began > ENDLESS * longest:
+            vain = WORKING if processorseconds(process.pid) - spent > patience else IDLE
             process.kill()
             process.wait()
-            return sent, True
+            return sent, vain
         worked = processorseconds(process.pid)
         if (worked - spent > patience or worked - busy > BUSY or now - since > RESTING or size - heard > TALKATIVE
                 or now - began > ENDLESS * longest / 2) and process.poll() is None:
@@ -141,16 +147,17 @@ def performonce(binary, text, options, patience, longest, files):
         with tempfile.TemporaryFile() as given, tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
             given.write(text)
             given.seek(0)
-            limits(binary), isdeaf(binary)
+            limits(binary)  # which is remembered: the child does not read the binary anew
             with subprocess.Popen([binary, "-q", *options], stdin=given, stdout=out, stderr=errors, cwd=place,
                                   env=variables(scratch), preexec_fn=lambda: lower(binary)) as process:
-                interrupted, hung = watch(process, (out.fileno(), errors.fileno()), patience,
-                                          min(longest, DEAF) if isdeaf(binary) else longest)
+                interrupted, vain = watch(process, (out.fileno(), errors.fileno()), patience,
+                                          min(longest, DEAF) if maybedeaf(binary) else longest)
             streams = []
             for stream in (out, errors):
                 stream.seek(0)
                 streams.append(stream.read())
-        return Run(process.returncode, *streams, interrupted, hung, isdeaf(binary))
+        deaf = vain == WORKING and maybedeaf(binary)
+        return Run(process.returncode, *streams, interrupted, vain is not None and not deaf, deaf)
 
 
 def calledforever(run):
@@ -163,8 +170,8 @@ def calledforever(run):
 def fault(run):
     """What is wrong with a run, in a line, or nothing."""
     if run.hung:
-        return "" if run.deaf else "took no interrupt"
-    if calledforever(run):
+        return "took no interrupt"
+    if run.deaf or calledforever(run):
         return ""
     if run.status != 0:
         frames = TRACE.findall(run.errors)

@@ -54,6 +54,14 @@ class Hunting(unittest.TestCase):
         shown, _ = self.hunt(GUILTY + "{ trap '' INT; while :; do sleep 0.1; done; }; " + CLOSING, "--longest", "2", "--asked", "3")
         self.assertIn("took no interrupt", shown)
 
+    def test_what_the_thread_sanitizer_makes_deaf(self):
+        """It hands interrupts over at calls of the library: who works may be deaf, who waits may not."""
+        working = "# __tsan_\n" + GUILTY + "{ trap '' INT; while :; do :; done; }; " + CLOSING
+        self.assertEqual(self.hunt(working, "--longest", "2"), ("", []))
+        waiting = "# __tsan_\n" + GUILTY + "{ trap '' INT; sleep 60; }; " + CLOSING
+        shown, _ = self.hunt(waiting, "--longest", "2", "--asked", "1")
+        self.assertIn("took no interrupt", shown)
+
     def test_who_takes_one(self):
         # The shell's own sleep takes it with the shell.
         script = GUILTY + "{ trap 'echo taken' INT; sleep 60 & wait $!; kill $!; }; " + CLOSING

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "arithmetic/dyadic.h"
 #include "dyadic_operands.h"
 #include "scalar_tables.h"
 #include "spaces/messages.h"
@@ -20,10 +21,17 @@ constexpr int PLAIN[] = {INTEGER, REAL, COMPLEX, QUATERNION};
 struct Member {
   const char *name;
   DyadicFunction *work;
+  const Dyadic *cores;
 };
-constexpr Member MEMBERS[] = {{"ADD", add},       {"SUBTRACT", subtract}, {"MULTIPLY", multiply},
-                              {"DIVIDE", divide}, {"MINIMUM", minimum},   {"RESIDUE", residue},
-                              {"LESS", less},     {"AND", And},           {"IDENTICAL", identical}};
+constexpr Member MEMBERS[] = {{"ADD", add, &addcores},
+                              {"SUBTRACT", subtract, &subtractcores},
+                              {"MULTIPLY", multiply, &multiplycores},
+                              {"DIVIDE", divide, &dividecores},
+                              {"MINIMUM", minimum, &minimumcores},
+                              {"RESIDUE", residue, &residuecores},
+                              {"LESS", less, &lesscores},
+                              {"AND", And, &Andcores},
+                              {"IDENTICAL", identical, &identicalcores}};
 
 // What an instruction leaves: its value, and what it counted.
 struct Left {
@@ -169,6 +177,61 @@ TEST_F(PlainSpaces, RecordsThatTheFlagWordHides) {
         points::drop(odd);
         points::drop(plain);
       }
+}
+
+// What a name holds is read where it is: it is as it was, and so are its counts once the result is gone. The left one
+// of two may be the stack's own, and is written over then.
+TEST_F(PlainSpaces, BorrowedOperands) {
+  int worked = 0;
+  const auto borrow = [&](const Member &member, const Point &left, const Point &right, bool leftowned,
+                          unsigned borrowed) {
+    const std::vector<Element> wasright(right.data_pointer, right.data_pointer + right.elements);
+    const std::int64_t before[] = {referencecount(left.data_pointer), referencecount(left.shape_pointer),
+                                   referencecount(right.data_pointer), referencecount(right.shape_pointer)};
+    const std::int64_t alive = liveblocks();
+    Left thorough = run(member.work, left, true, right, true, true);
+    Stack stack;
+    push(stack, borrowed == 2 ? left : leftowned ? owncopy(left) : sharedcopy(left), false);
+    push(stack, right, false);
+    const double operationsbefore = operations;
+    const bool done = workplain(*member.cores, &stack.top, nullptr, nullptr, borrowed);
+    if (done) {
+      ASSERT_EQ(stack.height(), 1);
+      EXPECT_EQ(operations - operationsbefore, thorough.operations);
+      EXPECT_EQ(flopos, thorough.flops);
+      expectequal(*stack.top, thorough.value);
+    } else {
+      ASSERT_EQ(stack.height(), 2);
+      --stack.top;  // the borrowed ones are not the stack's
+      if (borrowed == 2) --stack.top;
+    }
+    clear(stack);
+    if (thorough.message == 0) dereferencepoint(&thorough.value);
+    for (std::size_t i = 0; i < wasright.size(); ++i) ASSERT_TRUE(same(right.data_pointer[i], wasright[i])) << i;
+    const std::int64_t after[] = {referencecount(left.data_pointer), referencecount(left.shape_pointer),
+                                  referencecount(right.data_pointer), referencecount(right.shape_pointer)};
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(after[i], before[i]) << i;
+    EXPECT_EQ(liveblocks(), alive);
+    worked += done ? 1 : 0;
+  };
+  for (const Member &member : MEMBERS)
+    for (const int leftkind : PLAIN)
+      for (const int rightkind : PLAIN)
+        for (const std::int64_t count : {1, 4, 9}) {
+          Point vector = operand(leftkind, {count}), other = operand(rightkind, {count}, 3);
+          Point lone = operand(rightkind, {}), table = operand(rightkind, {2, 3});
+          const Point *const rights[] = {&other, &lone, &table, &vector};
+          for (const Point *right : rights)
+            for (const unsigned borrowed : {1U, 2U})
+              for (const bool leftowned : {false, true}) {
+                SCOPED_TRACE(std::string(member.name) + " " + std::to_string(leftkind) + " " +
+                             std::to_string(rightkind) + " " + std::to_string(borrowed));
+                borrow(member, vector, *right, leftowned, borrowed);
+                borrow(member, *right, vector, leftowned, borrowed);
+              }
+          for (Point *p : {&vector, &other, &lone, &table}) points::drop(*p);
+        }
+  EXPECT_GT(worked, 2000);
 }
 
 // Over the left operand, nothing that the loop has left is lost where it ended.
