@@ -255,7 +255,8 @@ bool issharedeasily(const Element &e) {
 }  // namespace
 
 bool appendvalue(Point &vector, Point &value) {
-  if (!isspace(value) || value.rank > ranks::VECTOR || isnothing(value) || value.elements > POLL_INTERVAL) return false;
+  if (!isspace(value) || value.rank > ranks::VECTOR || isnothing(value) || value.elements >= POLL_INTERVAL)
+    return false;
   ensurekinds(value);
   Side part;
   if (makepart(part, value) != 0) return false;

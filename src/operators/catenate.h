@@ -10,8 +10,8 @@ namespace morvik {
 int catenate(Point &left, Point &right);
 
 // Appends to a vector that nobody else sees, in its own block, as catenate would: a few records of the kinds of a flag
-// word, which own nothing or are handed over; and a value, which is given up, of no more records than there may be
-// between two safe points. The depth of the vector must not be below that of its records. False, with nothing done,
+// word, which own nothing or are handed over; and a value, which is given up, of so few records that there is
+// no safe point among them. The depth of the vector must not be below that of its records. False, with nothing done,
 // where that can't be.
 bool appendrecords(Point &vector, const Element *records, std::uint32_t count, std::uint32_t type, std::int16_t depth);
 bool appendvalue(Point &vector, Point &value);

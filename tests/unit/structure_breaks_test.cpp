@@ -86,6 +86,28 @@ TEST_F(StructureCases, Interrupted) {
   pendingproblem = 0;
 }
 
+// A value is appended at once: who asks for it has given up what the stack held, and must not be left by a jump.
+TEST_F(StructureCases, AppendingIsNotInterrupted) {
+  for (const std::size_t count : {POLL_INTERVAL, POLL_INTERVAL - 1})
+    for (const bool collected : {false, true}) {
+      Elements elements(count, whole(7));
+      elements.back() = octonion({1});
+      hold(vector({whole(1)}));
+      hold(vector(elements));
+      Point *const l = &held[held.size() - 2], *const r = &held.back();
+      if (collected) r->type = ISVECTOR | 2;
+      interrupted = SIGINT;
+      bool done = false;
+      EXPECT_EQ(landingof([&, l, r] { done = appendvalue(*l, *r); }), 0);
+      interrupted = 0;
+      EXPECT_EQ(l->elements, done ? count + 1 : 1);
+      EXPECT_EQ(done, count < POLL_INTERVAL);
+      expectexact();
+      letgo();
+    }
+  pendingproblem = 0;
+}
+
 TEST_F(StructureCases, InterruptedJoining) {
   for (int (*const run)(Point &, Point &) : {catenate, compress})
     for (const bool plain : {false, true})
