@@ -13,7 +13,7 @@ CASES = re.compile(r"^(?:TYPED_)?TEST(?:_F|_P)?\((\w+),", re.M)
 SPARE_SECONDS, SLOWER = 10, 4  # a step may take so many times the seconds of the unchanged tree, and so much more
 QUICK_SECONDS = 0.15  # of a unit test case
 BUILD_SECONDS = 1200
-PROGRAMS = ("morvik", "morvik-run", "morvik-check", "unit_tests")
+PROGRAMS = ("morvik", "morvik-confined", "morvik-run", "morvik-check", "unit_tests")
 RUNNER = ("env", "GTEST_FAIL_FAST=1")
 PYTHON = (sys.executable, "-B")
 
