@@ -79,12 +79,20 @@ struct Name {
 List<Name> namesset, namesread;
 bool namescomefromelsewhere;  // of a file or a text that is read by the programme
 
+// Where one cannot be noted for want of storage, nothing is said of any.
+void note(List<Name> &names, const char *name, const SourcePlace &place) {
+  char *const text = strdup(name);
+  if (text && names.append({text, place, names.count})) return;
+  std::free(text);
+  namescomefromelsewhere = true;
+}
+
 void noteset(const char *name) {
-  namesset.append({strdup(name), {}, namesset.count});
+  note(namesset, name, {});
 }
 
 void noteread(const char *name, const SourcePlace &place) {
-  if (!silent && *name != '#') namesread.append({strdup(name), place, namesread.count});
+  if (!silent && *name != '#') note(namesread, name, place);
 }
 
 bool isbefore(const Name &a, const Name &b) {

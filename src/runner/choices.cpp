@@ -76,7 +76,7 @@ constexpr Program RUN = {USAGE, HELP, "+l:kecp:uhv", OPTIONS};
 constexpr Program CHECK = {CHECK_USAGE, CHECK_HELP, "l:hv", CHECK_OPTIONS};
 
 int misused(const char *what, const char *value) {
-  std::fprintf(stderr, "morvik-run: %s: %s\n%s", what, value, USAGE);
+  std::fprintf(stderr, "%s: %s: %s\n%s", program_invocation_short_name, what, value, USAGE);
   return STATUS_UNUSABLE;
 }
 

@@ -135,7 +135,7 @@ void tell(const SourcePlace &place, const Report &report) {
   if (place.source)
     std::fprintf(stderr, "%s:%zu: %s", place.source->name, lineof(place), report.text);
   else
-    std::fprintf(stderr, "morvik-run: %s", report.text);
+    std::fprintf(stderr, "%s: %s", program_invocation_short_name, report.text);
   if (isaboutfile(report.number) && report.top && istext(*report.top)) showfilename(*report.top);
   std::fputc('\n', stderr);
   if (place.source) showline(place);

@@ -43,6 +43,15 @@ class Check(Scripts):
         text = "".join("%d @n%d SET n%d POP .\n" % (i, i, i) for i in range(4000))
         self.assertEqual(self.warnings(text + "n4000 .\n"), [(4001, "nothing here sets n4000")])
 
+    @unittest.skipIf(os.environ.get("MORVIK_SANITIZED") == "1", "the sanitizer's library comes first")
+    def test_a_name_that_there_is_no_storage_for(self):
+        """Nothing is said of any name then: one that is not known to be set may be set."""
+        self.write("none.c", "char *strdup(const char *text) { return (char *)0; }\n")
+        subprocess.run(["cc", "-w", "-shared", "-fPIC", "-o", self.folder / "none.so", self.folder / "none.c"], check=True)
+        text = "1 @known SET known lost .\n"
+        self.assertEqual(self.warnings(text), [(1, "nothing here sets lost")])
+        self.assertEqual(self.warnings(text, environment={"LD_PRELOAD": str(self.folder / "none.so")}), [])
+
     def test_a_name_may_be_set_later_or_elsewhere(self):
         self.assertEqual(self.warnings(": later ! ; @f SET : 1 ; @later SET ARGUMENTS #IO f ! ."), [])
         self.assertEqual(self.warnings("'names.ws' READ nowhere ."), [])
