@@ -37,8 +37,10 @@ THREADS_STACK_BYTES = 5 << 20
 DATA_BYTES = 1 << 30
 FILE_BYTES = 16 << 20
 TALKATIVE = 2 << 20  # bytes said, after which an interrupt is sent
-SANITIZER_OPTIONS = ("exitcode=98:allocator_may_return_null=1:max_allocation_size_mb=256:soft_rss_limit_mb=3000:"
-                     "quarantine_size_mb=64:detect_stack_use_after_return=0")
+SANITIZER_OPTIONS = "exitcode=98:allocator_may_return_null=1"
+ADDRESSES_OPTIONS = ("max_allocation_size_mb=256:soft_rss_limit_mb=3000:quarantine_size_mb=64:"
+                     "detect_stack_use_after_return=0")
+REPORTS = "sanitizer"  # begins the names of their files
 PATIENCE = 0.25  # seconds of the processor without a word said, before an interrupt is sent
 PATIENT = 1.5   # the same, where a run that is interrupted says nothing
 BUSY = 6.0      # seconds of the processor, whatever is said
@@ -86,9 +88,11 @@ def maybedeaf(binary):
     return b"__tsan_" in pathlib.Path(binary).read_bytes()
 
 
-def variables(home):
+def variables(home, reported=False):
+    """The environment of a run. A report goes to the errors, or to files in the folder."""
     kept = {name: os.environ[name] for name in ("PATH", "UBSAN_OPTIONS") if name in os.environ}
-    return {**kept, "ASAN_OPTIONS": SANITIZER_OPTIONS, "TSAN_OPTIONS": "exitcode=98:allocator_may_return_null=1",
+    options = SANITIZER_OPTIONS + (":log_path=%s/%s" % (home, REPORTS) if reported else "")
+    return {**kept, "ASAN_OPTIONS": "%s:%s" % (options, ADDRESSES_OPTIONS), "TSAN_OPTIONS": options,
             "HOME": home, "LC_ALL": "C", "$EDITOR": "true"}
 
 
@@ -149,13 +153,15 @@ def performonce(binary, text, options, patience, longest, files):
             given.seek(0)
             limits(binary)  # which is remembered: the child does not read the binary anew
             with subprocess.Popen([binary, "-q", *options], stdin=given, stdout=out, stderr=errors, cwd=place,
-                                  env=variables(scratch), preexec_fn=lambda: lower(binary)) as process:
+                                  env=variables(scratch, True), preexec_fn=lambda: lower(binary)) as process:
                 interrupted, vain = watch(process, (out.fileno(), errors.fileno()), patience,
                                           min(longest, DEAF) if maybedeaf(binary) else longest)
             streams = []
             for stream in (out, errors):
                 stream.seek(0)
                 streams.append(stream.read())
+        # In files of their own, reports have room when the errors have reached the limit of a file.
+        streams[1] += b"".join(path.read_bytes() for path in pathlib.Path(scratch).glob(REPORTS + ".*"))
         deaf = vain == WORKING and maybedeaf(binary)
         return Run(process.returncode, *streams, interrupted, vain is not None and not deaf, deaf)
 

@@ -62,6 +62,15 @@ class Hunting(unittest.TestCase):
         shown, _ = self.hunt(waiting, "--longest", "2", "--asked", "1")
         self.assertIn("took no interrupt", shown)
 
+    def test_reports_have_room_beside_the_errors(self):
+        """The process stack ends under calls, as it may, after as much was said as a file may hold."""
+        talk = "trap '' XFSZ INT; head -c 17000000 /dev/zero >&2; "
+        report = r"for i in 1 2 3 4 5 6; do printf '#%d 0x1 in morvik::machine(' $i; done; echo Sanitizer: stack-overflow; "
+        log = "log=${ASAN_OPTIONS#*log_path=}; "
+        self.assertEqual(self.hunt(GUILTY + "{ " + talk + log + "{ " + report + "} >${log%%:*}.1; exit 98; }; " + CLOSING), ("", []))
+        shown, _ = self.hunt(GUILTY + "{ " + talk + report + "exit 98; }; " + CLOSING, "--asked", "1")
+        self.assertIn("status 98", shown)
+
     def test_who_takes_one(self):
         # The shell's own sleep takes it with the shell.
         script = GUILTY + "{ trap 'echo taken' INT; sleep 60 & wait $!; kill $!; }; " + CLOSING
