@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """The hunter with random programmes itself: is what it writes the same for the same seed, and does it cover the vocabulary?
-Does it see each kind of fault that is planted, thin out what shows it, and leave alone what is in order?"""
+Does it see each kind of fault that is planted, thin out what shows it, and leave alone what is in order? Does the walk over
+allocations that fail go to the last of them?"""
 import pathlib
 import subprocess
 import sys
@@ -86,6 +87,32 @@ class Hunting(unittest.TestCase):
 
     def test_thinning_keeps_what_shows(self):
         self.assertEqual(minimise.thin(list(range(100)), lambda some: {7, 42, 43} <= set(some)), [7, 42, 43])
+
+
+class Walking(unittest.TestCase):
+    """The walk over allocations that fail, with a shell script as the binary."""
+
+    def walk(self, notices):
+        script = ("#!/bin/sh\ncat >/dev/null; n=${MORVIK_FAIL_ALLOCATION:-1000}; message='27 - out of main storage.'\n"
+                  "case $n in %s esac\n" % notices + CLOSING)
+        with tempfile.TemporaryDirectory() as scratch:
+            binary, programme = pathlib.Path(scratch) / "binary", pathlib.Path(scratch) / "programme"
+            binary.write_text(script)
+            binary.chmod(0o755)
+            programme.write_text("1 .\n")
+            run = subprocess.run([sys.executable, "-B", str(FUZZ.parent / "storage" / "run.py"), str(binary), str(programme)],
+                                 capture_output=True, text=True, check=False)
+        self.assertEqual(run.stderr, "")
+        return run.stdout
+
+    def test_the_walk_goes_to_the_last_allocation(self):
+        noticed = "?|1?|3?) echo $message >&2 ;;"
+        self.assertEqual(self.walk(noticed), "programme: 40 allocations failed in turn, 0 faults\n")
+
+    def test_a_fault_behind_failures_that_go_unnoticed(self):
+        shown = self.walk("?|1?) echo $message >&2 ;; 35) exit 99 ;; 4?) echo $message >&2 ;;")
+        self.assertIn("50 allocations failed in turn, 1 faults", shown)
+        self.assertIn("allocation 35: status 99", shown)
 
 
 if __name__ == "__main__":

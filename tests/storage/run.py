@@ -27,7 +27,7 @@ CLOSING = re.compile(rb"--- Spent: \d\d:\d\d:\d\d\.\d{6} ---\n\n$")
 MOST = 200000
 MOST_RANDOM = 250
 PASSED_OVER = 1  # seconds that a random programme may take at most
-CALM = 5  # undisturbed runs in a row that end a walk: one failure may go unnoticed
+CALM = 5  # undisturbed runs in a row, after which a walk looks ahead for its end: failures may go unnoticed
 SPOKEN = 10
 
 
@@ -51,21 +51,41 @@ def faultof(status, closed, errors):
     return "status %d%s: %s" % (status, "" if closed else ", no closing line", errors[-300:].decode("latin-1"))
 
 
+def isover(attempt, failing, most):
+    """Does no failure disturb the run from this one on? Looks at some of them, ever further apart."""
+    ahead = 1
+    while failing + ahead < most:
+        if attempt(failing + ahead) is not None:
+            return False
+        ahead += max(1, ahead // 2)
+    return True
+
+
 def walk(binary, text, most=MOST, options=()):
     """Returns the faults met, and how many allocations failed."""
     undisturbed = perform(binary, text, None, options)
     if undisturbed[0] != 0 or not undisturbed[2]:
         return ["undisturbed: " + faultof(undisturbed[0], undisturbed[2], undisturbed[3])], 0
-    faults, reported, calm = [], 0, 0
-    for failing in range(most):
+
+    def attempt(failing):
+        """The run in which an allocation fails: its result, or nothing where it is the undisturbed one."""
         try:
             result = perform(binary, text, failing, options)
         except subprocess.TimeoutExpired:
+            return ()
+        return None if result == undisturbed else result
+
+    faults, reported, calm = [], 0, 0
+    for failing in range(most):
+        result = attempt(failing)
+        calm = calm + 1 if result is None else 0
+        if calm and calm % CALM == 0 and isover(attempt, failing, most):
+            return (faults or (["no failure was ever reported"] if reported == 0 else [])), failing + 1 - calm
+        if result is None:
+            continue
+        if not result:
             faults.append("allocation %d: did not end" % failing)
             continue
-        calm = calm + 1 if result == undisturbed else 0
-        if calm == CALM:
-            return (faults or (["no failure was ever reported"] if reported == 0 else [])), failing + 1 - CALM
         reported += MESSAGE in result[3]
         fault = faultof(result[0], result[2], result[3])
         if fault:
