@@ -183,7 +183,9 @@ class Writer:
         r = self.r
         if r.random() < 0.02:
             return r.choice(r.choice(WORDS).spellings)
-        return r.choice(SIGILS) + r.choice(NAMES)
+        sigil, name = r.choice(SIGILS), r.choice(NAMES)
+        # A point with no letter behind it ends a text: the rest of the line would see what was done ahead of a failure.
+        return name if self.comparable and sigil == b"." and not name[:1].isalpha() else sigil + name
 
     def address(self):
         r = self.r
