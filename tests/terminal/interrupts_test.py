@@ -86,6 +86,21 @@ class Interrupts(unittest.TestCase):
         self.assertRegex(out, r"\n 3\n\n 1 2 3\n\n\n--- Spent")
         self.assertEqual((err, status), ("", 0))
 
+    def test_members_in_members(self):
+        """A few bytes of blocks that are shared, and work without end in what they are members of."""
+        space = "(" * 12 + "1 2)" + "[9])" * 11
+        for words in ("1 +", "NEGATIVE", "1 ENCLOSE , SUM", "(1 2 3) MONADIC MARK ; MASK"):
+            with self.subTest(words):
+                session = Session()
+                self.addCleanup(session.process.kill)
+                session.say("%s 'on' '' WRITE DISCARD %s .\n" % (space, words))
+                session.until(" 'on'\n")
+                session.interrupt()
+                session.say("CLEAR 1 2 + .\n")
+                out, err, status = session.end()
+                self.assertRegex(out, r"\n\*\* User interrupt\. \*\*\n[^*]*\n 3\n+--- Spent")
+                self.assertEqual((err, status), ("", 0))
+
     def test_each(self):
         for title, body in BODIES.items():
             with self.subTest(title):
