@@ -116,6 +116,10 @@ class Walking(unittest.TestCase):
         noticed = "?|1?|3?) echo $message >&2 ;;"
         self.assertEqual(self.walk(noticed), "programme: 40 allocations failed in turn, 0 faults\n")
 
+    def test_a_fault_that_is_no_call_without_end(self):
+        shown = self.walk("4) echo SEGMENTATION VIOLATION >&2 ;; ?) echo $message >&2 ;;")
+        self.assertIn("allocation 4: a fault", shown)
+
     def test_a_fault_behind_failures_that_go_unnoticed(self):
         shown = self.walk("?|1?) echo $message >&2 ;; 35) exit 99 ;; 4?) echo $message >&2 ;;")
         self.assertIn("50 allocations failed in turn, 1 faults", shown)
