@@ -5,7 +5,6 @@
 #include "arithmetic/frame.h"
 #include "arithmetic/pairwalk.h"
 #include "failure/custody.h"
-#include "failure/exception.h"
 #include "failure/jump.h"
 #include "machine/gather.h"
 #include "machine/inspect.h"
@@ -133,7 +132,7 @@ void pushneighbourhood(Level &level, const Gathering &g, Dimension *dimensions, 
     const std::int32_t message = weigh(weights.data_pointer[j], datum, around.data_pointer[j], kinds, tally);
     if (message != 0) {
       droptop(level);  // half a neighbourhood, which has not the elements that its shape says
-      failwith(message, &level.sp, level.instruction);
+      failgathering(level, message);
     }
     level.sp->elements = j + 1;
     nextoffset(dimensions, g.data.rank);
@@ -181,7 +180,6 @@ void callforeach(Level &inner, Gathering &g) {
   Custody walked;
   takecustody(walked, releaseblock, dimensions);
   Tally tally;
-  tally.stopped = isinterrupted;
   for (std::uint32_t i = 0; i < g.data.elements; ++i) {
     pushneighbourhood(level, g, dimensions, tally);
     callforelement(inner, g);
