@@ -5,6 +5,7 @@
 #include "arithmetic/frame.h"
 #include "arithmetic/pairwalk.h"
 #include "failure/custody.h"
+#include "failure/exception.h"
 #include "failure/jump.h"
 #include "machine/gather.h"
 #include "machine/inspect.h"
@@ -116,6 +117,12 @@ std::int32_t weigh(const Element &weight, const Element *datum, Element &to, std
   return message;
 }
 
+void pushempty(Level &level) {
+  Point empty;
+  makeempty(empty);
+  pushowned(level, empty);
+}
+
 // Pushes the neighbourhood of the present position.
 void pushneighbourhood(Level &level, const Gathering &g, Dimension *dimensions, Tally &tally) {
   const Point &weights = g.weights;
@@ -132,7 +139,8 @@ void pushneighbourhood(Level &level, const Gathering &g, Dimension *dimensions, 
     const std::int32_t message = weigh(weights.data_pointer[j], datum, around.data_pointer[j], kinds, tally);
     if (message != 0) {
       droptop(level);  // half a neighbourhood, which has not the elements that its shape says
-      failgathering(level, message);
+      if (message == INTERRUPTED) pushempty(level);  // an interrupt takes what is on top
+      failwith(message, &level.sp, level.instruction);
     }
     level.sp->elements = j + 1;
     nextoffset(dimensions, g.data.rank);
@@ -180,6 +188,7 @@ void callforeach(Level &inner, Gathering &g) {
   Custody walked;
   takecustody(walked, releaseblock, dimensions);
   Tally tally;
+  tally.stopped = isinterrupted;
   for (std::uint32_t i = 0; i < g.data.elements; ++i) {
     pushneighbourhood(level, g, dimensions, tally);
     callforelement(inner, g);

@@ -89,7 +89,7 @@ class Interrupts(unittest.TestCase):
     def test_members_in_members(self):
         """A few bytes of blocks that are shared, and work without end in what they are members of."""
         space = "(" * 12 + "1 2)" + "[9])" * 11
-        for words in ("1 +", "NEGATIVE", "1 ENCLOSE , SUM"):
+        for words in ("1 +", "NEGATIVE", "1 ENCLOSE , SUM", "(1 2 3) MONADIC MARK ; MASK"):
             with self.subTest(words):
                 session = Session()
                 self.addCleanup(session.process.kill)
