@@ -250,6 +250,32 @@ TEST_F(PlainSpaces, AnotherKindAheadOfTheEndOverAnOperand) {
   }
 }
 
+// The same where the right operand is borrowed: it gets its counts, as the frame goes on, and has them back after it.
+TEST_F(PlainSpaces, AnotherKindAheadOfTheEndBesideABorrowedOperand) {
+  for (std::size_t place = 0; place < 9; ++place) {
+    Point left = operand(REAL, {9}), right = operand(REAL, {9}, 4);
+    left.data_pointer[place] = points::whole(5);
+    Left thorough = run(add, left, true, right, true, true);
+    Stack stack;
+    push(stack, owncopy(left), false);
+    push(stack, right, false);
+    const bool done = workplain(addcores, &stack.top, nullptr, nullptr, 1);
+    EXPECT_EQ(done, place > 0);
+    if (done)
+      for (std::uint32_t i = 0; i < 9; ++i)
+        EXPECT_TRUE(same(stack.top->data_pointer[i], thorough.value.data_pointer[i])) << place << " " << i;
+    else
+      --stack.top;
+    EXPECT_EQ(stack.height(), 1);
+    clear(stack);
+    EXPECT_EQ(referencecount(right.data_pointer), 1);
+    EXPECT_EQ(referencecount(right.shape_pointer), 1);
+    dereferencepoint(&thorough.value);
+    points::drop(left);
+    points::drop(right);
+  }
+}
+
 // The name of a scalar may be counted, and goes with its last holder.
 TEST_F(PlainSpaces, ANamedScalarIsGivenUpWithItsName) {
   for (const bool atleft : {true, false}) {
