@@ -106,6 +106,12 @@ void failgathering(Level &level, int number) {
   exceptionjump(number, &level.sp, level.instruction);
 }
 
+void pushempty(Level &level) {
+  Point empty;
+  makeempty(empty);
+  pushowned(level, empty);
+}
+
 Level gatheringlevel(Level &level, const Gathering &g) {
   Point *const frame = g.base + 1;
   return innerlevel(level, g.function, frame, frame + g.function.locals);
@@ -120,9 +126,7 @@ void callforelement(Level &inner, Gathering &g, Rounds *rounds) {
   joinpool(level.sp);
   // A function that leaves nothing leaves the empty vector; one that leaves more, the topmost.
   if (level.sp <= g.base) {
-    Point empty;
-    makeempty(empty);
-    pushowned(level, empty);
+    pushempty(level);
   }
   if (isoperator(*level.sp)) refuseresult(level, g);
   appendresult(level, g);

@@ -38,5 +38,7 @@ void callforelement(Level &inner, Gathering &g, Rounds *rounds = nullptr);
 void endgathering(Level &level, Gathering &g, std::uint32_t kept);
 // Drops the operands, after a failure that was found between two calls.
 [[noreturn]] void failgathering(Level &level, int number);
+// Pushes the empty vector. There is room.
+void pushempty(Level &level);
 
 }  // namespace morvik

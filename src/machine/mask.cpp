@@ -117,12 +117,6 @@ std::int32_t weigh(const Element &weight, const Element *datum, Element &to, std
   return message;
 }
 
-void pushempty(Level &level) {
-  Point empty;
-  makeempty(empty);
-  pushowned(level, empty);
-}
-
 // Pushes the neighbourhood of the present position.
 void pushneighbourhood(Level &level, const Gathering &g, Dimension *dimensions, Tally &tally) {
   const Point &weights = g.weights;
