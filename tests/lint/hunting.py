@@ -99,7 +99,7 @@ class Hunting(unittest.TestCase):
 class Walking(unittest.TestCase):
     """The walk over allocations that fail, with a shell script as the binary."""
 
-    def walk(self, notices):
+    def walk(self, notices, *options):
         script = ("#!/bin/sh\ncat >/dev/null; n=${MORVIK_FAIL_ALLOCATION:-1000}; message='27 - out of main storage.'\n"
                   "case $n in %s esac\n" % notices + CLOSING)
         with tempfile.TemporaryDirectory() as scratch:
@@ -107,14 +107,18 @@ class Walking(unittest.TestCase):
             binary.write_text(script)
             binary.chmod(0o755)
             programme.write_text("1 .\n")
-            run = subprocess.run([sys.executable, "-B", str(FUZZ.parent / "storage" / "run.py"), str(binary), str(programme)],
-                                 capture_output=True, text=True, check=False)
+            run = subprocess.run([sys.executable, "-B", str(FUZZ.parent / "storage" / "run.py"), *options, str(binary),
+                                  str(programme)], capture_output=True, text=True, check=False)
         self.assertEqual(run.stderr, "")
         return run.stdout
 
     def test_the_walk_goes_to_the_last_allocation(self):
         noticed = "?|1?|3?) echo $message >&2 ;;"
         self.assertEqual(self.walk(noticed), "programme: 40 allocations failed in turn, 0 faults\n")
+
+    def test_a_sample_of_the_allocations(self):
+        noticed = "?|1?|3?) echo $message >&2 ;;"
+        self.assertEqual(self.walk(noticed, "--every", "7"), "programme: 6 allocations failed in turn, 0 faults\n")
 
     def test_a_fault_that_is_no_call_without_end(self):
         shown = self.walk("4) echo SEGMENTATION VIOLATION >&2 ;; ?) echo $message >&2 ;;")

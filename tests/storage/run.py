@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
-"""Lets each allocation of a programme fail in turn, in the checking build:  run.py [--random N] BINARY PROGRAMME...
+"""Lets each allocation of a programme fail in turn, in the checking build:
+     run.py [--random N] [--every N] BINARY PROGRAMME...
 
 Whatever the failure hits, the process ends in order: with status 0 and its closing line, or with status 1 and message 27
 where it hits the start. A block that is left over (status 99), a fault or an abort is an error. The walk ends where the
 programme has no allocation left to fail, so that it runs as it does undisturbed. A file of one-line tests is a programme too.
+With --every only each Nth allocation fails, as a sample of what would take days.
 
 With --random so many programmes are written anew, of words of every kind, for a run with the pool and one without. Of these
 the first allocations alone fail in turn. What does not run alike twice, or not to its end, is passed over.
@@ -25,7 +27,7 @@ LINES = programmes.load("lines", pathlib.Path(__file__).resolve().parents[1] / "
 MESSAGE = b"27 - out of main storage."
 FAULT = re.compile(rb"^(?:SEGMENTATION VIOLATION|Bus error|Floating point exception)", re.M)
 CLOSING = re.compile(rb"--- Spent: \d\d:\d\d:\d\d\.\d{6} ---\n\n$")
-MOST = 200000
+MOST = 1000000
 MOST_RANDOM = 250
 PASSED_OVER = 1  # seconds that a random programme may take at most
 CALM = 5  # undisturbed runs in a row, after which a walk looks ahead for its end: failures may go unnoticed
@@ -82,7 +84,7 @@ def isover(attempt, failing, most):
     return True
 
 
-def walk(binary, text, most=MOST, options=()):
+def walk(binary, text, most=MOST, options=(), every=1):
     """Returns the faults met, and how many allocations failed."""
     undisturbed = perform(binary, text, None, options)
     if undisturbed[0] != 0 or not undisturbed[2]:
@@ -97,11 +99,11 @@ def walk(binary, text, most=MOST, options=()):
         return None if result == undisturbed else result
 
     faults, reported, calm = [], 0, 0
-    for failing in range(most):
+    for failing in range(0, most, every):
         result = attempt(failing)
         calm = calm + 1 if result is None else 0
         if calm and calm % CALM == 0 and isover(attempt, failing, most):
-            return (faults or (["no failure was ever reported"] if reported == 0 else [])), failing + 1 - calm
+            return (faults or (["no failure was ever reported"] if reported == 0 else [])), failing // every + 1 - calm
         if result is None:
             continue
         if not result:
@@ -111,7 +113,7 @@ def walk(binary, text, most=MOST, options=()):
         fault = faultof(result[0], result[2], result[3])
         if fault and not (FAULT.search(result[3]) and callsforever(binary, text, failing, options)):
             faults.append("allocation %d: %s" % (failing, fault))
-    return faults + (["never ran undisturbed"] if most == MOST else []), most
+    return faults + (["never ran undisturbed"] if most == MOST else []), most // every
 
 
 def randomtexts(binary, seed):
@@ -147,6 +149,7 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--random", type=int, default=0)
     parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--every", type=int, default=1)
     parser.add_argument("--seconds", type=float, default=0, help="for the random ones")
     parser.add_argument("binary")
     parser.add_argument("programmes", nargs="*", type=pathlib.Path)
@@ -155,7 +158,7 @@ def main():
     failed = walks = 0
     for path in given.programmes:
         text, options = programmeof(path)
-        failed += show(path.name, *walk(binary, text, options=options))
+        failed += show(path.name, *walk(binary, text, options=options, every=given.every))
     ends = time.monotonic() + (given.seconds or 1e9)
     for _, (number, text) in zip(range(given.random), randomtexts(binary, given.seed)):
         if time.monotonic() > ends:
