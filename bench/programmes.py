@@ -95,7 +95,7 @@ class Work:
     def choose(self, least, enough):
         """Raises n until the work takes long enough; of two starts the slower one tells. The peak of memory is for one n."""
         self.n = least
-        if self.row.memory:
+        if self.row.memory is not None:
             return
         start = max(self.run(1)[0] for _ in range(2))
         while self.n < MOST:
@@ -129,7 +129,7 @@ def measure(row, commands, quick):
         for work in works.values():
             work.turn()
     yield row.title, row.unit[0], {peer: work.figure() for peer, work in works.items()}, row.goal, row.then
-    if row.memory and not quick:
+    if row.memory is not None and not quick:
         most = {peer: statistics.median(work.memory) for peer, work in works.items()}
         yield "the same, peak of memory", MEGABYTES, most, row.memory, None
 
@@ -151,7 +151,7 @@ def titles():
     """What stands at the sides of the figures, line by line: title, unit, goal and what comes then."""
     for row in ROWS:
         yield (row.title, row.unit[0], *cells("", "", {"Morvik": 0}, row.goal, row.then)[-2:])
-        if row.memory:
+        if row.memory is not None:
             yield "the same, peak of memory", MEGABYTES, str(row.memory), ""
 
 

@@ -27,7 +27,7 @@ class Row:
     least: int = 2  # n, which is raised where the work takes too little time
     runs: int = 5
     files: typing.Callable = lambda n, size: {}  # name: bytes, what the programmes find in their folder
-    memory: object = None  # the goal of the row that follows with the peak of memory, in MB
+    memory: object = None  # the goal of the row that follows with the peak of memory, in MB; "" for a row without one
 
 
 def living(rounds, size):
@@ -52,6 +52,11 @@ SENTENCE = "The quick brown fox jumps over the lazy dog, and a hundred more\n"
 
 def prose(size):
     return (SENTENCE * (size // len(SENTENCE) + 1))[:size].encode()
+
+
+def words(size):
+    """How many there are in it. Not by a list of them: a child takes over this process's peak of memory."""
+    return str(sum(1 for _ in re.finditer(rb"\S+", prose(size))))
 
 
 def real(value):
@@ -297,16 +302,29 @@ end
 local s = 0 for y = 1, size do for x = 1, size do s = s + board[y][x] end end
 print(s)
 """}, unit=SECONDS, each=lambda size: 0.01, goal=3.7, then=0.5, size=512, tiny=12, least=100, runs=3),
+    Row("the words of a text of 10 MB counted, by where one begins",
+        lambda n, size: words(n * size),
+        {"Morvik": """
+'prose' TEXTREAD ' ' > 8192 @width SET DUP SHAPE FIRST @size SET size width / CEILING @rows SET
+0 rows width * size - RESHAPE , width rows , RESHAPE @inside SET rows .. @all SET 0 @last SET 0 @n SET
+rows MONADIC
+  all = inside COMPRESSLASTAXIS RAVEL @row SET
+  last row , row 0 , < SUM n + @n SET row REVERSE FIRST @last SET
+FUNCTIONEND LOOP n .
+""",
+         "CPython": "print(len(open('prose').read().split()))",
+         "Lua": "local n = 0 for word in io.open('prose'):read('a'):gmatch('%S+') do n = n + 1 end print(n)"},
+        unit=SECONDS, each=lambda size: 0.01, goal=0.2, memory=500, size=100000, tiny=200, least=100, runs=3,
+        files=lambda n, size: {"prose": prose(n * size)}),
     Row("the words of a text of 10 MB, `text:words`",
-        # Not by a list of them: a child takes over this process's peak of memory.
-        lambda n, size: str(sum(1 for _ in re.finditer(rb"\S+", prose(n * size)))),
+        lambda n, size: words(n * size),
         {"Morvik": "'arrays.morvik' READ 'text.morvik' READ 'prose' TEXTREAD text:words @words SET words SHAPE FIRST .",
          "CPython": "words = open('prose').read().split()\nprint(len(words))",
          "Lua": """
 local words = {} for word in io.open('prose'):read('a'):gmatch('%S+') do words[#words + 1] = word end
 print(#words)
 """},
-        unit=SECONDS, each=lambda size: 0.01, goal=0.2, memory=500, size=100000, tiny=200, least=100, runs=3,
+        unit=SECONDS, each=lambda size: 0.01, memory="", size=100000, tiny=200, least=100, runs=3,
         files=lambda n, size: {"prose": prose(n * size)}),
     Row("10^5 texts joined and cut again, `text:join`, `text:split`",
         lambda n, size: "%d %d" % (sum(i % 7 + 1 for i in range(1, size + 1)) + size - 1, size),
