@@ -12,7 +12,7 @@
 //     static std::int32_t refusal(l, r);             optional: the message for tags without a core, otherwise 162
 //     static constexpr std::size_t pollinterval;     optional, for slow ones: elements between two safe points
 //     double tolerance;                              optional: is set to what #CT held when the instruction began
-//     bool bothpolar;                                optional: is set for each pair of complex numbers
+//     static constexpr std::size_t polarsaves;       optional: so many fewer flops where two complex numbers are polar
 //   };
 //
 // A pair without an operator() is promoted: integers to reals, then the lower number to the kind of the higher. An
@@ -187,6 +187,15 @@ constexpr std::uint64_t fixedflopsof() {
     return 0;
 }
 
+// How many of them are saved where both operands are in polar form.
+template <class Core, std::int32_t L, std::int32_t R>
+constexpr std::uint64_t polarsavesof() {
+  if constexpr (L == tags::COMPLEX && R == tags::COMPLEX && requires { Core::polarsaves; })
+    return Core::polarsaves;
+  else
+    return 0;
+}
+
 // ---- From a result to a record. Each returns the HAS bit of what it wrote.
 
 // The HAS bit that results of a kind have, or nearly all of them.
@@ -302,9 +311,13 @@ inline std::int32_t checkpair(const Element &left, const Element &right) {
     return Core{}.check(valueof<L>(left), valueof<R>(right));
 }
 
+inline bool arepolar(const Element &left, const Element &right) {
+  return (left.form & right.form & forms::POLAR) != 0;
+}
+
 // Works one pair, whose tags are these: reads it before it writes the result, which may be one of the two. Passes the
-// HAS bit of the result to `note`. False where the pair fails, which sets `failure`.
-template <class Core, std::int32_t L, std::int32_t R, class Note>
+// HAS bit of the result to `note`. False where the pair fails, which sets `failure`. What is grouped is not polar.
+template <class Core, std::int32_t L, std::int32_t R, bool grouped = false, class Note>
 [[gnu::always_inline]] inline bool workvalues(Core &core, const Element &left, const Element &right, Element &result,
                                               bool fresh, std::int32_t &failure, Note &&note) {
   using Result = ResultFor<Core, Kind<L>, Kind<R>>;
@@ -314,7 +327,8 @@ template <class Core, std::int32_t L, std::int32_t R, class Note>
       return false;
   }
   const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
-  if constexpr (requires { core.bothpolar; }) core.bothpolar = ispolar(lefthead & righthead);
+  if constexpr (!grouped && polarsavesof<Core, L, R>() != 0)
+    core.flops -= arepolar(left, right) ? polarsavesof<Core, L, R>() : 0;
   // Found before the formula runs, as its terms are computed best where they are stored.
   Octonion *target = nullptr;
   if constexpr (std::same_as<Result, Octonion>) {
@@ -349,14 +363,14 @@ using StraightLoop = Stretch (*)(const Element *left, const Element *right, Elem
                                  bool fresh, Tally &tally);
 enum Lone : unsigned { NO_LONE, LONE_LEFT, LONE_RIGHT, LONES };
 
-// Arithmetic of reals takes so little that looking for the end would be a good part of it: so many go between two
-// looks. What ends such a group leaves the loop to work it again, one by one: nothing may be counted, or written over
-// an operand. What only chooses, which refuses no operand, is slower so.
+// Arithmetic of reals and complex numbers takes so little that looking for the end would be a good part of it: so many
+// go between two looks. What ends such a group leaves the loop to work it again, one by one: nothing may be counted, or
+// written over an operand. What only chooses, which refuses no operand, is slower so.
 inline constexpr std::size_t GROUP = 4;
 template <class Core, std::int32_t L, std::int32_t R>
 constexpr bool isbrief() {
-  if constexpr (L == tags::REAL && R == tags::REAL && !Checked<Core, double, double>)
-    return std::same_as<ResultFor<Core, double, double>, double> && fixedflopsof<Core, double, double>() > 0 &&
+  if constexpr (L == R && (L == tags::REAL || L == tags::COMPLEX) && !Checked<Core, Kind<L>, Kind<R>>)
+    return std::same_as<ResultFor<Core, Kind<L>, Kind<R>>, Kind<L>> && fixedflopsof<Core, Kind<L>, Kind<R>>() > 0 &&
            Core::refused != 0;
   else
     return false;
@@ -381,11 +395,14 @@ Stretch straightloop(const Element *left, const Element *right, Element *result,
   Element copy;
   if constexpr (lone != NO_LONE) copy = lone == LONE_LEFT ? *left : *right;
   const std::int32_t lefttag = heldtag<L>(), righttag = L == R ? lefttag : heldtag<R>();
-  const auto at = [&](std::size_t i) __attribute__((always_inline)) {
+  const auto at = [&](std::size_t i, auto grouped) __attribute__((always_inline)) {
     const Element &l = lone == LONE_LEFT ? copy : left[i], &r = lone == LONE_RIGHT ? copy : right[i];
     if (l.tag != lefttag || r.tag != righttag) [[unlikely]]
       return false;
-    return workvalues<Core, L, R>(core, l, r, result[i], fresh, failure, [&](std::uint32_t kind) {
+    if constexpr (grouped && polarsavesof<Core, L, R>() != 0)
+      if (arepolar(l, r)) [[unlikely]]
+        return false;
+    return workvalues<Core, L, R, grouped>(core, l, r, result[i], fresh, failure, [&](std::uint32_t kind) {
       if (kind != USUAL_BIT<Result>) [[unlikely]] {
         kinds |= kind;
         ++others;
@@ -394,12 +411,12 @@ Stretch straightloop(const Element *left, const Element *right, Element *result,
   };
   if constexpr (isbrief<Core, L, R>()) {
     const auto group = [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
-      return (at(done + i) && ...);
+      return (at(done + i, std::true_type{}) && ...);
     };
     if (fresh)
       while (count - done >= GROUP && group(std::make_index_sequence<GROUP>{})) done += GROUP;
   }
-  while (done < count && at(done)) ++done;
+  while (done < count && at(done, std::false_type{})) ++done;
   tally.failure = failure;
   tally.flops += static_cast<double>(core.flops + fixedflopsof<Core, Kind<L>, Kind<R>>() * done);
   return {done, done > others ? kinds | USUAL_BIT<Result> : kinds};

@@ -18,7 +18,6 @@ double nantoinfinity(double x) {
 
 struct Multiply : FlopCounter {
   static constexpr std::uint32_t refused = ISADDRESS | HASUNICODE;
-  bool bothpolar = false;
 
   WholeOrReal operator()(Integer a, Integer b) {
     return wholeresult(static_cast<double>(a.value) * static_cast<double>(b.value));
@@ -36,11 +35,12 @@ struct Multiply : FlopCounter {
     return x;
   }
 
-  // In polar form the moduli multiply and the angles add. The cross terms are no matter where an imaginary part is 0,
-  // but for infinities.
+  // In polar form the moduli multiply and the angles add.
+  static constexpr std::size_t fixedflops(Formula<Complex, Complex>) { return 6; }
+  static constexpr std::size_t polarsaves = 4;
+  // The cross terms are no matter where an imaginary part is 0, but for infinities.
   template <class Give>
   void operator()(const Complex &a, const Complex &b, Give &&give) {
-    flops += bothpolar ? 2 : 6;
     const Complex c = pairproduct<Right::ITSELF>(a, b);
     if (std::isunordered(c.re, c.im)) [[unlikely]]
       give(Complex{realpart(a.re, a.im, b.re, b.im), imaginarypart(a.re, a.im, b.re, b.im)});

@@ -294,15 +294,10 @@ void unname(Element &e) {
   e.name = nullptr;
 }
 
-[[noreturn]] void failfold(std::int32_t message, Point **stackpointer, const Point *instruction) {
-  if (message == INTERRUPTED) takeinterrupt();
-  exceptionjump(message, stackpointer, instruction);
-}
-
 void foldspace(Point **stackpointer, const Point *instruction, Point *context, bool last) {
   const Point &space = **stackpointer;
   if (const std::int32_t message = checkfold(space, instruction->modifier); message != 0)
-    failfold(message, stackpointer, instruction);
+    failwith(message, stackpointer, instruction);
   if (space.rank == 0 || !space.data_pointer) return;
   const Dyadic &d = *coresof(instruction->modifier);
   const Axis axis = axisof(space, last);
@@ -319,7 +314,7 @@ void foldspace(Point **stackpointer, const Point *instruction, Point *context, b
     if (axis.extent > 1) unname(to);
     f.point.elements = static_cast<std::uint32_t>(i + 1);
     const std::int32_t message = fold(d, plain, first, axis, to, tally);
-    if (message != 0) failfold(message, stackpointer, instruction);
+    if (message != 0) failwith(message, stackpointer, instruction);
     if (i % SLOW_POLL_INTERVAL == 0) safepoint();
   }
   endcustody(f.custody);

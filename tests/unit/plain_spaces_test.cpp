@@ -158,6 +158,48 @@ TEST_F(PlainSpaces, ASumTooLargeInTheMiddleIsAReal) {
   }
 }
 
+// Two complex numbers in polar form take 2 flops, all others 6, wherever they stand among others.
+TEST_F(PlainSpaces, PolarPairsAmongOthers) {
+  constexpr std::size_t COUNT = 9;
+  for (std::size_t place = 0; place < COUNT; ++place)
+    for (const bool leftpolar : {false, true})
+      for (const bool rightpolar : {false, true})
+        for (const bool others : {false, true}) {
+          Point left = operand(COMPLEX, {COUNT}), right = operand(COMPLEX, {COUNT}, 3);
+          for (std::size_t i = 0; i < COUNT; ++i) {
+            left.data_pointer[i].form = (i == place ? leftpolar : others) ? forms::POLAR : forms::CARTESIAN;
+            right.data_pointer[i].form = (i == place ? rightpolar : others) ? forms::POLAR : forms::CARTESIAN;
+          }
+          const std::size_t polar = (leftpolar && rightpolar ? 1 : 0) + (others ? COUNT - 1 : 0);
+          expectsame(MEMBERS[2], left, right, "a polar pair at " + std::to_string(place));
+          Left made = run(multiply, left, true, right, true, false);
+          EXPECT_EQ(made.flops, 1 + 6 * COUNT - 4 * polar);
+          dereferencepoint(&made.value);
+          points::drop(left);
+          points::drop(right);
+        }
+}
+
+// Products that are no numbers are made again from their parts, in a group too.
+TEST_F(PlainSpaces, InfiniteProductsAmongOthers) {
+  constexpr double INFINITE = std::numeric_limits<double>::infinity();
+  for (std::size_t place = 0; place < 9; ++place) {
+    Elements lefts(9, points::complex(1, 2)), rights(9, points::complex(3, 0));
+    lefts[place] = points::complex(INFINITE, 0);
+    rights[place] = points::complex(0, 5);
+    Point left = points::vector(lefts), right = points::vector(rights);
+    expectsame(MEMBERS[2], left, right, "an infinite product at " + std::to_string(place));
+    Left made = run(multiply, left, true, right, true, false);
+    for (std::size_t i = 0; i < 9; ++i) {
+      EXPECT_EQ(made.value.data_pointer[i].complex.re, i == place ? INFINITE : 3) << place << " " << i;
+      EXPECT_EQ(made.value.data_pointer[i].complex.im, i == place ? INFINITE : 6) << place << " " << i;
+    }
+    dereferencepoint(&made.value);
+    points::drop(left);
+    points::drop(right);
+  }
+}
+
 // A flag word that is not exact: a record of another kind at any place, which may even be refused.
 TEST_F(PlainSpaces, RecordsThatTheFlagWordHides) {
   for (const int hidden : {INTEGER, COMPLEX, ASCII, NESTED})
@@ -233,6 +275,38 @@ TEST_F(PlainSpaces, BorrowedOperands) {
         }
   EXPECT_GT(worked, 2000);
 }
+
+#ifdef MORVIK_CHECKING
+
+// Where there is no storage for the result, what was borrowed is the stack's own when the failure lands, with its
+// counts.
+TEST_F(PlainSpaces, NoStorageBesideBorrowedOperands) {
+  for (const unsigned borrowed : {0U, 1U, 2U}) {
+    Point left = operand(REAL, {9}), right = operand(REAL, {9}, 4);
+    const std::int64_t alive = liveblocks();
+    Stack stack;
+    push(stack, borrowed == 2 ? left : sharedcopy(left), false);
+    push(stack, borrowed >= 1 ? right : sharedcopy(right), false);
+    const Report report;
+    failallocation(0);
+    const int landing = landingof([&] { workplain(addcores, &stack.top, nullptr, nullptr, borrowed); });
+    failallocation(-1);
+    pendingproblem = 0;
+    EXPECT_NE(landing, 0);
+    EXPECT_EQ(report.number(), messages::OUT_OF_STORAGE);
+    ASSERT_EQ(stack.height(), 2);
+    EXPECT_EQ(liveblocks(), alive);
+    EXPECT_EQ(referencecount(left.data_pointer), 2);
+    EXPECT_EQ(referencecount(right.data_pointer), 2);
+    clear(stack);
+    EXPECT_EQ(referencecount(left.data_pointer), 1);
+    EXPECT_EQ(referencecount(right.data_pointer), 1);
+    points::drop(left);
+    points::drop(right);
+  }
+}
+
+#endif
 
 // Over the left operand, nothing that the loop has left is lost where it ended.
 TEST_F(PlainSpaces, AnotherKindAheadOfTheEndOverAnOperand) {
