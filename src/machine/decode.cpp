@@ -135,7 +135,7 @@ void decodeoperator(Op &op, const Point &p) {
 
 void decodeliteral(const Body &body, Op &op, const Point &p, const Point &next) {
   const std::uint32_t type = loosetype(p);
-  if (type == 0) {
+  if (type == 0 || changesinprint(type, p.data_pointer->integer)) {
     op.code = Quick::SPACE;
     return;
   }

@@ -1,10 +1,14 @@
 // Bodies of functions as arrays of quick operations, made once and kept with the body.
 #pragma once
 
+#include <bit>
+#include <cmath>
 #include <cstdint>
 
 #include "arithmetic/scalars.h"
 #include "machine/level.h"
+#include "spaces/convert.h"
+#include "spaces/loose.h"
 
 namespace morvik {
 
@@ -30,6 +34,14 @@ struct Op {
     const Dyadic *dyadic;
   };
 };
+
+// Printing a whole real makes an integer of its record, for all who hold the block. So a copy of such a number shares
+// the block, and is never loose. Is this one, of a loose type?
+inline bool changesinprint(std::uint32_t type, std::int64_t value) {
+  if (type != LOOSE_REAL) return false;
+  const auto real = std::bit_cast<double>(value);
+  return std::fabs(real) < INTEGER_BOUND && static_cast<double>(static_cast<std::int64_t>(real)) == real;
+}
 
 // The operations of the body of a level; null where it is to be run by the loop: a text, a body that runs for the first
 // time and is not about to run often, one that there is no storage for, and any where the quick loop is switched off.

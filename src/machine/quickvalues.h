@@ -44,7 +44,8 @@ namespace morvik {
   const Point *const value = boundpoint(*q.level, *q.op->point);
   if (!value || isfull(q)) [[unlikely]]
     return Then::SLOW;
-  if (const std::uint32_t type = loosetype(*value); type != 0) [[likely]] {
+  const std::uint32_t type = loosetype(*value);
+  if (type != 0 && !changesinprint(type, value->data_pointer->integer)) [[likely]] {
     pushloose(q, type, value->data_pointer->form, value->data_pointer->integer);
     return step(q, 1);
   }
@@ -101,8 +102,12 @@ namespace morvik {
     return Then::SLOW;
   Point *const top = q.sp;
   if (isloose(*top)) [[likely]] {
-    copylooseslot(*++q.sp, *top);
-    return step(q, 1);
+    if (!changesinprint(top->type, looseinteger(*top))) [[likely]] {
+      copylooseslot(*++q.sp, *top);
+      return step(q, 1);
+    }
+    synchronise(q);
+    giverecord(*top, newelements(1));
   }
   if (!isspace(*top)) return Then::SLOW;
   referencepoint(top);

@@ -13,6 +13,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -25,13 +26,24 @@ using namespace morvik;
 namespace {
 
 constexpr suseconds_t PATIENCE_US = 40000;  // processor time of an input, and between interrupts after that
+constexpr suseconds_t TICK_US = 2000;
+// The address sanitizer forgets what was on the stack that a jump leaves, but not where that is more than 64 MiB.
+constexpr std::intptr_t DEEPEST = std::intptr_t{32} << 20;
 constexpr rlim_t GREATEST_FILE = 1 << 20;
 
 thread_local bool fuzzing;  // in an input: the engine's own threads sleep as they wish
-volatile std::sig_atomic_t late;
+volatile std::sig_atomic_t late, ticks;
+std::intptr_t stackbase;
 int scratch = -1, home = -1;
 
-void outoftime(int) {
+inline std::intptr_t stacktop() {
+  return reinterpret_cast<std::intptr_t>(__builtin_frame_address(0));
+}
+
+void tick(int) {
+  ticks = ticks + 1;
+  if (ticks < PATIENCE_US / TICK_US && stackbase - stacktop() < DEEPEST) return;
+  ticks = 0;
   late = 1;
   interrupted = SIGINT;
 }
@@ -66,15 +78,17 @@ void harmless() {
   struct sigaction action {};
   action.sa_handler = SIG_IGN;
   sigaction(SIGXFSZ, &action, nullptr);
-  action.sa_handler = outoftime;
+  action.sa_handler = tick;
   sigaction(SIGPROF, &action, nullptr);
 }
 
 void beginharmless() {
+  stackbase = stacktop();
   if (fchdir(scratch) != 0) std::abort();
   late = 0;
   fuzzing = true;
-  settimer(PATIENCE_US);
+  ticks = 0;
+  settimer(TICK_US);
 }
 
 void endharmless() {

@@ -4,9 +4,9 @@
 
 // Once: the scratch directory, the bound on files, the timer.
 void harmless();
-// From here to the end the process is in the scratch directory, sleeps end at once, and an interrupt comes when
-// the time is up. What was left in the directory is removed at the end.
+// From here to the end the process is in the scratch directory, sleeps end at once, and an interrupt comes when the
+// time is up or the process stack too deep. What was left in the directory is removed at the end.
 void beginharmless();
 void endharmless();
-// Is the time of the present input up?
+// Is the present input to end?
 bool timeisup();
