@@ -101,32 +101,38 @@ class Engine:
         """Has the process read all that it was sent?"""
         return struct.unpack("i", fcntl.ioctl(self.unread, termios.FIONREAD, bytes(4)))[0] == 0
 
+    def masks(self):
+        """Which signals the process ignores, as a mask, and whether one that it has not taken yet is an interrupt."""
+        masks = dict(re.findall(rb"(\w+):\s*(\w+)\n", self.about("status")))
+        ignored, *pending = (int(masks[name], 16) for name in (b"SigIgn", b"SigPnd", b"ShdPnd"))
+        return ignored, any(INTERRUPT & mask for mask in pending)
+
     def observe(self):
         """An Observed while the process waits for input that nobody has sent, otherwise None."""
         if not self.isempty():
             return None
         try:
+            # A process that has just been woken by an interrupt still counts as one that waits.
+            ignored, interrupted = before = self.masks()
             call = self.about("syscall").split()
-            if len(call) < 8 or call[:2] != [b"0", b"0x0"]:
+            if interrupted or len(call) < 8 or call[:2] != [b"0", b"0x0"] or self.masks() != before:
                 return None
-            stack = int(call[-2], 16)
-            ignored = int(re.search(rb"SigIgn:\s*(\w+)", self.about("status")).group(1), 16)
-            return Observed(stack, bool(ignored & INTERRUPT))
+            return Observed(int(call[-2], 16), bool(ignored & INTERRUPT))
         except (PermissionError, FileNotFoundError):
             return self.guess()
-        except (OSError, ValueError, AttributeError):
+        except (OSError, ValueError, KeyError):
             return None
 
     def guess(self):
         """Where the kernel shows no calls: a process that sleeps and ignores interrupts reads a text; one that sleeps for
         long reads a line."""
         try:
-            ignored = int(re.search(rb"SigIgn:\s*(\w+)", self.about("status")).group(1), 16)
+            ignored, interrupted = self.masks()
             sleeps = self.about("stat").rpartition(b")")[2].split()[0] == b"S"
-        except (OSError, AttributeError):
+        except (OSError, ValueError, KeyError):
             return None
         readstext = bool(ignored & INTERRUPT)
-        if not sleeps or (not readstext and time.monotonic() - self.quietsince < NOBODYKNOWS):
+        if interrupted or not sleeps or (not readstext and time.monotonic() - self.quietsince < NOBODYKNOWS):
             return None
         return Observed(0, readstext)
 

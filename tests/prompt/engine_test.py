@@ -126,6 +126,13 @@ class Leaving(Conversation):
         self.assertIn(b"** User interrupt. **", self.leave())
         self.assertEqual(self.wanted, engine.Wanted(AT_PROMPT, 1))
 
+    def test_an_interrupt_that_the_process_has_not_taken_yet(self):
+        self.say("1 QUOTEDIN 3 .", ASKS_LINE)
+        self.process.process.send_signal(signal.SIGSTOP)
+        threading.Timer(0.2, self.process.process.send_signal, [signal.SIGCONT]).start()
+        self.assertIn(b"** User interrupt. **", self.leave())
+        self.assertEqual(self.wanted, engine.Wanted(AT_PROMPT, 1))
+
     def test_an_inspection(self):
         self.say("STEP 1 2 .", ASKS_TEXT)
         self.leave()
