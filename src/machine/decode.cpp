@@ -94,6 +94,10 @@ Quick quickof(const Point &p) {
       return Quick::CHECK;
     case instructions::JUMP:
       return Quick::JUMP;
+    case instructions::CATENATE:
+      return Quick::CATENATE;
+    case instructions::RESHAPE:
+      return Quick::RESHAPE;
     case instructions::FIRST:
       return p.modifier == instructions::FIRST ? Quick::SLOW : Quick::FIRST;
     default:
@@ -109,11 +113,14 @@ void decodedecided(Op &op, const Point &p) {
     op.code = Quick::IF;
 }
 
+bool isrest(const Point &p) {
+  return isinstruction(p, instructions::REST) && p.modifier != instructions::REDUCE;
+}
 // What makes a new value for the name that its old one came from.
 Quick replacing(const Point &p) {
   if (p.instruction == instructions::CATENATE) return Quick::CATENATE_STORE;
-  if (p.instruction == instructions::REST && p.modifier != instructions::REDUCE) return Quick::REST_STORE;
-  return Quick::SLOW;
+  if (isrest(p)) return Quick::REST_STORE;
+  return quickof(p);
 }
 bool isstore(const Point *p) {
   return p[0].rank == ranks::ADDRESS && !isconditional(p[0]) && isinstruction(p[1], instructions::SET);
@@ -129,8 +136,7 @@ void decodeoperator(Op &op, const Point &p) {
       op.dyadic = s->dyadic;
     return;
   }
-  op.code = quickof(p);
-  if (op.code == Quick::SLOW && isstore(&p + 1)) op.code = replacing(p);
+  op.code = isstore(&p + 1) ? replacing(p) : quickof(p);
 }
 
 void decodeliteral(const Body &body, Op &op, const Point &p, const Point &next) {
@@ -157,6 +163,7 @@ void decodeliteral(const Body &body, Op &op, const Point &p, const Point &next) 
 void decodename(Op &op, const Point &next) {
   op.code = Quick::NAME;
   if (isinstruction(next, instructions::EXECUTE)) op.code = Quick::NAME_CALL;
+  if (isrest(next) && isstore(&next + 1)) op.code = Quick::NAME_REST_STORE;
   if (const Scalar *s = scalarof(next); s && s->dyadic) {
     op.code = dyadiccode(next, Right::NAME);
     op.dyadic = s->dyadic;

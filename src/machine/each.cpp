@@ -1,4 +1,5 @@
 // EACH: a function applied to every element of a space.
+#include <algorithm>
 #include <bit>
 
 #include "failure/exception.h"
@@ -67,6 +68,7 @@ Next monadiceach(Level &level) {
     callforelement(inner, g, g.function.locals == 0 ? &rounds : nullptr);
   }
   g.kinds |= rounds.kinds;
+  g.depth = std::max(g.depth, rounds.depth);
   endgathering(level, g, KEPT_FLAGS);
   return Next::FETCH;
 }

@@ -47,14 +47,19 @@ std::uint32_t takescalar(Level &level, Element &element) {
          (element.tag < 0 || element.tag == tags::SUBARRAY ? STRUCTURED : 0);
 }
 
-std::uint32_t takespace(Level &level, Gathering &g, Element &element) {
-  Point *box = newpoint();
-  *box = *level.sp--;
+// The space moves into the box.
+std::uint32_t enclosespace(Element &element, Point *box, const Point &space, std::int16_t &depth) {
+  *box = space;
   element = {};
   element.tag = tags::SUBARRAY;
   element.subarray = box;
-  g.depth = std::max(g.depth, static_cast<std::int16_t>(box->depth + 1));
+  depth = std::max(depth, static_cast<std::int16_t>(box->depth + 1));
   return ISSTRUCTURE | STRUCTURED;
+}
+
+std::uint32_t takespace(Level &level, Gathering &g, Element &element) {
+  Point *box = newpoint();
+  return enclosespace(element, box, *level.sp--, g.depth);
 }
 
 std::uint32_t takesymbolic(Level &level, Element &element) {
@@ -87,7 +92,44 @@ void appendresult(Level &level, Gathering &g) {
   ++g.result.elements;
 }
 
+// Makes a value that is no symbolic Point, and no scalar that owns more than its block, the next result.
+bool keepresult(const Point &value, Rounds &rounds) {
+  Element &element = rounds.results[*rounds.made];
+  std::uint32_t kinds = value.type & ISPROBABLE;
+  if (isloose(value)) {
+    setrecord(element, value);
+    kinds = value.type & KIND_BITS;
+  } else if (ownsoneblock(value)) {
+    copyplain(element, *value.data_pointer);
+    kinds |= kindbit(element.tag);
+    release(value.data_pointer);
+  } else if (isspace(value) && value.rank != ranks::SCALAR) {
+    auto *const box = static_cast<Point *>(tryblock(sizeof(Point)));
+    if (!box) return false;
+    kinds |= enclosespace(element, box, value, rounds.depth);
+  } else {
+    return false;
+  }
+  rounds.kinds |= kinds;
+  ++*rounds.made;
+  return true;
+}
+
 }  // namespace
+
+bool passon(Point &slot, Rounds &rounds) {
+  const Element &next = rounds.elements[rounds.index];
+  const bool isnested = next.tag == tags::SUBARRAY && isspace(*next.subarray);
+  if ((!isnested && !islooseelement(next, rounds)) || !keepresult(slot, rounds)) return false;
+  if (isnested) {
+    slot = *next.subarray;
+    referencepoint(&slot);
+  } else {
+    putloose(slot, LOOSE | ISSCALAR | kindbit(next.tag), next.form, static_cast<std::uint64_t>(next.integer));
+    noteloose(&slot);
+  }
+  return true;
+}
 
 void begingathering(Level &level, Gathering &g, int operands) {
   const Point *data = level.sp - operands + 1;

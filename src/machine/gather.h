@@ -34,6 +34,9 @@ Level gatheringlevel(Level &level, const Gathering &g);
 // Calls the function on the space on top, and makes its topmost value the next element of the result. Messages 806, 27;
 // 994 for an OPERATOR Point, the operands left whole. With `rounds`, elements that follow may be done on the way.
 void callforelement(Level &inner, Gathering &g, Rounds *rounds = nullptr);
+// Makes what a round of EACH left in its slot the next result, and hands out the next element there. False, with
+// nothing done, where one of them is for callforelement alone, or where there is no storage.
+bool passon(Point &slot, Rounds &rounds);
 // Puts the result in the place of the operands, in the shape of the data; its kinds go into the flags that are kept.
 void endgathering(Level &level, Gathering &g, std::uint32_t kept);
 // Drops the operands, after a failure that was found between two calls.

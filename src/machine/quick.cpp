@@ -8,6 +8,7 @@
 
 #include "failure/jump.h"
 #include "failure/signals.h"
+#include "machine/gather.h"
 #include "machine/inspect.h"
 #include "machine/leave.h"
 #include "machine/machine.h"
@@ -38,18 +39,15 @@ bool iswatchedrun(const Level &level) {
   return true;
 }
 
-// Takes the result of a round of EACH, and hands out the next element. False, with nothing done, where one of them is
-// no plain number: what is otherwise is the caller's.
+// Takes the result of a round of EACH, and hands out the next element. False, with nothing done, where the caller is
+// to do it.
 [[gnu::always_inline]] inline bool nextelement(const Quickly &q, Rounds &rounds) {
   const Element &next = rounds.elements[rounds.index];
-  const std::uint32_t kind = next.tag == tags::INTEGER ? HASINTEGER : HASREAL;
-  if ((next.tag != tags::INTEGER && next.tag != tags::REAL) || next.attributes != 0 || (rounds.flags & ~kind) != 0 ||
-      !isloose(*q.sp))
-    return false;
+  if (!isloose(*q.sp) || !islooseelement(next, rounds)) return passon(*q.sp, rounds);
   setrecord(rounds.results[*rounds.made], *q.sp);
   ++*rounds.made;
   rounds.kinds |= q.sp->type & KIND_BITS;
-  putloose(*q.sp, LOOSE | ISSCALAR | kind, next.form, static_cast<std::uint64_t>(next.integer));
+  putloose(*q.sp, LOOSE | ISSCALAR | kindbit(next.tag), next.form, static_cast<std::uint64_t>(next.integer));
   return true;
 }
 

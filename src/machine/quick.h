@@ -15,13 +15,19 @@ struct Rounds {
   const Point *expected;  // where the top must be after each round; null: anywhere
   bool indexed;           // is the index pushed before each round?
   // Of EACH, which hands out elements instead: what the function is given, its flags, where the results go, how many
-  // there are, and their kinds. Null: of a loop.
+  // there are, their kinds, and the depth that they ask for. Null: of a loop.
   const Element *elements = nullptr;
   std::uint32_t flags = 0;
   Element *results = nullptr;
   std::uint32_t *made = nullptr;
   std::uint32_t kinds = 0;
+  std::int16_t depth = 0;
 };
+
+// Is an element of EACH handed out loose?
+inline bool islooseelement(const Element &e, const Rounds &rounds) {
+  return (e.tag == tags::INTEGER || e.tag == tags::REAL) && e.attributes == 0 && (rounds.flags & ~kindbit(e.tag)) == 0;
+}
 
 // Where the quick loop does each operation, in the order of the table.
 const void *const *placesofoperations();

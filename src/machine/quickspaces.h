@@ -1,5 +1,5 @@
-// Quick operations on the value of a name that is about to get another one: where nobody else holds it, the new value
-// is made of the old one's own block. What is on the stack is a mention of it, which gives up its counts first; there
+// Quick operations on vectors. Of the value of a name that is about to get another one, which nobody else holds, the
+// new value is made in its own block. What is on the stack is a mention of it, which gives up its counts first; there
 // is no way to fail between that and the new value.
 #pragma once
 
@@ -7,6 +7,7 @@
 #include "machine/quickvalues.h"
 #include "operators/catenate.h"
 #include "operators/records.h"
+#include "operators/reshape.h"
 #include "operators/slices.h"
 
 namespace morvik {
@@ -58,39 +59,49 @@ inline bool appendtop(Point &bound, Point &top) {
   return done;
 }
 
-[[gnu::always_inline]] inline Then quick_CATENATE_STORE(Quickly &q) {
-  if (!holds(q, 2)) return Then::SLOW;
-  Point *const bound = mentioned(q, q.sp[-1]);
-  if (!bound) return Then::SLOW;
-  synchronise(q);
-  if (!appendtoname(*bound, q.sp[-1], q.sp[0])) return Then::SLOW;
-  q.sp -= 2;
-  return step(q, 3);
+// Has a vector a record to lose, and another one? One that the release of a record knows.
+inline bool hasrest(const Point &vector) {
+  return vector.elements >= 2 && isknown(vector.data_pointer->tag);
 }
-
+inline Flags restofname(const Point &bound) {
+  return restflags(bound, ismixed(bound) && isexact(bound));
+}
 // The record that was taken is released when all else is done: that may wipe the very name.
-[[gnu::noinline]] inline bool takefromname(Level &level, Point &bound) {
-  const Point mention = *level.sp;
-  if (mention.elements < 2 || referencecount(mention.shape_pointer) != 2 || !isknown(mention.data_pointer->tag))
-    return false;
-  const Flags flags = restflags(bound, ismixed(bound) && isexact(bound));
-  --level.sp;
-  giveup(mention);
+inline void takefromname(Point &bound, const Flags &flags) {
   Element taken = takefirst(bound, flags);
   bound.shape_pointer->integer = bound.elements;
   if (ismixed(bound)) noteexact(bound);
   if (!isplainrecord(taken)) dereferencedataelems(&taken, 1);
-  return true;
 }
 
 [[gnu::always_inline]] inline Then quick_REST_STORE(Quickly &q) {
   if (!holds(q, 1) || isfull(q)) return Then::SLOW;
-  Point *const bound = mentioned(q, q.sp[0]);
-  if (!bound) return Then::SLOW;
+  const Point mention = *q.sp;
+  Point *const bound = mentioned(q, mention);
+  if (!bound || !hasrest(mention) || referencecount(mention.shape_pointer) != 2) return Then::SLOW;
   synchronise(q);
-  if (!takefromname(*q.level, *bound)) return Then::SLOW;
-  q.sp = q.level->sp;
+  const Flags flags = restofname(*bound);
+  q.level->sp = --q.sp;
+  giveup(mention);
+  takefromname(*bound, flags);
   return step(q, 3);
+}
+
+// Is a value a vector with records of known kinds that nobody else holds?
+inline bool isown(const Point &value) {
+  return value.rank == ranks::VECTOR && value.data_pointer && value.shape_pointer &&
+         (value.type & (ELEMENT_BITS | STRUCTURED)) != 0 && referencecount(value.data_pointer) == 1 &&
+         referencecount(value.shape_pointer) == 1;
+}
+
+[[gnu::always_inline]] inline Then quick_NAME_REST_STORE(Quickly &q) {
+  Point *const bound = boundpoint(*q.level, *q.op->point);
+  if (!bound || bound != boundpoint(*q.level, *q.op[2].point) || q.sp + 1 >= stacktop || !isown(*bound) ||
+      !hasrest(*bound))
+    return quick_NAME(q);
+  synchronise(q);
+  takefromname(*bound, restofname(*bound));
+  return step(q, 4);
 }
 
 // Of a vector whose records own nothing.
@@ -100,11 +111,63 @@ inline bool appendtop(Point &bound, Point &top) {
   if (vector.rank != ranks::VECTOR || !vector.data_pointer || (vector.type & ISSCALAR) != 0 || mayown(vector))
     return Then::SLOW;
   const Element &e = *vector.data_pointer;
-  if ((e.tag != tags::INTEGER && e.tag != tags::REAL) || e.attributes != 0) return Then::SLOW;
-  putloose(*q.sp, LOOSE | ISSCALAR | kindbit(e.tag), e.form, static_cast<std::uint64_t>(e.integer));
-  noteloose(q.sp);
-  release(vector.data_pointer);
-  release(vector.shape_pointer);
+  if ((e.tag == tags::INTEGER || e.tag == tags::REAL) && e.attributes == 0) {
+    putloose(*q.sp, LOOSE | ISSCALAR | kindbit(e.tag), e.form, static_cast<std::uint64_t>(e.integer));
+    noteloose(q.sp);
+  } else if (!makescalar(*q.sp, e)) {
+    return Then::SLOW;
+  }
+  giveup(vector);
+  return step(q, 1);
+}
+
+// A longer left is better grown in its own block, as the instruction does.
+inline constexpr std::uint32_t MOST_JOINED = 64;
+
+// The records of a short vector, or that of a loose number, which is written to `lone`. Of any other value none.
+inline PlainRecords shortrecords(const Point &value, Element &lone) {
+  if (isloose(value)) {
+    setrecord(lone, value);
+    return {&lone, 1, value.type & KIND_BITS, 0};
+  }
+  if (value.rank != ranks::VECTOR || !value.data_pointer || value.elements > MOST_JOINED || mayown(value)) return {};
+  return {value.data_pointer, value.elements, value.type, value.depth};
+}
+
+[[gnu::noinline]] inline bool jointop(Point *sp) {
+  Element lones[2];
+  const PlainRecords left = shortrecords(sp[-1], lones[0]), right = shortrecords(sp[0], lones[1]);
+  Point joined;
+  if (left.count == 0 || right.count == 0 || !joinplain(joined, left, right)) return false;
+  giveup(sp[-1]);
+  giveup(sp[0]);
+  sp[-1] = joined;
+  return true;
+}
+
+[[gnu::always_inline]] inline Then quick_CATENATE(Quickly &q) {
+  if (!holds(q, 2) || !jointop(q.sp)) return Then::SLOW;
+  --q.sp;
+  return step(q, 1);
+}
+
+[[gnu::always_inline]] inline Then quick_CATENATE_STORE(Quickly &q) {
+  if (!holds(q, 2)) return Then::SLOW;
+  Point *const bound = mentioned(q, q.sp[-1]);
+  if (!bound) return quick_CATENATE(q);
+  synchronise(q);
+  if (!appendtoname(*bound, q.sp[-1], q.sp[0])) return Then::SLOW;
+  q.sp -= 2;
+  return step(q, 3);
+}
+
+[[gnu::always_inline]] inline Then quick_RESHAPE(Quickly &q) {
+  if (!holds(q, 2) || q.sp->type != LOOSE_INTEGER) return Then::SLOW;
+  Element extent;
+  setrecord(extent, *q.sp);
+  if (!reshapeshort(q.sp[-1], extent)) return Then::SLOW;
+  --q.sp;
+  operations += q.sp->elements;
   return step(q, 1);
 }
 

@@ -270,4 +270,25 @@ bool appendvalue(Point &vector, Point &value) {
   return true;
 }
 
+bool joinplain(Point &joined, const PlainRecords &left, const PlainRecords &right) {
+  const std::uint32_t total = left.count + right.count;
+  auto *const shape = static_cast<Element *>(tryblock(sizeof(Element)));
+  auto *const data = shape ? static_cast<Element *>(tryblock(total * sizeof(Element))) : nullptr;
+  if (!data) {
+    freeblock(shape);
+    return false;
+  }
+  std::copy_n(left.records, left.count, data);
+  std::copy_n(right.records, right.count, data + left.count);
+  setinteger(*shape, total);
+  joined = {};
+  joined.rank = ranks::VECTOR;
+  joined.type = joinedtype(left.type, right.type, ranks::VECTOR);
+  joined.depth = std::max({left.depth, right.depth, std::int16_t{1}});
+  joined.elements = total;
+  joined.shape_pointer = shape;
+  joined.data_pointer = data;
+  return true;
+}
+
 }  // namespace morvik

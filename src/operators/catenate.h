@@ -16,4 +16,13 @@ int catenate(Point &left, Point &right);
 bool appendrecords(Point &vector, const Element *records, std::uint32_t count, std::uint32_t type, std::int16_t depth);
 bool appendvalue(Point &vector, Point &value);
 
+// Records that own nothing, what a flag word says of them, and how deep they are.
+struct PlainRecords {
+  const Element *records;
+  std::uint32_t count, type;
+  std::int16_t depth;
+};
+// Both in a new vector. False where there is no storage.
+bool joinplain(Point &joined, const PlainRecords &left, const PlainRecords &right);
+
 }  // namespace morvik

@@ -287,6 +287,58 @@ int reshape(Point *data, Point *shape, const Point *instruction) {
 
 namespace {
 
+constexpr std::uint32_t MOST_SHORT = 256;
+
+// Own so many of the first records of a vector nothing, whoever looks at them?
+bool areplain(const Point &vector, std::uint32_t count) {
+  return !mayown(vector) && !hascountedname(*vector.data_pointer) &&
+         std::all_of(vector.data_pointer, vector.data_pointer + count,
+                     [](const Element &e) { return isplainkind(e.tag); });
+}
+
+// Makes the records of a vector so many, by repeating those that it has. False, with nothing done: no storage.
+bool resizeshort(Point &vector, std::uint32_t count) {
+  const std::uint32_t have = std::min(count, vector.elements);
+  Element *const old = vector.data_pointer, *records = old;
+  if (referencecount(old) == 1) {
+    records = tryreallocate(old, count);
+    if (!records) return false;
+  } else {
+    records = static_cast<Element *>(tryblock(count * sizeof(Element)));
+    if (!records) return false;
+    std::copy_n(old, have, records);
+    release(old);
+  }
+  for (std::uint32_t i = have; i < count; ++i) records[i] = records[i - have];
+  vector.data_pointer = records;
+  return true;
+}
+
+}  // namespace
+
+bool reshapeshort(Point &vector, const Element &extent) {
+  if (vector.rank != ranks::VECTOR || !vector.data_pointer || vector.elements == 0 || extent.integer < 1 ||
+      extent.integer > MOST_SHORT)
+    return false;
+  const auto count = static_cast<std::uint32_t>(extent.integer);
+  const bool cuts = count < vector.elements && referencecount(vector.data_pointer) > 1;
+  const std::uint32_t looked = cuts ? count : vector.elements;
+  if (looked > MOST_SHORT || !areplain(vector, looked)) return false;
+  auto *const shape = static_cast<Element *>(tryblock(sizeof(Element)));
+  if (!shape) return false;
+  if (count != vector.elements && !resizeshort(vector, count)) {
+    freeblock(shape);
+    return false;
+  }
+  *shape = extent;
+  dereference(vector.shape_pointer);
+  vector.shape_pointer = shape;
+  becomeshaped(vector, ranks::VECTOR, count);
+  return true;
+}
+
+namespace {
+
 // Set before main, so that no start of a programme or of a test can forget it.
 [[maybe_unused]] const bool hooked = (reshapeliteral = reshape, true);
 

@@ -1,6 +1,7 @@
 // FIRST and REST: the first slice of a space along its slowest axis, and all the others.
 #include "operators/slices.h"
 
+#include <algorithm>
 #include <bit>
 
 #include "failure/custody.h"
@@ -156,6 +157,17 @@ int first(Point &space) {
   return 0;
 }
 
+bool makescalar(Point &scalar, const Element &record) {
+  auto *const block = isplainrecord(record) ? static_cast<Element *>(tryblock(sizeof(Element))) : nullptr;
+  if (!block) return false;
+  *block = record;
+  scalar = {};
+  scalar.type = ISSCALAR | recordbits(record);
+  scalar.elements = 1;
+  scalar.data_pointer = block;
+  return true;
+}
+
 int firstelement(Point &space) {
   if (!isspace(space) || space.rank == 0 || !space.data_pointer) return 0;
   if (const int fault = unknownkept(space)) return fault;
@@ -202,13 +214,15 @@ int restelements(Point &space) {
 }
 
 Flags restflags(const Point &vector, bool exact) {
+  const bool mixed = (vector.type & (COMPLEXED | STRUCTURED)) != 0;
+  if (mixed ? exact && addsnothing(vector) : (vector.type & ELEMENT_BITS) != 0) {
+    const std::uint32_t rank = ISVECTOR | (vector.elements == 2 ? ISONEELEMENT : 0);
+    return {(vector.type & ~(RANK_BITS | ISEMPTY)) | rank, std::max(vector.depth, std::int16_t{1})};
+  }
   Point left = vector;
   ++left.data_pointer;
   --left.elements;
-  if (exact && (left.type & (COMPLEXED | STRUCTURED)) != 0 && addsnothing(vector))
-    left.type = (left.type & ~(RANK_BITS | ISEMPTY)) | ISVECTOR | (left.elements == 1 ? ISONEELEMENT : 0);
-  else
-    refreshflags(left);
+  refreshflags(left);
   return {left.type, left.depth};
 }
 

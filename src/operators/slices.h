@@ -9,6 +9,9 @@ namespace morvik {
 // The first element of a vector, an enclosed space within its enclosure, or the first slice along the slowest axis.
 // Scalars, empty spaces and symbolic Points stay. 994.
 int first(Point &space);
+// Makes a scalar of a copy of a plain record, which owns nothing. False, with nothing done, for any other record, and
+// where there is no storage.
+bool makescalar(Point &scalar, const Element &record);
 // The first element as a vector, or what it encloses.
 int firstelement(Point &space);
 // All but the first element, or but the first slice along the slowest axis. 994, also for symbolic Points.

@@ -299,6 +299,8 @@ Element *cutrecords(Element *block, std::size_t dropped, std::size_t kept) {
   char *const start = static_cast<char *>(cutpayload(refer(block), dropped * sizeof(Element)));
   block = reinterpret_cast<Element *>(start + BLOCK_PREFIX);
   *refer(block) = 1;
+  constexpr std::size_t RECORDS_BETWEEN_LOOKS = 16;
+  if (kept / RECORDS_BETWEEN_LOOKS == (kept + dropped) / RECORDS_BETWEEN_LOOKS) return block;
 #endif
   Element *const less = tryreallocate(block, kept);
   return less ? less : block;  // one that can't be shortened serves as well

@@ -221,11 +221,41 @@ class Writer:
         return "%s %d NILADIC %s ; LOOP a DEPTH b DEPTH c DEPTH .\n" % (" ".join(text), r.choice([2, 4, 9, 30]), steps)
 
 
+    def texts(self):
+        """Short vectors that are made longer and shorter, joined and taken apart, in rounds and by EACH."""
+        r = self.r
+        values = ["'some text'", "'x'", "''", "('ab' 'cde' 'f')", "(1 'ab' 2.5)", "(1 2 3)", "(1.5 2 3)", "('ab' (1 2) 3)",
+                  "'a' 300 RESHAPE", "(1 2i3)", "(1 (2 (3 4)))", "9 INTERVAL", "('ab' 'cd' 'ef')", "(2.0 3.0)", "7", "2.0",
+                  "(0)[3 2]", "1i2j3k4l5m6n7o8", "(3 4)[2 2]", "0.5", "f", "'x' FIRST", "(1)", "#NIL", "300 INTERVAL"]
+        numbers = ["0", "1", "2", "3", "5", "9", "-1", "2.0", "2.5", "256", "257", "300", "(2 2)", "(3)", "T"]
+
+        def word():
+            return r.choice(["%s RESHAPE" % r.choice(numbers)] * 3 + ["%s ," % r.choice(values), "%s SWAP ," % r.choice(values),
+                             "FIRST", "FIRST", "REST", "REVERSE", "DUP ,", "ENCLOSE", "DISCARD 'abc'", "SHAPE", "RAVEL",
+                             "%s SWAP RESHAPE" % r.choice(values), "%s ," % r.choice(NAMES[:3]), "FIRSTELEMENT", "DUP @a SET",
+                             "%s SWAP RESHAPE" % r.choice(NAMES[:3]), "DISCARD", "2.5 *", "1 +", "PRINT", "DISCARD f",
+                             "FORMTEXT", "DUP DISCARD", "@b SET", "MARK", "DISCARD 1 'x' +", "EXECUTE", "2 *", "DISCLOSE"])
+
+        def some(most):
+            return " ".join(word() for _ in range(r.randrange(most + 1)))
+
+        def rounds():
+            return r.choice([
+                "%s MONADIC %s ; EACH @%s SET" % (r.choice(values + NAMES[:3] * 4), some(4), r.choice(NAMES[:3])),
+                "%d MONADIC %s %s @%s SET ; LOOP" % (r.choice([2, 3, 9]), r.choice(values), some(3), r.choice(NAMES[:3])),
+                "%d : %s %s @%s SET ; REPEAT" % (r.choice([2, 3, 9]), r.choice(NAMES[:3]), some(3), r.choice(NAMES[:3])),
+                "%d : %s REST @%s SET %s SHAPE ; REPEAT" % (r.choice([2, 3, 9]), *[r.choice(NAMES[:2]) for _ in range(3)])])
+
+        text = ["%s @%s SET" % (r.choice(values), name) for name in NAMES[:3]]
+        return " ".join(text + [rounds() for _ in range(r.choice([1, 2, 3]))]) + " .\n"
+
+
 def session(seed):
     r = random.Random(seed)
     lines = ["1 SEED : 0 ; DUP @f SET DUP @g SET DUP @h SET DUP @r SET @s SET 0 @k SET 1 @a SET 2 @b SET 3 @c SET 4 @$d SET 5 @_e SET .\n"]
     for _ in range(IN_A_SESSION):
-        lines.append(Writer(r).programme() if r.random() < 0.75 else Writer(r).lists())
+        writer = Writer(r)
+        lines.append(r.choice([writer.programme] * 5 + [writer.lists] * 2 + [writer.texts] * 2)())
         # Depth of the stack, all values, and what the names hold.
         lines.append("1E-13 @#CT SET COUNTSTACK . DISCARD . " + r.choice(["", "", "CLEAR . "]) + "a . CLEAR b . CLEAR c . CLEAR .\n")
     return "".join(lines)
@@ -283,7 +313,7 @@ class Differential(unittest.TestCase):
     def test_a_full_stack(self):
         """Each Point that finds no room says so, also where one operation does the work of several."""
         for body in ("a REST @a SET", "a 1 , @a SET", "b 1 + @b SET", "b b + @b SET", "b b < CHECK 1 ?Y", "b 2 < CHECK 1 ?Y",
-                     "b DUP SWAP RIGHT", "f !", "2 f ! @b SET"):
+                     "b DUP SWAP RIGHT", "f !", "2 f ! @b SET", "a REST @b SET", "a FIRST", "a 2 RESHAPE", "a a ,", "1 b ,"):
             text = ["(1 2 3 4 5 6 7) @a SET 7 @b SET : 5 ; @f SET f ! f ! .\n"]
             for height in range(STACK_POINTS - 9, STACK_POINTS + 1):
                 text.append("CLEAR 7 %d : DUP ; REPEAT 2 : 8 8 %s ; REPEAT COUNTSTACK CLEAR a b .\n" % (height, body))

@@ -2,6 +2,7 @@
 #include "spaces/blocks.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <cstring>
 #include <string>
@@ -69,6 +70,16 @@ TEST_F(Blocks, LoseRecordsAtTheFront) {
   EXPECT_EQ(liveblocks(), before + 1);
   release(block);
 }
+
+#if !defined(MORVIK_CHECKING) && !defined(MORVIK_SYSTEM_HEAP)
+TEST_F(Blocks, GiveBackWhatLiesIdleAtTheFront) {
+  constexpr std::size_t COUNT = 100000, LEFT = 100;
+  Element *block = newelements(COUNT);
+  for (std::size_t kept = COUNT; kept-- > LEFT;) block = cutrecords(block, 1, kept);
+  EXPECT_LE(malloc_usable_size(refer(block)), 16 * LEFT * sizeof(Element));
+  release(block);
+}
+#endif
 
 // A queue: as many records are taken as are put. The block moves now and then only.
 TEST_F(Blocks, GrowWithSpaceToSpare) {
