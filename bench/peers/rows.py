@@ -326,6 +326,25 @@ print(#words)
 """},
         unit=SECONDS, each=lambda size: 0.01, memory="", size=100000, tiny=200, least=100, runs=3,
         files=lambda n, size: {"prose": prose(n * size)}),
+    Row("10^5 texts made by `EACH`, and joined by `ENLIST`",
+        lambda n, size: str(sum(i % 7 + 1 for i in range(1, size + 1))),
+        {"Morvik": """
+<size> .. @x SET 0 @all SET
+<n> : x MONADIC 7 MOD 1 + 'abcdefg' SWAP RESHAPE ; EACH ENLIST @all SET ; REPEAT all SHAPE .
+""",
+         "CPython": """
+for i in range(<n>): all = ''.join(['abcdefg'[:j % 7 + 1] for j in range(1, <size> + 1)])
+print(len(all))
+""",
+         "Lua": """
+local all
+for n = 1, <n> do
+  local texts = {}
+  for i = 1, <size> do texts[i] = ('abcdefg'):sub(1, i % 7 + 1) end
+  all = table.concat(texts)
+end
+print(#all)
+"""}, unit=MILLISECONDS, goal="CPython", size=100000, tiny=10),
     Row("10^5 texts joined and cut again, `text:join`, `text:split`",
         lambda n, size: "%d %d" % (sum(i % 7 + 1 for i in range(1, size + 1)) + size - 1, size),
         {"Morvik": """
