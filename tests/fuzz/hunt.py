@@ -33,7 +33,7 @@ class Hunt:
         """What is wrong with a session, or nothing, and the run that tells how far it came, or None."""
         if self.pooling:
             return judge.compared(self.binary, text, self.pooling)
-        run = judge.perform(self.binary, text, self.options.option, longest=self.options.longest)
+        run = judge.perform(self.binary, text, self.options.option, self.options.patience, self.options.longest)
         return judge.fault(run), run
 
     def session(self, number):
@@ -78,6 +78,7 @@ def main():
     parser.add_argument("--findings", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--longest", type=float, default=judge.LONGEST, help="seconds without an answer to interrupts")
+    parser.add_argument("--patience", type=float, default=judge.PATIENCE, help="seconds without a word before an interrupt")
     parser.add_argument("--asked", type=int, default=600, help="how many runs may thin out a finding")
     parser.add_argument("--pool", default="", help="as 2,4: compare -c2 and -c4 with the serial run")
     parser.add_argument("--option", action="append", default=[], help="of the binary")
