@@ -192,7 +192,7 @@ void countborrowed(Point *top, unsigned borrowed) {
 
 bool workplain(const Dyadic &d, Point **stack, const Point *instruction, const Point *context, unsigned borrowed) {
   const Point &left = (*stack)[-1], &right = **stack;
-  const unsigned leftkind = plainkind(left), rightkind = plainkind(right);
+  const std::size_t leftkind = plainkind(left), rightkind = plainkind(right);
   OperandFit fit;
   if (leftkind == PLAIN_COUNT || rightkind == PLAIN_COUNT || !fitshapes(left, right, fit) ||
       !isshort(fit.count, d.pollinterval) || mayownname(left) || mayownname(right))

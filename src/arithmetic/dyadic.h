@@ -40,8 +40,9 @@ constexpr void setloops(Dyadic &d) {
 
 template <class Core, std::int32_t L, std::int32_t R>
 constexpr void setstraight(Dyadic &d) {
-  if constexpr (Supported<Core, Kind<L>, Kind<R>> && !Checked<Core, Kind<L>, Kind<R>>) {
-    StraightLoop(&loops)[LONES] = d.straight[plainkindof(L)][plainkindof(R)];
+  constexpr bool refused = (Core::refused & (kindbit(L) | kindbit(R))) != 0;
+  if constexpr (Supported<Core, Kind<L>, Kind<R>> && !Checked<Core, Kind<L>, Kind<R>> && !refused) {
+    StraightLoop(&loops)[LONES] = d.straight[kindof(L)][kindof(R)];
     loops[NO_LONE] = &straightloop<Core, L, R, NO_LONE>;
     if constexpr (HASLONE<Core, L, R>) {
       loops[LONE_LEFT] = &straightloop<Core, L, R, LONE_LEFT>;
@@ -79,11 +80,9 @@ constexpr Dyadic dyadic() {
   }
   (std::make_index_sequence<LOOP_TAGS * LOOP_TAGS>{});
   [&]<std::size_t... pair>(std::index_sequence<pair...>) {
-    (setstraight<Core, tags::INTEGER + static_cast<std::int32_t>(pair / PLAIN_COUNT),
-                 tags::INTEGER + static_cast<std::int32_t>(pair % PLAIN_COUNT)>(d),
-     ...);
+    (setstraight<Core, tagof(pair / PLAIN_COUNT), tagof(pair % PLAIN_COUNT)>(d), ...);
   }
-  (std::make_index_sequence<std::size_t{PLAIN_COUNT} * PLAIN_COUNT>{});
+  (std::make_index_sequence<PLAIN_COUNT * PLAIN_COUNT>{});
   return d;
 }
 

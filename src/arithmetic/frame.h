@@ -58,21 +58,22 @@ inline bool isowned(const Point &p) {
   return referencecount(p.data_pointer) == 1 && !mayownname(p);
 }
 
-// ---- Plain spaces: the flag word promises one kind of numbers whose records own nothing, and says no more. Nearly all
-// that programmes work on; it goes to its loop without a detour, as the loop looks at each tag anyway.
+// ---- Plain spaces: the flag word promises one kind of characters or numbers whose records own nothing, and says no
+// more. Nearly all that programmes work on; it goes to its loop without a detour, as the loop looks at each tag anyway.
 
-inline constexpr std::uint32_t PLAIN_KINDS = HASINTEGER | HASREAL | HASCOMPLEX | HASQUATERNION;
-inline constexpr unsigned PLAIN_COUNT = 4;
+inline constexpr std::size_t PLAIN_COUNT = tags::QUATERNION - tags::ASCII + 1;
+inline constexpr std::uint32_t PLAIN_KINDS = ((1U << PLAIN_COUNT) - 1) * HASASCII;
 
-// The kind that the word promises so, counted from the integers; PLAIN_COUNT where it does not.
-inline constexpr unsigned plainkindof(std::int32_t tag) {
-  return static_cast<unsigned>(tag - tags::INTEGER);
-}
-inline unsigned plainkind(const Point &p) {
-  constexpr std::uint8_t NONE = PLAIN_COUNT, BY_BITS[] = {NONE, 0,    1,    NONE, 2,    NONE, NONE, NONE,
-                                                          3,    NONE, NONE, NONE, NONE, NONE, NONE, NONE};
+// The kind that the word promises so, PLAIN_COUNT where it does not.
+inline std::size_t plainkind(const Point &p) {
+  static constexpr auto BY_BITS = [] {
+    std::array<std::uint8_t, 1U << PLAIN_COUNT> kinds{};
+    kinds.fill(PLAIN_COUNT);
+    for (unsigned kind = 0; kind < PLAIN_COUNT; ++kind) kinds[1U << kind] = static_cast<std::uint8_t>(kind);
+    return kinds;
+  }();
   const bool plain = (p.type & ~(RANK_BITS | PLAIN_KINDS)) == 0 && isspace(p);
-  return plain ? BY_BITS[(p.type & PLAIN_KINDS) / HASINTEGER] : NONE;
+  return plain ? BY_BITS[(p.type & PLAIN_KINDS) / HASASCII] : PLAIN_COUNT;
 }
 // So few elements that neither the pool nor an interrupt has a say before they are done? There must be some.
 inline bool isshort(std::uint32_t count, std::size_t pollinterval) {

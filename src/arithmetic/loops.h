@@ -315,18 +315,20 @@ inline bool arepolar(const Element &left, const Element &right) {
   return (left.form & right.form & forms::POLAR) != 0;
 }
 
-// Works one pair, whose tags are these: reads it before it writes the result, which may be one of the two. Passes the
-// HAS bit of the result to `note`. False where the pair fails, which sets `failure`. What is grouped is not polar.
+// Works one pair, whose tags are these, and the left heading: reads it before it writes the result, which may be one of
+// the two. Passes the HAS bit of the result to `note`. False where the pair fails, which sets `failure`. What is
+// grouped is not polar.
 template <class Core, std::int32_t L, std::int32_t R, bool grouped = false, class Note>
-[[gnu::always_inline]] inline bool workvalues(Core &core, const Element &left, const Element &right, Element &result,
-                                              bool fresh, std::int32_t &failure, Note &&note) {
+[[gnu::always_inline]] inline bool workvalues(Core &core, const Element &left, std::uint64_t lefthead,
+                                              const Element &right, Element &result, bool fresh, std::int32_t &failure,
+                                              Note &&note) {
   using Result = ResultFor<Core, Kind<L>, Kind<R>>;
   if constexpr (Checked<Core, Kind<L>, Kind<R>>) {
     failure = checkpair<Core, L, R>(left, right);
     if (failure != 0) [[unlikely]]
       return false;
   }
-  const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
+  const std::uint64_t righthead = headingof(right);
   if constexpr (!grouped && polarsavesof<Core, L, R>() != 0)
     core.flops -= arepolar(left, right) ? polarsavesof<Core, L, R>() : 0;
   // Found before the formula runs, as its terms are computed best where they are stored.
@@ -348,7 +350,7 @@ template <class Core, std::int32_t L, std::int32_t R, class Note>
                                             bool fresh, std::int32_t &failure, Note &&note) {
   if (left.tag != L || right.tag != R) [[unlikely]]
     return false;
-  return workvalues<Core, L, R>(core, left, right, result, fresh, failure, note);
+  return workvalues<Core, L, R>(core, left, headingof(left), right, result, fresh, failure, note);
 }
 
 // Loops along records side by side, of which one operand may be a lone record instead. Under a flag word that is not
@@ -376,6 +378,17 @@ constexpr bool isbrief() {
     return false;
 }
 
+// Complex results take over the left heading. In a group all have the same one, which is that of their results too: to
+// look at it is to look at the tag, and at all else that would make another result of it.
+template <class Core, std::int32_t L, std::int32_t R>
+inline bool isgroupheading(std::uint64_t head) {
+  if constexpr (L != tags::COMPLEX)
+    return true;
+  else
+    return (head & heading(-1, 0)) == heading(L, 0) && (head & ~INHERITED_BITS) == 0 &&
+           (polarsavesof<Core, L, R>() == 0 || !ispolar(head));
+}
+
 // The tag as the loop compares it: in a register, which the processor does in one step with the branch.
 template <std::int32_t tag>
 [[gnu::always_inline]] inline std::int32_t heldtag() {
@@ -395,25 +408,25 @@ Stretch straightloop(const Element *left, const Element *right, Element *result,
   Element copy;
   if constexpr (lone != NO_LONE) copy = lone == LONE_LEFT ? *left : *right;
   const std::int32_t lefttag = heldtag<L>(), righttag = L == R ? lefttag : heldtag<R>();
+  const std::uint64_t grouphead = L == tags::COMPLEX && count > 0 ? headingof(*left) : 0;
   const auto at = [&](std::size_t i, auto grouped) __attribute__((always_inline)) {
+    constexpr bool byheading = grouped && L == tags::COMPLEX;
     const Element &l = lone == LONE_LEFT ? copy : left[i], &r = lone == LONE_RIGHT ? copy : right[i];
-    if (l.tag != lefttag || r.tag != righttag) [[unlikely]]
+    if ((byheading ? headingof(l) != grouphead : l.tag != lefttag) || r.tag != righttag) [[unlikely]]
       return false;
-    if constexpr (grouped && polarsavesof<Core, L, R>() != 0)
-      if (arepolar(l, r)) [[unlikely]]
-        return false;
-    return workvalues<Core, L, R, grouped>(core, l, r, result[i], fresh, failure, [&](std::uint32_t kind) {
-      if (kind != USUAL_BIT<Result>) [[unlikely]] {
-        kinds |= kind;
-        ++others;
-      }
-    });
+    return workvalues<Core, L, R, grouped>(core, l, byheading ? grouphead : headingof(l), r, result[i], fresh, failure,
+                                           [&](std::uint32_t kind) {
+                                             if (kind != USUAL_BIT<Result>) [[unlikely]] {
+                                               kinds |= kind;
+                                               ++others;
+                                             }
+                                           });
   };
   if constexpr (isbrief<Core, L, R>()) {
     const auto group = [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
       return (at(done + i, std::true_type{}) && ...);
     };
-    if (fresh)
+    if (fresh && isgroupheading<Core, L, R>(grouphead))
       while (count - done >= GROUP && group(std::make_index_sequence<GROUP>{})) done += GROUP;
   }
   while (done < count && at(done, std::false_type{})) ++done;

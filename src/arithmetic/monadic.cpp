@@ -181,9 +181,8 @@ void finishframe(const Monadic &m, Point *point, const Point *instruction, bool 
 
 // The short way of a plain space. False, with nothing done, where the frame has to look closer.
 bool workplain(const Monadic &m, Point *point, const Point *instruction, const Point *context) {
-  const unsigned plain = plainkind(*point);
-  if (plain == PLAIN_COUNT || !isshort(point->elements, POLL_INTERVAL) || mayownname(*point)) return false;
-  const std::size_t kind = kindof(tags::INTEGER) + plain;
+  const std::size_t kind = plainkind(*point);
+  if (kind == PLAIN_COUNT || !isshort(point->elements, POLL_INTERVAL) || mayownname(*point)) return false;
   const Kernel kernel = m.kernels[kind];
   if (!kernel || m.checks[kind] || m.failslate) return false;
   Run run = makerun(*point);

@@ -125,7 +125,7 @@ bool passon(Point &slot, Rounds &rounds) {
     slot = *next.subarray;
     referencepoint(&slot);
   } else {
-    putloose(slot, LOOSE | ISSCALAR | kindbit(next.tag), next.form, static_cast<std::uint64_t>(next.integer));
+    putloose(slot, next);
     noteloose(&slot);
   }
   return true;

@@ -47,7 +47,7 @@ bool iswatchedrun(const Level &level) {
   setrecord(rounds.results[*rounds.made], *q.sp);
   ++*rounds.made;
   rounds.kinds |= q.sp->type & KIND_BITS;
-  putloose(*q.sp, LOOSE | ISSCALAR | kindbit(next.tag), next.form, static_cast<std::uint64_t>(next.integer));
+  putloose(*q.sp, next);
   return true;
 }
 

@@ -112,7 +112,7 @@ inline bool isown(const Point &value) {
     return Then::SLOW;
   const Element &e = *vector.data_pointer;
   if ((e.tag == tags::INTEGER || e.tag == tags::REAL) && e.attributes == 0) {
-    putloose(*q.sp, LOOSE | ISSCALAR | kindbit(e.tag), e.form, static_cast<std::uint64_t>(e.integer));
+    putloose(*q.sp, e);
     noteloose(q.sp);
   } else if (!makescalar(*q.sp, e)) {
     return Then::SLOW;

@@ -287,7 +287,8 @@ int reshape(Point *data, Point *shape, const Point *instruction) {
 
 namespace {
 
-constexpr std::uint32_t MOST_SHORT = 256;
+// So few records are done before an interrupt would be looked for.
+constexpr std::uint32_t MOST_SHORT = PIECE_RECORDS;
 
 // Own so many of the first records of a vector nothing, whoever looks at them?
 bool areplain(const Point &vector, std::uint32_t count) {

@@ -52,6 +52,10 @@ inline void putloose(Point &slot, std::uint32_t type, std::uint16_t form, std::u
   setword(slot, offsetof(Point, link), value);
   setword(slot, offsetof(Point, data_pointer), 0);
 }
+// A record of a plain integer or real.
+inline void putloose(Point &slot, const Element &e) {
+  putloose(slot, LOOSE | ISSCALAR | kindbit(e.tag), e.form, static_cast<std::uint64_t>(e.integer));
+}
 // Copies one to another slot.
 inline void copylooseslot(Point &to, const Point &from) {
   putloose(to, from.type, looseform(from), static_cast<std::uint64_t>(looseinteger(from)));

@@ -16,7 +16,8 @@ using scalars::same;
 
 // Around the lengths at which loops look for their end, and what fits one bit each into a word.
 constexpr std::size_t COUNTS[] = {1, 2, 3, 4, 5, 7, 8, 9, 63, 64, 65, 100};
-constexpr int PLAIN[] = {INTEGER, REAL, COMPLEX, QUATERNION};
+constexpr int NUMBERS[] = {INTEGER, REAL, COMPLEX, QUATERNION};
+constexpr int PLAIN[] = {ASCII, UNICODE, INTEGER, REAL, COMPLEX, QUATERNION};
 
 struct Member {
   const char *name;
@@ -29,7 +30,9 @@ constexpr Member MEMBERS[] = {{"ADD", add, &addcores},
                               {"DIVIDE", divide, &dividecores},
                               {"MINIMUM", minimum, &minimumcores},
                               {"RESIDUE", residue, &residuecores},
+                              {"MAXIMUM", maximum, &maximumcores},
                               {"LESS", less, &lesscores},
+                              {"EQUIVALENT", equivalent, &equivalentcores},
                               {"AND", And, &Andcores},
                               {"IDENTICAL", identical, &identicalcores}};
 
@@ -174,6 +177,37 @@ TEST_F(PlainSpaces, PolarPairsAmongOthers) {
           expectsame(MEMBERS[2], left, right, "a polar pair at " + std::to_string(place));
           Left made = run(multiply, left, true, right, true, false);
           EXPECT_EQ(made.flops, 1 + 6 * COUNT - 4 * polar);
+          dereferencepoint(&made.value);
+          points::drop(left);
+          points::drop(right);
+        }
+}
+
+// A complex result looks like the left operand, of which it has neither the name nor the silence, wherever that stands
+// among others that look alike.
+TEST_F(PlainSpaces, FormsAndMarksAmongOthers) {
+  constexpr std::size_t COUNT = 9;
+  for (std::size_t place = 0; place < COUNT; ++place)
+    for (const std::uint16_t form : {forms::CARTESIAN, forms::NUMBER, forms::POLAR})
+      for (const std::uint16_t marks : {std::uint16_t{0}, attributes::SILENT})
+        for (const std::uint16_t others : {std::uint16_t{0}, attributes::SILENT}) {
+          Elements lefts(COUNT, points::complex(1, 2)), rights(COUNT, points::complex(3, 0));
+          for (std::size_t i = 0; i < COUNT; ++i) {
+            lefts[i].form = i == place ? form : forms::CARTESIAN;
+            lefts[i].attributes = i == place ? marks : others;
+            rights[i].form = forms::NUMBER;
+          }
+          Point left = points::vector(lefts), right = points::vector(rights);
+          Left made = run(add, left, true, right, true, false);
+          for (std::size_t i = 0; i < COUNT; ++i) {
+            const Element &e = made.value.data_pointer[i];
+            EXPECT_EQ(e.tag, tags::COMPLEX);
+            EXPECT_EQ(e.form, lefts[i].form) << place << " " << i;
+            EXPECT_EQ(e.attributes, 0) << place << " " << i;
+            EXPECT_EQ(e.name, nullptr);
+            EXPECT_EQ(e.complex.re, 4);
+            EXPECT_EQ(e.complex.im, 2);
+          }
           dereferencepoint(&made.value);
           points::drop(left);
           points::drop(right);
@@ -365,7 +399,7 @@ TEST_F(PlainSpaces, ANamedScalarIsGivenUpWithItsName) {
 }
 
 TEST_F(PlainSpaces, OneOperand) {
-  for (const int kind : PLAIN)
+  for (const int kind : NUMBERS)
     for (const std::size_t count : COUNTS)
       for (const bool shared : {false, true}) {
         Point vector = operand(kind, {static_cast<std::int64_t>(count)});
