@@ -8,6 +8,7 @@ peers/rows.py; a word chooses those with it in their titles. With --quick the ru
 short and few, and storage is not measured.
 """
 import datetime
+import hashlib
 import os
 import pathlib
 import platform
@@ -20,7 +21,7 @@ import tempfile
 
 from peers.rows import LIBRARIES, MEGABYTES, ROWS
 
-PEERS = ("Morvik", "CPython", "NumPy", "Lua", "gforth")
+PEERS = ("Morvik", "C++", "CPython", "NumPy", "Lua", "gforth")
 ENOUGH, QUICK = 0.3, 0.05  # seconds that the work is to take, and no less than the start
 MOST = 10**8
 EPILOGUE = re.compile(r"\n--- Spent: [^\n]*\n*\Z")
@@ -48,22 +49,33 @@ def pythons():
 def peers(morvik):
     """What runs a file of each language, without the file; only of those that are installed."""
     python, numpy = pythons()
-    found = {"Morvik": [os.path.abspath(morvik), "-q"], "CPython": [python, "-I"], "NumPy": [numpy and python, "-I"],
+    compiler = shutil.which("g++")
+    found = {"Morvik": [os.path.abspath(morvik), "-q"], "C++": [compiler, "-O2"], "CPython": [python, "-I"], "NumPy": [numpy and python, "-I"],
              "Lua": [shutil.which("lua5.4")], "gforth": [shutil.which("gforth-fast") or shutil.which("gforth")]}
     return {peer: command for peer, command in found.items() if command[0]}
 
 
 def versions(commands):
-    asked = {"CPython": ["-V"], "NumPy": ["-c", "import numpy; print(numpy.__version__)"], "Lua": ["-v"], "gforth": ["--version"]}
+    asked = {"C++": ["-dumpfullversion"], "CPython": ["-V"], "NumPy": ["-c", "import numpy; print(numpy.__version__)"], "Lua": ["-v"], "gforth": ["--version"]}
     for peer in PEERS[1:]:
         if peer in commands:
             run = subprocess.run([commands[peer][0], *asked[peer]], capture_output=True, text=True, check=True)
             yield peer + " " + re.search(r"\d[\d.]*\d", run.stdout + run.stderr).group()
 
 
+def compiled(command, text):
+    """The file that a programme in C++ becomes, which is made once."""
+    file = os.path.abspath(hashlib.sha256(text.encode()).hexdigest())
+    if not os.path.exists(file):
+        subprocess.run([*command, "-x", "c++", "-o", file, "-"], input=text, text=True, check=True)
+    return file
+
+
 def run(command, peer, text, answer):
     """Runs a programme in the present folder. Returns the seconds of the processor, and the most memory in MB."""
     morvik, forth = peer == "Morvik", peer == "gforth"
+    if peer == "C++":
+        command = [compiled(command, text)]
     with open("programme", "w+", encoding="utf-8") as programme, open("answer", "w+", encoding="utf-8") as output:
         programme.write(text + "\n")
         programme.seek(0)
@@ -106,6 +118,9 @@ class Work:
 
     def turn(self):
         self.starts.append(self.run(1)[0])
+        # A host may take back the memory that a machine has freed: the first run that touches it again waits for the host.
+        if self.row.memory is not None:
+            self.run(self.n)
         took, memory = self.run(self.n)
         self.times.append(took)
         self.memory.append(memory)

@@ -63,11 +63,80 @@ def real(value):
     return "%.10g" % value
 
 
+# In C++: the bare loop over records as they lie in storage. The compiler is not to see that its result is dropped.
+RECORDS = """
+#include <cstdio>
+#include <cstdlib>
+%s
+struct Record { int tag; short form, marks; const void *name; Number value; %s };
+static_assert(sizeof(Record) == 40);
+static Record *make(Number value) {
+  Record *made = static_cast<Record *>(malloc(<size> * sizeof(Record)));
+  for (int i = 0; i < <size>; ++i) made[i] = {2, 0, 0, nullptr, value};
+  return made;
+}
+static Record *work(const Record *x, const Record *y) {
+  Record *z = static_cast<Record *>(malloc(<size> * sizeof(Record)));
+  for (int i = 0; i < <size>; ++i) {
+    z[i].tag = x[i].tag, z[i].form = 1, z[i].marks = 0, z[i].name = nullptr;
+    z[i].value = x[i].value %s y[i].value;
+  }
+  asm volatile("" : : "r"(z) : "memory");
+  return z;
+}
+"""
+# The same over octonions, each in a block of its own, as the doubled product of quaternions.
+OCTONIONS = """
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+struct Quaternion { double a, b, c, d; };
+static Quaternion operator+(Quaternion x, Quaternion y) { return {x.a + y.a, x.b + y.b, x.c + y.c, x.d + y.d}; }
+static Quaternion operator-(Quaternion x, Quaternion y) { return {x.a - y.a, x.b - y.b, x.c - y.c, x.d - y.d}; }
+static Quaternion operator*(Quaternion x, Quaternion y) {
+  return {x.a * y.a - x.b * y.b - x.c * y.c - x.d * y.d, x.a * y.b + x.b * y.a + x.c * y.d - x.d * y.c,
+          x.a * y.c - x.b * y.d + x.c * y.a + x.d * y.b, x.a * y.d + x.b * y.c - x.c * y.b + x.d * y.a};
+}
+static Quaternion mirrored(Quaternion x) { return {x.a, -x.b, -x.c, -x.d}; }
+struct Octonion { Quaternion x, y; };
+struct Record { int tag; short form, marks; const void *name; Octonion *value; double rest[2]; };
+static Record *make(double one = 0, double l = 0) {
+  Record *made = static_cast<Record *>(malloc(<size> * sizeof(Record)));
+  for (int i = 0; i < <size>; ++i)
+    made[i] = {2, 0, 0, nullptr, new (malloc(sizeof(Octonion))) Octonion{{one, 0, 0, 0}, {l, 0, 0, 0}}, {}};
+  return made;
+}
+static void drop(Record *made) {
+  for (int i = 0; i < <size>; ++i) free(made[i].value);
+  free(made);
+}
+static void multiply(Record &z, const Record &x, const Record &y) {
+  const Octonion l = *x.value, r = *y.value;
+  *z.value = {l.x * r.x - mirrored(r.y) * l.y, r.y * l.x + l.y * mirrored(r.x)};
+}
+static void tell(const Record *made) {
+  double one = 0, l = 0;
+  for (int i = 0; i < <size>; ++i) one += made[i].value->x.a, l += made[i].value->y.a;
+  printf("%.0fi0j0k0l%.0f", one, l);
+}
+"""
+
+
 def shortadd(size, goal, then):
     return Row(
         "`x y +` of %d real%s, into a new value" % (size, "s" * (size > 1)),
         lambda n, size: real(3.75 * size),
         {"Morvik": "1.5 <size> RESHAPE @x SET 2.25 <size> RESHAPE @y SET <n> : x y + DISCARD ; REPEAT x y + SUM .",
+         "C++": RECORDS % ("using Number = double;", "double rest[2];", "+") + """
+int main() {
+  const Record *x = make(1.5), *y = make(2.25);
+  for (long i = 0; i < <n>; ++i) free(work(x, y));
+  double sum = 0;
+  const Record *z = work(x, y);
+  for (int i = 0; i < <size>; ++i) sum += z[i].value;
+  printf("%.10g", sum);
+}
+""",
          "CPython": """
 def f():
     x, y = [1.5] * <size>, [2.25] * <size>
@@ -175,6 +244,19 @@ for i = 1, <size> do s = s + w[i] end print(s)
     Row("`x y *` of 100 complex numbers, into a new value",
         lambda n, size: "%di%d" % (5 * size, 5 * size),
         {"Morvik": "1i2 <size> RESHAPE @x SET 3i-1 <size> RESHAPE @y SET <n> : x y * DISCARD ; REPEAT x y * SUM .",
+         "C++": RECORDS % ("""
+struct Number { double re, im; };
+static Number operator*(Number a, Number b) { return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re}; }
+""", "double rest;", "*") + """
+int main() {
+  const Record *x = make({1, 2}), *y = make({3, -1});
+  for (long i = 0; i < <n>; ++i) free(work(x, y));
+  double re = 0, im = 0;
+  const Record *z = work(x, y);
+  for (int i = 0; i < <size>; ++i) re += z[i].value.re, im += z[i].value.im;
+  printf("%.0fi%.0f", re, im);
+}
+""",
          "CPython": """
 def f():
     x, y = [1 + 2j] * <size>, [3 - 1j] * <size>
@@ -192,11 +274,31 @@ print("%di%d" % (f().real, f().imag))
 """}, goal=100, size=100, tiny=10),
     Row("`o o *` of 10^4 octonions, into new blocks, an octonion",
         lambda n, size: "0i0j0k0l%d" % (2 * size),
-        {"Morvik": "1l1 <size> RESHAPE @o SET <n> : o o * DISCARD ; REPEAT o o * SUM ."},
+        {"Morvik": "1l1 <size> RESHAPE @o SET <n> : o o * DISCARD ; REPEAT o o * SUM .",
+         "C++": OCTONIONS + """
+static Record *work(const Record *x, const Record *y) {
+  Record *z = make();
+  for (int i = 0; i < <size>; ++i) multiply(z[i], x[i], y[i]);
+  return z;
+}
+int main() {
+  const Record *o = make(1, 1);
+  for (long i = 0; i < <n>; ++i) drop(work(o, o));
+  tell(work(o, o));
+}
+"""},
         each=lambda size: size, goal=20, size=10000, tiny=10),
     Row("the same, `o p *` over its own blocks",
         lambda n, size: "0i0j0k0l%d" % size,
-        {"Morvik": "0l1 <size> RESHAPE @p SET p <n> : p * p * p * p * ; REPEAT SUM ."},
+        {"Morvik": "0l1 <size> RESHAPE @p SET p <n> : p * p * p * p * ; REPEAT SUM .",
+         "C++": OCTONIONS + """
+int main() {
+  Record *const o = make(0, 1), *const p = make(0, 1);
+  for (long n = 0; n < 4 * <n>; ++n)
+    for (int i = 0; i < <size>; ++i) multiply(o[i], o[i], p[i]);
+  tell(o);
+}
+"""},
         each=lambda size: 4 * size, goal=11, size=10000, tiny=10),
     mention("a name that holds 10^2 nested members, mentioned", 100, "CPython"),
     mention("a name that holds 10^5 nested members, mentioned", 100000, "constant"),

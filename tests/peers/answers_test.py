@@ -73,7 +73,7 @@ class Tables(unittest.TestCase):
         for ours, goal, shown in ((30, 18, "**30**"), (18, 18, "18"), (5, "Lua", "5"), (7, "Lua", "**7**"), (7, "gforth", "7"),
                                   (7, "constant", "7"), (7, None, "7")):
             self.assertEqual(programmes.cells("", "", {"Morvik": ours, "Lua": 6.25}, goal, None),
-                             ["", "", shown, "", "", "6.2", "", "" if goal is None else str(goal), ""])
+                             ["", "", shown, "", "", "", "6.2", "", "" if goal is None else str(goal), ""])
 
     def test_figures_have_two_or_three_digits(self):
         self.assertEqual([programmes.digits(figure) for figure in (0, 0.0123, 4.56, 9.96, 45.67, 99.6, 1234.5)],
