@@ -16,7 +16,6 @@ using scalars::same;
 
 // Around the lengths at which loops look for their end, and what fits one bit each into a word.
 constexpr std::size_t COUNTS[] = {1, 2, 3, 4, 5, 7, 8, 9, 63, 64, 65, 100};
-constexpr int NUMBERS[] = {INTEGER, REAL, COMPLEX, QUATERNION};
 constexpr int PLAIN[] = {ASCII, UNICODE, INTEGER, REAL, COMPLEX, QUATERNION};
 
 struct Member {
@@ -255,6 +254,30 @@ TEST_F(PlainSpaces, RecordsThatTheFlagWordHides) {
       }
 }
 
+// The same where all of one operand are of another kind than its flag word says, so that they look alike.
+TEST_F(PlainSpaces, AFlagWordThatIsWrongOfAll) {
+  constexpr std::size_t COUNT = 8;  // two groups and nothing more
+  for (const int promised : {REAL, COMPLEX})
+    for (const int hidden : {INTEGER, REAL, COMPLEX, QUATERNION})
+      for (const bool atleft : {true, false}) {
+        Point odd = operand(promised, {COUNT}), plain = operand(promised, {COUNT}, 4);
+        for (std::size_t place = 0; place < COUNT; ++place) odd.data_pointer[place] = element(hidden, 2 * place);
+        for (const Member &member : {MEMBERS[0], MEMBERS[2]}) {
+          Left quick = run(member.work, atleft ? odd : plain, true, atleft ? plain : odd, true, false);
+          for (std::uint32_t i = 0; i < COUNT; ++i) {
+            Point left = points::scalar((atleft ? odd : plain).data_pointer[i]);
+            Point right = points::scalar((atleft ? plain : odd).data_pointer[i]);
+            Left lone = run(member.work, left, true, right, true, false);
+            EXPECT_TRUE(same(quick.value.data_pointer[i], lone.value.data_pointer[0])) << member.name << " " << i;
+            for (Point *p : {&left, &right, &lone.value}) points::drop(*p);
+          }
+          points::drop(quick.value);
+        }
+        points::drop(odd);
+        points::drop(plain);
+      }
+}
+
 // What a name holds is read where it is: it is as it was, and so are its counts once the result is gone. The left one
 // of two may be the stack's own, and is written over then.
 TEST_F(PlainSpaces, BorrowedOperands) {
@@ -398,15 +421,17 @@ TEST_F(PlainSpaces, ANamedScalarIsGivenUpWithItsName) {
   }
 }
 
+// Characters go the short way too, where an instruction takes them.
 TEST_F(PlainSpaces, OneOperand) {
-  for (const int kind : NUMBERS)
+  for (const int kind : PLAIN)
     for (const std::size_t count : COUNTS)
       for (const bool shared : {false, true}) {
+        MonadicFunction *const work = kind == ASCII || kind == UNICODE ? binary : negative;
         Point vector = operand(kind, {static_cast<std::int64_t>(count)});
         Point quick = shared ? sharedcopy(vector) : owncopy(vector), thorough = sharedcopy(vector);
         const Element *const block = quick.data_pointer;
-        negative(&quick, nullptr, nullptr, 0);
-        negative(&thorough, nullptr, nullptr, 1);
+        work(&quick, nullptr, nullptr, 0);
+        work(&thorough, nullptr, nullptr, 1);
         EXPECT_EQ(quick.data_pointer == block, !shared);
         expectequal(quick, thorough);
         EXPECT_TRUE(same(vector.data_pointer[0], element(kind, 1)));
