@@ -428,6 +428,25 @@ print(#words)
 """},
         unit=SECONDS, each=lambda size: 0.01, memory="", size=100000, tiny=200, least=100, runs=3,
         files=lambda n, size: {"prose": prose(n * size)}),
+    Row("a text of 10^5 pieces, each appended, `t 'abc' , @t SET`, a piece",
+        lambda n, size: str(3 * size),
+        {"Morvik": ": '' @t SET <size> : t 'abc' , @t SET ; REPEAT ; @fill SET <n> : fill ! ; REPEAT t SHAPE .",
+         "CPython": """
+def fill():
+    t = ''
+    for i in range(<size>): t += 'abc'
+    return t
+for i in range(<n>): t = fill()
+print(len(t))
+""",
+         "Lua": """
+local t
+for n = 1, <n> do
+  local pieces = {} for i = 1, <size> do pieces[i] = 'abc' end
+  t = table.concat(pieces)
+end
+print(#t)
+"""}, each=lambda size: size, goal="CPython", size=100000, tiny=10),
     Row("10^5 texts made by `EACH`, and joined by `ENLIST`",
         lambda n, size: str(sum(i % 7 + 1 for i in range(1, size + 1))),
         {"Morvik": """

@@ -38,11 +38,26 @@ inline bool saysexactly(const Point &space) {
   return space.rank == ranks::SCALAR || ((space.type & ASKED_FOR) == found.bits && space.depth == found.depth);
 }
 
+// Longer values are better left to the instruction, which grows the left one in its own block.
+inline constexpr std::uint32_t MOST_JOINED = 64;
+
+// The records of a short vector, or that of a loose number, which is written to `lone`. Of any other value none.
+inline PlainRecords shortrecords(const Point &value, Element &lone) {
+  if (isloose(value)) {
+    setrecord(lone, value);
+    return {&lone, 1, value.type & KIND_BITS, 0};
+  }
+  if (value.rank != ranks::VECTOR || !value.data_pointer || value.elements > MOST_JOINED || mayown(value)) return {};
+  return {value.data_pointer, value.elements, value.type, value.depth};
+}
+
 inline bool appendtop(Point &bound, Point &top) {
-  if (!isloose(top)) return appendvalue(bound, top);
-  Element record;
-  setrecord(record, top);
-  return appendrecords(bound, &record, 1, top.type & KIND_BITS, 0);
+  Element lone;
+  const PlainRecords few = shortrecords(top, lone);
+  if (few.count == 0) return appendvalue(bound, top);
+  if (!appendrecords(bound, few.records, few.count, few.type, few.depth)) return false;
+  giveup(top);
+  return true;
 }
 
 [[gnu::noinline]] inline bool appendtoname(Point &bound, const Point &mention, Point &top) {
@@ -119,19 +134,6 @@ inline bool isown(const Point &value) {
   }
   giveup(vector);
   return step(q, 1);
-}
-
-// A longer left is better grown in its own block, as the instruction does.
-inline constexpr std::uint32_t MOST_JOINED = 64;
-
-// The records of a short vector, or that of a loose number, which is written to `lone`. Of any other value none.
-inline PlainRecords shortrecords(const Point &value, Element &lone) {
-  if (isloose(value)) {
-    setrecord(lone, value);
-    return {&lone, 1, value.type & KIND_BITS, 0};
-  }
-  if (value.rank != ranks::VECTOR || !value.data_pointer || value.elements > MOST_JOINED || mayown(value)) return {};
-  return {value.data_pointer, value.elements, value.type, value.depth};
 }
 
 [[gnu::noinline]] inline bool jointop(Point *sp) {
