@@ -264,6 +264,7 @@ TEST_F(PlainSpaces, AFlagWordThatIsWrongOfAll) {
         for (std::size_t place = 0; place < COUNT; ++place) odd.data_pointer[place] = element(hidden, 2 * place);
         for (const Member &member : {MEMBERS[0], MEMBERS[2]}) {
           Left quick = run(member.work, atleft ? odd : plain, true, atleft ? plain : odd, true, false);
+          ASSERT_EQ(quick.message, 0);
           for (std::uint32_t i = 0; i < COUNT; ++i) {
             Point left = points::scalar((atleft ? odd : plain).data_pointer[i]);
             Point right = points::scalar((atleft ? plain : odd).data_pointer[i]);
