@@ -47,16 +47,17 @@ def pythons():
 
 
 def peers(morvik):
-    """What runs a file of each language, without the file; only of those that are installed."""
+    """What runs a file of each language, or compiles it, without the file; only of those that are installed."""
     python, numpy = pythons()
-    compiler = shutil.which("g++")
-    found = {"Morvik": [os.path.abspath(morvik), "-q"], "C++": [compiler, "-O2"], "CPython": [python, "-I"], "NumPy": [numpy and python, "-I"],
-             "Lua": [shutil.which("lua5.4")], "gforth": [shutil.which("gforth-fast") or shutil.which("gforth")]}
+    found = {"Morvik": [os.path.abspath(morvik), "-q"], "C++": [shutil.which("g++"), "-O2"], "CPython": [python, "-I"],
+             "NumPy": [numpy and python, "-I"], "Lua": [shutil.which("lua5.4")],
+             "gforth": [shutil.which("gforth-fast") or shutil.which("gforth")]}
     return {peer: command for peer, command in found.items() if command[0]}
 
 
 def versions(commands):
-    asked = {"C++": ["-dumpfullversion"], "CPython": ["-V"], "NumPy": ["-c", "import numpy; print(numpy.__version__)"], "Lua": ["-v"], "gforth": ["--version"]}
+    asked = {"C++": ["-dumpfullversion"], "CPython": ["-V"], "NumPy": ["-c", "import numpy; print(numpy.__version__)"],
+             "Lua": ["-v"], "gforth": ["--version"]}
     for peer in PEERS[1:]:
         if peer in commands:
             run = subprocess.run([commands[peer][0], *asked[peer]], capture_output=True, text=True, check=True)
