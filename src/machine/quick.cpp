@@ -51,25 +51,31 @@ bool iswatchedrun(const Level &level) {
   return true;
 }
 
+// Nothing but operations is to run from here on. False where a result is in flight, for which no operation is quick.
+[[gnu::always_inline]] inline bool becomesplain(Quickly &q) {
+  if (q.plain) [[likely]]
+    return true;
+  if (resultinflight) return false;
+  q.level->trace = q.level->step = false;
+  q.plain = true;
+  return true;
+}
+
 // Begins another round if there is one to run. What only the caller can do, or report, ends the rounds. There was room
 // for the index of the first round, and what stands below it.
 [[gnu::always_inline]] inline bool beginround(Quickly &q, Rounds &rounds) {
-  if (rounds.index >= rounds.count || isinterrupted()) [[unlikely]]
+  const std::int64_t index = rounds.index;
+  if (index >= rounds.count || isinterrupted()) [[unlikely]]
     return false;
-  if (!rounds.expected)
+  if (q.sp != rounds.expected) [[unlikely]] {
+    if (rounds.expected) return false;
     q.level->caller->sp = q.sp;
-  else if (q.sp != rounds.expected) [[unlikely]]
-    return false;
-  if (!q.plain) {
-    if (resultinflight) return false;
-    q.level->trace = q.level->step = false;
-    q.plain = true;
   }
-  if (rounds.indexed)
-    pushloose(q, LOOSE_INTEGER, forms::NUMBER, rounds.index + 1);
+  if (rounds.indexed) [[likely]]
+    pushloose(q, LOOSE_INTEGER, forms::NUMBER, index + 1);
   else if (rounds.elements && !nextelement(q, rounds))
     return false;
-  ++rounds.index;
+  rounds.index = index + 1;
   q.level->decision = -1;
   q.op = q.ops;
   return true;
@@ -136,8 +142,8 @@ leave:
     then == Then::ENDED ? reachend(*q.level) : endlevel(*q.level);
     q.sp = q.level->sp;
   }
-  if (q.level == base) {
-    if (beginround(q, *rounds)) [[likely]]
+  if (q.level == base) [[likely]] {
+    if (becomesplain(q) && beginround(q, *rounds)) [[likely]]
       goto next;
     synchronise(q);
     return Left::LEVEL;

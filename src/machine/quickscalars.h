@@ -149,8 +149,9 @@ struct Compared {
 template <class Core>
 [[gnu::always_inline]] inline bool workboth(Quickly &q, Point &left, std::uint32_t type, std::int64_t right,
                                             int count) {
-  if (left.type == LOOSE_INTEGER && type == LOOSE_INTEGER) [[likely]] {
-    if (!Core::work(left, looseinteger(left), right)) return false;
+  if (left.type == LOOSE_INTEGER) [[likely]] {
+    if (type != LOOSE_INTEGER || !Core::work(left, looseinteger(left), right)) [[unlikely]]
+      return false;
     stepworked(q, 1, count);
     return true;
   }
@@ -162,7 +163,8 @@ template <class Core>
 
 template <class Core>
 [[gnu::always_inline]] inline bool workslots(Quickly &q) {
-  if (!holds(q, 2)) return false;
+  if (!holds(q, 2)) [[unlikely]]
+    return false;
   --q.sp;
   if (workboth<Core>(q, q.sp[0], q.sp[1].type, looseinteger(q.sp[1]), 1)) [[likely]]
     return true;

@@ -86,7 +86,8 @@ inline constexpr std::uintptr_t NONE_LOOSE = UINTPTR_MAX;
 extern std::uintptr_t lowestloose;
 inline void noteloose(const Point *slot) {
   const auto address = reinterpret_cast<std::uintptr_t>(slot);
-  if (address < lowestloose) lowestloose = address;
+  if (address < lowestloose) [[unlikely]]
+    lowestloose = address;
 }
 
 // Makes a slot loose that says something loose, or is so already; false for any other.
