@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 namespace morvik {
 
@@ -168,7 +169,10 @@ void *Heap::allocatemany(unsigned k, std::size_t count, char *&uncarved) {
   const bool whole = !ismisaligned(payload);
   writetext(STDOUT_FILENO, whole ? "BRRRRRmallocing " : "BRRRRRmalloced ");
   buckets[k] = nullptr;
-  if (whole) return payload;
+  return whole ? payload : refillandpop(k);
+}
+
+[[gnu::cold, gnu::noinline]] void *Heap::refillandpop(unsigned k) {
   return refill(k) ? popfirst(k) : nullptr;
 }
 
@@ -187,8 +191,8 @@ void *Heap::allocate(std::size_t size) {
   const unsigned k = bucketof(size);
   if (k > LARGEST_BUCKET) [[unlikely]]
     return nullptr;
-  if (!buckets[k] && !refill(k)) [[unlikely]]
-    return nullptr;
+  if (!buckets[k]) [[unlikely]]
+    return refillandpop(k);
   return popfirst(k);
 }
 
@@ -281,16 +285,26 @@ void *growbreak(std::intptr_t bytes) {
 
 constinit Heap heap{growbreak, {}, nullptr, 0};
 
-// Does a piece of work on the heap, under the lock where there is anybody to lock out.
+// Does a piece of work on the heap under the lock. Apart, so that who needs no lock saves no registers for it.
+template <typename Work>
+[[gnu::noinline]] auto locked(Work work) {
+  pthread_mutex_lock(&mp);
+  if constexpr (std::is_void_v<decltype(work())>) {
+    work();
+    pthread_mutex_unlock(&mp);
+  } else {
+    const auto result = work();
+    pthread_mutex_unlock(&mp);
+    return result;
+  }
+}
+
+// The same where there is anybody to lock out.
 template <typename Work>
 inline auto withheaplock(Work work) {
-  const bool shared = coprocessors_running;
-  if (shared) [[unlikely]]
-    pthread_mutex_lock(&mp);
-  const auto result = work();
-  if (shared) [[unlikely]]
-    pthread_mutex_unlock(&mp);
-  return result;
+  if (!coprocessors_running) [[likely]]
+    return work();
+  return locked(work);
 }
 
 // While coprocessors run, every thread takes small blocks in batches, so that it rarely waits for the others.
@@ -321,10 +335,7 @@ void *allocatealigned(std::size_t alignment, std::size_t size) {
 }
 
 void freepayload(void *payload) {
-  withheaplock([payload] {
-    heap.freepayload(payload);
-    return 0;
-  });
+  withheaplock([payload] { heap.freepayload(payload); });
 }
 
 void *seterrno(void *payload) {

@@ -56,6 +56,7 @@ struct Heap {
  private:
   bool refill(unsigned k);
   void *popfirst(unsigned k);
+  void *refillandpop(unsigned k);
   void *popdamaged(unsigned k);
   void freestrange(void *payload);
   bool newarea(std::size_t block);
