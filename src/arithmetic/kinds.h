@@ -9,6 +9,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "arithmetic/wide.h"
 #include "spaces/convert.h"
 #include "spaces/parts.h"
 #include "spaces/point.h"
@@ -89,7 +90,6 @@ inline double part(const Octonion &x, int i) {
 }
 
 // Components i and i + 1, i even.
-using Pair __attribute__((vector_size(16))) = double;
 template <Hyper T>
 inline Pair pairof(const T &x, int i) {
   Pair result;

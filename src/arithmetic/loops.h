@@ -13,6 +13,8 @@
 //     static constexpr std::size_t pollinterval;     optional, for slow ones: elements between two safe points
 //     double tolerance;                              optional: is set to what #CT held when the instruction began
 //     static constexpr std::size_t polarsaves;       optional: so many fewer flops where two complex numbers are polar
+//     static Pair usual(Complex, Complex);           optional: what operator() gives of two that are not polar
+//     static constexpr bool unlessnan;               optional: but where a component of that is no number
 //   };
 //
 // A pair without an operator() is promoted: integers to reals, then the lower number to the kind of the higher. An
@@ -315,22 +317,22 @@ inline bool arepolar(const Element &left, const Element &right) {
   return (left.form & right.form & forms::POLAR) != 0;
 }
 
-// Works one pair, whose tags are these, and the left heading: reads it before it writes the result, which may be one of
-// the two. Passes the HAS bit of the result to `note`. False where the pair fails, which sets `failure`. What is
-// grouped is not polar.
-template <class Core, std::int32_t L, std::int32_t R, bool grouped = false, class Note>
-[[gnu::always_inline]] inline bool workvalues(Core &core, const Element &left, std::uint64_t lefthead,
-                                              const Element &right, Element &result, bool fresh, std::int32_t &failure,
-                                              Note &&note) {
+// Works one pair: reads it before it writes the result, which may be one of the two. Passes the HAS bit of the result
+// to `note`. False, with nothing done, where the tags are not these, and where the pair fails, which sets `failure`.
+template <class Core, std::int32_t L, std::int32_t R, class Note>
+[[gnu::always_inline]] inline bool workpair(Core &core, const Element &left, const Element &right, Element &result,
+                                            bool fresh, std::int32_t &failure, Note &&note, std::int32_t lefttag = L,
+                                            std::int32_t righttag = R) {
+  if (left.tag != lefttag || right.tag != righttag) [[unlikely]]
+    return false;
   using Result = ResultFor<Core, Kind<L>, Kind<R>>;
   if constexpr (Checked<Core, Kind<L>, Kind<R>>) {
     failure = checkpair<Core, L, R>(left, right);
     if (failure != 0) [[unlikely]]
       return false;
   }
-  const std::uint64_t righthead = headingof(right);
-  if constexpr (!grouped && polarsavesof<Core, L, R>() != 0)
-    core.flops -= arepolar(left, right) ? polarsavesof<Core, L, R>() : 0;
+  const std::uint64_t lefthead = headingof(left), righthead = headingof(right);
+  if constexpr (polarsavesof<Core, L, R>() != 0) core.flops -= arepolar(left, right) ? polarsavesof<Core, L, R>() : 0;
   // Found before the formula runs, as its terms are computed best where they are stored.
   Octonion *target = nullptr;
   if constexpr (std::same_as<Result, Octonion>) {
@@ -344,49 +346,46 @@ template <class Core, std::int32_t L, std::int32_t R, bool grouped = false, clas
               [&](const auto &value) { note(writeresult<L, R>(result, lefthead, righthead, value, fresh, target)); });
   return true;
 }
-// The same of any pair: false too where it is not for this formula.
-template <class Core, std::int32_t L, std::int32_t R, class Note>
-[[gnu::always_inline]] inline bool workpair(Core &core, const Element &left, const Element &right, Element &result,
-                                            bool fresh, std::int32_t &failure, Note &&note) {
-  if (left.tag != L || right.tag != R) [[unlikely]]
-    return false;
-  return workvalues<Core, L, R>(core, left, headingof(left), right, result, fresh, failure, note);
-}
 
-// Loops along records side by side, of which one operand may be a lone record instead. Under a flag word that is not
-// exact a space may hold any record: each is looked at, and the first that is not expected ends the loop.
+// ---- Groups. Arithmetic of reals and complex numbers takes so little that looking for the end would be a good part of
+// it: so many go between two looks, into fresh records. What ends such a group leaves the loop to work it again, one by
+// one. What only chooses, which refuses no operand, is slower so.
 
-// How far one came, and which kinds it wrote.
-struct Stretch {
-  std::size_t done;
-  std::uint32_t kinds;
-};
-using StraightLoop = Stretch (*)(const Element *left, const Element *right, Element *result, std::size_t count,
-                                 bool fresh, Tally &tally);
-enum Lone : unsigned { NO_LONE, LONE_LEFT, LONE_RIGHT, LONES };
-
-// Arithmetic of reals and complex numbers takes so little that looking for the end would be a good part of it: so many
-// go between two looks. What ends such a group leaves the loop to work it again, one by one: nothing may be counted, or
-// written over an operand. What only chooses, which refuses no operand, is slower so.
 inline constexpr std::size_t GROUP = 4;
+template <class Core>
+concept Usual = requires(const Complex &z) {
+  Core::usual(z, z);
+};
 template <class Core, std::int32_t L, std::int32_t R>
 constexpr bool isbrief() {
-  if constexpr (L == R && (L == tags::REAL || L == tags::COMPLEX) && !Checked<Core, Kind<L>, Kind<R>>)
-    return std::same_as<ResultFor<Core, Kind<L>, Kind<R>>, Kind<L>> && fixedflopsof<Core, Kind<L>, Kind<R>>() > 0 &&
+  if constexpr (L == tags::COMPLEX && R == tags::COMPLEX)
+    return Usual<Core>;
+  else if constexpr (L == tags::REAL && R == tags::REAL && Returning<Core, double, double>)
+    return std::same_as<ResultFor<Core, double, double>, double> && fixedflopsof<Core, double, double>() > 0 &&
            Core::refused != 0;
   else
     return false;
 }
 
-// Complex results take over the left heading. In a group all have the same one, which is that of their results too: to
-// look at it is to look at the tag, and at all else that would make another result of it.
-template <class Core, std::int32_t L, std::int32_t R>
+// Complex results take over the left heading. In a group all have the same one: to look at it is to look at the tag,
+// and at all else that would make another result of it.
+template <class Core>
 inline bool isgroupheading(std::uint64_t head) {
-  if constexpr (L != tags::COMPLEX)
-    return true;
-  else
-    return (head & heading(-1, 0)) == heading(L, 0) && (head & ~INHERITED_BITS) == 0 &&
-           (polarsavesof<Core, L, R>() == 0 || !ispolar(head));
+  return (head & heading(-1, 0)) == heading(tags::COMPLEX, 0) &&
+         (polarsavesof<Core, tags::COMPLEX, tags::COMPLEX>() == 0 || !ispolar(head));
+}
+
+// Writes a fresh record with this heading and no name.
+template <bool wide>
+[[gnu::always_inline]] inline void writegrouped(Element &to, std::uint64_t head, const Pair &value) {
+  if constexpr (wide) {
+    using Record __attribute__((vector_size(32), aligned(8), may_alias)) = double;
+    const Pair begin{std::bit_cast<double>(head), 0};
+    *reinterpret_cast<Record *>(&to) = __builtin_shufflevector(begin, value, 0, 1, 2, 3);
+  } else {
+    setunnamedheading(to, head);
+    std::memcpy(&to.complex, &value, sizeof value);
+  }
 }
 
 // The tag as the loop compares it: in a register, which the processor does in one step with the branch.
@@ -397,9 +396,65 @@ template <std::int32_t tag>
   return held;
 }
 
-template <class Core, std::int32_t L, std::int32_t R, Lone lone>
-Stretch straightloop(const Element *left, const Element *right, Element *result, std::size_t count, bool fresh,
-                     Tally &tally) {
+// Works whole groups of reals as far as that goes, and returns how far. `left` and `right` give the record of an index.
+template <class Core, class Left, class Right>
+[[gnu::always_inline]] inline std::size_t realgroups(Core &core, Left &&left, Right &&right, Element *result,
+                                                     std::size_t count) {
+  const std::int32_t tag = heldtag<tags::REAL>();
+  const auto one = [&](std::size_t i) __attribute__((always_inline)) {
+    if (left(i).tag != tag || right(i).tag != tag) [[unlikely]]
+      return false;
+    writerecord(result[i], core(left(i).real, right(i).real));
+    return true;
+  };
+  std::size_t done = 0;
+  while (count - done >= GROUP && one(done) && one(done + 1) && one(done + 2) && one(done + 3)) done += GROUP;
+  return done;
+}
+
+// The same of complex numbers. That a component of a result is no number shows in the sum of the group.
+template <class Core, bool wide, class Left, class Right>
+[[gnu::always_inline]] inline std::size_t complexgroups(Left &&left, Right &&right, Element *result,
+                                                        std::size_t count) {
+  if (count < GROUP) return 0;
+  const std::uint64_t lefthead = headingof(left(0));
+  if (!isgroupheading<Core>(lefthead)) return 0;
+  const std::uint64_t head = lefthead & INHERITED_BITS;
+  const std::int32_t tag = heldtag<tags::COMPLEX>();
+  constexpr bool checked = requires {
+    Core::unlessnan;
+  };
+  Pair sum{};
+  const auto one = [&](std::size_t i, bool first) __attribute__((always_inline)) {
+    if (headingof(left(i)) != lefthead || right(i).tag != tag) [[unlikely]]
+      return false;
+    const Pair value = Core::usual(left(i).complex, right(i).complex);
+    if constexpr (checked) sum = first ? value : sum + value;
+    writegrouped<wide>(result[i], head, value);
+    return true;
+  };
+  std::size_t done = 0;
+  while (count - done >= GROUP && one(done, true) && one(done + 1, false) && one(done + 2, false) &&
+         one(done + 3, false) && !(checked && std::isunordered(sum[0], sum[1])))
+    done += GROUP;
+  return done;
+}
+
+// ---- Loops along records side by side, of which one operand may be a lone record instead. Under a flag word that is
+// not exact a space may hold any record: each is looked at, and the first that is not expected ends the loop.
+
+// How far one came, and which kinds it wrote.
+struct Stretch {
+  std::size_t done;
+  std::uint32_t kinds;
+};
+using StraightLoop = Stretch (*)(const Element *left, const Element *right, Element *result, std::size_t count,
+                                 bool fresh, Tally &tally);
+enum Lone : unsigned { NO_LONE, LONE_LEFT, LONE_RIGHT, LONES };
+
+template <class Core, std::int32_t L, std::int32_t R, Lone lone, bool wide>
+[[gnu::always_inline]] inline Stretch workstraight(const Element *left, const Element *right, Element *result,
+                                                   std::size_t count, bool fresh, Tally &tally) {
   using Result = ResultFor<Core, Kind<L>, Kind<R>>;
   Core core = startcore<Core>(tally);
   std::uint32_t kinds = 0;  // of the results that are not of the usual kind, of which there are
@@ -407,32 +462,38 @@ Stretch straightloop(const Element *left, const Element *right, Element *result,
   std::int32_t failure = 0;
   Element copy;
   if constexpr (lone != NO_LONE) copy = lone == LONE_LEFT ? *left : *right;
+  const auto leftat = [&](std::size_t i) -> const Element & { return lone == LONE_LEFT ? copy : left[i]; };
+  const auto rightat = [&](std::size_t i) -> const Element & { return lone == LONE_RIGHT ? copy : right[i]; };
+  if constexpr (isbrief<Core, L, R>() && L == tags::REAL)
+    if (fresh) done = realgroups<Core>(core, leftat, rightat, result, count);
+  if constexpr (isbrief<Core, L, R>() && L == tags::COMPLEX)
+    if (fresh) done = complexgroups<Core, wide>(leftat, rightat, result, count);
   const std::int32_t lefttag = heldtag<L>(), righttag = L == R ? lefttag : heldtag<R>();
-  const std::uint64_t grouphead = L == tags::COMPLEX && count > 0 ? headingof(*left) : 0;
-  const auto at = [&](std::size_t i, auto grouped) __attribute__((always_inline)) {
-    constexpr bool byheading = grouped && L == tags::COMPLEX;
-    const Element &l = lone == LONE_LEFT ? copy : left[i], &r = lone == LONE_RIGHT ? copy : right[i];
-    if ((byheading ? headingof(l) != grouphead : l.tag != lefttag) || r.tag != righttag) [[unlikely]]
-      return false;
-    return workvalues<Core, L, R, grouped>(core, l, byheading ? grouphead : headingof(l), r, result[i], fresh, failure,
-                                           [&](std::uint32_t kind) {
-                                             if (kind != USUAL_BIT<Result>) [[unlikely]] {
-                                               kinds |= kind;
-                                               ++others;
-                                             }
-                                           });
+  const auto note = [&](std::uint32_t kind) {
+    if (kind != USUAL_BIT<Result>) [[unlikely]] {
+      kinds |= kind;
+      ++others;
+    }
   };
-  if constexpr (isbrief<Core, L, R>()) {
-    const auto group = [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
-      return (at(done + i, std::true_type{}) && ...);
-    };
-    if (fresh && isgroupheading<Core, L, R>(grouphead))
-      while (count - done >= GROUP && group(std::make_index_sequence<GROUP>{})) done += GROUP;
-  }
-  while (done < count && at(done, std::false_type{})) ++done;
+  while (done < count &&
+         workpair<Core, L, R>(core, leftat(done), rightat(done), result[done], fresh, failure, note, lefttag, righttag))
+    ++done;
   tally.failure = failure;
   tally.flops += static_cast<double>(core.flops + fixedflopsof<Core, Kind<L>, Kind<R>>() * done);
   return {done, done > others ? kinds | USUAL_BIT<Result> : kinds};
+}
+
+template <class Core, std::int32_t L, std::int32_t R, Lone lone>
+MORVIK_WIDE Stretch wideloop(const Element *left, const Element *right, Element *result, std::size_t count, bool fresh,
+                             Tally &tally) {
+  return workstraight<Core, L, R, lone, true>(left, right, result, count, fresh, tally);
+}
+template <class Core, std::int32_t L, std::int32_t R, Lone lone>
+Stretch straightloop(const Element *left, const Element *right, Element *result, std::size_t count, bool fresh,
+                     Tally &tally) {
+  if constexpr (isbrief<Core, L, R>() && L == tags::COMPLEX)
+    if (wideregisters) return wideloop<Core, L, R, lone>(left, right, result, count, fresh, tally);
+  return workstraight<Core, L, R, lone, false>(left, right, result, count, fresh, tally);
 }
 
 // Has a pair of kinds such loops for a lone operand too? The higher numbers do without.

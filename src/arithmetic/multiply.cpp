@@ -38,6 +38,12 @@ struct Multiply : FlopCounter {
   // In polar form the moduli multiply and the angles add.
   static constexpr std::size_t fixedflops(Formula<Complex, Complex>) { return 6; }
   static constexpr std::size_t polarsaves = 4;
+  static constexpr bool unlessnan = true;
+  static Pair usual(const Complex &a, const Complex &b) {
+    Pair product;
+    productlanes<0, Right::ITSELF>(product, a, b);
+    return product;
+  }
   // The cross terms are no matter where an imaginary part is 0, but for infinities.
   template <class Give>
   void operator()(const Complex &a, const Complex &b, Give &&give) {

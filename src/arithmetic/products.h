@@ -50,60 +50,61 @@ inline Wider<A, B> leadingproduct(const A &a, const B &b) {
   return assemble<Wider<A, B>>([&](auto k) { return productpart<k, lefts, rights, as>(a, b); });
 }
 
-// ---- Two components at a time, for the products that are over before a compiler would find the pairs.
+// ---- Several components at a time, for the products that are over before a compiler would find the pairs.
 
-inline Pair swapped(Pair x) {
-  return __builtin_shufflevector(x, x, 1, 0);
-}
-
-// x twice, with these signs but for a common minus.
-template <bool minusfirst, bool minussecond>
-inline Pair signedtwice(double x) {
-  using Bits __attribute__((vector_size(16))) = long long;
+// The components k to k + LANES - 1 of a product, k a multiple of LANES; terms as in productpart. To a place that is
+// given, as what is compiled for narrow registers may not return wide ones.
+template <int k, Right as, class Lanes, class T>
+[[gnu::always_inline]] inline void productlanes(Lanes &sum, const T &a, const T &b) {
+  using Bits __attribute__((vector_size(sizeof(Lanes)))) = long long;
   constexpr long long SIGN = static_cast<long long>(1ULL << 63);
-  const Pair twice{x, x};
-  if constexpr (minusfirst == minussecond) return twice;
-  return reinterpret_cast<Pair>(reinterpret_cast<Bits>(twice) ^ Bits{minusfirst ? SIGN : 0, minussecond ? SIGN : 0});
-}
-
-// Components k and k + 1 of a product, k even; terms as in productpart.
-template <int k, Right as, class T>
-inline Pair productpair(const T &a, const T &b) {
-  Pair sum{part(a, 0), part(a, 0)};
-  const auto add = [&](auto i) {
-    constexpr int j = i ^ k, l = i ^ (k + 1);
-    constexpr bool minusj = MINUS[i][j] != (as == Right::CONJUGATE && j > 0);
-    constexpr bool minusl = MINUS[i][l] != (as == Right::CONJUGATE && l > 0);
-    const Pair right = j < l ? pairof(b, j) : swapped(pairof(b, l));
-    const Pair term = signedtwice<minusj, minusl>(part(a, i)) * right;
-    if constexpr (i == 0)
-      sum = minusj && minusl ? -term : term;
-    else
-      sum = minusj && minusl ? sum - term : sum + term;
+  constexpr auto isminus = [](int i, int lane) {
+    const int j = i ^ (k + lane);
+    return MINUS[i][j] != (as == Right::CONJUGATE && j > 0);
   };
-  [&]<int... i>(std::integer_sequence<int, i...>) {
-    (add(std::integral_constant<int, i>{}), ...);
+  const auto add = [&]<int i, int... lane>(std::integer_sequence<int, i>, std::integer_sequence<int, lane...>)
+      __attribute__((always_inline)) {
+    constexpr unsigned first = (i ^ k) & -LANES<Lanes>;
+    Lanes right;
+    std::memcpy(&right, reinterpret_cast<const char *>(&b) + sizeof(double) * first, sizeof right);
+    right = __builtin_shufflevector(right, right, (lane ^ (i % LANES<Lanes>))...);
+    const double x = part(a, i);
+    Lanes left{(static_cast<void>(lane), x)...};
+    constexpr bool allminus = (isminus(i, lane) && ...), someminus = (isminus(i, lane) || ...);
+    if constexpr (someminus && !allminus)
+      left = reinterpret_cast<Lanes>(reinterpret_cast<Bits>(left) ^ Bits{(isminus(i, lane) ? SIGN : 0)...});
+    const Lanes term = left * right;
+    if constexpr (i == 0)
+      sum = allminus ? -term : term;
+    else
+      sum = allminus ? sum - term : sum + term;
+  };
+  [&]<int... i>(std::integer_sequence<int, i...>) __attribute__((always_inline)) {
+    (add(std::integer_sequence<int, i>{}, std::make_integer_sequence<int, LANES<Lanes>>{}), ...);
   }
   (std::make_integer_sequence<int, PARTS<T>>{});
-  return sum;
 }
 
-template <Right as>
-inline Complex pairproduct(const Complex &a, const Complex &b) {
-  const Pair c = productpair<0, as>(a, b);
-  return {c[0], c[1]};
-}
-template <Right as>
-inline Quaternion pairproduct(const Quaternion &a, const Quaternion &b) {
-  const Pair c = productpair<0, as>(a, b), d = productpair<2, as>(a, b);
-  return {{c[0], c[1], d[0], d[1]}};
+// All components.
+template <Right as, class Lanes, class T>
+[[gnu::always_inline]] inline T productby(const T &a, const T &b) {
+  T product;
+  [&]<int... i>(std::integer_sequence<int, i...>) __attribute__((always_inline)) {
+    Lanes sums[sizeof...(i)];
+    (productlanes<i * LANES<Lanes>, as>(sums[i], a, b), ...);
+    std::memcpy(static_cast<void *>(&product), sums, sizeof product);
+  }
+  (std::make_integer_sequence<int, PARTS<T> / LANES<Lanes>>{});
+  return product;
 }
 
+template <Right as, class T>
+inline T pairproduct(const T &a, const T &b) {
+  return productby<as, Pair>(a, b);
+}
 template <Right as>
-inline Octonion pairproduct(const Octonion &a, const Octonion &b) {
-  const Pair c = productpair<0, as>(a, b), d = productpair<2, as>(a, b);
-  const Pair e = productpair<4, as>(a, b), f = productpair<6, as>(a, b);
-  return {{c[0], c[1], d[0], d[1], e[0], e[1], f[0], f[1]}};
+MORVIK_WIDE Octonion quadproduct(const Octonion &a, const Octonion &b) {
+  return productby<as, Quad>(a, b);
 }
 
 // The product of quaternions of which a last component is 0. By value, so that the operands need not be in memory.
@@ -134,7 +135,7 @@ inline void product(const A &a, const B &b, std::uint64_t &counted, Give &&give)
     constexpr int terms = lefts * rights, sums = terms - PARTS<Wider<A, B>>;
     counted += terms + sums;
     if constexpr (lefts == 8 && rights == 8)
-      give(pairproduct<as>(a, b));
+      give(wideregisters ? quadproduct<as>(a, b) : pairproduct<as>(a, b));
     else
       give(leadingproduct<lefts, rights, as>(a, b));
   }

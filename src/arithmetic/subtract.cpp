@@ -21,6 +21,7 @@ struct Subtract : FlopCounter {
     return PARTS<B>;
   }
   // What only the right number has is taken from 0, so that no component becomes a negative zero.
+  static Pair usual(const Complex &a, const Complex &b) { return pairof(a, 0) - pairof(b, 0); }
   template <Parted A, Parted B>
   Wider<A, B> operator()(const A &a, const B &b) {
     constexpr int lefts = PARTS<A>, rights = PARTS<B>;

@@ -254,6 +254,21 @@ TEST_F(PlainSpaces, RecordsThatTheFlagWordHides) {
       }
 }
 
+// The one real result among complex ones is told too, though the loop begins anew at such a record behind it.
+TEST_F(PlainSpaces, ResultsOfTwoKindsBeforeAHiddenRecord) {
+  for (std::size_t place = 0; place < 9; ++place)
+    for (std::size_t other = 0; other < place; ++other) {
+      Elements bases(9, points::real(-2)), exponents(9, points::real(0.5));
+      bases[other] = points::real(4);
+      Point left = points::vector(bases), right = points::vector(exponents);
+      left.data_pointer[place] = points::whole(-3);
+      Left made = run(power, left, true, right, true, false);
+      ASSERT_EQ(made.message, 0);
+      EXPECT_EQ(made.value.type & ELEMENT_BITS, static_cast<std::uint32_t>(HASREAL | HASCOMPLEX)) << other << place;
+      for (Point *p : {&left, &right, &made.value}) points::drop(*p);
+    }
+}
+
 // The same where all of one operand are of another kind than its flag word says, so that they look alike.
 TEST_F(PlainSpaces, AFlagWordThatIsWrongOfAll) {
   constexpr std::size_t COUNT = 8;  // two groups and nothing more
