@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Whole programmes beside the same in other languages:  programmes.py [--quick] FOLDER [WORD...]
 
-A table is printed as docs/performance.md has it. Each figure is time of the processor, user's and system's: the median of
-several runs in turns, without what the programme takes to start and to prepare. How often the work is done is raised until
-it takes long enough. Every run checks its answer. A peer that is not installed leaves its column empty. The rows are in
-peers/rows.py; a word chooses those with it in their titles. With --quick the runs are
-short and few, and storage is not measured.
+A table is printed as docs/performance.md has it. Each figure is time of the processor, user's and system's: the least of
+several runs in turns, as others on the machine only add to it, without what the programme takes to start and to prepare.
+How often the work is done is raised until it takes long enough. Every run checks its answer. A peer that is not installed
+leaves its column empty. The rows are in peers/rows.py; a word chooses those with it in their titles. With --quick the runs
+are short and few, and storage is not measured.
 """
 import datetime
 import hashlib
@@ -127,7 +127,7 @@ class Work:
         self.memory.append(memory)
 
     def figure(self):
-        net = statistics.median(self.times) - statistics.median(self.starts)
+        net = min(self.times) - min(self.starts)
         return max(net, 0) / ((self.n - 1) * self.row.each(self.size)) / self.row.unit[1]
 
 

@@ -30,24 +30,24 @@ namespace morvik {
   return (p.type & ~(RANK_BITS | PLAIN_KINDS | LOOSE)) == 0 && isspace(p);
 }
 
-// The instruction over two values, of which those that are given are borrowed and the others are on the stack. False,
-// with nothing done, where they are no short plain spaces. A failure finds the level as the loop of the machine has it.
-[[gnu::noinline]] inline bool workspaces(Level &level, const Op &op, int count, const Point *left, const Point *right) {
-  level.instruction = level.current = op.point + (count - 1);
+// The instruction over two values, of which those that are given are borrowed and the others are on the stack. It is
+// the last of so many Points. False, with nothing done, where they are no short plain spaces. A failure finds the level
+// as the loop of the machine has it.
+[[gnu::always_inline]] inline bool quickspaces(Quickly &q, int count, const Point *left, const Point *right) {
+  Level &level = *q.level;
+  q.points += count;
+  synchronise(q);
+  level.instruction = level.current = q.op->point + (count - 1);
   makewhole(level.sp);
-  Point *const top = level.sp;
   if (left) *++level.sp = *left;
   if (right) *++level.sp = *right;
-  operators += count;
-  if (workplain(*op.dyadic, &level.sp, level.instruction, quads, static_cast<unsigned>(level.sp - top))) return true;
-  operators -= count;
-  level.sp = top;
-  return false;
-}
-[[gnu::always_inline]] inline bool quickspaces(Quickly &q, int count, const Point *left, const Point *right) {
-  synchronise(q);
-  if (!workspaces(*q.level, *q.op, count, left, right)) return false;
-  q.sp = q.level->sp;
+  const auto borrowed = static_cast<unsigned>(level.sp - q.sp);
+  if (!workplain(*q.op->dyadic, &level.sp, level.instruction, quads, borrowed)) {
+    operators -= count;
+    level.sp = q.sp;
+    return false;
+  }
+  q.sp = level.sp;
   q.op += count;
   return true;
 }
