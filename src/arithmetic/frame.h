@@ -46,7 +46,7 @@ inline bool isplainscalar(const Point &p) {
 // Does a flag word promise one kind, and does the first record keep the promise?
 inline bool isuniform(const Point &p) {
   const std::uint32_t kind = kindbit(p.data_pointer->tag);
-  return (p.type & (COMPLEXED | STRUCTURED)) == 0 && (p.type & ELEMENT_BITS) == kind && kind != 0;
+  return !ismixed(p) && (p.type & ELEMENT_BITS) == kind && kind != 0;
 }
 
 // The name of a scalar may be counted; all others are permanent.

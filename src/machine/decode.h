@@ -38,9 +38,7 @@ struct Op {
 // Printing a whole real makes an integer of its record, for all who hold the block. So a copy of such a number shares
 // the block, and is never loose. Is this one, of a loose type?
 inline bool changesinprint(std::uint32_t type, std::int64_t value) {
-  if (type != LOOSE_REAL) return false;
-  const auto real = std::bit_cast<double>(value);
-  return std::fabs(real) < INTEGER_BOUND && static_cast<double>(static_cast<std::int64_t>(real)) == real;
+  return type == LOOSE_REAL && isinteger(std::bit_cast<double>(value));
 }
 
 // The operations of the body of a level; null where it is to be run by the loop: a text, a body that runs for the first

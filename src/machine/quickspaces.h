@@ -27,9 +27,6 @@ inline void giveup(const Point &mention) {
   release(mention.data_pointer);
   release(mention.shape_pointer);
 }
-inline bool ismixed(const Point &space) {
-  return (space.type & (COMPLEXED | STRUCTURED)) != 0;
-}
 
 // Do the flag word and the depth say what the records ask for, and no more? An interrupt jumps.
 inline bool saysexactly(const Point &space) {

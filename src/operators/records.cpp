@@ -82,7 +82,7 @@ void refreshkinds(Point &space) {
 }
 
 void refreshflags(Point &space) {
-  if ((space.type & (COMPLEXED | STRUCTURED)) != 0 || (space.type & ELEMENT_BITS) == 0) return refreshkinds(space);
+  if (ismixed(space) || (space.type & ELEMENT_BITS) == 0) return refreshkinds(space);
   space.type = (space.type & ~(RANK_BITS | ISEMPTY)) | rankbits(space);
   if (space.depth == 0) space.depth = 1;
   space.link = nullptr;

@@ -110,8 +110,7 @@ CopyMethod promised(const Point &data) {
 
 // The message for a record that can't be copied.
 int nobranch(const Point &data) {
-  return (data.type & (COMPLEXED | STRUCTURED)) == 0 && isplainkind(data.data_pointer->tag) ? messages::IMPOSSIBLE
-                                                                                            : messages::RESTRICTION;
+  return !ismixed(data) && isplainkind(data.data_pointer->tag) ? messages::IMPOSSIBLE : messages::RESTRICTION;
 }
 
 // How the records of a stretch are copied. A message number or 0.

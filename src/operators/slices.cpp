@@ -214,8 +214,7 @@ int restelements(Point &space) {
 }
 
 Flags restflags(const Point &vector, bool exact) {
-  const bool mixed = (vector.type & (COMPLEXED | STRUCTURED)) != 0;
-  if (mixed ? exact && addsnothing(vector) : (vector.type & ELEMENT_BITS) != 0) {
+  if (ismixed(vector) ? exact && addsnothing(vector) : (vector.type & ELEMENT_BITS) != 0) {
     const std::uint32_t rank = ISVECTOR | (vector.elements == 2 ? ISONEELEMENT : 0);
     return {(vector.type & ~(RANK_BITS | ISEMPTY)) | rank, std::max(vector.depth, std::int16_t{1})};
   }

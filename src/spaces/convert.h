@@ -11,6 +11,11 @@ namespace morvik {
 // 9.223372036854776e+18, is this same double.
 inline constexpr double INTEGER_BOUND = 0x1p63;
 
+// Is it whole, and does it fit an integer?
+inline bool isinteger(double x) {
+  return std::fabs(x) < INTEGER_BOUND && static_cast<double>(static_cast<std::int64_t>(x)) == x;
+}
+
 // Truncates towards 0; what does not fit becomes the nearest integer there is, NaN becomes 0.
 inline std::int64_t saturate(double x) {
   if (std::fabs(x) < INTEGER_BOUND) [[likely]]

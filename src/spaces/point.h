@@ -207,6 +207,10 @@ inline bool istext(const Point &p) {
 inline constexpr std::uint32_t kindbit(std::int32_t tag) {
   return tag >= tags::ASCII && tag <= tags::OCTONION ? HASASCII << (tag - tags::ASCII) : 0;
 }
+// Does a flag word tell of more than one kind, or of enclosed elements?
+inline bool ismixed(const Point &p) {
+  return (p.type & (COMPLEXED | STRUCTURED)) != 0;
+}
 // COMPLEXED if two or more of the kinds are set in the word, else 0.
 inline constexpr std::uint32_t complexed(std::uint32_t type) {
   const std::uint32_t kinds = type & KIND_BITS;

@@ -388,7 +388,7 @@ bool lowerkind(Element &e, bool complexes) {
     e.attributes &= static_cast<std::uint16_t>(~attributes::PREFIX_R);
     e.real = re;
   }
-  if (e.tag != tags::REAL || !(std::fabs(e.real) < INTEGER_BOUND) || e.real != std::trunc(e.real)) return complex;
+  if (e.tag != tags::REAL || !isinteger(e.real)) return complex;
   const auto whole = static_cast<std::int64_t>(e.real);
   e.tag = tags::INTEGER;
   e.integer = whole;
@@ -462,7 +462,7 @@ void recount(Point &space, std::uint32_t kinds, std::uint32_t gained) {
 }
 
 void putmembers(Point &space, const Census &found, bool source) {
-  const bool lowering = found.mixed || found.structured || (space.type & (COMPLEXED | STRUCTURED)) != 0;
+  const bool lowering = found.mixed || found.structured || ismixed(space);
   Rows rows = countrows(space);
   std::uint32_t kinds = 0, gained = 0;
   for (std::uint32_t i = 0; i < space.elements; ++i) {
