@@ -12,7 +12,6 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
-#include <type_traits>
 
 namespace morvik {
 
@@ -289,14 +288,9 @@ constinit Heap heap{growbreak, {}, nullptr, 0};
 template <typename Work>
 [[gnu::noinline]] auto locked(Work work) {
   pthread_mutex_lock(&mp);
-  if constexpr (std::is_void_v<decltype(work())>) {
-    work();
-    pthread_mutex_unlock(&mp);
-  } else {
-    const auto result = work();
-    pthread_mutex_unlock(&mp);
-    return result;
-  }
+  const auto result = work();
+  pthread_mutex_unlock(&mp);
+  return result;
 }
 
 // The same where there is anybody to lock out.
@@ -335,7 +329,10 @@ void *allocatealigned(std::size_t alignment, std::size_t size) {
 }
 
 void freepayload(void *payload) {
-  withheaplock([payload] { heap.freepayload(payload); });
+  withheaplock([payload] {
+    heap.freepayload(payload);
+    return 0;
+  });
 }
 
 void *seterrno(void *payload) {
