@@ -44,10 +44,28 @@ namespace {
 // The loop exists twice, with the timing hook and without, so that a hook that is off costs nothing.
 enum class Hook { OFF, ON };
 
+// For what storeinplace did: the first Point is charged with it, and the address and the store behind it run
+// as any Points do.
+Next chargestore(Level &level) {
+  chargetime(level);
+  for (int points = 2; points > 0; --points) {
+    ++level.current;
+    operators += 1;
+    if (followrun) followrun(level, false);
+  }
+  level.instruction = level.current;
+  stampstart(level);
+  chargetime(level);
+  return Next::FETCH;
+}
+
 // Reads the instruction number of what runs and gives the work to its handler, again as long as it asks for it.
 template <Hook hook>
 Next perform(Level &level) {
-  if (hook == Hook::ON) stampstart(level);
+  if (hook == Hook::ON) {
+    stampstart(level);
+    if (storeinplace(level)) return chargestore(level);
+  }
   for (;;) {
     const Action &action = actionof(level.instruction->instruction);
     const Admission admission = admit(level, action.needs);

@@ -196,4 +196,16 @@ void runbody(Level &level, const Op *ops, Rounds *rounds) {
   runpoints(level);
 }
 
+bool storeinplace(Level &level) {
+  const Op *const ops = resultinflight || stepping ? nullptr : decoded(level, false);
+  if (!ops) return false;
+  Quickly q{&level, ops, ops + (level.current - level.start), level.sp, 0, 0, 0, false};
+  Then then = Then::SLOW;
+  if (q.op->code == Quick::REST_STORE) then = quick_REST_STORE(q);
+  if (q.op->code == Quick::CATENATE_STORE && holds(q, 2))
+    if (Point *const bound = mentioned(q, q.sp[-1])) then = appendmentioned(q, *bound);
+  if (then == Then::NEXT) level.sp = q.sp;
+  return then == Then::NEXT;
+}
+
 }  // namespace morvik

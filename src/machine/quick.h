@@ -36,4 +36,9 @@ const void *const *placesofoperations();
 // from there on. What it leaves on the stack may be loose. `rounds` null: one round.
 void runbody(Level &level, const Op *ops, Rounds *rounds);
 
+// For the loop of the machine where it times each instruction: appends to the value of a name, or takes a record from
+// it, in its own block, if that is what the next three Points say. Otherwise each step would copy the value, and the
+// times would tell of what no other run does. Leaves the level at the first of the Points; false: nothing is done.
+bool storeinplace(Level &level);
+
 }  // namespace morvik

@@ -150,14 +150,18 @@ inline bool isown(const Point &value) {
   return step(q, 1);
 }
 
+// Appends the top to the value of a name, of which a mention stands below it.
+[[gnu::always_inline]] inline Then appendmentioned(Quickly &q, Point &bound) {
+  synchronise(q);
+  if (!appendtoname(bound, q.sp[-1], q.sp[0])) return Then::SLOW;
+  q.sp -= 2;
+  return step(q, 3);
+}
+
 [[gnu::always_inline]] inline Then quick_CATENATE_STORE(Quickly &q) {
   if (!holds(q, 2)) return Then::SLOW;
   Point *const bound = mentioned(q, q.sp[-1]);
-  if (!bound) return quick_CATENATE(q);
-  synchronise(q);
-  if (!appendtoname(*bound, q.sp[-1], q.sp[0])) return Then::SLOW;
-  q.sp -= 2;
-  return step(q, 3);
+  return bound ? appendmentioned(q, *bound) : quick_CATENATE(q);
 }
 
 [[gnu::always_inline]] inline Then quick_RESHAPE(Quickly &q) {

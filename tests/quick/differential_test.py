@@ -20,7 +20,7 @@ SANITIZED = os.environ.get("MORVIK_SANITIZED") == "1"
 PROGRAMMES = int(os.environ.get("MORVIK_PROGRAMMES", 600 if SANITIZED else 10000))
 SEED = int(os.environ.get("MORVIK_SEED", 1))
 IN_A_SESSION = 40  # programmes that one process runs one after the other
-WITH_POOL = 8  # one session of so many has coprocessors
+WITH_POOL = TIMED = 8  # one session of so many has coprocessors, and another one times each instruction
 STACK_POINTS = 16584
 CPU_SECONDS = 20 if SANITIZED else 5  # a session that takes more, as a jump leads back now and then, tells nothing
 
@@ -307,7 +307,8 @@ class Differential(unittest.TestCase):
         for i in range(sessions):
             seed = SEED * 1000003 + i
             with self.subTest(seed=seed):
-                endless += self.agree(session(seed), seed, ("-c2",) if i % WITH_POOL == 0 else ()) is None
+                options = ("-c2",) if i % WITH_POOL == 0 else ("-i",) if i % TIMED == 1 else ()
+                endless += self.agree(session(seed), seed, options) is None
         self.assertLessEqual(endless, 1 + sessions // 20)
 
     def test_a_full_stack(self):

@@ -252,6 +252,42 @@ TEST_F(Timed, AClockSetBackInACallLeavesTheCallerAlone) {
   EXPECT_EQ(InstructionTiming[instructions::EXECUTE].time, 2);
 }
 
+// A copy a step would take time that no other run takes.
+TEST_F(Timed, AppendingAndTakingAreChargedByPoint) {
+  run("(1 2 3) @a SET 4 : a 4 , @a SET ; REPEAT");
+  expectrow(instructions::CATENATE, 4, 4, 4, 0);
+  expectrow(instructions::SET, 5, 5, 5, 0);
+  EXPECT_EQ(operators, 6 + 4 * 6);
+  run("4 : a REST @a SET ; REPEAT a");
+  expectrow(instructions::REST, 4, 4, 4, 0);
+  expectrow(instructions::SET, 9, 9, 9, 0);
+  EXPECT_EQ(operators, 4 + 4 * 5);
+  ASSERT_EQ(sp->elements, 3u);
+  EXPECT_EQ(sp->data_pointer[2].integer, 4);
+  run("DISCARD");
+}
+
+#if !defined(MORVIK_CHECKING) && !defined(MORVIK_SYSTEM_HEAP) && !defined(MORVIK_NO_QUICK_LOOP)
+// A body is decoded when it runs again. Who copies exchanges the block at each step, so that it is another one after an
+// odd number of them.
+TEST_F(Timed, AppendingAndTakingStayInTheirBlock) {
+  const auto blockofa = [] { return checkhash(memory[0], "a")->meaning->data_pointer; };
+  run("60 .. @a SET : a 4 , @a SET ; @append SET : a REST @a SET ; @take SET 2 append REPEAT 1 take REPEAT");
+  const Element *const block = blockofa();
+  run("3 append REPEAT");
+  EXPECT_EQ(blockofa(), block);
+  run("5 take REPEAT");
+  EXPECT_EQ(blockofa(), block + 5);
+}
+#endif
+
+TEST_F(Timed, ATraceShowsEachPointOfAStore) {
+  const std::string traced = run("(1 2 3) @a SET 3 : TRACE a 4 , @a SET ; REPEAT");
+  std::size_t stores = 0;
+  for (std::size_t at = traced.find("SET\n"); at != std::string::npos; at = traced.find("SET\n", at + 1)) ++stores;
+  EXPECT_EQ(stores, 3u) << traced;
+}
+
 TEST_F(Timed, NothingIsReadOrChargedWhenTheHookIsOff) {
   opstime = 0;
   run(": 1 2 + ; ! 3 *");
