@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
-"""Whole programmes beside the same in other languages:  programmes.py [--quick] FOLDER [WORD...]
+"""Whole programmes beside the same in other languages:  programmes.py [--quick] [--times N] FOLDER [WORD...]
 
 A table is printed as docs/performance.md has it. Each figure is time of the processor, user's and system's: the least of
-several runs in turns, as others on the machine only add to it, without what the programme takes to start and to prepare.
-How often the work is done is raised until it takes long enough. Every run checks its answer. A peer that is not installed
-leaves its column empty. The rows are in peers/rows.py; a word chooses those with it in their titles. With --quick the runs
-are short and few, and storage is not measured.
+several short runs, as others on the machine only add to it, without what the programme takes to start and to prepare. The
+rows and peers take turns, so that a noisy minute spoils a few runs of each and not all of one; with --times there are N times
+as many turns. How often the work is done is raised until it takes long enough. Every run checks its answer. A peer that is
+not installed leaves its column empty. The rows are in peers/rows.py; a word chooses those with it in their titles. With
+--quick each runs once, and storage is not measured.
 """
+import argparse
 import datetime
 import hashlib
 import os
@@ -22,7 +24,7 @@ import tempfile
 from peers.rows import LIBRARIES, MEGABYTES, ROWS
 
 PEERS = ("Morvik", "C++", "CPython", "NumPy", "Lua", "gforth")
-ENOUGH, QUICK = 0.3, 0.05  # seconds that the work is to take, and no less than the start
+ENOUGH = 0.1  # seconds that the work is to take, and no less than the start
 MOST = 10**8
 EPILOGUE = re.compile(r"\n--- Spent: [^\n]*\n*\Z")
 
@@ -105,14 +107,14 @@ class Work:
         text = self.row.programmes[self.peer].replace("<n>", str(n)).replace("<size>", str(self.size))
         return run(self.command, self.peer, text, self.row.answer(n, self.size))
 
-    def choose(self, least, enough):
+    def choose(self, least):
         """Raises n until the work takes long enough; of two starts the slower one tells. The peak of memory is for one n."""
         self.n = least
         if self.row.memory is not None:
             return
         start = max(self.run(1)[0] for _ in range(2))
         while self.n < MOST:
-            took, wanted = self.run(self.n)[0] - start, max(enough, start)
+            took, wanted = self.run(self.n)[0] - start, max(ENOUGH, start)
             if took >= 0.8 * wanted:
                 break
             self.n = min(MOST, int(self.n * min(100, max(2, 1.1 * wanted / max(took, 1e-4)))))
@@ -137,13 +139,30 @@ def prepare():
         shutil.copy(library, ".")
 
 
-def measure(row, commands, quick):
+def prepared(row, commands, quick):
     works = {peer: Work(row, peer, commands[peer], row.size) for peer in PEERS if peer in row.programmes and peer in commands}
     for work in works.values():
-        work.choose(*((2, QUICK) if quick else (row.least, ENOUGH)))
-    for _ in range(1 if quick else row.runs):
-        for work in works.values():
-            work.turn()
+        work.choose(2 if quick else row.least)
+    return works
+
+
+def measure(rows, commands, quick, times):
+    """The works of each row by peer, after all their turns."""
+    measured = [(row, prepared(row, commands, quick)) for row in rows]
+    runs = [1 if quick else row.runs * times for row in rows]
+    turns = max(runs, default=0)
+    for turn in range(turns):
+        print("\rTurn %d of %d" % (turn + 1, turns), end="", file=sys.stderr, flush=True)
+        for (_, works), own in zip(measured, runs):
+            # Those of a row that has few are spread over all.
+            if turn * own % turns < own:
+                for work in works.values():
+                    work.turn()
+    print(file=sys.stderr)
+    return measured
+
+
+def figures(row, works, quick):
     yield row.title, row.unit[0], {peer: work.figure() for peer, work in works.items()}, row.goal, row.then
     if row.memory is not None and not quick:
         most = {peer: statistics.median(work.memory) for peer, work in works.items()}
@@ -181,9 +200,13 @@ def surroundings(commands, morvik):
 
 
 def main():
-    quick = "--quick" in sys.argv
-    folder, *words = [word for word in sys.argv[1:] if word != "--quick"]
-    morvik = os.path.join(folder, "morvik")
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0].split(":")[0])
+    parser.add_argument("folder")
+    parser.add_argument("words", nargs="*", metavar="word")
+    parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--times", type=int, default=1, metavar="N")
+    given = parser.parse_args()
+    morvik = os.path.join(given.folder, "morvik")
     commands = peers(morvik)
     for peer in PEERS:
         if peer not in commands:
@@ -192,10 +215,10 @@ def main():
     with tempfile.TemporaryDirectory() as scratch:
         os.chdir(scratch)
         prepare()
-        for row in ROWS:
-            if all(word in row.title for word in words):
-                for found in measure(row, commands, quick):
-                    print(line(cells(*found)), flush=True)
+        rows = [row for row in ROWS if all(word in row.title for word in given.words)]
+        for row, works in measure(rows, commands, given.quick, given.times):
+            for found in figures(row, works, given.quick):
+                print(line(cells(*found)), flush=True)
         os.chdir("/")
 
 

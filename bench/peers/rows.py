@@ -25,7 +25,7 @@ class Row:
     size: int = 1
     tiny: int = 1  # the size that is enough for the answer
     least: int = 2  # n, which is raised where the work takes too little time
-    runs: int = 5
+    runs: int = 15
     files: typing.Callable = lambda n, size: {}  # name: bytes, what the programmes find in their folder
     memory: object = None  # the goal of the row that follows with the peak of memory, in MB; "" for a row without one
 

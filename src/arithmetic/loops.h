@@ -25,6 +25,7 @@
 #include <bit>
 #include <concepts>
 #include <cstddef>
+#include <utility>
 
 #include "arithmetic/kinds.h"
 #include "spaces/blocks.h"
@@ -396,20 +397,30 @@ template <std::int32_t tag>
   return held;
 }
 
-// Works whole groups of reals as far as that goes, and returns how far. `left` and `right` give the record of an index.
+// Works whole groups as far as that goes, and returns how far. one(i, first) works a pair, which may be the first of its
+// group, and iswhole() looks at the group behind it; either may say no.
+template <class One, class Whole>
+[[gnu::always_inline]] inline std::size_t workgroups(std::size_t count, One &&one, Whole &&iswhole) {
+  std::size_t done = 0;
+  const auto group = [&]<std::size_t... k>(std::index_sequence<k...>) __attribute__((always_inline)) {
+    return (one(done + k, k == 0) && ...);
+  };
+  while (count - done >= GROUP && group(std::make_index_sequence<GROUP>()) && iswhole()) done += GROUP;
+  return done;
+}
+
+// Groups of reals. `left` and `right` give the record of an index.
 template <class Core, class Left, class Right>
 [[gnu::always_inline]] inline std::size_t realgroups(Core &core, Left &&left, Right &&right, Element *result,
                                                      std::size_t count) {
   const std::int32_t tag = heldtag<tags::REAL>();
-  const auto one = [&](std::size_t i) __attribute__((always_inline)) {
+  const auto one = [&](std::size_t i, bool) __attribute__((always_inline)) {
     if (left(i).tag != tag || right(i).tag != tag) [[unlikely]]
       return false;
     writerecord(result[i], core(left(i).real, right(i).real));
     return true;
   };
-  std::size_t done = 0;
-  while (count - done >= GROUP && one(done) && one(done + 1) && one(done + 2) && one(done + 3)) done += GROUP;
-  return done;
+  return workgroups(count, one, [] { return true; });
 }
 
 // The same of complex numbers. That a component of a result is no number shows in the sum of the group.
@@ -433,11 +444,7 @@ template <class Core, bool wide, class Left, class Right>
     writegrouped<wide>(result[i], head, value);
     return true;
   };
-  std::size_t done = 0;
-  while (count - done >= GROUP && one(done, true) && one(done + 1, false) && one(done + 2, false) &&
-         one(done + 3, false) && !(checked && std::isunordered(sum[0], sum[1])))
-    done += GROUP;
-  return done;
+  return workgroups(count, one, [&]() __attribute__((always_inline)) { return !checked || !std::isunordered(sum[0], sum[1]); });
 }
 
 // ---- Loops along records side by side, of which one operand may be a lone record instead. Under a flag word that is
