@@ -397,8 +397,8 @@ template <std::int32_t tag>
   return held;
 }
 
-// Works whole groups as far as that goes, and returns how far. one(i, first) works a pair, which may be the first of its
-// group, and iswhole() looks at the group behind it; either may say no.
+// Works whole groups as far as that goes, and returns how far. one(i, first) works a pair, which may be the first of
+// its group, and iswhole() looks at the group behind it; either may say no.
 template <class One, class Whole>
 [[gnu::always_inline]] inline std::size_t workgroups(std::size_t count, One &&one, Whole &&iswhole) {
   std::size_t done = 0;
@@ -444,7 +444,8 @@ template <class Core, bool wide, class Left, class Right>
     writegrouped<wide>(result[i], head, value);
     return true;
   };
-  return workgroups(count, one, [&]() __attribute__((always_inline)) { return !checked || !std::isunordered(sum[0], sum[1]); });
+  return workgroups(
+      count, one, [&]() __attribute__((always_inline)) { return !checked || !std::isunordered(sum[0], sum[1]); });
 }
 
 // ---- Loops along records side by side, of which one operand may be a lone record instead. Under a flag word that is
