@@ -21,7 +21,7 @@ FAULTS = (b"UNKNOWN SIGNAL", b"Floating point exception", b"Counted block", b"ru
           b"BRRRRR", b"Realloc: SERIOUS", b"error in QUATERNION", b"lexnum", b"recount", b"live blocks")
 # Where a call calls itself without end, the process stack ends. That is described, once, twice, and for good.
 STACK_ENDS = b"\nSEGMENTATION VIOLATION\n"
-NO_STORAGE = b"27 - out of main storage."
+NO_STORAGE = b"27 - out of main storage.", b"No more active memory available"
 STOPPED = b"--- PROCESSING STOPPED ---"
 SANITIZER_STACK = b"Sanitizer: stack-overflow"
 NESTED = b"AddressSanitizer: nested bug"
@@ -196,7 +196,7 @@ def fault(run):
 
 def iscomparable(run):
     """Not where it was interrupted, nor where storage ended, which the threads' own stacks bring nearer."""
-    return not run.interrupted and STACK_ENDS not in run.errors and NO_STORAGE not in run.errors
+    return not run.interrupted and not any(end in run.errors for end in (STACK_ENDS, *NO_STORAGE))
 
 
 def compared(binary, text, poolings):
