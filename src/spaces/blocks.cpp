@@ -169,6 +169,11 @@ void checkblock(const void *block) {
   if (!isfilled(payload + sizeword(block), GUARD_BYTE, GUARD)) blockfault("written to past its end", block);
 }
 
+void checkwritten(const Element &record) {
+  const auto *const bytes = reinterpret_cast<const char *>(&record);
+  if (isfilled(bytes, FRESH_BYTE, offsetof(Element, name))) blockfault("a record in it was never written", bytes);
+}
+
 void *tryblock(std::size_t bytes) {
   if (bytes == 0) bytes = 1;
   if (!fitssize(bytes) || mustfail()) return nullptr;

@@ -72,10 +72,13 @@ void flushlivecount();
 void failallocation(std::int64_t successes);
 // Aborts with a message unless the block is alive and both its guards are whole. Null passes.
 void checkblock(const void *block);
+// Aborts with a message where a record in a block was never written.
+void checkwritten(const Element &record);
 // How many bytes were asked for.
 std::size_t blocksize(const void *block);
 #else
 inline void checkblock(const void *) {}
+inline void checkwritten(const Element &) {}
 #endif
 
 // A data block of so many records, contents undefined. Message 27. A count of 0 gives null.

@@ -108,7 +108,7 @@ bool Recount::holdrecords(const Point &space) {
 void Recount::holdspace(const Point &point) {
   if (!point.shape_pointer && !point.data_pointer) return;  // one that was given up, or an END
   hold(point.shape_pointer);
-  if (point.rank > 0 && !isshaped(point)) complain(point, "its extents do not make its elements");
+  if (!isshaped(point)) complain(point, "its extents do not make its elements");
   if (!point.data_pointer) return;
   if (!hasroom(point.data_pointer, point.elements)) return complain(point, "more elements than it has room for");
   hold(point.data_pointer);

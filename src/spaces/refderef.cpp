@@ -46,6 +46,7 @@ void raisesymbolic(const Point &point) {
 }
 
 void raiserecord(const Element &e) {
+  checkwritten(e);
   switch (e.tag) {
     case tags::SUBARRAY:
       return reference(e.subarray);
@@ -129,6 +130,7 @@ void lowerhandle(const Element &e) {
 }
 
 void lowerrecord(const Element &e) {
+  checkwritten(e);
   switch (e.tag) {
     case tags::SUBARRAY:
       return lowerbox(e.subarray);
@@ -152,7 +154,7 @@ void lowerrecords(const Element *records, std::size_t count) {
 // The last holder of a data block tells how many records it has, and whether they own anything.
 void freerecords(const Point &space) {
   Element *const data = space.data_pointer;
-  if (space.rank == ranks::SCALAR) {
+  if (space.rank == ranks::SCALAR && space.elements > 0) {
     if (isnamed(*data) && data->tag < tags::OCTONION) release(data->name);
     lowerrecord(*data);
   } else if (mayown(space)) {

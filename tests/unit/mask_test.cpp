@@ -179,6 +179,24 @@ TEST_F(Mask, FailingWeights) {
   expect(162, text("abc"), vector({character('a')}));
 }
 
+// What it would have been made in is not looked at, though the records that were there before enclosed something.
+TEST_F(Mask, AScalarThatFailsHasNoRecordYet) {
+  Element member = enclosed(numbers({1, 2}));
+  std::vector<Element *> used;
+  for (int i = 0; i < 64; ++i) {
+    used.push_back(newelements(1));
+    *used.back() = member;
+  }
+  std::for_each(used.begin(), used.end(), freeblock);
+  push(scalar(character('x')));
+  push(scalar(whole(5)));
+  EXPECT_EQ(run("MONADIC ; MASK"), 149);
+  EXPECT_EQ(referencecount(member.subarray), 1);
+  dereferencedataelems(&member, 1);
+  reachable();
+  clear();
+}
+
 TEST_F(Mask, Refusals) {
   const auto expect = [&](int message, const Point &data, const Point &mask, const char *function) {
     push(data);
