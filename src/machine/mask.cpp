@@ -124,6 +124,7 @@ void pushneighbourhood(Level &level, const Gathering &g, Dimension *dimensions, 
   around.type = (weights.type & RANK_BITS) | STRUCTURED;
   around.data_pointer = newelements(weights.elements);
   around.elements = 0;
+  if (around.rank == ranks::SCALAR) setfiller(*around.data_pointer);  // half a scalar is released by its record
   reference(around.shape_pointer);
   pushowned(level, around);
   std::uint32_t kinds = 0;

@@ -276,6 +276,7 @@ void beginfold(Folded &f, const Point &space, const Axis &axis) {
     f.point.depth = 0;
   }
   f.point.data_pointer = newelements(axis.groups);
+  if (f.point.rank == 0) setfiller(*f.point.data_pointer);
 }
 
 void setkinds(Point &point) {

@@ -154,7 +154,7 @@ void lowerrecords(const Element *records, std::size_t count) {
 // The last holder of a data block tells how many records it has, and whether they own anything.
 void freerecords(const Point &space) {
   Element *const data = space.data_pointer;
-  if (space.rank == ranks::SCALAR && space.elements > 0) {
+  if (space.rank == ranks::SCALAR) {
     if (isnamed(*data) && data->tag < tags::OCTONION) release(data->name);
     lowerrecord(*data);
   } else if (mayown(space)) {

@@ -15,7 +15,7 @@
 //   the records of a space of rank 1 or more own anything. So all Points that hold a block say the same of it.
 //   Whoever changes a flag word keeps its promise: kind bits without STRUCTURED, HASOCTONION, HASFILE and HASFUNCTION
 //   say that no record owns a block. A word without any kind bit (COLLECT) promises nothing. The one record of a scalar
-//   is always looked at, once `elements` says that it is there.
+//   is always looked at: whoever makes a scalar writes it before anything can fail.
 // - Names of elements (attributes::NAMED) are permanent, made by elementname, so that records can be copied freely. The
 //   counted name of a scalar is tolerated: its record owns it.
 // - A Programme block owns the Points in it; FUNCTION Points raise the block alone. Its header owns nothing but its

@@ -179,8 +179,8 @@ TEST_F(Mask, FailingWeights) {
   expect(162, text("abc"), vector({character('a')}));
 }
 
-// What it would have been made in is not looked at, though the records that were there before enclosed something.
-TEST_F(Mask, AScalarThatFailsHasNoRecordYet) {
+// The block that its neighbourhood is made in still holds a record that enclosed something.
+TEST_F(Mask, AScalarThatFailsReleasesNothingElse) {
   Element member = enclosed(numbers({1, 2}));
   std::vector<Element *> used;
   for (int i = 0; i < 64; ++i) {

@@ -133,19 +133,6 @@ TEST_F(Lifetimes, AScalarGoesByItsRecord) {
   expectexact();
 }
 
-// One that is being made has no record yet, whatever its block holds.
-TEST_F(Lifetimes, AScalarWithoutElementsHasNoRecord) {
-  const Point member = scalar(enclosed(text("abc")));
-  Point unmade{};
-  unmade.type = ISSCALAR | STRUCTURED;
-  unmade.data_pointer = newelements(1);
-  *unmade.data_pointer = *member.data_pointer;
-  dereferencepoint(&unmade);
-  EXPECT_EQ(referencecount(member.data_pointer->subarray), 1);
-  hold(member);
-  expectexact();
-}
-
 TEST_F(Lifetimes, TheNameOfAScalarIsItsRecords) {
   Point &p = hold(scalar(named(real(3.14), "#CT")));
   const char *name = p.data_pointer->name;
