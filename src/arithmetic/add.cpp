@@ -20,7 +20,11 @@ struct Add : FlopCounter {
   static constexpr std::size_t fixedflops(Formula<A, B>) {
     return PARTS<A> < PARTS<B> ? PARTS<A> : PARTS<B>;
   }
-  static Pair usual(const Complex &a, const Complex &b) { return pairof(a, 0) + pairof(b, 0); }
+  static constexpr bool componentwise = true;
+  template <class Lanes>
+  [[gnu::always_inline]] static void usual(Lanes &sum, const Lanes &a, const Lanes &b) {
+    sum = a + b;
+  }
   template <Parted A, Parted B>
   Wider<A, B> operator()(const A &a, const B &b) {
     constexpr int common = fixedflops(Formula<A, B>{});

@@ -1,6 +1,6 @@
 // The frame of the dyadic scalar instructions: what an instruction needs beside its cores, and how it gets its two
 // functions, the plain one for the stack and the `vec_` twin for a slice. A further instruction is one source that
-// holds its struct of cores (loops.h tells what is in one) and
+// holds its struct of cores (formulas.h tells what is in one) and
 //
 //   DYADIC_SCALAR(add, Add)
 //

@@ -39,10 +39,9 @@ struct Multiply : FlopCounter {
   static constexpr std::size_t fixedflops(Formula<Complex, Complex>) { return 6; }
   static constexpr std::size_t polarsaves = 4;
   static constexpr bool unlessnan = true;
-  static Pair usual(const Complex &a, const Complex &b) {
-    Pair product;
-    productlanes<0, Right::ITSELF>(product, a, b);
-    return product;
+  template <class Lanes>
+  [[gnu::always_inline]] static void usual(Lanes &products, const Lanes &a, const Lanes &b) {
+    complexproducts(products, a, b);
   }
   // The cross terms are no matter where an imaginary part is 0, but for infinities.
   template <class Give>

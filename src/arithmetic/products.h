@@ -103,7 +103,7 @@ inline T pairproduct(const T &a, const T &b) {
   return productby<as, Pair>(a, b);
 }
 template <Right as>
-MORVIK_WIDE Octonion quadproduct(const Octonion &a, const Octonion &b) {
+[[MORVIK_WIDE, gnu::noinline]] Octonion quadproduct(const Octonion &a, const Octonion &b) {
   return productby<as, Quad>(a, b);
 }
 
@@ -113,6 +113,17 @@ template <Right as>
   const Quaternion a{{a0[0], a0[1], a2[0], a2[1]}}, b{{b0[0], b0[1], b2[0], b2[1]}};
   if (a2[1] == 0) return b2[1] == 0 ? leadingproduct<3, 3, as>(a, b) : leadingproduct<3, 4, as>(a, b);
   return leadingproduct<4, 3, as>(a, b);
+}
+
+// The products of complex numbers side by side.
+template <class Lanes>
+[[gnu::always_inline]] inline void complexproducts(Lanes &products, const Lanes &a, const Lanes &b) {
+  [&]<int... lane>(std::integer_sequence<int, lane...>) __attribute__((always_inline)) {
+    const Lanes along = __builtin_shufflevector(a, a, (lane & ~1)...) * b;
+    const Lanes across = __builtin_shufflevector(a, a, (lane | 1)...) * __builtin_shufflevector(b, b, (lane ^ 1)...);
+    products = __builtin_shufflevector(along - across, along + across, (lane % 2 == 0 ? lane : lane + LANES<Lanes>)...);
+  }
+  (std::make_integer_sequence<int, LANES<Lanes>>{});
 }
 
 // ---- The product.

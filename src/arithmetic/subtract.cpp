@@ -21,7 +21,11 @@ struct Subtract : FlopCounter {
     return PARTS<B>;
   }
   // What only the right number has is taken from 0, so that no component becomes a negative zero.
-  static Pair usual(const Complex &a, const Complex &b) { return pairof(a, 0) - pairof(b, 0); }
+  static constexpr bool componentwise = true;
+  template <class Lanes>
+  [[gnu::always_inline]] static void usual(Lanes &difference, const Lanes &a, const Lanes &b) {
+    difference = a - b;
+  }
   template <Parted A, Parted B>
   Wider<A, B> operator()(const A &a, const B &b) {
     constexpr int lefts = PARTS<A>, rights = PARTS<B>;

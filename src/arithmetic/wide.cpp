@@ -3,19 +3,11 @@
 
 namespace morvik {
 
-namespace {
-
-bool findwideregisters() {
 #ifdef __x86_64__
-  __builtin_cpu_init();
-  return __builtin_cpu_supports("avx2") != 0;
+bool wideregisters = __builtin_cpu_supports("avx2") != 0;
+bool ternarylogic = __builtin_cpu_supports("avx512vl") != 0;
 #else
-  return false;
+bool wideregisters = false, ternarylogic = false;
 #endif
-}
-
-}  // namespace
-
-bool wideregisters = findwideregisters();
 
 }  // namespace morvik

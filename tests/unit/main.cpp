@@ -11,6 +11,6 @@ int main(int argc, char **argv) {
   testing::InitGoogleTest(&argc, argv);
   const std::string choice = argc > 1 ? argv[1] : "";
   lists::update = choice == "--update";
-  if (choice == "--narrow") morvik::wideregisters = false;
+  if (choice == "--narrow") morvik::wideregisters = morvik::ternarylogic = false;
   return RUN_ALL_TESTS();
 }
