@@ -55,6 +55,12 @@ inline void setreferencecount(void *block, std::int64_t count) {
   __atomic_store_n(refer(block), count, __ATOMIC_RELEASE);
 }
 
+// Asks for the count of a block that is looked at soon and may be far away. Any address will do.
+inline void prefetchcount(const void *block) {
+  const std::uintptr_t count = reinterpret_cast<std::uintptr_t>(block) - BLOCK_PREFIX;
+  __builtin_prefetch(reinterpret_cast<const void *>(count), 1);  // NOLINT(performance-no-int-to-ptr)
+}
+
 // A counted block of so many bytes with count 1, owned by the caller, contents undefined. 0 bytes are asked for as 1.
 // tryblock gives null where there is no storage; newblock reports message 27 and jumps.
 void *tryblock(std::size_t bytes);

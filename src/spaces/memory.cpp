@@ -183,6 +183,7 @@ void *Heap::popfirst(unsigned k) {
   if (ismisaligned(link)) [[unlikely]]
     return popdamaged(k);
   buckets[k] = link;
+  __builtin_prefetch(link, 1);  // the next one's turn comes soon, and it may be far away
   return payload;
 }
 

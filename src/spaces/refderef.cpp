@@ -151,6 +151,17 @@ void lowerrecords(const Element *records, std::size_t count) {
   }
 }
 
+// The same for so many that what they own is in no cache near by.
+constexpr std::size_t MANY = 2000;
+void lowermany(const Element *records, std::size_t count) {
+  constexpr std::size_t AHEAD = 8;
+  for (; count > AHEAD; ++records, --count) {
+    prefetchcount(records[AHEAD].block);
+    lowerrecords(records, 1);
+  }
+  lowerrecords(records, count);
+}
+
 // The last holder of a data block tells how many records it has, and whether they own anything.
 void freerecords(const Point &space) {
   Element *const data = space.data_pointer;
@@ -158,7 +169,7 @@ void freerecords(const Point &space) {
     if (isnamed(*data) && data->tag < tags::OCTONION) release(data->name);
     lowerrecord(*data);
   } else if (mayown(space)) {
-    lowerrecords(data, space.elements);
+    (space.elements < MANY ? lowerrecords : lowermany)(data, space.elements);
   }
   freeblock(data);
 }
@@ -185,16 +196,25 @@ void freeprogramme(Point *header) {
   freeblock(header);
 }
 
+// What the next of them holds.
+void prefetchbox(const Point *box) {
+  if (!box) return;
+  prefetchcount(box->data_pointer);
+  prefetchcount(box->shape_pointer);
+}
+
 constexpr std::uint32_t RELEASES_BETWEEN_POLLS = 4096;
 
 void drain() {
   if (dead.draining || (!dead.boxes && !dead.programmes)) return;
   dead.draining = true;
   for (std::uint32_t done = 1; dead.boxes || dead.programmes; ++done) {
-    if (Point *box = exhume(dead.boxes))
+    if (Point *box = exhume(dead.boxes)) {
+      prefetchbox(static_cast<Point *>(dead.boxes));
       freebox(box);
-    else
+    } else {
       freeprogramme(exhume(dead.programmes));
+    }
     if (done % RELEASES_BETWEEN_POLLS == 0 && releasestops && releasestops()) break;
   }
   dead.draining = false;

@@ -123,6 +123,22 @@ TEST_F(Lifetimes, AMemberOutlivesWhatEnclosedIt) {
   expectexact();
 }
 
+// Many are released as few are: each once, to the last.
+TEST_F(Lifetimes, ManyMembers) {
+  for (const std::size_t count : {1U, 7U, 8U, 9U, 1999U, 2000U, 2001U, 5000U}) {
+    std::vector<Element> members;
+    for (std::size_t i = 0; i < count; ++i)
+      members.push_back(i % 2 == 0 ? enclosed(nested()) : octonion({1, static_cast<double>(i)}));
+    Point outer = vector(members);
+    Point &last = holdcopy(*outer.data_pointer[(count - 1) / 2 * 2].subarray);
+    dereferencepoint(&outer);
+    EXPECT_EQ(referencecount(last.data_pointer), 1) << count;
+    expectexact();
+    letgo();
+    EXPECT_EQ(liveblocks(), before) << count;
+  }
+}
+
 // The flag word of a scalar is not asked.
 TEST_F(Lifetimes, AScalarGoesByItsRecord) {
   for (Point p : {scalar(octonion({1, 2, 3})), scalar(enclosed(nested())), scalar(named(whole(1), "x"))}) {
