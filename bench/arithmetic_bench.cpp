@@ -210,7 +210,7 @@ BENCHMARK(scalarsum);
 // A whole instruction on a stack, over its left operand: what the frame adds to the loop.
 void wholeinstruction(benchmark::State &state) {
   const auto count = static_cast<std::size_t>(state.range(0));
-  Records operand(tags::REAL, count, 1, ordinary);
+  Records operand(tags::REAL, count, 0, ordinary);  // a block from its begin on
   Point stack[3], one;
   makereal(one, 0.5, forms::NUMBER);
   stack[1] = {};
