@@ -128,8 +128,7 @@ template <class T, auto draw>
 }
 template <class T>
 inline T share(const T &x, std::uint64_t &state) {
-  const double s = drawunit(state);
-  return eachpart(x, [&](double a) { return s * a; });
+  return eachpart(x, [&](double a) { return drawunit(state) * a; });
 }
 // What is exactly between the two ends is drawn, and what is no number stays.
 inline double nearer(double x, std::uint64_t &state) {
