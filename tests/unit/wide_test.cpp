@@ -102,6 +102,15 @@ TEST_F(Wide, TheSameResults) {
         }
 }
 
+// The longest spaces of reals that wide registers work, and the first that they do not.
+TEST_F(Wide, UpToWhereTheyEnd) {
+  for (const auto &[name, work] : WORDS)
+    for (const std::size_t count : {199U, 200U, 201U}) {
+      SCOPED_TRACE(std::string(name) + " of " + std::to_string(count));
+      expectsame(work, REAL, numbers(REAL, count), numbers(REAL, count));
+    }
+}
+
 // A record of another kind than the flag word promises ends the groups, wherever it is.
 TEST_F(Wide, AHiddenRecord) {
   constexpr std::size_t COUNT = 9;
