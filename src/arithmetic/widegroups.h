@@ -8,6 +8,8 @@
 
 namespace morvik {
 
+static_assert(GROUP == 4);  // which are written out here, one by one or by twos
+
 [[gnu::always_inline]] inline const double *wordsof(const Element &e) {
   return reinterpret_cast<const double *>(&e);
 }
